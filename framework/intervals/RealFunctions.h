@@ -1,0 +1,30 @@
+#ifndef ZULTAV_INTERVALS_REAL_FUNCTIONS_H
+#define ZULTAV_INTERVALS_REAL_FUNCTIONS_H
+
+#include "framework/intervals/SubdefReal.h"
+
+// Elementary functions on real intervals. Each bound is at most one unit in the last place wider
+// than the tightest enclosure, never wrong, and exact where the result is exact.
+
+ZULTAV_INTERVALS_API SubdefReal exp(const SubdefReal& x);
+/// Natural logarithm of the positive part of x; empty (flag up) when there is none.
+ZULTAV_INTERVALS_API SubdefReal log(const SubdefReal& x);
+/// Non-negative root of the non-negative part of x, tightest; empty when there is none.
+ZULTAV_INTERVALS_API SubdefReal sqrt(const SubdefReal& x);
+/// Square, tightest.
+ZULTAV_INTERVALS_API SubdefReal sqr(const SubdefReal& x);
+/// Radians. [-1, 1] for an unbounded or very wide x.
+ZULTAV_INTERVALS_API SubdefReal sin(const SubdefReal& x);
+ZULTAV_INTERVALS_API SubdefReal cos(const SubdefReal& x);
+/// Whole line when a pole lies inside x or a bound is beyond 1e14.
+ZULTAV_INTERVALS_API SubdefReal tan(const SubdefReal& x);
+/// Arc tangent, principal branch.
+ZULTAV_INTERVALS_API SubdefReal atan(const SubdefReal& x);
+
+/// Hull of the part of x whose sine (cosine, tangent) lies in z; what of x lies outside the
+/// trigonometric window is kept as it is. Empty: flag up.
+ZULTAV_INTERVALS_API SubdefReal asin(const SubdefReal& z, const SubdefReal& x);
+ZULTAV_INTERVALS_API SubdefReal acos(const SubdefReal& z, const SubdefReal& x);
+ZULTAV_INTERVALS_API SubdefReal atan(const SubdefReal& z, const SubdefReal& x);
+
+#endif

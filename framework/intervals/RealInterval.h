@@ -1,0 +1,48 @@
+#ifndef ZULTAV_INTERVALS_REAL_INTERVAL_H
+#define ZULTAV_INTERVALS_REAL_INTERVAL_H
+
+#include "framework/intervals/Export.h"
+
+/// A closed interval of reals between two doubles; empty when lower > upper. A bound at or beyond
+/// ±SubdefReal::sMaxValue is an infinite side. NaN never enters.
+///
+/// The arithmetic answers the tightest enclosure of the true results (bit for bit), saturated at
+/// ±sMaxValue, keeps an infinite side infinite (0 times infinity is 0), answers an empty interval
+/// for an empty operand, and leaves the error flag alone (the division excepted).
+class ZULTAV_INTERVALS_API RealInterval {
+ public:
+  constexpr RealInterval() = default;
+  constexpr RealInterval(double low, double high) : lower(low), upper(high) {}
+
+  constexpr bool IsEmpty() const { return !(lower <= upper); }
+  constexpr bool IsScalar() const { return lower == upper; }
+  constexpr bool Contains(double value) const { return lower <= value && value <= upper; }
+  friend constexpr bool operator==(const RealInterval& x, const RealInterval& y) {
+    return x.lower == y.lower && x.upper == y.upper;
+  }
+
+  /// Plain intersection in place; never raises the error flag. Answers 1 when a bound changed.
+  int Intersect(const RealInterval& other);
+
+  RealInterval AddIntToInt(const RealInterval& b) const;
+  RealInterval SubIntFromInt(const RealInterval& b) const;
+  RealInterval MultIntByInt(const RealInterval& b) const;
+  /// Quotients of the receiver by `b`. A divisor containing zero: whole line when the receiver
+  /// contains zero too, empty (flag up) for [0, 0], else the hull of the quotients by the
+  /// non-zero part.
+  RealInterval DivIntByInt(const RealInterval& b) const;
+  RealInterval AddNumToInt(double d) const;
+  RealInterval subNumFromInt(double d) const;
+
+  RealInterval mf_Neg() const;
+  RealInterval mf_Abs() const;
+  RealInterval mf_Min(const RealInterval& b) const;
+  RealInterval mf_Max(const RealInterval& b) const;
+  /// Hull of the union; an empty operand is ignored.
+  RealInterval mf_Union(const RealInterval& b) const;
+
+  double lower = 0;
+  double upper = 0;
+};
+
+#endif

@@ -1,0 +1,32 @@
+#ifndef ZULTAV_INTERVALS_REAL_LINE_H
+#define ZULTAV_INTERVALS_REAL_LINE_H
+
+#include <algorithm>
+#include <cmath>
+
+#include "framework/intervals/SubdefReal.h"
+
+// The real line between the limits: what an interval function does before and after its formula.
+namespace real_line {
+
+inline RealInterval Empty() { return {SubdefReal::sMaxValue, -SubdefReal::sMaxValue}; }
+
+inline RealInterval Whole() { return {-SubdefReal::sMaxValue, SubdefReal::sMaxValue}; }
+
+/// x with its infinite sides as IEEE infinities. A lower bound above the limit (an upper bound
+/// below it) becomes the limit itself.
+inline RealInterval Extended(const RealInterval& x) {
+  const double max = SubdefReal::sMaxValue;
+  return {x.lower <= -max ? -HUGE_VAL : std::min(x.lower, max),
+          x.upper >= max ? HUGE_VAL : std::max(x.upper, -max)};
+}
+
+/// Bounds brought between the limits; also turns -0 into 0.
+inline RealInterval Saturated(double low, double high) {
+  const double max = SubdefReal::sMaxValue;
+  return {std::clamp(low, -max, max) + 0.0, std::clamp(high, -max, max) + 0.0};
+}
+
+}  // namespace real_line
+
+#endif

@@ -1,0 +1,73 @@
+#ifndef ZULTAV_INTERVALS_ROUNDING_H
+#define ZULTAV_INTERVALS_ROUNDING_H
+
+#include <bit>
+#include <cfloat>
+#include <cmath>
+#include <cstdint>
+
+// Directed rounding of single operations in round-to-nearest arithmetic. An error-free
+// transformation yields, beside the rounded result, a number with the sign of the rounding error;
+// the result moves to its neighbour exactly when the error lies on the outer side. The rounding
+// mode of the processor is never read or written.
+//
+// Infinite operands are allowed where the operation itself is defined; an overflow of finite
+// operands counts as infinite on the outer side and as ±DBL_MAX on the inner one.
+namespace rounding {
+
+static_assert(FLT_EVAL_METHOD == 0, "error-free transformations need plain double arithmetic");
+
+/// The neighbour of a finite x in the direction named.
+inline double NextUp(double x) {
+  const auto bits = std::bit_cast<std::int64_t>(x + 0.0);
+  return std::bit_cast<double>(bits + (bits >= 0 ? 1 : -1));
+}
+inline double NextDown(double x) { return -NextUp(-x); }
+
+/// A result rounded to nearest and a number with the sign of (exact - nearest).
+struct Rounded {
+  double nearest;
+  double error;
+
+  double Up() const { return error > 0 ? NextUp(nearest) : nearest; }
+  double Down() const { return error < 0 ? NextDown(nearest) : nearest; }
+};
+
+/// Knuth's two-sum. An infinite sum has the error NaN, which rounds nowhere.
+inline Rounded Sum(double x, double y) {
+  const double sum = x + y;
+  const double second = sum - x;
+  return {sum, (x - (sum - second)) + (y - second)};
+}
+
+/// 0 times infinity is 0, the convention of interval arithmetic.
+inline Rounded Product(double x, double y) {
+  if (x == 0 || y == 0) return {0, 0};
+  const double product = x * y;
+  if (std::fabs(product) >= 0x1p-969) return {product, std::fma(x, y, -product)};
+  // The error itself may underflow. Scaled up, all terms are multiples of 2^-948.
+  const bool xIsSmaller = std::fabs(x) < std::fabs(y);
+  const double smaller = (xIsSmaller ? x : y) * 0x1p600;
+  const double larger = xIsSmaller ? y : x;
+  const double scale = std::fabs(larger) < 1 ? 0x1p600 : 1;
+  return {product, std::fma(smaller, larger * scale, -(product * 0x1p600 * scale))};
+}
+
+/// y is not 0, and not both are infinite.
+inline Rounded Quotient(double x, double y) {
+  const double quotient = x / y;
+  const double scale = std::fabs(x) < 0x1p-900 ? 0x1p600 : 1;  // keeps the remainder normal
+  const double remainder = std::fma(-(quotient * scale), y, x * scale);
+  return {quotient, y < 0 ? -remainder : remainder};
+}
+
+/// x >= 0.
+inline Rounded Root(double x) {
+  const double root = std::sqrt(x);
+  const double scale = x < 0x1p-900 ? 0x1p300 : 1;
+  return {root, std::fma(-(root * scale), root * scale, x * scale * scale)};
+}
+
+}  // namespace rounding
+
+#endif
