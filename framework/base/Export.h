@@ -1,0 +1,4 @@
+#pragma once
+
+/// Marks what a library offers to others; everything else is hidden by the build.
+#define ZW4_API __attribute__((visibility("default")))

@@ -1,0 +1,3 @@
+#include "framework/base/ZULStreamable.h"
+
+ZULStreamable::~ZULStreamable() = default;

@@ -1,0 +1,47 @@
+#include "framework/base/ZULStreamableClass.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+
+namespace {
+
+// Buckets of intrusive lists. Constant-initialised and trivially destroyed, so records of any
+// library can come before and go after everything else; linking a record needs no memory.
+constinit std::array<ZULStreamableClass*, 256> gBuckets{};
+
+ZULStreamableClass*& BucketOf(std::string_view name) noexcept {
+  std::uint32_t hash = 2166136261U;  // FNV-1a
+  for (const char c : name) hash = (hash ^ static_cast<unsigned char>(c)) * 16777619U;
+  return gBuckets[hash % gBuckets.size()];
+}
+
+}  // namespace
+
+ZULStreamableClass::ZULStreamableClass(const char* name, Builder build, int version) noexcept
+    : mName(name != nullptr ? name : ""), mBuild(build), mVersion(std::max(version, 0)) {
+  ZULStreamableClass** link = &BucketOf(mName);
+  while (*link != nullptr) link = &(*link)->mNext;  // to the end: the oldest is found first
+  *link = this;
+}
+
+ZULStreamableClass::~ZULStreamableClass() {
+  ZULStreamableClass** link = &BucketOf(mName);
+  while (*link != this) link = &(*link)->mNext;
+  *link = mNext;
+}
+
+const ZULStreamableClass* ZULStreamableClass::Find(std::string_view name) noexcept {
+  if (name.empty()) return nullptr;
+  const ZULStreamableClass* record = BucketOf(name);
+  while (record != nullptr && name != record->mName) record = record->mNext;
+  return record;
+}
+
+ZULStreamable* ZULStreamableClass::Build(ZULStreamable* existing) const noexcept {
+  try {
+    return mBuild != nullptr ? mBuild(existing) : nullptr;
+  } catch (...) {
+    return nullptr;
+  }
+}
