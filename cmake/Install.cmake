@@ -1,0 +1,1 @@
+# To be filled: install rules, CMake package, pkg-config file.

@@ -1,0 +1,41 @@
+# What every target of the project has in common: language level, warnings, floating-point
+# discipline, and the place where it is built.
+
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+# Libraries find each other, and the command line finds them, wherever the tree is put.
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+
+add_library(zultav_options INTERFACE)
+target_compile_features(zultav_options INTERFACE cxx_std_20)
+# A fused multiply-add where the source has none would break the error-free transformations.
+target_compile_options(zultav_options INTERFACE
+  -ffp-contract=off -fno-math-errno
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wconversion -Werror)
+target_include_directories(zultav_options INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+
+# zultav_library(NAME SOURCES … [DEPENDS …]): one shared library, symbols hidden by default.
+function(zultav_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+  add_library(${name} SHARED ${ARG_SOURCES})
+  add_library(ZULTavNumbers::${name} ALIAS ${name})
+  target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:zultav_options> PUBLIC ${ARG_DEPENDS})
+  target_compile_features(${name} PUBLIC cxx_std_20)
+  target_include_directories(${name} PUBLIC
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/zultav>)
+  set_target_properties(${name} PROPERTIES
+    CXX_EXTENSIONS OFF CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
+    INSTALL_RPATH "$ORIGIN")
+  target_link_options(${name} PRIVATE -Wl,--no-undefined)
+  set_property(GLOBAL APPEND PROPERTY ZULTAV_LIBRARIES ${name})
+endfunction()
+
+# zultav_test(NAME SOURCES … LIBS …): one GoogleTest program, each of its tests known to ctest.
+function(zultav_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE zultav_options ${ARG_LIBS} GTest::gtest_main)
+  set_target_properties(${name} PROPERTIES CXX_EXTENSIONS OFF)
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 600)
+endfunction()

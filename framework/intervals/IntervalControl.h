@@ -1,0 +1,53 @@
+#ifndef ZULTAV_INTERVALS_INTERVAL_CONTROL_H
+#define ZULTAV_INTERVALS_INTERVAL_CONTROL_H
+
+#include "framework/intervals/Export.h"
+
+/// Sets the process-wide limits and tolerances of the library.
+///
+/// @param maxInteger   largest integer magnitude; an integer bound at or beyond it is infinite
+///                     (taken into [1, 2147483646], so that a value one beyond can be stored)
+/// @param maxReal      largest finite real magnitude; a real bound at or beyond it is infinite
+/// @param trigLow      lower end of the trigonometric window, in half-turns (multiples of pi)
+/// @param trigHigh     upper end of the trigonometric window, in half-turns
+/// @param precision    absolute comparison tolerance, see GetCompPrecision
+ZULTAV_INTERVALS_API void InitIntervals(long maxInteger, double maxReal, double trigLow,
+                                        double trigHigh, double precision);
+
+/// Resets the trigonometric window, in half-turns. Inverse periodic functions tighten only the
+/// part of an argument that lies inside the window; what lies outside is left as it is.
+ZULTAV_INTERVALS_API void SetTrigLimits(double low, double high);
+
+/// The trigonometric window in radians.
+ZULTAV_INTERVALS_API double GetTrigLow();
+ZULTAV_INTERVALS_API double GetTrigHigh();
+
+/// Relative tolerance for values of the magnitude of `value`: 1e-14 * max(1, |value|).
+ZULTAV_INTERVALS_API double GetRelEps(double value);
+
+/// Absolute comparison tolerance, the precision that InitIntervals was given.
+ZULTAV_INTERVALS_API double GetCompPrecision();
+
+/// The library's error flag: raised by a narrowing whose result is empty, by clamped integer
+/// arithmetic and by functions without a value. Process-wide, hence for one thread at a time.
+class ZULTAV_INTERVALS_API SDErrorFlag {
+  friend int SDCheckError();
+  friend void SDClearError();
+  friend void SDRaiseError();
+  static int sRaised;
+};
+inline int SDCheckError() { return SDErrorFlag::sRaised; }
+inline void SDClearError() { SDErrorFlag::sRaised = 0; }
+inline void SDRaiseError() { SDErrorFlag::sRaised = 1; }
+
+/// Keeps errors of intermediate computations from reaching whoever looks at the flag later:
+/// the flag is down when the scope begins and down again when it ends.
+class SDErrorScope {
+ public:
+  SDErrorScope() { SDClearError(); }
+  ~SDErrorScope() { SDClearError(); }
+  SDErrorScope(const SDErrorScope&) = delete;
+  SDErrorScope& operator=(const SDErrorScope&) = delete;
+};
+
+#endif

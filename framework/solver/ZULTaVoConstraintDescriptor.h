@@ -1,0 +1,53 @@
+#ifndef ZULTAV_SOLVER_ZULTAVO_CONSTRAINT_DESCRIPTOR_H
+#define ZULTAV_SOLVER_ZULTAVO_CONSTRAINT_DESCRIPTOR_H
+
+#include <array>
+
+#include "framework/solver/ZULTaVoObjectDescriptor.h"
+
+/// Describes a class of constraints: its name and its named, typed arguments.
+///
+/// Arguments are added operands first, result last; a constraint sees the result as number 0 and
+/// the operands as 1, 2, … (ZULTaVoObjectEnvironment).
+class ZULTAV_TYPES_API ZULTaVoConstraintDescriptor : public ZULTaVoObjectDescriptor {
+ public:
+  static constexpr unsigned int kMaxArguments = 4;
+
+  struct Argument {
+    ZULString name;
+    const ZULTaVoObjectDescriptor* type = nullptr;
+    unsigned short priority = 0;
+  };
+
+  /// @param arguments  how many arguments will be added, at most kMaxArguments
+  /// @param flags      reserved, 0
+  ZULTaVoConstraintDescriptor(const ZULString& name, const ZULTaVoObjectDescriptor* base,
+                              int version, unsigned int arguments, int flags);
+  explicit ZULTaVoConstraintDescriptor(ZULStreamableInit init) : ZULTaVoObjectDescriptor(init) {}
+
+  const char* CastableID() const override { return "ZULTaVoConstraintDescriptor"; }
+  void Write(ZULopstream& out) const override;
+  void Read(ZULipstream& in) override;
+  Kind GetKind() const override { return Kind::kConstraint; }
+  unsigned int GetNumberOfArguments() const override { return mCount; }
+  std::size_t GetArgumentsSize() const override { return mCount * sizeof(void*); }
+  void PrintOn(std::ostream& out) const override;
+
+  /// `priority`: a constraint starts with the least priority of its arguments; lower runs sooner.
+  /// More arguments than announced are ignored.
+  void AddArgument(const ZULString& name, const ZULTaVoObjectDescriptor* type,
+                   unsigned short priority);
+
+  /// Argument `position` as the constraint numbers it: 0 the result, then the operands.
+  const Argument& GetArgument(unsigned int position) const {
+    return mArguments[position == 0 ? mCount - 1 : position - 1];
+  }
+  unsigned short GetPriority() const;
+
+ private:
+  std::array<Argument, kMaxArguments> mArguments;
+  unsigned int mAnnounced = 0;
+  unsigned int mCount = 0;
+};
+
+#endif

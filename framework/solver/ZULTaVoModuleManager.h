@@ -1,0 +1,49 @@
+#ifndef ZULTAV_SOLVER_ZULTAVO_MODULE_MANAGER_H
+#define ZULTAV_SOLVER_ZULTAVO_MODULE_MANAGER_H
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "framework/solver/ZULTaVoModule.h"
+
+/// Opens modules by name and keeps them open.
+///
+/// A module NAME is the shared library "libNAME.so" in one of the directories of the search path,
+/// which exports `extern "C" int InitModule(ZULTaVoModule*, ZULTaVoModuleManager*)`, answering 1.
+/// Where is searched, in this order: directories added here, those of the environment variable
+/// ZULTAV_MODULE_PATH (separated by ':'), the directory of the framework library itself.
+class ZULTAV_TYPES_API ZULTaVoModuleManager : public ZULTaVoBase {
+ public:
+  ZULTaVoModuleManager();
+  /// Closes modules in the reverse order of opening. No object of theirs may be alive.
+  ~ZULTaVoModuleManager();
+  ZULTaVoModuleManager(const ZULTaVoModuleManager&) = delete;
+  ZULTaVoModuleManager& operator=(const ZULTaVoModuleManager&) = delete;
+
+  /// Searched before all others, in the order added.
+  void AddSearchDirectory(std::string_view directory);
+
+  /// The module, loaded and initialised once; null when that fails, GetReason() then says why. A
+  /// module that refused is closed again and leaves the others usable.
+  ZULTaVoModule* OpenModule(const ZULString& name);
+  /// Why the last OpenModule answered null; empty when it did not.
+  const std::string& GetReason() const { return mReason; }
+
+  /// All open modules, in the order in which their initialisation ended.
+  std::vector<ZULTaVoModule*> GetModules() const;
+
+ private:
+  struct Library;
+
+  std::vector<std::string> SearchPath() const;
+  ZULTaVoModule* Load(const std::string& name);
+
+  std::vector<std::string> mDirectories;
+  std::vector<std::unique_ptr<Library>> mLibraries;
+  std::vector<std::string> mOpening;
+  std::string mReason;
+};
+
+#endif

@@ -1,0 +1,150 @@
+#ifndef ZULTAV_SOLVER_ZULTAVO_NETWORK_H
+#define ZULTAV_SOLVER_ZULTAVO_NETWORK_H
+
+#include <atomic>
+#include <cstdint>
+#include <vector>
+
+#include "framework/solver/Arena.h"
+#include "framework/solver/ZULTaVoAny.h"
+#include "framework/solver/ZULTaVoConstraint.h"
+#include "framework/solver/ZULTaVoConstraintDescriptor.h"
+
+/// Values, the constraints between them, and propagation to the fixpoint.
+///
+/// The network owns its objects, which live in an arena until it is destroyed. What it computes
+/// depends on the order in which objects and constraints were added, never on addresses or time.
+class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
+ public:
+  enum class Status {
+    kConsistent,     ///< fixpoint reached, no domain is Nil
+    kContradiction,  ///< a domain is Nil: there is no solution
+    kLimit,          ///< the limit on filter calls was reached; what was narrowed is sound
+    kInterrupted,    ///< the interrupt flag was seen; what was narrowed is sound
+    kBadArguments    ///< a constraint could not use its arguments
+  };
+  struct Statistics {
+    std::uint64_t filters = 0;     ///< filter calls
+    std::uint64_t narrowings = 0;  ///< domain changes that filters reported
+    std::uint64_t runs = 0;        ///< propagation runs
+  };
+
+  ZULTaVoNetwork();
+  ~ZULTaVoNetwork();
+  ZULTaVoNetwork(const ZULTaVoNetwork&) = delete;
+  ZULTaVoNetwork& operator=(const ZULTaVoNetwork&) = delete;
+
+  /// A new value of the type, with its initial value or as a copy of `from`, an object of the
+  /// same class. Null for an abstract type or when memory ran out.
+  ZULTaVoAny* AddObject(const ZULTaVoObjectDescriptor* type);
+  ZULTaVoAny* AddObject(const ZULTaVoObjectDescriptor* type, const void* from);
+  /// Marks an object of this network as a constant.
+  void SetConstant(const ZULTaVoObject* object);
+  bool IsConstant(const ZULTaVoObject* object) const;
+  /// Adds a constraint over objects of this network, numbered as the environment numbers them
+  /// (0 the result), and schedules it. Answers 1, or 0 when the arguments do not match the
+  /// descriptor, are not this network's, or memory ran out.
+  int AddConstraint(const ZULTaVoConstraintDescriptor* type, ZULTaVoObject* const* arguments,
+                    unsigned int count);
+
+  std::size_t GetNumberOfObjects() const { return mNodes.size(); }
+  std::size_t GetNumberOfConstraints() const { return mLinks.size(); }
+  ZULTaVoAny* GetObject(std::size_t index) const;
+  /// The descriptor with which the object was added; null if it is not this network's.
+  const ZULTaVoObjectDescriptor* GetType(const ZULTaVoObject* object) const;
+  /// Bytes that the network holds.
+  std::size_t GetMemoryUsed() const;
+
+  /// Runs the scheduled constraints to the fixpoint.
+  Status Propagate();
+  /// Tells that the object's value has narrowed: the constraints on it are scheduled. Called by
+  /// filters for their arguments, and by whoever changes a value from outside.
+  void PropagateValue(const ZULTaVoObject* object);
+  /// Schedules every constraint once more, whatever it knew.
+  void ScheduleAll();
+
+  /// Opens a level: PopState brings every value back to what it was here.
+  void PushState();
+  void PopState();
+  std::size_t GetDepth() const { return mLevels.size(); }
+  /// To be called before a value is changed from outside, so that PopState can restore it.
+  void SaveValue(ZULTaVoObject* object);
+
+  /// A real domain's narrowing that removes less than this fraction of its width since it was
+  /// last propagated is kept but not propagated. Default 0.01: coarse enough that slow
+  /// convergence ends after some hundred steps per decade, fine enough that the search rarely
+  /// splits what propagation would still have narrowed.
+  void SetNarrowingFraction(double fraction);
+  double GetNarrowingFraction() const { return mFraction; }
+  /// Filter calls allowed per run, 0 for the default: 2000 for each constraint and 1000000 more.
+  void SetFilterLimit(std::uint64_t limit) { mFilterLimit = limit; }
+  /// A run ends soon after the flag becomes true. Null: never.
+  void SetInterrupt(const std::atomic<bool>* flag) { mInterrupt = flag; }
+
+  const Statistics& GetStatistics() const { return mStatistics; }
+
+  /// Called by constraints whose priority changes.
+  void MoveConstraint(const ZULTaVoConstraint* constraint);
+
+ private:
+  struct Node;
+  /// A constraint, its arguments (result first) and its place in the queue.
+  struct Link {
+    ZULTaVoConstraint* constraint;
+    ZULTaVoObject** arguments;
+    std::uint32_t next;
+    std::uint8_t count;
+    std::uint8_t constants;
+    std::uint8_t queue;
+    bool queued;
+  };
+  struct Edge {
+    std::uint32_t link;
+    std::uint32_t next;
+  };
+  struct Queue {
+    unsigned short priority;
+    std::uint32_t head;
+    std::uint32_t tail;
+  };
+  struct Level {
+    std::size_t trail;
+    std::uint32_t stamp;
+  };
+  struct Saved {
+    Node* node;
+    ZULTaVoAny* copy;
+    Arena::Mark mark;
+  };
+
+  static Node* NodeOf(const ZULTaVoObject* object);
+  Node* FindNode(const ZULTaVoObject* object) const;
+  bool Place(const ZULTaVoObjectDescriptor* type, Node*& node);
+  void Schedule(std::uint32_t link);
+  void ScheduleDependents(const Node& node);
+  bool TakeNext(std::uint32_t& link);
+  std::uint8_t QueueFor(unsigned short priority);
+  bool WorthPropagating(Node& node);
+  int RunFilter(std::uint32_t link);
+  bool Save(Node& node);
+  void EndRun();
+
+  Arena mArena;
+  Arena mTrailArena;
+  std::vector<Node*> mNodes;
+  std::vector<Link> mLinks;
+  std::vector<Edge> mEdges;
+  std::vector<Queue> mQueues;
+  std::vector<Saved> mTrail;
+  std::vector<Level> mLevels;
+  std::vector<std::uint32_t> mPassivated;
+  std::uint32_t mStamp = 0;
+  std::uint32_t mLastStamp = 0;
+  std::uint32_t mRunning = 0;
+  double mFraction = 0.01;
+  std::uint64_t mFilterLimit = 0;
+  const std::atomic<bool>* mInterrupt = nullptr;
+  Statistics mStatistics;
+};
+
+#endif

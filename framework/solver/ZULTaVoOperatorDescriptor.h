@@ -1,0 +1,103 @@
+#ifndef ZULTAV_SOLVER_ZULTAVO_OPERATOR_DESCRIPTOR_H
+#define ZULTAV_SOLVER_ZULTAVO_OPERATOR_DESCRIPTOR_H
+
+#include <array>
+
+#include "framework/solver/ZULTaVoConstraintDescriptor.h"
+
+class ZULTaVoNetwork;
+class ZULTaVoObject;
+
+/// An operator over value types: a name, the types of its operands and its result, and how it is
+/// linked by a constraint. Made by the factories below and added to a module.
+class ZULTAV_TYPES_API ZULTaVoOperatorDescriptor : public ZULTaVoObjectDescriptor {
+ public:
+  /// How operands (L, R or X), result Z and buffer W become arguments of the constraint C.
+  /// A buffer is a hidden variable that is equal to the operand; it is made only where the
+  /// operand's registered type is not W already (BufferedUnary: always).
+  enum class Shape {
+    kBinary,            ///< (L, R, Z):    C(Z, L, R)
+    kSymBinary,         ///< (L, R, Z):    C(Z, R, L)
+    kFirstInverse,      ///< (L, R, Z, W): C(L as W, Z, R)
+    kSecondInverse,     ///< (L, R, Z, W): C(R as W, L, Z)
+    kSecondInverseSym,  ///< (L, R, Z, W): C(L as W, R, Z)
+    kUnary,             ///< (X, Z):       C(Z, X)
+    kInverseUnary,      ///< (X, Z, W):    C(X as W, Z)
+    kBufferedUnary,     ///< (X, W, Z):    C(Z, X as W)
+    kConstant           ///< (Z):          C(Z)
+  };
+  static constexpr unsigned int kMaxTypes = 4;
+  using Types = std::array<const ZULTaVoObjectDescriptor*, kMaxTypes>;
+
+  /// `types` in the order of the shape; unused ones null.
+  ZULTaVoOperatorDescriptor(const ZULString& name, Shape shape, const Types& types,
+                            const ZULTaVoConstraintDescriptor* constraint);
+  explicit ZULTaVoOperatorDescriptor(ZULStreamableInit init) : ZULTaVoObjectDescriptor(init) {}
+
+  const char* CastableID() const override { return "ZULTaVoOperatorDescriptor"; }
+  void Write(ZULopstream& out) const override;
+  void Read(ZULipstream& in) override;
+  Kind GetKind() const override { return Kind::kOperator; }
+  unsigned int GetNumberOfArguments() const override;
+  /// Like "+ (interval int, single int) -> interval int".
+  void PrintOn(std::ostream& out) const override;
+
+  Shape GetShape() const { return mShape; }
+  /// "Binary", "SymBinary", … "Constant".
+  const char* GetShapeName() const;
+  /// The types as registered, in the order of the shape.
+  const Types& GetTypes() const { return mTypes; }
+  unsigned int GetNumberOfTypes() const;
+  const ZULTaVoConstraintDescriptor* GetConstraint() const { return mConstraint; }
+
+  /// Operand types are the first GetNumberOfArguments() registered ones.
+  const ZULTaVoObjectDescriptor* GetOperandType(unsigned int operand) const {
+    return mTypes[operand];
+  }
+  const ZULTaVoObjectDescriptor* GetResultType() const;
+
+  /// Adds to the network what makes `result` the value of the operator over `operands`
+  /// (GetNumberOfArguments() of them, matching the registered types; all of them objects of that
+  /// network): hidden buffers and constraints. Answers 1, or 0 when an argument does not match
+  /// or memory ran out.
+  int Post(ZULTaVoNetwork& network, ZULTaVoObject* const* operands, ZULTaVoObject* result) const;
+
+ private:
+  struct Roles;
+
+  Shape mShape = Shape::kConstant;
+  Types mTypes = {};
+  const ZULTaVoConstraintDescriptor* mConstraint = nullptr;
+};
+
+// The factories answer a new descriptor for ZULTaVoModule::AddObjectDescriptor, or null when
+// memory ran out or a descriptor is null.
+#define ZULTAVO_TYPE const ZULTaVoObjectDescriptor*
+ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateBinaryOperator(
+    const ZULString& name, ZULTAVO_TYPE left, ZULTAVO_TYPE right, ZULTAVO_TYPE result,
+    ZULTAVO_TYPE constraint);
+ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateSymmetricBinaryOperator(
+    const ZULString& name, ZULTAVO_TYPE left, ZULTAVO_TYPE right, ZULTAVO_TYPE result,
+    ZULTAVO_TYPE constraint);
+ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateFirstInverseBinaryOperator(
+    const ZULString& name, ZULTAVO_TYPE left, ZULTAVO_TYPE right, ZULTAVO_TYPE result,
+    ZULTAVO_TYPE wider, ZULTAVO_TYPE constraint);
+ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateSecondInverseBinaryOperator(
+    const ZULString& name, ZULTAVO_TYPE left, ZULTAVO_TYPE right, ZULTAVO_TYPE result,
+    ZULTAVO_TYPE wider, ZULTAVO_TYPE constraint);
+ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateSecondInverseSymmetricBinaryOperator(
+    const ZULString& name, ZULTAVO_TYPE left, ZULTAVO_TYPE right, ZULTAVO_TYPE result,
+    ZULTAVO_TYPE wider, ZULTAVO_TYPE constraint);
+ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateUnaryOperator(
+    const ZULString& name, ZULTAVO_TYPE operand, ZULTAVO_TYPE result, ZULTAVO_TYPE constraint);
+ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateInverseUnaryOperator(
+    const ZULString& name, ZULTAVO_TYPE operand, ZULTAVO_TYPE result, ZULTAVO_TYPE buffer,
+    ZULTAVO_TYPE constraint);
+ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateBufferedUnaryOperator(
+    const ZULString& name, ZULTAVO_TYPE operand, ZULTAVO_TYPE buffer, ZULTAVO_TYPE result,
+    ZULTAVO_TYPE constraint);
+ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateConstant(
+    const ZULString& name, ZULTAVO_TYPE result, ZULTAVO_TYPE constraint);
+#undef ZULTAVO_TYPE
+
+#endif
