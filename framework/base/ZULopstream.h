@@ -33,7 +33,8 @@ class ZW4_API ZULopstream {
   void WriteString(std::string_view text) noexcept;
 
   /// Writes an object that the reader will read in place. Always writes the record in full, but a
-  /// pointer to the object written by its own parts leads back to it.
+  /// pointer to the object written by its own parts leads back to it (or to the object written
+  /// through a pointer before, if it was).
   void WriteObject(const ZULStreamable& object) noexcept;
   /// Writes an object the first time, a reference to it later. Null is allowed.
   void WriteObjectPointer(const ZULStreamable* object) noexcept;
