@@ -35,14 +35,19 @@ ZULTAV_INTERVALS_API SubdefInt InverseAbs(const SubdefInt& z, const SubdefInt& x
 ZULTAV_INTERVALS_API SubdefInt InverseMin(const SubdefInt& z, const SubdefInt& y);
 ZULTAV_INTERVALS_API SubdefInt InverseMax(const SubdefInt& z, const SubdefInt& y);
 
-/// Hull of { b^e integer : b in x, e in n }. 0^0 is 1; a negative exponent counts only where
-/// the power is an integer (base ±1). Empty: flag up. Saturation raises the flag, too.
+// Powers. 0^0 is 1; a negative exponent counts only where the power is an integer (base ±1).
+// Results are exact hulls, found in bounded time (no loop over a range of n). A single exponent is
+// a number even at ±sMaxValue, elsewhere such a bound is an infinite side. An empty result, and an
+// operand that is empty, raise the error flag.
+
+/// Hull of { b^e integer : b in x, e in n }. Raises the flag, too, when the power of a finite end
+/// had to be clamped.
 ZULTAV_INTERVALS_API SubdefInt pow(const SubdefInt& x, const SubdefInt& n);
 ZULTAV_INTERVALS_API SubdefInt pow(const SubdefInt& x, const SubIntBase& n);
-/// Hull of the part of x whose power by an exponent of n lies in z. Empty: flag up.
+/// Hull of the part of x whose power by an exponent of n lies in z.
 ZULTAV_INTERVALS_API SubdefInt base(const SubdefInt& z, const SubdefInt& x, const SubdefInt& n);
 ZULTAV_INTERVALS_API SubdefInt base(const SubdefInt& z, const SubdefInt& x, const SubIntBase& n);
-/// Hull of the part of n that takes a base of x into z. Empty: flag up.
+/// Hull of the part of n that takes a base of x into z.
 ZULTAV_INTERVALS_API SubdefInt exponent(const SubdefInt& z, const SubdefInt& x, const SubdefInt& n);
 ZULTAV_INTERVALS_API SubdefInt exponent(const SubdefInt& z, const SubIntBase& x,
                                         const SubdefInt& n);
