@@ -34,13 +34,13 @@
 /// A constraint class has besides them `static constexpr unsigned int kArguments` and
 /// `static void AddArguments(ZULTaVoConstraintDescriptor&)`. The module calls MakeDescriptor.
 template <class Self, class Base>
-class ZULTaVoFrame : public Base {
+class ZULTAV_TYPES_API ZULTaVoFrame : public Base {
   static constexpr bool kIsConstraint = std::is_base_of_v<ZULTaVoConstraint, Base>;
   using DescriptorBase =
       std::conditional_t<kIsConstraint, ZULTaVoConstraintDescriptor, ZULTaVoObjectDescriptor>;
 
  public:
-  class Descriptor : public DescriptorBase {
+  class ZULTAV_TYPES_API Descriptor : public DescriptorBase {
    public:
     Descriptor() : DescriptorBase(MakeBase()) {
       if constexpr (kIsConstraint) Self::AddArguments(*this);
