@@ -39,8 +39,8 @@ class ZULTAV_TYPES_API Arena {
   };
   bool Grow(std::size_t size) noexcept;
 
-  std::vector<Chunk> mChunks;            // in the order of allocation
-  std::vector<std::size_t> mByAddress;   // indices of chunks, by address
+  std::vector<Chunk> mChunks;           // in the order of allocation
+  std::vector<std::size_t> mByAddress;  // indices of chunks, by address
   std::size_t mCurrent = 0;
   std::size_t mUsed = 0;
   std::size_t mBytes = 0;

@@ -1,1 +1,292 @@
-// Written next.
+#include "framework/solver/FrameworkConstraints.h"
+
+#include <tuple>
+
+#include "framework/solver/LocalCopy.h"
+#include "framework/solver/SingleValue.h"
+#include "framework/solver/ZULTaVoBoolean.h"
+#include "framework/solver/ZULTaVoInteger.h"
+#include "framework/solver/ZULTaVoNetwork.h"
+#include "framework/solver/ZULTaVoNumber.h"
+#include "framework/solver/ZULTaVoObjectEnvironment.h"
+#include "framework/solver/ZULTaVoReal.h"
+
+// A filter calls domain operations one after the other, tells the network of every change and
+// stops at the first domain that becomes Nil. Below, each constraint names its operations; a0 is
+// the result, a1 and a2 are the operands.
+
+namespace {
+
+using Any = ZULTaVoAny;
+using Scalar = ZULTaVoScalar;
+using Number = ZULTaVoNumber;
+using Integer = ZULTaVoInteger;
+using Real = ZULTaVoReal;
+using Boolean = ZULTaVoBoolean;
+
+/// The network's side of a filter call.
+class Step {
+ public:
+  explicit Step(const ZULTaVoObjectEnvironment& environment) : mNetwork(environment.GetNetwork()) {}
+
+  /// Takes the answer of an operation that narrowed x; true as long as x is not Nil.
+  bool Took(int answer, Any& x) const {
+    if (answer == 0) return true;
+    if (x.IsNil()) return false;
+    if (mNetwork != nullptr) mNetwork->PropagateValue(&x);
+    return true;
+  }
+
+  /// Runs an inverse operation on x. A single value cannot be narrowed: the forward operation
+  /// decides about it.
+  template <class Operation>
+  bool Inverse(Any& x, Operation operation) const {
+    return IsSingleValue(x) || Took(operation(), x);
+  }
+
+  /// As Inverse, for operations that answer Nil where a single-valued domain that is still Any
+  /// cannot take the one value they found: it stays Any.
+  template <class Operation>
+  bool InverseOrAny(Any& x, Operation operation) const {
+    if (IsSingleValue(x)) return true;
+    const bool unbounded = x.GetCardinality() == -1;
+    const int answer = operation();
+    if (answer != 0 && unbounded && x.IsNil()) {
+      x.SetAny();
+      return true;
+    }
+    return Took(answer, x);
+  }
+
+ private:
+  ZULTaVoNetwork* mNetwork;
+};
+
+// --- Functions --------------------------------------------------------------------------------
+
+template <auto Forward, class T>
+bool Constant(const Step& step, T& a0) {
+  return step.Took((a0.*Forward)(), a0);
+}
+
+template <auto Forward, auto Backward, class T>
+bool Unary(const Step& step, T& a0, T& a1) {
+  return step.Took((a0.*Forward)(a1), a0) && step.Inverse(a1, [&] { return (a0.*Backward)(a1); });
+}
+
+template <class T>
+using BinaryForward = int (T::*)(const T&, const T&);
+
+/// Both operands are narrowed by the one inverse.
+template <class T, BinaryForward<T> Forward, auto Backward>
+bool Symmetric(const Step& step, T& a0, T& a1, T& a2) {
+  return step.Took((a0.*Forward)(a1, a2), a0) &&
+         step.Inverse(a1, [&] { return (a0.*Backward)(a1, a2); }) &&
+         step.Inverse(a2, [&] { return (a0.*Backward)(a2, a1); });
+}
+
+bool Multiply(const Step& step, Number& a0, Number& a1, Number& a2) {
+  return step.Took(a0.CalcProdValue(a1, a2), a0) &&
+         step.InverseOrAny(a1, [&] { return a0.CalcFirstInverseProdValue(a1, a2); }) &&
+         step.InverseOrAny(a2, [&] { return a0.CalcFirstInverseProdValue(a2, a1); });
+}
+
+bool RaiseToPower(const Step& step, Number& a0, Number& a1, Number& a2) {
+  return step.Took(a0.CalcPowerValue(a1, a2), a0) &&
+         step.InverseOrAny(a1, [&] { return a0.CalcFirstInversePowerValue(a1, a2); }) &&
+         step.InverseOrAny(a2, [&] { return a0.CalcSecondInversePowerValue(a1, a2); });
+}
+
+void InsertZero(Any& x) {
+  if (auto* integer = ZULTaVoCast<Integer>(&x)) integer->InsertExactValue(0);
+  if (auto* real = ZULTaVoCast<Real>(&x)) real->InsertExactValue(0);
+}
+
+/// The forward remainder may miss remainders near zero while the divisor is no single value, so
+/// its outcome is widened to zero before it narrows.
+int NarrowRemainder(Number& a0, const Number& a1, const Number& a2) {
+  if (IsSingleValue(a2)) return a0.CalcModValue(a1, a2);
+  LocalCopy remainders(a0);
+  if (!remainders) return 0;
+  remainders->SetAny();
+  static_cast<Number&>(*remainders).CalcModValue(a1, a2);
+  InsertZero(*remainders);
+  return a0.Intersect(*remainders);
+}
+
+bool TakeRemainder(const Step& step, Number& a0, Number& a1, Number& a2) {
+  return step.Took(NarrowRemainder(a0, a1, a2), a0) &&
+         step.InverseOrAny(a1, [&] { return a0.CalcFirstInverseModValue(a1, a2); }) &&
+         step.InverseOrAny(a2, [&] { return a0.CalcSecondInverseModValue(a1, a2); });
+}
+
+bool TakeSign(const Step& step, Number& a0, Integer& a1) {
+  return step.Took(a0.CalcSignumValue(a1), a1) &&
+         step.Inverse(a0, [&] { return a0.CalcInverseSignumValue(a1); });
+}
+
+// --- Relations --------------------------------------------------------------------------------
+
+/// Narrows both sides of `x relation y`.
+template <auto Forward, auto Backward, class T>
+bool Impose(const Step& step, T& x, T& y) {
+  return step.Took((x.*Forward)(y), x) && step.Took((x.*Backward)(y), y);
+}
+
+bool ImposeEqual(const Step& step, Any& x, Any& y) {
+  return &x == &y || Impose<&Any::CalcEqualValue, &Any::CalcInverseEqualValue>(step, x, y);
+}
+bool ImposeUnequal(const Step& step, Any& x, Any& y) {
+  return Impose<&Any::CalcUnequalValue, &Any::CalcInverseUnequalValue>(step, x, y);
+}
+bool ImposeLessOrEqual(const Step& step, Any& x, Any& y) {
+  return Impose<&Any::CalcLessOrEqualValue, &Any::CalcInverseLessOrEqualValue>(step, x, y);
+}
+bool ImposeGreater(const Step& step, Any& x, Any& y) {
+  return Impose<&Any::CalcNotLessAndUnequalValue, &Any::CalcInverseNotLessAndUnequalValue>(step, x,
+                                                                                           y);
+}
+bool ImposeLess(const Step& step, Scalar& x, Scalar& y) {
+  return Impose<&Scalar::CalcLessValue, &Scalar::CalcInverseLessValue>(step, x, y);
+}
+bool ImposeGreaterOrEqual(const Step& step, Scalar& x, Scalar& y) {
+  return Impose<&Scalar::CalcNotLessValue, &Scalar::CalcInverseNotLessValue>(step, x, y);
+}
+
+/// The value of `a0 relation a1` is a2, equal to a0.
+template <auto Relation, class T>
+bool Ternary(const Step& step, T& a0, T& a1, Any& a2) {
+  return ImposeEqual(step, a0, a2) && Relation(step, a0, a1);
+}
+
+/// a2 is the truth of `a0 relation a1`.
+template <auto Decision, auto Relation, auto Negation, class T>
+bool Reified(const Step& step, T& a0, T& a1, Boolean& a2) {
+  if (!a2.IsTrue() && !a2.IsFalse() && !step.Took((a0.*Decision)(a1, a2), a2)) return false;
+  if (a2.IsTrue()) return Relation(step, a0, a1);
+  if (a2.IsFalse()) return Negation(step, a0, a1);
+  return !a2.IsNil();
+}
+
+int DecideUnequal(const Any& a0, const Any& a1, Boolean& a2) {
+  LocalCopy equal(a2);
+  if (!equal) return 0;
+  equal->SetAny();
+  auto& truth = static_cast<Boolean&>(*equal);
+  return a0.CalcIsEqual(a1, truth) != 0 ? a2.CalcNegativeValue(truth) : 0;
+}
+
+bool ReifiedUnequal(const Step& step, Any& a0, Any& a1, Boolean& a2) {
+  if (!a2.IsTrue() && !a2.IsFalse() && !step.Took(DecideUnequal(a0, a1, a2), a2)) return false;
+  if (a2.IsTrue()) return ImposeUnequal(step, a0, a1);
+  if (a2.IsFalse()) return ImposeEqual(step, a0, a1);
+  return !a2.IsNil();
+}
+
+// --- The table --------------------------------------------------------------------------------
+
+constexpr int kOnce = ZULTaVoConstraintDescriptor::kIdempotent;
+
+/// The filter of a rule and whether one call reaches its own fixpoint.
+template <class Rule>
+struct Body;
+
+#define ZULTAVO_BODY(RULE, FLAGS, ...)             \
+  template <>                                      \
+  struct Body<framework_rules::RULE> {             \
+    static constexpr auto kNarrow = (__VA_ARGS__); \
+    static constexpr int kFlags = FLAGS;           \
+  };
+
+ZULTAVO_BODY(Addition, kOnce,
+             &Symmetric<Number, &Number::CalcSumValue, &Number::CalcFirstInverseSumValue>)
+ZULTAVO_BODY(Multiplication, 0, &Multiply)
+ZULTAVO_BODY(Power, 0, &RaiseToPower)
+ZULTAVO_BODY(Remainder, 0, &TakeRemainder)
+ZULTAVO_BODY(Minimum, 0,
+             &Symmetric<Scalar, &Scalar::CalcMinValue, &Scalar::CalcFirstInverseMinValue>)
+ZULTAVO_BODY(Maximum, 0,
+             &Symmetric<Scalar, &Scalar::CalcMaxValue, &Scalar::CalcFirstInverseMaxValue>)
+ZULTAVO_BODY(Absolute, 0,
+             &Unary<&Number::CalcAbsoluteValue, &Number::CalcInverseAbsoluteValue, Number>)
+ZULTAVO_BODY(NumberNegation, kOnce,
+             &Unary<&Number::CalcNegativeValue, &Number::CalcInverseNegativeValue, Number>)
+ZULTAVO_BODY(BooleanNegation, kOnce,
+             &Unary<&Boolean::CalcNegativeValue, &Boolean::CalcInverseNegativeValue, Boolean>)
+ZULTAVO_BODY(Next, kOnce, &Unary<&Scalar::CalcNextValue, &Scalar::CalcInverseNextValue, Scalar>)
+ZULTAVO_BODY(Signum, 0, &TakeSign)
+ZULTAVO_BODY(Exponent, 0, &Unary<&Real::CalcExpValue, &Real::CalcInverseExpValue, Real>)
+ZULTAVO_BODY(Sqrt, 0, &Unary<&Real::CalcSqrtValue, &Real::CalcInverseSqrtValue, Real>)
+ZULTAVO_BODY(Sine, 0, &Unary<&Real::CalcSinValue, &Real::CalcInverseSinValue, Real>)
+ZULTAVO_BODY(Cosine, 0, &Unary<&Real::CalcCosValue, &Real::CalcInverseCosValue, Real>)
+ZULTAVO_BODY(Tangent, 0, &Unary<&Real::CalcTanValue, &Real::CalcInverseTanValue, Real>)
+ZULTAVO_BODY(Round, 0, &Unary<&Real::CalcRoundValue, &Real::CalcInverseRoundValue, Real>)
+ZULTAVO_BODY(Floor, 0, &Unary<&Real::CalcFloorValue, &Real::CalcInverseFloorValue, Real>)
+ZULTAVO_BODY(Ceil, 0, &Unary<&Real::CalcCeilValue, &Real::CalcInverseCeilValue, Real>)
+ZULTAVO_BODY(PiValue, 0, &Constant<&Real::CalcPiValue, Real>)
+ZULTAVO_BODY(EValue, 0, &Constant<&Real::CalcEValue, Real>)
+ZULTAVO_BODY(Equal, kOnce, &ImposeEqual)
+ZULTAVO_BODY(EqualTernary, 0, &Ternary<&ImposeEqual, Any>)
+ZULTAVO_BODY(UnequalTernary, 0, &Ternary<&ImposeUnequal, Any>)
+ZULTAVO_BODY(LessOrEqualTernary, 0, &Ternary<&ImposeLessOrEqual, Any>)
+ZULTAVO_BODY(LessTernary, 0, &Ternary<&ImposeLess, Scalar>)
+ZULTAVO_BODY(BooleanEqual, 0, &Reified<&Any::CalcIsEqual, &ImposeEqual, &ImposeUnequal, Any>)
+ZULTAVO_BODY(BooleanUnequal, 0, &ReifiedUnequal)
+ZULTAVO_BODY(BooleanLess, 0,
+             &Reified<&Scalar::CalcIsLess, &ImposeLess, &ImposeGreaterOrEqual, Scalar>)
+ZULTAVO_BODY(BooleanLessOrEqual, 0,
+             &Reified<&Any::CalcIsLessOrEqual, &ImposeLessOrEqual, &ImposeGreater, Any>)
+#undef ZULTAVO_BODY
+
+/// Casts the arguments to what the filter takes and calls it.
+template <class... A>
+int Run(bool (*narrow)(const Step&, A&...), const ZULTaVoObjectEnvironment& environment) {
+  return [&]<std::size_t... I>(std::index_sequence<I...>)->int {
+    const std::tuple<A*...> arguments{ZULTaVoCast<A>(environment.GetArgument(I))...};
+    if (((std::get<I>(arguments) == nullptr) || ...)) return kFilterBadArguments;
+    if ((std::get<I>(arguments)->IsNil() || ...)) return kFilterContradiction;
+    return narrow(Step(environment), *std::get<I>(arguments)...) ? kFilterConsistent
+                                                                 : kFilterContradiction;
+  }
+  (std::index_sequence_for<A...>{});
+}
+
+/// Announces the arguments: operands first, result last.
+template <class... A>
+void Announce(bool (*)(const Step&, A&...), ZULTaVoConstraintDescriptor& descriptor) {
+  const ZULTaVoObjectDescriptor* types[] = {A::sDescriptor...};
+  constexpr const char* kNames[] = {"Result", "First", "Second"};
+  for (std::size_t i = 1; i < sizeof...(A); ++i)
+    descriptor.AddArgument(kNames[i], types[i], ZULTaVoConstraint::kDefaultPriority);
+  descriptor.AddArgument(kNames[0], types[0], ZULTaVoConstraint::kDefaultPriority);
+}
+
+}  // namespace
+
+template <class Rule>
+ZULTaVoFrameworkConstraint<Rule>::ZULTaVoFrameworkConstraint(const void* from)
+    : ZULTaVoFrame<ZULTaVoFrameworkConstraint, ZULTaVoConstraint>(from) {}
+
+template <class Rule>
+ZULTaVoFrameworkConstraint<Rule>::ZULTaVoFrameworkConstraint(ZULStreamableInit init)
+    : ZULTaVoFrame<ZULTaVoFrameworkConstraint, ZULTaVoConstraint>(init) {}
+
+template <class Rule>
+void ZULTaVoFrameworkConstraint<Rule>::AddArguments(ZULTaVoConstraintDescriptor& descriptor) {
+  descriptor.SetFlags(Body<Rule>::kFlags);
+  Announce(Body<Rule>::kNarrow, descriptor);
+}
+
+template <class Rule>
+int ZULTaVoFrameworkConstraint<Rule>::Filter(const ZULTaVoObjectEnvironment& environment, int) {
+  return Run(Body<Rule>::kNarrow, environment);
+}
+
+#define ZULTAVO_CONSTRAINT(NAME, ARGUMENTS)                                  \
+  template class ZULTaVoFrame<ZULTaVo##NAME##Constraint, ZULTaVoConstraint>; \
+  template class ZULTaVoFrameworkConstraint<framework_rules::NAME>;          \
+  static ZULStreamableClass r##NAME##_Descriptor =                           \
+      ZULTaVo##NAME##Constraint::MakeDescriptorRecord();                     \
+  static ZULStreamableClass r##NAME = ZULTaVo##NAME##Constraint::MakeRecord();
+ZULTAVO_FRAMEWORK_CONSTRAINTS(ZULTAVO_CONSTRAINT)
+#undef ZULTAVO_CONSTRAINT

@@ -54,10 +54,10 @@ class ZULTAV_TYPES_API ZULTaVoFrameworkConstraint final
   X(EValue, 1)
 
 namespace framework_rules {
-#define ZULTAVO_RULE(NAME, ARGUMENTS)                                     \
-  struct NAME {                                                           \
-    static constexpr char kName[] = "ZULTaVo" #NAME "Constraint";         \
-    static constexpr unsigned int kArguments = ARGUMENTS;                 \
+#define ZULTAVO_RULE(NAME, ARGUMENTS)                             \
+  struct NAME {                                                   \
+    static constexpr char kName[] = "ZULTaVo" #NAME "Constraint"; \
+    static constexpr unsigned int kArguments = ARGUMENTS;         \
   };
 ZULTAVO_FRAMEWORK_CONSTRAINTS(ZULTAVO_RULE)
 #undef ZULTAVO_RULE

@@ -1,1 +1,46 @@
-// Written next.
+// Entry of the framework's own module: the abstract value types and the constraints.
+
+#include "framework/solver/FrameworkConstraints.h"
+#include "framework/solver/ZULTaVoBoolean.h"
+#include "framework/solver/ZULTaVoInteger.h"
+#include "framework/solver/ZULTaVoModule.h"
+#include "framework/solver/ZULTaVoModuleManager.h"
+#include "framework/solver/ZULTaVoReal.h"
+
+namespace {
+
+/// Describes an abstract type, which has no objects of its own.
+template <class T>
+class AbstractDescriptor final : public ZULTaVoObjectDescriptor {
+ public:
+  explicit AbstractDescriptor(const ZULTaVoObjectDescriptor* base)
+      : ZULTaVoObjectDescriptor(T::sIdent, base, 1) {
+    T::sDescriptor = this;
+  }
+  ~AbstractDescriptor() override {
+    if (T::sDescriptor == this) T::sDescriptor = nullptr;
+  }
+};
+
+template <class T>
+void AddType(ZULTaVoModule& module, const ZULTaVoObjectDescriptor* base) {
+  T::sDescriptor = nullptr;
+  module.AddObjectDescriptor(new AbstractDescriptor<T>(base));
+}
+
+}  // namespace
+
+extern "C" ZULTAV_TYPES_API int InitModule(ZULTaVoModule* module, ZULTaVoModuleManager* manager) {
+  if (module == nullptr || manager == nullptr) return 0;
+  AddType<ZULTaVoAny>(*module, nullptr);
+  AddType<ZULTaVoScalar>(*module, ZULTaVoAny::sDescriptor);
+  AddType<ZULTaVoBoolean>(*module, ZULTaVoScalar::sDescriptor);
+  AddType<ZULTaVoNumber>(*module, ZULTaVoScalar::sDescriptor);
+  AddType<ZULTaVoInteger>(*module, ZULTaVoNumber::sDescriptor);
+  AddType<ZULTaVoReal>(*module, ZULTaVoNumber::sDescriptor);
+#define ZULTAVO_CONSTRAINT(NAME, ARGUMENTS) \
+  module->AddObjectDescriptor(ZULTaVo##NAME##Constraint::MakeDescriptor());
+  ZULTAVO_FRAMEWORK_CONSTRAINTS(ZULTAVO_CONSTRAINT)
+#undef ZULTAVO_CONSTRAINT
+  return 1;
+}

@@ -15,7 +15,8 @@ class ZULTAV_TYPES_API ZULTaVoBase {
   static void* operator new(std::size_t, void* place) noexcept { return place; }
   static void operator delete(void*, void*) noexcept {}
 
-  /// What to allocate with; null restores the default. For embedders that count or limit memory.
+  /// What to allocate with, to be freed by std::free; null restores std::malloc. For embedders
+  /// that count or limit memory.
   using Allocator = void* (*)(std::size_t size);
   static void SetAllocator(Allocator allocate);
 };

@@ -13,6 +13,10 @@ class ZULTAV_TYPES_API ZULTaVoConstraintDescriptor : public ZULTaVoObjectDescrip
  public:
   static constexpr unsigned int kMaxArguments = 4;
 
+  /// One filter call reaches the constraint's own fixpoint when its arguments are distinct objects
+  /// of one type other than a real: the network need not call it again for its own changes.
+  static constexpr int kIdempotent = 1;
+
   struct Argument {
     ZULString name;
     const ZULTaVoObjectDescriptor* type = nullptr;
@@ -20,7 +24,7 @@ class ZULTAV_TYPES_API ZULTaVoConstraintDescriptor : public ZULTaVoObjectDescrip
   };
 
   /// @param arguments  how many arguments will be added, at most kMaxArguments
-  /// @param flags      reserved, 0
+  /// @param flags      kIdempotent or 0
   ZULTaVoConstraintDescriptor(const ZULString& name, const ZULTaVoObjectDescriptor* base,
                               int version, unsigned int arguments, int flags);
   explicit ZULTaVoConstraintDescriptor(ZULStreamableInit init) : ZULTaVoObjectDescriptor(init) {}
@@ -43,11 +47,14 @@ class ZULTAV_TYPES_API ZULTaVoConstraintDescriptor : public ZULTaVoObjectDescrip
     return mArguments[position == 0 ? mCount - 1 : position - 1];
   }
   unsigned short GetPriority() const;
+  void SetFlags(int flags) { mFlags = flags; }
+  bool IsIdempotent() const { return (mFlags & kIdempotent) != 0; }
 
  private:
   std::array<Argument, kMaxArguments> mArguments;
   unsigned int mAnnounced = 0;
   unsigned int mCount = 0;
+  int mFlags = 0;
 };
 
 #endif

@@ -1,1 +1,71 @@
-// Written next.
+#include "framework/solver/ZULTaVoModule.h"
+
+#include <algorithm>
+
+namespace {
+
+using Kind = ZULTaVoObjectDescriptor::Kind;
+
+const ZULTaVoObjectDescriptor* Find(const std::vector<const ZULTaVoObjectDescriptor*>& list,
+                                    Kind kind, std::string_view name) {
+  const auto found = std::find_if(list.begin(), list.end(), [&](const auto* descriptor) {
+    return descriptor->GetKind() == kind && name == descriptor->GetName();
+  });
+  return found != list.end() ? *found : nullptr;
+}
+
+}  // namespace
+
+ZULTaVoModule::ZULTaVoModule(std::string_view name) : mName(name) {}
+
+ZULTaVoModule::~ZULTaVoModule() {
+  for (auto descriptor = mDescriptors.rbegin(); descriptor != mDescriptors.rend(); ++descriptor)
+    delete *descriptor;
+}
+
+void ZULTaVoModule::AddLoadedModule(ZULTaVoModule* module) {
+  if (module != nullptr && std::find(mLoaded.begin(), mLoaded.end(), module) == mLoaded.end())
+    mLoaded.push_back(module);
+}
+
+void ZULTaVoModule::AddObjectDescriptor(const ZULTaVoObjectDescriptor* descriptor) {
+  if (descriptor == nullptr || !mKnown.insert(descriptor).second) return;
+  mDescriptors.push_back(descriptor);
+  if (descriptor->GetKind() == Kind::kOperator)
+    mOperators[descriptor->GetName()].push_back(
+        static_cast<const ZULTaVoOperatorDescriptor*>(descriptor));
+}
+
+const ZULTaVoObjectDescriptor* ZULTaVoModule::FindType(std::string_view name) const {
+  return Find(mDescriptors, Kind::kType, name);
+}
+
+const ZULTaVoConstraintDescriptor* ZULTaVoModule::FindConstraint(std::string_view name) const {
+  return static_cast<const ZULTaVoConstraintDescriptor*>(
+      Find(mDescriptors, Kind::kConstraint, name));
+}
+
+const std::vector<const ZULTaVoOperatorDescriptor*>& ZULTaVoModule::FindOperators(
+    std::string_view name) const {
+  static const std::vector<const ZULTaVoOperatorDescriptor*> kNone;
+  const auto found = mOperators.find(name);
+  return found != mOperators.end() ? found->second : kNone;
+}
+
+const ZULTaVoOperatorDescriptor* ZULTaVoModule::FindOperator(
+    std::string_view name, const ZULTaVoObjectDescriptor* const* operands,
+    unsigned int count) const {
+  const ZULTaVoOperatorDescriptor* fitting = nullptr;
+  for (const ZULTaVoOperatorDescriptor* candidate : FindOperators(name)) {
+    if (candidate->GetNumberOfArguments() != count) continue;
+    bool exact = true;
+    bool fits = true;
+    for (unsigned int i = 0; i < count && fits; ++i) {
+      exact = exact && candidate->GetOperandType(i) == operands[i];
+      fits = candidate->GetOperandType(i)->IsMatched(operands[i]) != 0;
+    }
+    if (fits && exact) return candidate;
+    if (fits && fitting == nullptr) fitting = candidate;
+  }
+  return fitting;
+}

@@ -2,6 +2,7 @@
 #define ZULTAV_SOLVER_ZULTAVO_MODULE_H
 
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,9 +27,7 @@ class ZULTAV_TYPES_API ZULTaVoModule : public ZULTaVoBase {
   /// that the module has already.
   void AddObjectDescriptor(const ZULTaVoObjectDescriptor* descriptor);
   /// Everything registered, in the order of registration.
-  const std::vector<const ZULTaVoObjectDescriptor*>& GetDescriptors() const {
-    return mDescriptors;
-  }
+  const std::vector<const ZULTaVoObjectDescriptor*>& GetDescriptors() const { return mDescriptors; }
 
   /// The type (constraint) of that name, or null. The first registered one wins.
   const ZULTaVoObjectDescriptor* FindType(std::string_view name) const;
@@ -38,14 +37,15 @@ class ZULTAV_TYPES_API ZULTaVoModule : public ZULTaVoBase {
   /// The operator of that name for operands of these types: the first registered exact match,
   /// else the first one whose operand types match (are equal to or bases of the given ones).
   /// Null when none fits.
-  const ZULTaVoOperatorDescriptor* FindOperator(
-      std::string_view name, const ZULTaVoObjectDescriptor* const* operands,
-      unsigned int count) const;
+  const ZULTaVoOperatorDescriptor* FindOperator(std::string_view name,
+                                                const ZULTaVoObjectDescriptor* const* operands,
+                                                unsigned int count) const;
 
  private:
   std::string mName;
   std::vector<ZULTaVoModule*> mLoaded;
   std::vector<const ZULTaVoObjectDescriptor*> mDescriptors;
+  std::set<const ZULTaVoObjectDescriptor*> mKnown;
   std::map<std::string, std::vector<const ZULTaVoOperatorDescriptor*>, std::less<>> mOperators;
 };
 

@@ -1,1 +1,148 @@
-// Written next.
+#include "framework/solver/ZULTaVoModuleManager.h"
+
+#include <dlfcn.h>
+#include <link.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
+
+namespace {
+
+using InitModuleFunction = int (*)(ZULTaVoModule*, ZULTaVoModuleManager*);
+constexpr char kEntry[] = "InitModule";
+
+/// A module is asked for by a plain name; a path would bypass the search path.
+bool IsPlainName(const std::string& name) {
+  return !name.empty() && name.size() <= 128 &&
+         std::all_of(name.begin(), name.end(),
+                     [](unsigned char c) { return std::isalnum(c) || c == '_' || c == '-'; });
+}
+
+/// The directory of this library.
+std::string OwnDirectory() {
+  Dl_info info{};
+  if (dladdr(reinterpret_cast<const void*>(&OwnDirectory), &info) == 0 || info.dli_fname == nullptr)
+    return {};
+  const std::string path = info.dli_fname;
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "." : path.substr(0, slash);
+}
+
+/// The entry that the library itself exports; one of a library that it links to does not count.
+InitModuleFunction FindEntry(void* handle) {
+  void* symbol = dlsym(handle, kEntry);
+  const link_map* map = nullptr;
+  Dl_info info{};
+  if (symbol == nullptr || dladdr(symbol, &info) == 0 || dlinfo(handle, RTLD_DI_LINKMAP, &map) != 0)
+    return nullptr;
+  const std::string owner = info.dli_fname != nullptr ? info.dli_fname : "";
+  return owner == map->l_name ? reinterpret_cast<InitModuleFunction>(symbol) : nullptr;
+}
+
+}  // namespace
+
+/// An open library and its module, which must go first.
+struct ZULTaVoModuleManager::Library {
+  Library(const std::string& moduleName, void* opened) : handle(opened), module(moduleName) {}
+  ~Library() = default;
+  Library(const Library&) = delete;
+  Library& operator=(const Library&) = delete;
+
+  struct Handle {
+    explicit Handle(void* opened) : library(opened) {}
+    ~Handle() {
+      if (library != nullptr) dlclose(library);
+    }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+    void* library;
+  };
+  Handle handle;
+  ZULTaVoModule module;
+};
+
+ZULTaVoModuleManager::ZULTaVoModuleManager() = default;
+
+ZULTaVoModuleManager::~ZULTaVoModuleManager() {
+  while (!mLibraries.empty()) mLibraries.pop_back();
+}
+
+void ZULTaVoModuleManager::AddSearchDirectory(std::string_view directory) {
+  if (!directory.empty()) mDirectories.emplace_back(directory);
+}
+
+std::vector<std::string> ZULTaVoModuleManager::SearchPath() const {
+  std::vector<std::string> path = mDirectories;
+  const char* variable = std::getenv("ZULTAV_MODULE_PATH");
+  std::string_view rest = variable != nullptr ? variable : "";
+  while (!rest.empty()) {
+    const std::string_view directory = rest.substr(0, rest.find(':'));
+    if (!directory.empty()) path.emplace_back(directory);
+    rest.remove_prefix(std::min(rest.size(), directory.size() + 1));
+  }
+  if (std::string own = OwnDirectory(); !own.empty()) path.push_back(std::move(own));
+  return path;
+}
+
+ZULTaVoModule* ZULTaVoModuleManager::OpenModule(const ZULString& name) {
+  const std::string wanted = name.Str();
+  mReason.clear();
+  for (const auto& library : mLibraries)
+    if (library->module.GetName() == wanted) return &library->module;
+  if (!IsPlainName(wanted)) {
+    mReason = "\"" + wanted.substr(0, 128) +
+              "\" is no module name: letters, digits, '_' and '-' are allowed";
+    return nullptr;
+  }
+  if (std::find(mOpening.begin(), mOpening.end(), wanted) != mOpening.end()) {
+    mReason = "module \"" + wanted + "\" needs itself";
+    return nullptr;
+  }
+  mOpening.push_back(wanted);
+  ZULTaVoModule* module = Load(wanted);
+  mOpening.pop_back();
+  return module;
+}
+
+ZULTaVoModule* ZULTaVoModuleManager::Load(const std::string& name) {
+  std::string searched;
+  std::string path;
+  for (const std::string& directory : SearchPath()) {
+    path = directory + "/lib" + name + ".so";
+    if (access(path.c_str(), F_OK) == 0) break;
+    searched += (searched.empty() ? "" : ", ") + directory;
+    path.clear();
+  }
+  if (path.empty()) {
+    mReason = "module \"" + name + "\" was not found; searched: " + searched;
+    return nullptr;
+  }
+  void* handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (handle == nullptr) {
+    const char* why = dlerror();
+    mReason = "module \"" + name + "\" cannot be loaded: " + (why != nullptr ? why : path);
+    return nullptr;
+  }
+  auto library = std::make_unique<Library>(name, handle);
+  const InitModuleFunction entry = FindEntry(handle);
+  if (entry == nullptr) {
+    mReason = "module \"" + name + "\" has no entry " + kEntry + ": " + path;
+    return nullptr;
+  }
+  if (entry(&library->module, this) != 1) {
+    const std::string cause = mReason.empty() ? "" : " (" + mReason + ")";
+    mReason = "module \"" + name + "\" refused to start: " + path + cause;
+    return nullptr;
+  }
+  mReason.clear();
+  mLibraries.push_back(std::move(library));
+  return &mLibraries.back()->module;
+}
+
+std::vector<ZULTaVoModule*> ZULTaVoModuleManager::GetModules() const {
+  std::vector<ZULTaVoModule*> modules;
+  for (const auto& library : mLibraries) modules.push_back(&library->module);
+  return modules;
+}

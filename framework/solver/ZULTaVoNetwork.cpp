@@ -1,1 +1,373 @@
-// Written next.
+#include "framework/solver/ZULTaVoNetwork.h"
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+
+#include "framework/solver/ZULTaVoObjectEnvironment.h"
+#include "framework/solver/ZULTaVoReal.h"
+
+namespace {
+
+constexpr std::uint32_t kNone = 0xffffffff;
+constexpr std::uint64_t kInterruptPeriod = 256;
+constexpr std::uint64_t kFiltersPerConstraint = 2000;
+constexpr std::uint64_t kFiltersAtLeast = 1000000;
+constexpr double kInfinite = 1e19;  // a real bound from here on is an infinite side
+
+constexpr std::size_t RoundUp(std::size_t size) {
+  return (size + Arena::kAlignment - 1) / Arena::kAlignment * Arena::kAlignment;
+}
+
+/// A push_back that answers false instead of throwing.
+template <class T>
+bool Append(std::vector<T>& list, const T& item) noexcept {
+  try {
+    list.push_back(item);
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+}  // namespace
+
+/// Stands directly before its object in the arena.
+struct alignas(Arena::kAlignment) ZULTaVoNetwork::Node {
+  const ZULTaVoObjectDescriptor* type;
+  const ZULTaVoReal* real;  // the object, where it is a real
+  double lower, upper;      // of a real: the bounds that were last propagated
+  std::uint32_t index;
+  std::uint32_t firstEdge;
+  std::uint32_t lastEdge;
+  std::uint32_t depth;  // of the last level that has saved the value
+  bool constant;
+  bool narrowed;  // by the filter that is running
+
+  ZULTaVoAny* Object() { return reinterpret_cast<ZULTaVoAny*>(this + 1); }
+  void Remember() {
+    if (real == nullptr) return;
+    lower = real->GetLowerBound();
+    upper = real->GetUpperBound();
+  }
+};
+
+ZULTaVoNetwork::ZULTaVoNetwork() = default;
+
+ZULTaVoNetwork::~ZULTaVoNetwork() {
+  while (!mLevels.empty()) PopState();
+  for (auto link = mLinks.rbegin(); link != mLinks.rend(); ++link)
+    link->constraint->~ZULTaVoConstraint();
+  for (auto node = mNodes.rbegin(); node != mNodes.rend(); ++node)
+    (*node)->type->DestroyObject((*node)->Object());
+}
+
+// --- Objects and constraints ------------------------------------------------------------------
+
+ZULTaVoNetwork::Node* ZULTaVoNetwork::NodeOf(const ZULTaVoObject* object) {
+  return reinterpret_cast<Node*>(const_cast<ZULTaVoObject*>(object)) - 1;
+}
+
+ZULTaVoNetwork::Node* ZULTaVoNetwork::FindNode(const ZULTaVoObject* object) const {
+  if (object == nullptr || !mArena.Owns(object)) return nullptr;
+  Node* node = NodeOf(object);
+  return node->index < mNodes.size() && mNodes[node->index] == node ? node : nullptr;
+}
+
+ZULTaVoAny* ZULTaVoNetwork::AddObject(const ZULTaVoObjectDescriptor* type) {
+  return Add(type, [type](void* place) { return type->InitObject(place); });
+}
+
+ZULTaVoAny* ZULTaVoNetwork::AddObject(const ZULTaVoObjectDescriptor* type, const void* from) {
+  return Add(type, [type, from](void* place) { return type->InitObject(place, from); });
+}
+
+template <class Init>
+ZULTaVoAny* ZULTaVoNetwork::Add(const ZULTaVoObjectDescriptor* type, Init init) {
+  if (type == nullptr || type->GetObjectSize() == 0 || mNodes.size() >= kNone) return nullptr;
+  const Arena::Mark mark = mArena.GetMark();
+  auto* node = static_cast<Node*>(mArena.Allocate(sizeof(Node) + RoundUp(type->GetObjectSize())));
+  if (node == nullptr) return nullptr;
+  new (node) Node{type,  nullptr, 0, 0,     static_cast<std::uint32_t>(mNodes.size()),
+                  kNone, kNone,   0, false, false};
+  if (init(node->Object()) == nullptr || !Append(mNodes, node)) {
+    mArena.Release(mark);
+    return nullptr;
+  }
+  node->real = ZULTaVoCast<const ZULTaVoReal>(node->Object());
+  node->Remember();
+  return node->Object();
+}
+
+void ZULTaVoNetwork::SetConstant(const ZULTaVoObject* object) {
+  if (Node* node = FindNode(object)) node->constant = true;
+}
+
+bool ZULTaVoNetwork::IsConstant(const ZULTaVoObject* object) const {
+  const Node* node = FindNode(object);
+  return node != nullptr && node->constant;
+}
+
+ZULTaVoAny* ZULTaVoNetwork::GetObject(std::size_t index) const {
+  return index < mNodes.size() ? mNodes[index]->Object() : nullptr;
+}
+
+const ZULTaVoObjectDescriptor* ZULTaVoNetwork::GetType(const ZULTaVoObject* object) const {
+  const Node* node = FindNode(object);
+  return node != nullptr ? node->type : nullptr;
+}
+
+std::size_t ZULTaVoNetwork::GetMemoryUsed() const {
+  return mArena.GetBytes() + mTrailArena.GetBytes() + mNodes.capacity() * sizeof(Node*) +
+         mLinks.capacity() * sizeof(Link) + mEdges.capacity() * sizeof(Edge) +
+         mTrail.capacity() * sizeof(Saved) + mLevels.capacity() * sizeof(std::size_t);
+}
+
+int ZULTaVoNetwork::AddConstraint(const ZULTaVoConstraintDescriptor* type,
+                                  ZULTaVoObject* const* arguments, unsigned int count) {
+  if (type == nullptr || count == 0 || count != type->GetNumberOfArguments() ||
+      mLinks.size() >= kNone)
+    return 0;
+  bool idempotent = type->IsIdempotent();
+  std::uint8_t constants = 0;
+  for (unsigned int i = 0; i < count; ++i) {
+    const Node* node = FindNode(arguments[i]);
+    const ZULTaVoObjectDescriptor* wanted = type->GetArgument(i).type;
+    if (node == nullptr || (wanted != nullptr && !wanted->IsMatched(node->type))) return 0;
+    if (node->constant) constants = static_cast<std::uint8_t>(constants | 1U << i);
+    idempotent = idempotent && node->real == nullptr && node->type == GetType(arguments[0]) &&
+                 std::find(arguments, arguments + i, arguments[i]) == arguments + i;
+  }
+
+  const Arena::Mark mark = mArena.GetMark();
+  void* place = mArena.Allocate(type->GetObjectSize());
+  auto** copied = static_cast<ZULTaVoObject**>(mArena.Allocate(count * sizeof(ZULTaVoObject*)));
+  if (place == nullptr || copied == nullptr || type->InitObject(place) == nullptr) {
+    mArena.Release(mark);
+    return 0;
+  }
+  auto* constraint = static_cast<ZULTaVoConstraint*>(static_cast<ZULTaVoObject*>(place));
+  std::copy_n(arguments, count, copied);
+  constraint->ChangePriority(nullptr, type->GetPriority());
+  const auto link = static_cast<std::uint32_t>(mLinks.size());
+  if (!Append(mLinks, {constraint, copied, kNone, static_cast<std::uint8_t>(count), constants,
+                       QueueFor(constraint->GetPriority()), false, idempotent}))
+    return 0;
+  for (unsigned int i = 0; i < count; ++i)
+    if (std::find(copied, copied + i, copied[i]) == copied + i && !Depend(*NodeOf(copied[i]), link))
+      return 0;
+  constraint->Activate(this);
+  Schedule(link);
+  return 1;
+}
+
+/// Enters the link in the node's list of dependents, at its end.
+bool ZULTaVoNetwork::Depend(Node& node, std::uint32_t link) {
+  const auto edge = static_cast<std::uint32_t>(mEdges.size());
+  if (!Append(mEdges, {link, kNone})) return false;
+  (node.lastEdge == kNone ? node.firstEdge : mEdges[node.lastEdge].next) = edge;
+  node.lastEdge = edge;
+  return true;
+}
+
+// --- The queue --------------------------------------------------------------------------------
+
+std::uint8_t ZULTaVoNetwork::QueueFor(unsigned short priority) {
+  const auto at = std::lower_bound(
+      mQueues.begin(), mQueues.end(), priority,
+      [](const Queue& queue, unsigned short wanted) { return queue.priority < wanted; });
+  const auto index = static_cast<std::size_t>(at - mQueues.begin());
+  if (at != mQueues.end() && at->priority == priority) return static_cast<std::uint8_t>(index);
+  if (mQueues.size() == 0xff) return static_cast<std::uint8_t>(std::min<std::size_t>(index, 0xfe));
+  mQueues.insert(at, {priority, kNone, kNone});
+  for (Link& link : mLinks)
+    if (link.queue >= index) ++link.queue;
+  return static_cast<std::uint8_t>(index);
+}
+
+void ZULTaVoNetwork::MoveConstraint(const ZULTaVoConstraint* constraint) {
+  // Constraints change priority when they join, hence the search from the end.
+  for (auto link = mLinks.rbegin(); link != mLinks.rend(); ++link) {
+    if (link->constraint != constraint) continue;
+    const std::uint8_t queue = QueueFor(constraint->GetPriority());
+    if (!link->queued) link->queue = queue;
+    return;
+  }
+}
+
+void ZULTaVoNetwork::Schedule(std::uint32_t index) {
+  Link& link = mLinks[index];
+  if (link.queued || link.constraint->IsPassive()) return;
+  link.queued = true;
+  link.next = kNone;
+  Queue& queue = mQueues[link.queue];
+  (queue.head == kNone ? queue.head : mLinks[queue.tail].next) = index;
+  queue.tail = index;
+}
+
+bool ZULTaVoNetwork::TakeNext(std::uint32_t& index) {
+  for (Queue& queue : mQueues) {
+    if (queue.head == kNone) continue;
+    index = queue.head;
+    queue.head = mLinks[index].next;
+    mLinks[index].queued = false;
+    return true;
+  }
+  return false;
+}
+
+void ZULTaVoNetwork::ScheduleAll() {
+  for (std::uint32_t i = 0; i < mLinks.size(); ++i) {
+    mLinks[i].constraint->Reactivate();
+    Schedule(i);
+  }
+}
+
+/// Whether the domain has narrowed enough since it was last propagated.
+bool ZULTaVoNetwork::WorthPropagating(Node& node) const {
+  if (node.real == nullptr) return true;
+  const double lower = node.real->GetLowerBound();
+  const double upper = node.real->GetUpperBound();
+  const bool bounded = node.lower > -kInfinite && node.upper < kInfinite;
+  // An unbounded domain has no width to compare with: each bound is measured by itself.
+  const auto moved = [&](double from, double to) {
+    return std::fabs(to - from) >=
+           mFraction * (bounded ? node.upper - node.lower : std::max(1.0, std::fabs(to)));
+  };
+  if (lower <= upper && lower != upper) {
+    const bool worth = bounded ? (node.upper - node.lower) - (upper - lower) >=
+                                     mFraction * (node.upper - node.lower)
+                               : (lower != node.lower && moved(node.lower, lower)) ||
+                                     (upper != node.upper && moved(node.upper, upper));
+    if (!worth) return false;
+  }
+  node.lower = lower;
+  node.upper = upper;
+  return true;
+}
+
+void ZULTaVoNetwork::PropagateValue(const ZULTaVoObject* object) {
+  Node* node = nullptr;
+  if (mRunning != kNoLink) {
+    const Link& link = mLinks[mRunning];
+    for (unsigned int i = 0; i < link.count && node == nullptr; ++i)
+      if (link.arguments[i] == object) node = NodeOf(object);
+  }
+  if (node == nullptr) node = FindNode(object);
+  if (node == nullptr) return;
+  node->narrowed = true;
+  const bool running = mRunning != kNoLink;
+  if (running) ++mStatistics.narrowings;
+  if (!WorthPropagating(*node) && running) return;
+  for (std::uint32_t edge = node->firstEdge; edge != kNone; edge = mEdges[edge].next) {
+    const std::uint32_t link = mEdges[edge].link;
+    if (!running) Wake(link, object);
+    if (link != mRunning || !mLinks[link].idempotent) Schedule(link);
+  }
+}
+
+/// A change from outside ends the passivity of a constraint.
+void ZULTaVoNetwork::Wake(std::uint32_t index, const ZULTaVoObject* object) {
+  const Link& link = mLinks[index];
+  const auto* at = std::find(link.arguments, link.arguments + link.count, object);
+  link.constraint->ActivateByArgument(static_cast<unsigned int>(at - link.arguments), 0, this);
+}
+
+// --- Propagation ------------------------------------------------------------------------------
+
+ZULTaVoNetwork::Status ZULTaVoNetwork::Propagate() {
+  ++mStatistics.runs;
+  const std::uint64_t limit =
+      mStatistics.filters +
+      (mFilterLimit != 0 ? mFilterLimit : kFiltersAtLeast + kFiltersPerConstraint * mLinks.size());
+  Status status = Status::kConsistent;
+  std::uint32_t link = 0;
+  while (status == Status::kConsistent && TakeNext(link)) {
+    if (mStatistics.filters >= limit) {
+      Schedule(link);
+      status = Status::kLimit;
+    } else if (mInterrupt != nullptr && mStatistics.filters % kInterruptPeriod == 0 &&
+               mInterrupt->load(std::memory_order_relaxed)) {
+      Schedule(link);
+      status = Status::kInterrupted;
+    } else {
+      ++mStatistics.filters;
+      const int answer = RunFilter(link);
+      if (answer == kFilterContradiction) status = Status::kContradiction;
+      if (answer == kFilterBadArguments) status = Status::kBadArguments;
+    }
+  }
+  if (status == Status::kContradiction || status == Status::kBadArguments) ClearQueue();
+  for (const std::uint32_t passive : mPassivated) mLinks[passive].constraint->Reactivate();
+  mPassivated.clear();
+  return status;
+}
+
+void ZULTaVoNetwork::ClearQueue() {
+  std::uint32_t link = 0;
+  while (TakeNext(link)) continue;
+}
+
+int ZULTaVoNetwork::RunFilter(std::uint32_t index) {
+  const Link& link = mLinks[index];
+  const ZULTaVoObjectEnvironment environment(this, link.arguments, link.count, link.constants);
+  const std::size_t saved = mTrail.size();
+  if (!mLevels.empty())
+    for (unsigned int i = 0; i < link.count; ++i) Save(*NodeOf(link.arguments[i]));
+  mRunning = index;
+  const int answer = link.constraint->Filter(environment, 0);
+  mRunning = kNoLink;
+  if (link.constraint->IsPassive()) Append(mPassivated, index);
+  if (mTrail.size() > saved) ForgetUnchanged(saved, answer == kFilterContradiction);
+  return answer;
+}
+
+// --- The trail --------------------------------------------------------------------------------
+
+void ZULTaVoNetwork::PushState() { mLevels.push_back(mTrail.size()); }
+
+void ZULTaVoNetwork::PopState() {
+  if (mLevels.empty()) return;
+  ClearQueue();
+  while (mTrail.size() > mLevels.back()) {
+    const Saved& saved = mTrail.back();
+    saved.node->Object()->Assign(*saved.copy);
+    saved.node->depth = saved.depth;
+    saved.node->Remember();
+    Forget(mTrail.size() - 1);
+    mTrail.pop_back();
+  }
+  mLevels.pop_back();
+}
+
+void ZULTaVoNetwork::SaveValue(ZULTaVoObject* object) {
+  if (Node* node = mLevels.empty() ? nullptr : FindNode(object)) Save(*node);
+}
+
+void ZULTaVoNetwork::Save(Node& node) {
+  node.narrowed = false;
+  const auto depth = static_cast<std::uint32_t>(mLevels.size());
+  if (node.constant || node.depth == depth) return;
+  const Arena::Mark mark = mTrailArena.GetMark();
+  void* place = mTrailArena.Allocate(node.type->GetObjectSize());
+  if (place == nullptr) throw std::bad_alloc();
+  node.type->InitObject(place, node.Object());
+  auto* copy = static_cast<ZULTaVoAny*>(static_cast<ZULTaVoObject*>(place));
+  mTrail.push_back({&node, copy, mark, node.depth});
+  node.depth = depth;
+}
+
+/// Drops what a filter had the chance to change and left, down to the first change.
+void ZULTaVoNetwork::ForgetUnchanged(std::size_t from, bool keepAll) {
+  while (mTrail.size() > from && !keepAll && !mTrail.back().node->narrowed) {
+    mTrail.back().node->depth = mTrail.back().depth;
+    Forget(mTrail.size() - 1);
+    mTrail.pop_back();
+  }
+}
+
+void ZULTaVoNetwork::Forget(std::size_t entry) {
+  const Saved& saved = mTrail[entry];
+  saved.node->type->DestroyObject(saved.copy);
+  mTrailArena.Release(saved.mark);
+}

@@ -97,6 +97,7 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
     std::uint8_t constants;
     std::uint8_t queue;
     bool queued;
+    bool idempotent;
   };
   struct Edge {
     std::uint32_t link;
@@ -107,27 +108,32 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
     std::uint32_t head;
     std::uint32_t tail;
   };
-  struct Level {
-    std::size_t trail;
-    std::uint32_t stamp;
-  };
   struct Saved {
     Node* node;
     ZULTaVoAny* copy;
     Arena::Mark mark;
+    std::uint32_t depth;  // at which the node was saved before
   };
+
+  static constexpr std::uint32_t kNoLink = 0xffffffff;
 
   static Node* NodeOf(const ZULTaVoObject* object);
   Node* FindNode(const ZULTaVoObject* object) const;
-  bool Place(const ZULTaVoObjectDescriptor* type, Node*& node);
-  void Schedule(std::uint32_t link);
-  void ScheduleDependents(const Node& node);
-  bool TakeNext(std::uint32_t& link);
+  template <class Init>
+  ZULTaVoAny* Add(const ZULTaVoObjectDescriptor* type, Init init);
+  bool Depend(Node& node, std::uint32_t link);
+
   std::uint8_t QueueFor(unsigned short priority);
-  bool WorthPropagating(Node& node);
+  void Schedule(std::uint32_t link);
+  bool TakeNext(std::uint32_t& link);
+  void ClearQueue();
+  void Wake(std::uint32_t link, const ZULTaVoObject* object);
+  bool WorthPropagating(Node& node) const;
   int RunFilter(std::uint32_t link);
-  bool Save(Node& node);
-  void EndRun();
+
+  void Save(Node& node);
+  void ForgetUnchanged(std::size_t from, bool keepAll);
+  void Forget(std::size_t entry);
 
   Arena mArena;
   Arena mTrailArena;
@@ -136,11 +142,9 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   std::vector<Edge> mEdges;
   std::vector<Queue> mQueues;
   std::vector<Saved> mTrail;
-  std::vector<Level> mLevels;
+  std::vector<std::size_t> mLevels;  // size of the trail when each level was opened
   std::vector<std::uint32_t> mPassivated;
-  std::uint32_t mStamp = 0;
-  std::uint32_t mLastStamp = 0;
-  std::uint32_t mRunning = 0;
+  std::uint32_t mRunning = kNoLink;
   double mFraction = 0.01;
   std::uint64_t mFilterLimit = 0;
   const std::atomic<bool>* mInterrupt = nullptr;

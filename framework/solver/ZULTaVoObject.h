@@ -13,7 +13,11 @@ class ZULTaVoObjectDescriptor;
 class ZULTaVoObjectEnvironment;
 
 /// What Filter answers.
-enum ZULTaVoFilterStatus { kFilterConsistent = 0, kFilterContradiction = 1, kFilterBadArguments = 4 };
+enum ZULTaVoFilterStatus {
+  kFilterConsistent = 0,
+  kFilterContradiction = 1,
+  kFilterBadArguments = 4
+};
 
 /// Root of everything that a network holds: values and constraints.
 ///

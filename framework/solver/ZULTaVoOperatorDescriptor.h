@@ -50,10 +50,8 @@ class ZULTAV_TYPES_API ZULTaVoOperatorDescriptor : public ZULTaVoObjectDescripto
   unsigned int GetNumberOfTypes() const;
   const ZULTaVoConstraintDescriptor* GetConstraint() const { return mConstraint; }
 
-  /// Operand types are the first GetNumberOfArguments() registered ones.
-  const ZULTaVoObjectDescriptor* GetOperandType(unsigned int operand) const {
-    return mTypes[operand];
-  }
+  /// The type that operand 0 or 1 must match; null for an operand that the shape does not have.
+  const ZULTaVoObjectDescriptor* GetOperandType(unsigned int operand) const;
   const ZULTaVoObjectDescriptor* GetResultType() const;
 
   /// Adds to the network what makes `result` the value of the operator over `operands`
@@ -63,8 +61,6 @@ class ZULTAV_TYPES_API ZULTaVoOperatorDescriptor : public ZULTaVoObjectDescripto
   int Post(ZULTaVoNetwork& network, ZULTaVoObject* const* operands, ZULTaVoObject* result) const;
 
  private:
-  struct Roles;
-
   Shape mShape = Shape::kConstant;
   Types mTypes = {};
   const ZULTaVoConstraintDescriptor* mConstraint = nullptr;
@@ -73,9 +69,11 @@ class ZULTAV_TYPES_API ZULTaVoOperatorDescriptor : public ZULTaVoObjectDescripto
 // The factories answer a new descriptor for ZULTaVoModule::AddObjectDescriptor, or null when
 // memory ran out or a descriptor is null.
 #define ZULTAVO_TYPE const ZULTaVoObjectDescriptor*
-ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateBinaryOperator(
-    const ZULString& name, ZULTAVO_TYPE left, ZULTAVO_TYPE right, ZULTAVO_TYPE result,
-    ZULTAVO_TYPE constraint);
+ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateBinaryOperator(const ZULString& name,
+                                                                        ZULTAVO_TYPE left,
+                                                                        ZULTAVO_TYPE right,
+                                                                        ZULTAVO_TYPE result,
+                                                                        ZULTAVO_TYPE constraint);
 ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateSymmetricBinaryOperator(
     const ZULString& name, ZULTAVO_TYPE left, ZULTAVO_TYPE right, ZULTAVO_TYPE result,
     ZULTAVO_TYPE constraint);
@@ -88,16 +86,19 @@ ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateSecondInverseBinaryOper
 ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateSecondInverseSymmetricBinaryOperator(
     const ZULString& name, ZULTAVO_TYPE left, ZULTAVO_TYPE right, ZULTAVO_TYPE result,
     ZULTAVO_TYPE wider, ZULTAVO_TYPE constraint);
-ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateUnaryOperator(
-    const ZULString& name, ZULTAVO_TYPE operand, ZULTAVO_TYPE result, ZULTAVO_TYPE constraint);
+ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateUnaryOperator(const ZULString& name,
+                                                                       ZULTAVO_TYPE operand,
+                                                                       ZULTAVO_TYPE result,
+                                                                       ZULTAVO_TYPE constraint);
 ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateInverseUnaryOperator(
     const ZULString& name, ZULTAVO_TYPE operand, ZULTAVO_TYPE result, ZULTAVO_TYPE buffer,
     ZULTAVO_TYPE constraint);
 ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateBufferedUnaryOperator(
     const ZULString& name, ZULTAVO_TYPE operand, ZULTAVO_TYPE buffer, ZULTAVO_TYPE result,
     ZULTAVO_TYPE constraint);
-ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateConstant(
-    const ZULString& name, ZULTAVO_TYPE result, ZULTAVO_TYPE constraint);
+ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateConstant(const ZULString& name,
+                                                                  ZULTAVO_TYPE result,
+                                                                  ZULTAVO_TYPE constraint);
 #undef ZULTAVO_TYPE
 
 #endif
