@@ -1,0 +1,55 @@
+#ifndef ZULTAV_CALCULATOR_ZULTAV_CALCULATOR_H
+#define ZULTAV_CALCULATOR_ZULTAV_CALCULATOR_H
+
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "framework/calculator/Export.h"
+#include "framework/calculator/ZULTavDiagnostic.h"
+#include "framework/calculator/ZULTavModel.h"
+#include "framework/solver/ZULTaVoModule.h"
+
+/// Reads models: text becomes expressions, expressions become a network, through the operators
+/// and types that modules registered. The language is described in docs/language.md.
+class ZULTAV_CALCULATOR_API ZULTavCalculator {
+ public:
+  /// What a text may ask for at most. A text that asks for more is refused by an error that
+  /// names the limit.
+  struct Limits {
+    std::size_t sourceBytes = 64u << 20;
+    std::size_t nesting = 1000;          ///< parentheses, unary operators, `^` and `->` chains
+    std::size_t nameLength = 255;        ///< bytes of a name
+    std::size_t numberLength = 1000;     ///< bytes of a number
+    std::size_t arraySize = 4'000'000;   ///< elements of one array
+    std::size_t variables = 8'000'000;   ///< all elements of all variables
+    std::size_t operations = 8'000'000;  ///< operator applications, `for` written out
+    std::size_t iterations = 32'000'000; ///< steps of all `for`, `sum`, … together
+    std::size_t errors = 20;             ///< reading stops after so many
+  };
+  struct Options {
+    /// Constants from outside, name to text: each replaces the value of the `let` constant of
+    /// that name or, without such a `let`, is a constant of that name.
+    std::map<std::string, std::string> definitions;
+    Limits limits;
+  };
+
+  /// Types and operators are looked for in the modules in the given order. The modules must stay
+  /// open as long as the calculator and every model that it read.
+  explicit ZULTavCalculator(std::vector<const ZULTaVoModule*> modules);
+  ~ZULTavCalculator();
+
+  /// The model of the text, not yet propagated. Null when there are errors, which are appended
+  /// to `errors`; never throws.
+  std::unique_ptr<ZULTavModel> Read(std::string_view text, std::string_view fileName,
+                                    const Options& options,
+                                    std::vector<ZULTavDiagnostic>& errors) const;
+
+ private:
+  std::vector<const ZULTaVoModule*> mModules;
+};
+
+#endif

@@ -1,0 +1,84 @@
+#ifndef ZULTAV_CALCULATOR_ZULTAV_MODEL_H
+#define ZULTAV_CALCULATOR_ZULTAV_MODEL_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "framework/calculator/Export.h"
+#include "framework/solver/ZULTaVoNetwork.h"
+#include "framework/solver/ZULTaVoOperatorDescriptor.h"
+
+/// A model that was read: its network, its named variables, and what it states, as expressions.
+class ZULTAV_CALCULATOR_API ZULTavModel {
+ public:
+  /// A declared variable or array of variables.
+  struct Variable {
+    std::string name;
+    std::string typeName;  ///< the registered name, such as "interval int"
+    const ZULTaVoObjectDescriptor* type = nullptr;
+    std::vector<ZULTaVoAny*> values;  ///< objects of the network; one unless it is an array
+    bool isArray = false;
+    long firstIndex = 0;  ///< index of values[0]
+  };
+
+  static constexpr std::uint32_t kNone = 0xffffffffu;
+
+  /// A node of the expressions that the model states. Nodes lie in one vector, operands before
+  /// the nodes that use them; equal subexpressions are one node. Variables and constants are
+  /// leaves; constants are those whose object IsConstant in the network.
+  struct Expression {
+    const ZULTaVoOperatorDescriptor* op = nullptr;  ///< null for a leaf
+    /// The value in the network. Several nodes may have the same object: the node `e` of a
+    /// statement `x = e` has the object of x where the types allow it, and a node that is asserted
+    /// equal to a constant has an object that holds just this constant.
+    ZULTaVoAny* object = nullptr;
+    std::uint32_t operands[2] = {kNone, kNone};  ///< indices into Expressions()
+  };
+
+  /// What the model states, `for`, `forall` and conjunctions taken apart.
+  struct Statement {
+    enum class Kind : std::uint8_t {
+      kEqual,
+      kUnequal,
+      kLess,
+      kLessOrEqual,
+      kGreater,
+      kGreaterOrEqual,
+      kTrue  ///< the boolean expression `left` is true; there is no `right`
+    };
+    Kind kind = Kind::kTrue;
+    std::uint32_t left = kNone;   ///< index into Expressions()
+    std::uint32_t right = kNone;  ///< index into Expressions()
+    std::uint32_t line = 0;       ///< in the source
+  };
+
+  ZULTavModel() = default;
+  ZULTavModel(const ZULTavModel&) = delete;
+  ZULTavModel& operator=(const ZULTavModel&) = delete;
+
+  ZULTaVoNetwork& Network() { return mNetwork; }
+  const ZULTaVoNetwork& Network() const { return mNetwork; }
+  /// In the order of declaration.
+  const std::vector<Variable>& Variables() const { return mVariables; }
+  /// The variable of that name, or null.
+  const Variable* FindVariable(std::string_view name) const;
+  const std::vector<Expression>& Expressions() const { return mExpressions; }
+  /// In the order of the source.
+  const std::vector<Statement>& Statements() const { return mStatements; }
+
+  /// Writes an expression with every application in parentheses, such as "((x ^ 2) + y)".
+  void PrintExpression(std::ostream& out, std::uint32_t expression) const;
+  /// Writes a statement, such as "((x ^ 2) + y) = 5".
+  void PrintStatement(std::ostream& out, const Statement& statement) const;
+
+ private:
+  friend class ModelBuilder;
+
+  ZULTaVoNetwork mNetwork;
+  std::vector<Variable> mVariables;
+  std::vector<Expression> mExpressions;
+  std::vector<Statement> mStatements;
+};
+
+#endif
