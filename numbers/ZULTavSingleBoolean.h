@@ -1,8 +1,9 @@
 #ifndef ZULTAV_NUMBERS_ZULTAV_SINGLE_BOOLEAN_H
 #define ZULTAV_NUMBERS_ZULTAV_SINGLE_BOOLEAN_H
 
-#include "framework/intervals/ZULTavIntervals.h"
-#include "framework/solver/ZULTavAbstractTypes.h"
+#include "framework/intervals/SubdefBool.h"
+#include "framework/solver/ZULTaVoBoolean.h"
+#include "framework/solver/ZULTaVoFrame.h"
 #include "numbers/Export.h"
 
 /// A truth value: False, True, undecided (Any) or contradictory (Nil). False < True, so that the

@@ -3,8 +3,9 @@
 
 #include <concepts>
 
-#include "framework/intervals/ZULTavIntervals.h"
-#include "framework/solver/ZULTavAbstractTypes.h"
+#include "framework/intervals/SubIntBase.h"
+#include "framework/solver/ZULTaVoFrame.h"
+#include "framework/solver/ZULTaVoInteger.h"
 #include "numbers/Export.h"
 
 class ZULTavSingleBoolean;
