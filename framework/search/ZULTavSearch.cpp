@@ -1,0 +1,231 @@
+#include "framework/search/ZULTavSearch.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+#include "framework/search/PendingBoxes.h"
+#include "framework/search/SearchTimer.h"
+#include "framework/search/SearchTree.h"
+#include "framework/search/ZULTavProof.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+constexpr std::chrono::milliseconds kProgressPeriod{500};
+// A contractor that never has enough must not keep the search at one node.
+constexpr int kContractions = 100;
+
+WidthLimit LimitOf(const ZULTavSearch::Options& options) {
+  return {options.absoluteWidth < 0 ? ZULTaVoReal::GetPrecision() : options.absoluteWidth,
+          options.relativeWidth};
+}
+
+}  // namespace
+
+ZULTavSearch::ZULTavSearch(ZULTaVoNetwork& network, std::vector<ZULTaVoAny*> declared,
+                           const Options& options)
+    : mNetwork(network), mDeclared(std::move(declared)), mOptions(options) {}
+
+ZULTavSearch::~ZULTavSearch() { mNetwork.SetInterrupt(nullptr); }
+
+void ZULTavSearch::Begin() {
+  mBegin = Clock::now();
+  mNextProgress = mBegin + kProgressPeriod;
+  mBefore = mNetwork.GetStatistics();
+  mStatistics = {};
+  if (mTimeUp.exchange(false)) mInterrupt = false;  // an earlier run's time, not a call of Stop
+  mOutcome = Outcome::kExhausted;
+  mNetwork.SetInterrupt(&mInterrupt);
+  mNetwork.ScheduleAll();
+}
+
+void ZULTavSearch::UpdateStatistics() {
+  mStatistics.narrowings = mNetwork.GetStatistics().narrowings - mBefore.narrowings;
+  mStatistics.propagations = mNetwork.GetStatistics().filters - mBefore.filters;
+  mStatistics.seconds = std::chrono::duration<double>(Clock::now() - mBegin).count();
+}
+
+ZULTavSearch::Outcome ZULTavSearch::Propagate(bool& contradiction) {
+  Begin();
+  contradiction = false;
+  try {
+    const SearchTimer timer(mOptions.seconds, mTimeUp, mInterrupt);
+    contradiction = HasEmptyValue() || Fixpoint() == Visit::kRefuted;
+  } catch (const std::bad_alloc&) {
+    mOutcome = Outcome::kOutOfMemory;
+  }
+  UpdateStatistics();
+  mNetwork.SetInterrupt(nullptr);
+  return mOutcome;
+}
+
+ZULTavSearch::Outcome ZULTavSearch::Run(const SolutionCallback& report) {
+  Begin();
+  const std::size_t depth = mNetwork.GetDepth();
+  try {
+    mNetwork.PushState();
+    const SearchTimer timer(mOptions.seconds, mTimeUp, mInterrupt);
+    SearchTree tree(mNetwork, mDeclared);
+    PendingBoxes pending(tree.GetDeclared(), LimitOf(mOptions));
+    if (!HasEmptyValue()) Explore(tree, pending, report);
+    while (pending.GetSize() != 0 && mOutcome != Outcome::kStopped) {
+      ++mStatistics.solutions;
+      if (!report(pending.TakeFirst()) && pending.GetSize() != 0) mOutcome = Outcome::kStopped;
+    }
+  } catch (const std::bad_alloc&) {
+    mOutcome = Outcome::kOutOfMemory;
+  }
+  while (mNetwork.GetDepth() > depth) mNetwork.PopState();
+  UpdateStatistics();
+  mNetwork.SetInterrupt(nullptr);
+  return mOutcome;
+}
+
+void ZULTavSearch::Explore(SearchTree& tree, PendingBoxes& pending,
+                           const SolutionCallback& report) {
+  if (!Replay(tree)) return;
+  while (!LimitReached()) {
+    const Visit visit = VisitNode(tree, pending);
+    if (visit == Visit::kEnded) break;
+    ++mStatistics.nodes;
+    mStatistics.peakDepth = std::max<std::uint64_t>(mStatistics.peakDepth, tree.GetDepth());
+    if (visit == Visit::kBranched) continue;
+    if (visit == Visit::kRefuted) ++mStatistics.fails;
+    if (!tree.Backtrack()) break;
+    if (visit == Visit::kDone && !Flush(tree, pending, report)) break;
+  }
+  mOpenPath = tree.GetPath();
+}
+
+/// Goes down the stored path. What lies beside it is either open or explored already.
+bool ZULTavSearch::Replay(SearchTree& tree) {
+  for (const Decision& decision : mOpenPath) {
+    const Visit visit = Fixpoint();
+    if (visit == Visit::kEnded) return false;
+    if (visit == Visit::kRefuted) {
+      mNetwork.ScheduleAll();  // so that the visit to come refutes the node once more
+      break;
+    }
+    if (decision.variable >= tree.GetVariables().size()) {
+      mOutcome = Outcome::kBadModel;
+      return false;
+    }
+    if (Branch(tree, decision.variable, decision.selection) == Visit::kEnded) return false;
+    if (decision.second) tree.TakeSecond();
+  }
+  return true;
+}
+
+bool ZULTavSearch::LimitReached() {
+  if (mStatistics.nodes >= mOptions.nodes) {
+    mOutcome = Outcome::kNodeLimit;
+    return true;
+  }
+  const Clock::time_point now = Clock::now();
+  if (std::chrono::duration<double>(now - mBegin).count() >= mOptions.seconds) {
+    mOutcome = Outcome::kTimeLimit;
+    return true;
+  }
+  if (mOptions.progress && now >= mNextProgress) {
+    UpdateStatistics();
+    mOptions.progress(mStatistics);
+    mNextProgress = Clock::now() + kProgressPeriod;
+  }
+  if (mInterrupt.load(std::memory_order_relaxed)) {
+    mOutcome = mTimeUp ? Outcome::kTimeLimit : Outcome::kStopped;
+    return true;
+  }
+  return false;
+}
+
+/// A value that no constraint looks at may be empty from the start.
+bool ZULTavSearch::HasEmptyValue() const {
+  for (std::size_t i = 0; i < mNetwork.GetNumberOfObjects(); ++i)
+    if (mNetwork.GetObject(i)->IsNil()) return true;
+  return false;
+}
+
+/// Propagates and contracts in turn until neither narrows. kDone when nothing was refuted.
+ZULTavSearch::Visit ZULTavSearch::Fixpoint() {
+  for (int round = 0;; ++round) {
+    switch (mNetwork.Propagate()) {
+      case ZULTaVoNetwork::Status::kConsistent:
+        break;
+      // What was narrowed is sound; splitting goes on from here.
+      case ZULTaVoNetwork::Status::kLimit:
+        return Visit::kDone;
+      case ZULTaVoNetwork::Status::kContradiction:
+        return Visit::kRefuted;
+      case ZULTaVoNetwork::Status::kInterrupted:
+        mOutcome = mTimeUp ? Outcome::kTimeLimit : Outcome::kStopped;
+        return Visit::kEnded;
+      case ZULTaVoNetwork::Status::kBadArguments:
+        mOutcome = Outcome::kBadModel;
+        return Visit::kEnded;
+    }
+    if (mOptions.proof == nullptr || round == kContractions ||
+        mOptions.proof->Contract(mNetwork) == 0)
+      return Visit::kDone;
+  }
+}
+
+ZULTavSearch::Visit ZULTavSearch::VisitNode(SearchTree& tree, PendingBoxes& pending) {
+  if (const Visit visit = Fixpoint(); visit != Visit::kDone) return visit;
+  const WidthLimit limit = LimitOf(mOptions);
+  if (!tree.InHidden()) {
+    const std::uint32_t variable = tree.ChooseDeclared(mOptions.choice, limit);
+    if (variable != SearchTree::kNone) return Branch(tree, variable, mOptions.selection);
+  }
+
+  // Constraints that were passive or whose small narrowings were not passed on have their say.
+  mNetwork.ScheduleAll();
+  if (const Visit visit = Fixpoint(); visit != Visit::kDone) return visit;
+  const std::uint32_t hidden = tree.ChooseHidden(limit);
+  if (!tree.InHidden()) mHiddenNodes = 0;
+  if (hidden != SearchTree::kNone && mHiddenNodes < mOptions.hiddenNodes) {
+    ++mHiddenNodes;
+    return Branch(tree, hidden, mOptions.selection);
+  }
+  if (!tree.InHidden()) mCandidate = ZULTavSolution(tree.GetDeclared());
+  mCandidate.SetProven(IsProven(tree));
+  pending.Add(std::exchange(mCandidate, ZULTavSolution()));
+  tree.LeaveHidden();
+  return Visit::kDone;
+}
+
+ZULTavSearch::Visit ZULTavSearch::Branch(SearchTree& tree, std::uint32_t variable,
+                                         ZULTaVoAny::ValueSelection selection) {
+  // Splits of hidden variables narrow the declared ones, so the assignment is taken before them.
+  if (tree.IsHidden(variable) && !tree.InHidden()) mCandidate = ZULTavSolution(tree.GetDeclared());
+  if (tree.Branch(variable, selection)) return Visit::kBranched;
+  mOutcome = Outcome::kOutOfMemory;
+  return Visit::kEnded;
+}
+
+bool ZULTavSearch::IsProven(const SearchTree& tree) const {
+  if (tree.HasContinuousValues())
+    return mOptions.proof != nullptr && mOptions.proof->Proves(mNetwork);
+  const auto variables = tree.GetVariables();
+  return std::all_of(variables.begin(), variables.end(),
+                     [](const SearchVariable& variable) { return variable.IsSingle(); });
+}
+
+/// Reports what no later box can touch, or everything once enough was found. False to end.
+bool ZULTavSearch::Flush(const SearchTree& tree, PendingBoxes& pending,
+                         const SolutionCallback& report) {
+  const bool enough = mStatistics.solutions + pending.GetSize() >= mOptions.solutions;
+  const auto final = [&](const ZULTavSolution& box) {
+    return enough || !tree.ReachesOpenHalf(box);
+  };
+  ZULTavSolution solution;
+  while (pending.TakeIf(final, solution)) {
+    ++mStatistics.solutions;
+    if (!report(solution)) {
+      mOutcome = Outcome::kStopped;
+      return false;
+    }
+  }
+  if (enough) mOutcome = Outcome::kSolutionLimit;
+  return !enough;
+}

@@ -1,0 +1,147 @@
+#ifndef ZULTAV_SEARCH_ZULTAV_SEARCH_H
+#define ZULTAV_SEARCH_ZULTAV_SEARCH_H
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include "framework/search/Export.h"
+#include "framework/search/ZULTavSolution.h"
+#include "framework/solver/ZULTaVoNetwork.h"
+
+class PendingBoxes;
+class SearchTree;
+class ZULTavProof;
+
+/// Depth-first search for the solutions of a network, by propagation and bisection.
+///
+/// Declared integers and booleans are split until each is one value, reals until they are narrow;
+/// a single-value type that propagation leaves Any stays Any. Then hidden integers and booleans
+/// are split too, so that no box is reported that propagation would still refute, but each
+/// assignment of the declared variables is reported once. Boxes of reals that touch are merged
+/// where the width limit allows. The same network and options give the same solutions in the same
+/// order. Nothing here throws.
+class ZULTAV_UTILITIES_API ZULTavSearch {
+ public:
+  enum class VariableChoice {
+    kFirst,      ///< the first undecided variable, as declared
+    kLargest,    ///< the widest domain; the first of equals
+    kSmallest,   ///< the narrowest domain; the first of equals
+    kRoundRobin  ///< the next undecided variable after the one split last
+  };
+  enum class Outcome {
+    kExhausted,      ///< every solution was reported
+    kSolutionLimit,  ///< as many solutions as asked for were reported; there may be more
+    kNodeLimit,
+    kTimeLimit,
+    kStopped,   ///< by Stop or by the callback
+    kBadModel,  ///< a constraint cannot work on its arguments
+    kOutOfMemory
+  };
+  static constexpr std::uint64_t kUnlimited = std::numeric_limits<std::uint64_t>::max();
+
+  struct Statistics {
+    std::uint64_t solutions = 0;     ///< reported to the callback
+    std::uint64_t nodes = 0;         ///< nodes entered, the root included
+    std::uint64_t fails = 0;         ///< nodes that were refuted
+    std::uint64_t narrowings = 0;    ///< domain changes made by constraints
+    std::uint64_t propagations = 0;  ///< filter calls
+    std::uint64_t peakDepth = 0;     ///< decisions on the longest path
+    double seconds = 0;              ///< wall-clock time
+  };
+
+  struct Options {
+    VariableChoice choice = VariableChoice::kFirst;
+    /// Which part of a domain is explored first. Reals are always halved.
+    ZULTaVoAny::ValueSelection selection = ZULTaVoAny::kLowerHalf;
+    std::uint64_t solutions = 1;
+    std::uint64_t nodes = kUnlimited;
+    double seconds = std::numeric_limits<double>::infinity();
+    /// A real is decided when its width is at most absoluteWidth or at most relativeWidth times
+    /// its greatest magnitude, or when no double lies between its bounds. An absoluteWidth below
+    /// 0 stands for the solver's precision.
+    double absoluteWidth = -1;
+    double relativeWidth = 1e-14;
+    /// Splits of hidden variables allowed per assignment of the declared ones; then the
+    /// assignment is reported unproven.
+    std::uint64_t hiddenNodes = 10000;
+    /// Asked about boxes of reals; not owned, may be null.
+    ZULTavProof* proof = nullptr;
+    /// Called about twice a second while the search runs; may be empty.
+    std::function<void(const Statistics&)> progress;
+  };
+
+  /// One split on the path from the root: which variable (declared ones first, then hidden ones),
+  /// how, and whether the second part has been entered. A path without `second` steps open
+  /// halves; so it stands for all that is not explored yet.
+  struct Decision {
+    std::uint32_t variable = 0;
+    ZULTaVoAny::ValueSelection selection = ZULTaVoAny::kLowerHalf;
+    bool second = false;
+
+    friend bool operator==(const Decision&, const Decision&) = default;
+  };
+
+  /// Receives a solution as soon as it is certain to be final; false ends the search. Must not
+  /// throw.
+  using SolutionCallback = std::function<bool(const ZULTavSolution&)>;
+
+  /// @param declared  objects of the network whose values make up a solution, without repetition
+  ZULTavSearch(ZULTaVoNetwork& network, std::vector<ZULTaVoAny*> declared, const Options& options);
+  ~ZULTavSearch();
+  ZULTavSearch(const ZULTavSearch&) = delete;
+  ZULTavSearch& operator=(const ZULTavSearch&) = delete;
+
+  /// Searches from the network's present values and leaves them as they were.
+  Outcome Run(const SolutionCallback& report);
+  /// Propagates only, within the time limit, and keeps the narrowed values.
+  /// @param[out] contradiction  whether there is no solution
+  /// @return kExhausted at the fixpoint, else what ended the propagation before
+  Outcome Propagate(bool& contradiction);
+
+  /// Ends the search soon. May be called from a signal handler or another thread.
+  void Stop() noexcept { mInterrupt.store(true, std::memory_order_relaxed); }
+
+  const Statistics& GetStatistics() const { return mStatistics; }
+  /// After a Run that ended early: the path to the node where the search would go on.
+  const std::vector<Decision>& GetOpenPath() const { return mOpenPath; }
+  /// Makes the next Run go on where an earlier one over an equal network and with equal options
+  /// ended: what was explored before is left out. Boxes that the earlier run had reported are not
+  /// merged with later ones.
+  void SetOpenPath(std::vector<Decision> path) { mOpenPath = std::move(path); }
+
+ private:
+  enum class Visit { kBranched, kRefuted, kDone, kEnded };
+
+  void Explore(SearchTree& tree, PendingBoxes& pending, const SolutionCallback& report);
+  bool Replay(SearchTree& tree);
+  Visit VisitNode(SearchTree& tree, PendingBoxes& pending);
+  Visit Fixpoint();
+  Visit Branch(SearchTree& tree, std::uint32_t variable, ZULTaVoAny::ValueSelection selection);
+  bool IsProven(const SearchTree& tree) const;
+  bool Flush(const SearchTree& tree, PendingBoxes& pending, const SolutionCallback& report);
+  bool HasEmptyValue() const;
+  bool LimitReached();
+  void UpdateStatistics();
+  void Begin();
+
+  ZULTaVoNetwork& mNetwork;
+  std::vector<ZULTaVoAny*> mDeclared;
+  Options mOptions;
+  Statistics mStatistics;
+  std::vector<Decision> mOpenPath;
+
+  std::atomic<bool> mInterrupt{false};
+  std::atomic<bool> mTimeUp{false};
+  Outcome mOutcome = Outcome::kExhausted;
+  ZULTavSolution mCandidate;
+  std::uint64_t mHiddenNodes = 0;
+  std::chrono::steady_clock::time_point mBegin, mNextProgress;
+  ZULTaVoNetwork::Statistics mBefore;
+};
+
+#endif

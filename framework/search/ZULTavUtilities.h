@@ -1,0 +1,9 @@
+#ifndef ZULTAV_SEARCH_ZULTAV_UTILITIES_H
+#define ZULTAV_SEARCH_ZULTAV_UTILITIES_H
+
+/// Umbrella header of the search library.
+#include "framework/search/ZULTavProof.h"
+#include "framework/search/ZULTavSearch.h"
+#include "framework/search/ZULTavSolution.h"
+
+#endif
