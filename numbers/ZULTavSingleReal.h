@@ -65,7 +65,11 @@ class ZULTAV_NUMBERS_API ZULTavSingleReal final
   int Intersect(const ZULTavSingleInteger& other);
   /// Margin p. A pending library error counts as an empty set; the flag is down afterwards.
   int Intersect(const SubdefReal& set);
-  /// Narrows `integer` to the receiver, truncated, margin p.
+  /// Assign for the classes that generic overloads take; false, nothing stored, for another one.
+  bool Convert(const ZULTaVoAny& value);
+  /// Narrows a value of one of those classes to the receiver.
+  int IntersectInverse(ZULTaVoAny& value) const;
+  /// Margin p around the receiver truncated toward zero: 2.5 leaves no integer.
   int IntersectInverse(ZULTavSingleInteger& integer) const;
   int Unite(const ZULTaVoAny& other) override;
   int Unite(const ZULTavSingleReal& other);
@@ -78,6 +82,8 @@ class ZULTAV_NUMBERS_API ZULTavSingleReal final
 
   /// The number itself, sentinels included.
   double GetValue() const { return mValue; }
+  /// The point interval of the value; the whole line for Any, an empty set for Nil.
+  SubdefReal GetSubdef() const;
   void SetExactValue(double value) override;
   void SetLowerBound(double value) override { SetExactValue(value); }
   void SetUpperBound(double value) override { SetExactValue(value); }
