@@ -1,0 +1,28 @@
+#ifndef ZULTAV_INTERVALS_ELEMENTARY_TABLES_H
+#define ZULTAV_INTERVALS_ELEMENTARY_TABLES_H
+
+#include "framework/intervals/DoubleDouble.h"
+
+// Values of the elementary functions, each the correctly rounded sum of two doubles.
+namespace elementary {
+
+/// 2^(i/128).
+extern const DoubleDouble kExpTable[128];
+
+/// Cells of z in [0.6875, 1.375), 2^-9 wide below 1 and 2^-8 above: a number near 1/z and minus
+/// its logarithm. The two cells that touch 1 have 1 and 0.
+struct LogRow {
+  double inverse;
+  DoubleDouble log;
+};
+extern const LogRow kLogTable[256];
+
+/// sin(i pi/512).
+extern const DoubleDouble kSinTable[257];
+
+/// Arc tangents of the centres of the cells, 32 to each power of two, from 2^-8 to 2^8.
+extern const DoubleDouble kAtanTable[512];
+
+}  // namespace elementary
+
+#endif

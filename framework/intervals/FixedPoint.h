@@ -1,0 +1,68 @@
+#ifndef ZULTAV_INTERVALS_FIXED_POINT_H
+#define ZULTAV_INTERVALS_FIXED_POINT_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "framework/intervals/DoubleDouble.h"
+
+/// A real number of magnitude below 2^64, truncated to a multiple of 2^-256.
+///
+/// Slow and precise: it settles the few roundings that double-double arithmetic leaves open.
+class FixedPoint {
+ public:
+  static constexpr std::size_t kFractionLimbs = 8;
+  using Limbs = std::array<std::uint32_t, kFractionLimbs + 2>;  // least significant first
+
+  constexpr FixedPoint() = default;
+  constexpr explicit FixedPoint(const Limbs& magnitude, bool negative = false)
+      : mMagnitude(magnitude), mNegative(negative) {}
+  /// |x| < 2^64; bits below 2^-256 are dropped.
+  explicit FixedPoint(double x);
+
+  FixedPoint operator-() const { return FixedPoint(mMagnitude, !mNegative); }
+  FixedPoint operator+(const FixedPoint& y) const;
+  FixedPoint operator-(const FixedPoint& y) const { return *this + -y; }
+  /// Truncated; the magnitude of the product must be below 2^64.
+  FixedPoint operator*(const FixedPoint& y) const;
+  FixedPoint operator*(std::uint32_t y) const;
+  FixedPoint operator/(std::uint32_t y) const;
+
+  /// The magnitude's whole part, and the number with only its fraction left.
+  std::uint64_t Whole() const {
+    return std::uint64_t{mMagnitude[kFractionLimbs + 1]} << 32 | mMagnitude[kFractionLimbs];
+  }
+  FixedPoint Fraction() const;
+  bool IsNegative() const { return mNegative; }
+  /// -1, 0 or 1; 0 also for a magnitude below 2^exponent.
+  int Sign(int exponent) const;
+  /// To about 100 bits.
+  DoubleDouble ToDoubleDouble() const;
+
+ private:
+  Limbs mMagnitude{};
+  bool mNegative = false;
+};
+
+// Each of the functions below errs by less than 2^-185.
+
+/// exp(x) for |x| <= 0.35.
+FixedPoint ExpOfFraction(const FixedPoint& x);
+/// log(2).
+FixedPoint LogOfTwo();
+
+/// x = (quadrant + fraction) * pi/2 with 0 <= fraction < 1.
+struct Quadrants {
+  std::int64_t quadrant;
+  FixedPoint fraction;
+
+  FixedPoint Sin() const;
+  FixedPoint Cos() const { return Quadrants{quadrant + 1, fraction}.Sin(); }
+};
+/// |x| < 1.4e19.
+Quadrants DivideByHalfPi(double x);
+/// x * pi/2.
+FixedPoint TimesHalfPi(const FixedPoint& x);
+
+#endif
