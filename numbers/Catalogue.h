@@ -1,0 +1,11 @@
+#ifndef ZULTAV_NUMBERS_CATALOGUE_H
+#define ZULTAV_NUMBERS_CATALOGUE_H
+
+class ZULTaVoModule;
+
+/// Makes every operator of the module over its value types, in the order of the catalogue, and adds
+/// it; the module's own constraint comes just before the operator that names it. The value types
+/// and the framework's types and constraints must have their descriptors by then.
+void AddOperators(ZULTaVoModule& module);
+
+#endif

@@ -1,0 +1,55 @@
+#include "numbers/InitModule.h"
+
+#include "framework/intervals/IntervalControl.h"
+#include "framework/intervals/SubdefInt.h"
+#include "framework/intervals/SubdefReal.h"
+#include "framework/solver/ZULTaVoModuleManager.h"
+#include "numbers/Catalogue.h"
+#include "numbers/ZULTavAngle.h"
+#include "numbers/ZULTavIntervalInteger.h"
+#include "numbers/ZULTavIntervalReal.h"
+#include "numbers/ZULTavPositive.h"
+#include "numbers/ZULTavSingleBoolean.h"
+#include "numbers/ZULTavSingleInteger.h"
+#include "numbers/ZULTavSingleReal.h"
+
+int InitModule(ZULTaVoModule* module, ZULTaVoModuleManager* manager) {
+  if (module == nullptr || manager == nullptr) return 0;
+  ZULTaVoModule* abstractTypes = manager->OpenModule(ZULString("ZULTavAbstractTypes"));
+  if (abstractTypes == nullptr) return 0;
+  module->AddLoadedModule(abstractTypes);
+
+  module->AddObjectDescriptor(ZULTavSingleBoolean::MakeDescriptor());
+  module->AddObjectDescriptor(ZULTavSingleInteger::MakeDescriptor());
+  module->AddObjectDescriptor(ZULTavIntervalInteger::MakeDescriptor());
+  module->AddObjectDescriptor(ZULTavSingleReal::MakeDescriptor());
+  module->AddObjectDescriptor(ZULTavIntervalReal::MakeDescriptor());
+  module->AddObjectDescriptor(ZULTavPositive::MakeDescriptor());
+  module->AddObjectDescriptor(ZULTavAngle::MakeDescriptor());
+
+  InitNumbers();
+  AddOperators(*module);
+  return 1;
+}
+
+void InitNumbers() {
+  // The largest 32-bit integer is kept free: it encodes Any.
+  constexpr long kMaxInteger = 2147483646;
+  constexpr double kMaxReal = 1e19;
+  constexpr double kOneByPi = 0.3183098861837907;
+  double low = 0;
+  double high = 0;
+  ZULTaVoReal::GetTrigLimits(low, high);
+  InitIntervals(kMaxInteger, kMaxReal, low * kOneByPi, high * kOneByPi,
+                ZULTaVoReal::GetPrecision());
+
+  ZULTavSingleReal::sNC_REAL_MAX = SubdefReal::sMaxValue;
+  ZULTavSingleReal::sNC_REAL_MIN = -SubdefReal::sMaxValue;
+  ZULTavSingleReal::sNC_REAL_NIL = -1e21;
+  ZULTavSingleReal::sNC_REAL_ANY = +1e21;
+
+  ZULTavSingleInteger::sNC_INT_MAX = SubdefInt::sMaxValue;
+  ZULTavSingleInteger::sNC_INT_MIN = -SubdefInt::sMaxValue;
+  ZULTavSingleInteger::sNC_INT_ANY = SubdefInt::sMaxValue + 1;
+  ZULTavSingleInteger::sNC_INT_NIL = -SubdefInt::sMaxValue - 1;
+}
