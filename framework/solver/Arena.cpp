@@ -1,9 +1,11 @@
 #include "framework/solver/Arena.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <cstdint>
 #include <functional>
 #include <new>
+
+#include "framework/solver/ZULTaVoBase.h"
 
 namespace {
 constexpr std::size_t kFirstChunk = std::size_t{16} << 10;
@@ -11,16 +13,21 @@ constexpr std::size_t kLargestChunk = std::size_t{4} << 20;
 }  // namespace
 
 Arena::~Arena() {
-  for (const Chunk& chunk : mChunks) std::free(chunk.memory);
+  for (const Chunk& chunk : mChunks) ZULTaVoBase::operator delete(chunk.memory);
 }
 
 void* Arena::Allocate(std::size_t size) noexcept {
+  if (size > SIZE_MAX / 4) return nullptr;
   size = (size + kAlignment - 1) / kAlignment * kAlignment;
+  const Mark before = GetMark();
   while (mCurrent < mChunks.size() && mChunks[mCurrent].size - mUsed < size) {
     ++mCurrent;
     mUsed = 0;
   }
-  if (mCurrent == mChunks.size() && !Grow(size)) return nullptr;
+  if (mCurrent == mChunks.size() && !Grow(size)) {
+    Release(before);
+    return nullptr;
+  }
   void* memory = mChunks[mCurrent].memory + mUsed;
   mUsed += size;
   return memory;
@@ -30,13 +37,13 @@ bool Arena::Grow(std::size_t size) noexcept {
   const std::size_t usual =
       mChunks.empty() ? kFirstChunk : std::min(2 * mChunks.back().size, kLargestChunk);
   const std::size_t wanted = std::max(size, usual);
-  auto* memory = static_cast<char*>(std::malloc(wanted));
+  auto* memory = static_cast<char*>(ZULTaVoBase::operator new(wanted));
   if (memory == nullptr) return false;
   try {
     mChunks.reserve(mChunks.size() + 1);
     mByAddress.reserve(mByAddress.size() + 1);
   } catch (const std::bad_alloc&) {
-    std::free(memory);
+    ZULTaVoBase::operator delete(memory);
     return false;
   }
   const auto later = std::upper_bound(

@@ -13,15 +13,13 @@ class LocalCopy {
   explicit LocalCopy(const ZULTaVoAny& original) : mType(original.GetDescriptor()) {
     if (mType == nullptr) return;
     const std::size_t size = mType->GetObjectSize();
-    void* place = size <= sizeof(mBuffer) ? mBuffer : ZULTaVoBase::operator new(size);
+    mPlace = size <= sizeof(mBuffer) ? mBuffer : ZULTaVoBase::operator new(size);
     mCopy =
-        static_cast<ZULTaVoAny*>(static_cast<ZULTaVoObject*>(mType->InitObject(place, &original)));
+        static_cast<ZULTaVoAny*>(static_cast<ZULTaVoObject*>(mType->InitObject(mPlace, &original)));
   }
   ~LocalCopy() {
-    if (mCopy == nullptr) return;
-    void* place = mCopy;
-    mType->DestroyObject(mCopy);
-    if (place != mBuffer) ZULTaVoBase::operator delete(place);
+    if (mCopy != nullptr) mType->DestroyObject(mCopy);
+    if (mPlace != mBuffer) ZULTaVoBase::operator delete(mPlace);
   }
   LocalCopy(const LocalCopy&) = delete;
   LocalCopy& operator=(const LocalCopy&) = delete;
@@ -33,6 +31,7 @@ class LocalCopy {
  private:
   alignas(std::max_align_t) unsigned char mBuffer[64];
   const ZULTaVoObjectDescriptor* mType;
+  void* mPlace = nullptr;
   ZULTaVoAny* mCopy = nullptr;
 };
 

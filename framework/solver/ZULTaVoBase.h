@@ -16,7 +16,7 @@ class ZULTAV_TYPES_API ZULTaVoBase {
   static void operator delete(void*, void*) noexcept {}
 
   /// What to allocate with, to be freed by std::free; null restores std::malloc. For embedders
-  /// that count or limit memory.
+  /// that count or limit memory: networks take theirs from here, too.
   using Allocator = void* (*)(std::size_t size);
   static void SetAllocator(Allocator allocate);
 };

@@ -29,11 +29,17 @@ void ZULTaVoModule::AddLoadedModule(ZULTaVoModule* module) {
 }
 
 void ZULTaVoModule::AddObjectDescriptor(const ZULTaVoObjectDescriptor* descriptor) {
-  if (descriptor == nullptr || !mKnown.insert(descriptor).second) return;
+  if (descriptor == nullptr || descriptor->mOwned) return;
+  const auto* operation = descriptor->GetKind() == Kind::kOperator
+                              ? static_cast<const ZULTaVoOperatorDescriptor*>(descriptor)
+                              : nullptr;
+  if (operation != nullptr && !operation->IsComplete()) {
+    delete descriptor;
+    return;
+  }
   mDescriptors.push_back(descriptor);
-  if (descriptor->GetKind() == Kind::kOperator)
-    mOperators[descriptor->GetName()].push_back(
-        static_cast<const ZULTaVoOperatorDescriptor*>(descriptor));
+  descriptor->mOwned = true;
+  if (operation != nullptr) mOperators[descriptor->GetName()].push_back(operation);
 }
 
 const ZULTaVoObjectDescriptor* ZULTaVoModule::FindType(std::string_view name) const {

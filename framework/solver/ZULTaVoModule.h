@@ -2,7 +2,6 @@
 #define ZULTAV_SOLVER_ZULTAVO_MODULE_H
 
 #include <map>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,7 +23,8 @@ class ZULTAV_TYPES_API ZULTaVoModule : public ZULTaVoBase {
   const std::vector<ZULTaVoModule*>& GetLoadedModules() const { return mLoaded; }
 
   /// Takes ownership and makes the descriptor known by name. Null is ignored, as is a descriptor
-  /// that the module has already.
+  /// that this or another module has already. An operator without all its types and its constraint
+  /// is destroyed: nobody could use it.
   void AddObjectDescriptor(const ZULTaVoObjectDescriptor* descriptor);
   /// Everything registered, in the order of registration.
   const std::vector<const ZULTaVoObjectDescriptor*>& GetDescriptors() const { return mDescriptors; }
@@ -45,7 +45,6 @@ class ZULTAV_TYPES_API ZULTaVoModule : public ZULTaVoBase {
   std::string mName;
   std::vector<ZULTaVoModule*> mLoaded;
   std::vector<const ZULTaVoObjectDescriptor*> mDescriptors;
-  std::set<const ZULTaVoObjectDescriptor*> mKnown;
   std::map<std::string, std::vector<const ZULTaVoOperatorDescriptor*>, std::less<>> mOperators;
 };
 

@@ -41,6 +41,15 @@ InitModuleFunction FindEntry(void* handle) {
   return owner == map->l_name ? reinterpret_cast<InitModuleFunction>(symbol) : nullptr;
 }
 
+/// Calls the entry, which is a stranger's code; whatever it throws ends here.
+bool Start(InitModuleFunction entry, ZULTaVoModule& module, ZULTaVoModuleManager& manager) {
+  try {
+    return entry(&module, &manager) == 1;
+  } catch (...) {
+    return false;
+  }
+}
+
 }  // namespace
 
 /// An open library and its module, which must go first.
@@ -131,7 +140,7 @@ ZULTaVoModule* ZULTaVoModuleManager::Load(const std::string& name) {
     mReason = "module \"" + name + "\" has no entry " + kEntry + ": " + path;
     return nullptr;
   }
-  if (entry(&library->module, this) != 1) {
+  if (!Start(entry, library->module, *this)) {
     const std::string cause = mReason.empty() ? "" : " (" + mReason + ")";
     mReason = "module \"" + name + "\" refused to start: " + path + cause;
     return nullptr;

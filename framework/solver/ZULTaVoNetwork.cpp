@@ -71,6 +71,7 @@ ZULTaVoNetwork::Node* ZULTaVoNetwork::NodeOf(const ZULTaVoObject* object) {
 ZULTaVoNetwork::Node* ZULTaVoNetwork::FindNode(const ZULTaVoObject* object) const {
   if (object == nullptr || !mArena.Owns(object)) return nullptr;
   Node* node = NodeOf(object);
+  if (!mArena.Owns(node)) return nullptr;  // a constraint at the beginning of a chunk
   return node->index < mNodes.size() && mNodes[node->index] == node ? node : nullptr;
 }
 
@@ -79,18 +80,23 @@ ZULTaVoAny* ZULTaVoNetwork::AddObject(const ZULTaVoObjectDescriptor* type) {
 }
 
 ZULTaVoAny* ZULTaVoNetwork::AddObject(const ZULTaVoObjectDescriptor* type, const void* from) {
+  if (from == nullptr) return nullptr;
   return Add(type, [type, from](void* place) { return type->InitObject(place, from); });
 }
 
 template <class Init>
 ZULTaVoAny* ZULTaVoNetwork::Add(const ZULTaVoObjectDescriptor* type, Init init) {
-  if (type == nullptr || type->GetObjectSize() == 0 || mNodes.size() >= kNone) return nullptr;
+  if (type == nullptr || type->GetKind() != ZULTaVoObjectDescriptor::Kind::kType ||
+      type->GetObjectSize() == 0 || mNodes.size() >= kNone)
+    return nullptr;
   const Arena::Mark mark = mArena.GetMark();
   auto* node = static_cast<Node*>(mArena.Allocate(sizeof(Node) + RoundUp(type->GetObjectSize())));
   if (node == nullptr) return nullptr;
   new (node) Node{type,  nullptr, 0, 0,     static_cast<std::uint32_t>(mNodes.size()),
                   kNone, kNone,   0, false, false};
-  if (init(node->Object()) == nullptr || !Append(mNodes, node)) {
+  const bool made = init(node->Object()) != nullptr;
+  if (!made || !Append(mNodes, node)) {
+    if (made) type->DestroyObject(node->Object());
     mArena.Release(mark);
     return nullptr;
   }
@@ -100,7 +106,15 @@ ZULTaVoAny* ZULTaVoNetwork::Add(const ZULTaVoObjectDescriptor* type, Init init) 
 }
 
 void ZULTaVoNetwork::SetConstant(const ZULTaVoObject* object) {
-  if (Node* node = FindNode(object)) node->constant = true;
+  Node* node = FindNode(object);
+  if (node == nullptr) return;
+  node->constant = true;
+  for (std::uint32_t edge = node->firstEdge; edge != kNone; edge = mEdges[edge].next) {
+    Link& link = mLinks[mEdges[edge].link];
+    for (unsigned int i = 0; i < link.count; ++i)
+      if (link.arguments[i] == object)
+        link.constants = static_cast<std::uint8_t>(link.constants | 1U << i);
+  }
 }
 
 bool ZULTaVoNetwork::IsConstant(const ZULTaVoObject* object) const {
@@ -151,8 +165,11 @@ int ZULTaVoNetwork::AddConstraint(const ZULTaVoConstraintDescriptor* type,
   constraint->ChangePriority(nullptr, type->GetPriority());
   const auto link = static_cast<std::uint32_t>(mLinks.size());
   if (!Append(mLinks, {constraint, copied, kNone, static_cast<std::uint8_t>(count), constants,
-                       QueueFor(constraint->GetPriority()), false, idempotent}))
+                       QueueFor(constraint->GetPriority()), false, idempotent})) {
+    constraint->~ZULTaVoConstraint();
+    mArena.Release(mark);
     return 0;
+  }
   for (unsigned int i = 0; i < count; ++i)
     if (std::find(copied, copied + i, copied[i]) == copied + i && !Depend(*NodeOf(copied[i]), link))
       return 0;
@@ -189,8 +206,11 @@ void ZULTaVoNetwork::MoveConstraint(const ZULTaVoConstraint* constraint) {
   // Constraints change priority when they join, hence the search from the end.
   for (auto link = mLinks.rbegin(); link != mLinks.rend(); ++link) {
     if (link->constraint != constraint) continue;
-    const std::uint8_t queue = QueueFor(constraint->GetPriority());
-    if (!link->queued) link->queue = queue;
+    const auto index = static_cast<std::uint32_t>(mLinks.rend() - link - 1);
+    const bool queued = link->queued;
+    if (queued) Unschedule(index);
+    link->queue = QueueFor(constraint->GetPriority());
+    if (queued) Schedule(index);
     return;
   }
 }
@@ -203,6 +223,16 @@ void ZULTaVoNetwork::Schedule(std::uint32_t index) {
   Queue& queue = mQueues[link.queue];
   (queue.head == kNone ? queue.head : mLinks[queue.tail].next) = index;
   queue.tail = index;
+}
+
+void ZULTaVoNetwork::Unschedule(std::uint32_t index) {
+  Link& link = mLinks[index];
+  Queue& queue = mQueues[link.queue];
+  std::uint32_t before = kNone;
+  for (std::uint32_t at = queue.head; at != index; at = mLinks[at].next) before = at;
+  (before == kNone ? queue.head : mLinks[before].next) = link.next;
+  if (queue.tail == index) queue.tail = before;
+  link.queued = false;
 }
 
 bool ZULTaVoNetwork::TakeNext(std::uint32_t& index) {
@@ -290,16 +320,19 @@ ZULTaVoNetwork::Status ZULTaVoNetwork::Propagate() {
                mInterrupt->load(std::memory_order_relaxed)) {
       Schedule(link);
       status = Status::kInterrupted;
-    } else {
+    } else if (!mLinks[link].constraint->IsPassive()) {
       ++mStatistics.filters;
       const int answer = RunFilter(link);
       if (answer == kFilterContradiction) status = Status::kContradiction;
       if (answer == kFilterBadArguments) status = Status::kBadArguments;
     }
   }
-  if (status == Status::kContradiction || status == Status::kBadArguments) ClearQueue();
   for (const std::uint32_t passive : mPassivated) mLinks[passive].constraint->Reactivate();
   mPassivated.clear();
+  if (status == Status::kContradiction || status == Status::kBadArguments) {
+    ClearQueue();
+    Schedule(link);  // a run to come fails once more
+  }
   return status;
 }
 
@@ -309,7 +342,7 @@ void ZULTaVoNetwork::ClearQueue() {
 }
 
 int ZULTaVoNetwork::RunFilter(std::uint32_t index) {
-  const Link& link = mLinks[index];
+  const Link link = mLinks[index];  // a filter may add constraints, which moves the list
   const ZULTaVoObjectEnvironment environment(this, link.arguments, link.count, link.constants);
   const std::size_t saved = mTrail.size();
   if (!mLevels.empty())
@@ -347,7 +380,7 @@ void ZULTaVoNetwork::SaveValue(ZULTaVoObject* object) {
 void ZULTaVoNetwork::Save(Node& node) {
   node.narrowed = false;
   const auto depth = static_cast<std::uint32_t>(mLevels.size());
-  if (node.constant || node.depth == depth) return;
+  if (node.depth == depth) return;
   const Arena::Mark mark = mTrailArena.GetMark();
   void* place = mTrailArena.Allocate(node.type->GetObjectSize());
   if (place == nullptr) throw std::bad_alloc();

@@ -35,7 +35,8 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   ZULTaVoNetwork& operator=(const ZULTaVoNetwork&) = delete;
 
   /// A new value of the type, with its initial value or as a copy of `from`, an object of the
-  /// same class. Null for an abstract type or when memory ran out.
+  /// same class. Null for what is no concrete value type, for a null `from`, and when memory ran
+  /// out.
   ZULTaVoAny* AddObject(const ZULTaVoObjectDescriptor* type);
   ZULTaVoAny* AddObject(const ZULTaVoObjectDescriptor* type, const void* from);
   /// Marks an object of this network as a constant.
@@ -55,7 +56,8 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   /// Bytes that the network holds.
   std::size_t GetMemoryUsed() const;
 
-  /// Runs the scheduled constraints to the fixpoint.
+  /// Runs the scheduled constraints to the fixpoint. After a contradiction or bad arguments, so
+  /// does every further run, until PopState goes back to before it.
   Status Propagate();
   /// Tells that the object's value has narrowed: the constraints on it are scheduled. Called by
   /// filters for their arguments, and by whoever changes a value from outside.
@@ -74,7 +76,10 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   /// last propagated is kept but not propagated. Default 0.01: coarse enough that slow
   /// convergence ends after some hundred steps per decade, fine enough that the search rarely
   /// splits what propagation would still have narrowed.
-  void SetNarrowingFraction(double fraction);
+  /// Ignored unless it is from 0 up and less than 1.
+  void SetNarrowingFraction(double fraction) {
+    if (fraction >= 0 && fraction < 1) mFraction = fraction;
+  }
   double GetNarrowingFraction() const { return mFraction; }
   /// Filter calls allowed per run, 0 for the default: 2000 for each constraint and 1000000 more.
   void SetFilterLimit(std::uint64_t limit) { mFilterLimit = limit; }
@@ -125,6 +130,7 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
 
   std::uint8_t QueueFor(unsigned short priority);
   void Schedule(std::uint32_t link);
+  void Unschedule(std::uint32_t link);
   bool TakeNext(std::uint32_t& link);
   void ClearQueue();
   void Wake(std::uint32_t link, const ZULTaVoObject* object);

@@ -46,9 +46,12 @@ class ZULTAV_TYPES_API ZULTaVoObjectDescriptor : public ZULStreamable, public ZU
   int GetVersion() const { return mVersion; }
 
  private:
+  friend class ZULTaVoModule;
+
   ZULString mName;
   const ZULTaVoObjectDescriptor* mBase = nullptr;
   int mVersion = 1;
+  mutable bool mOwned = false;  // by a module
 };
 
 #endif

@@ -1,5 +1,6 @@
 #include "framework/solver/ZULTaVoOperatorDescriptor.h"
 
+#include <algorithm>
 #include <ostream>
 
 #include "framework/solver/FrameworkConstraints.h"
@@ -91,6 +92,12 @@ unsigned int ZULTaVoOperatorDescriptor::GetNumberOfTypes() const {
   unsigned int count = 0;
   while (count < kMaxTypes && mTypes[count] != nullptr) ++count;
   return count;
+}
+
+bool ZULTaVoOperatorDescriptor::IsComplete() const {
+  const ShapeRow& row = RowOf(mShape, mConstraint);
+  const int last = std::max({row.operands[0], row.operands[1], row.result, row.buffer});
+  return mConstraint != nullptr && static_cast<int>(GetNumberOfTypes()) > last;
 }
 
 const ZULTaVoObjectDescriptor* ZULTaVoOperatorDescriptor::GetOperandType(

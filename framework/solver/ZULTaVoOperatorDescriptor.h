@@ -48,6 +48,8 @@ class ZULTAV_TYPES_API ZULTaVoOperatorDescriptor : public ZULTaVoObjectDescripto
   /// The types as registered, in the order of the shape.
   const Types& GetTypes() const { return mTypes; }
   unsigned int GetNumberOfTypes() const;
+  /// Whether the constraint and all types that the shape needs are there.
+  bool IsComplete() const;
   const ZULTaVoConstraintDescriptor* GetConstraint() const { return mConstraint; }
 
   /// The type that operand 0 or 1 must match; null for an operand that the shape does not have.
