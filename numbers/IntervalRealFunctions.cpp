@@ -1,0 +1,305 @@
+// Elementary functions and power of interval reals.
+
+#include <algorithm>
+#include <cmath>
+
+#include "numbers/IntervalDispatch.h"
+#include "numbers/Narrowing.h"
+#include "numbers/RealModulo.h"
+#include "numbers/ZULTavIntervalReal.h"
+#include "numbers/ZULTavSingleInteger.h"
+#include "numbers/ZULTavSingleReal.h"
+
+namespace {
+
+/// Pick the overload on real sets.
+using UnaryFunction = SubdefReal (*)(const SubdefReal&);
+using BinaryFunction = SubdefReal (*)(const SubdefReal&, const SubdefReal&);
+UnaryFunction Unary(UnaryFunction function) { return function; }
+BinaryFunction Binary(BinaryFunction function) { return function; }
+
+SubdefReal NonNegative(const SubdefReal& x) { return {std::max(x.lower, 0.0), x.upper}; }
+
+/// Too big an angle for the trigonometric functions.
+bool TooBig(const SubdefReal& x) { return !(x.lower >= -1e14 && x.upper <= 1e14); }
+
+SubdefReal Wave(UnaryFunction function, const SubdefReal& x) {
+  return TooBig(x) ? SubdefReal(-1, 1) : function(x);
+}
+
+SubdefReal WholeNumbers(const SubdefReal& x) { return {std::ceil(x.lower), std::floor(x.upper)}; }
+
+/// Rounding functions narrow to whole numbers of the receiver that the images of the ends enclose.
+int NarrowToRounded(SubdefReal& z, double (*rounded)(double), const SubdefReal& x) {
+  return Narrow(
+      z,
+      [&](const SubdefReal& set) {
+        SubdefReal image = WholeNumbers(z);
+        image.Intersect(RealInterval(rounded(set.lower), rounded(set.upper)));
+        return image;
+      },
+      x);
+}
+
+/// What rounds to a whole number of z lies at `below` to `above` from it.
+int NarrowToPreimage(SubdefReal& x, const SubdefReal& z, double below, double above) {
+  return Narrow(
+      x,
+      [&](const SubdefReal& set) {
+        return WholeNumbers(set).AddIntToInt({below, above});
+      },
+      z);
+}
+
+double Floor(double value) { return std::floor(value); }
+double Ceil(double value) { return std::ceil(value); }
+
+/// The integers of a domain of integers; false for any other class.
+bool GetIntegers(const ZULTaVoAny& value, SubdefInt& integers) {
+  ZULTavIntervalReal set;
+  if (ZULTaVoCast<ZULTaVoInteger>(&value) == nullptr || !set.Convert(value)) return false;
+  integers = SubdefInt(set.GetSubdef());
+  return true;
+}
+
+SubdefReal ToReals(const SubdefInt& integers) {
+  SubdefReal reals;
+  reals.SDIntersect(integers);
+  return reals;
+}
+
+/// The part of the exponents y with x^y in z: all reals for the positive part of x and for zero,
+/// the whole numbers for the negative part.
+SubdefReal RealExponents(const SubdefReal& z, const SubdefReal& x, const SubdefReal& y) {
+  RealInterval hull(1, -1);
+  if (x.upper > 0 && z.upper > 0) hull = log(z).DivIntByInt(log(x));
+  if (x.Contains(0) && z.Contains(0)) hull = hull.mf_Union({0, SubdefReal::sMaxValue});
+  if (x.Contains(0) && z.Contains(1)) hull = hull.mf_Union({0, 0});
+  const SubdefInt whole(y);
+  if (x.lower < 0 && !whole.IsEmpty())
+    hull = hull.mf_Union(ToReals(exponent(z, SubdefReal(x.lower, std::min(x.upper, 0.0)), whole)));
+  return hull;
+}
+
+}  // namespace
+
+// Elementary functions ----------------------------------------------------------------------
+
+int ZULTavIntervalReal::CalcExpValue(const ZULTavIntervalReal& x) {
+  return Narrow(mSet, Unary(exp), x.mSet);
+}
+
+int ZULTavIntervalReal::CalcInverseExpValue(ZULTavIntervalReal& x) const {
+  return Narrow(x.mSet, Unary(log), mSet);
+}
+
+int ZULTavIntervalReal::CalcSqrtValue(const ZULTavIntervalReal& x) {
+  return Narrow(mSet, Unary(sqrt), x.mSet);
+}
+
+int ZULTavIntervalReal::CalcInverseSqrtValue(ZULTavIntervalReal& x) const {
+  return Narrow(
+      x.mSet, [](const SubdefReal& z) { return sqr(NonNegative(z)); }, mSet);
+}
+
+int ZULTavIntervalReal::CalcSinValue(const ZULTavIntervalReal& x) {
+  return Narrow(
+      mSet, [](const SubdefReal& set) { return Wave(sin, set); }, x.mSet);
+}
+
+int ZULTavIntervalReal::CalcInverseSinValue(ZULTavIntervalReal& x) const {
+  return Narrow(x.mSet, Binary(asin), mSet, x.mSet);
+}
+
+int ZULTavIntervalReal::CalcCosValue(const ZULTavIntervalReal& x) {
+  return Narrow(
+      mSet, [](const SubdefReal& set) { return Wave(cos, set); }, x.mSet);
+}
+
+int ZULTavIntervalReal::CalcInverseCosValue(ZULTavIntervalReal& x) const {
+  return Narrow(x.mSet, Binary(acos), mSet, x.mSet);
+}
+
+int ZULTavIntervalReal::CalcTanValue(const ZULTavIntervalReal& x) {
+  return Narrow(mSet, Unary(tan), x.mSet);
+}
+
+int ZULTavIntervalReal::CalcInverseTanValue(ZULTavIntervalReal& x) const {
+  return Narrow(x.mSet, Binary(atan), mSet, x.mSet);
+}
+
+int ZULTavIntervalReal::CalcFloorValue(const ZULTavIntervalReal& x) {
+  return NarrowToRounded(mSet, Floor, x.mSet);
+}
+
+int ZULTavIntervalReal::CalcInverseFloorValue(ZULTavIntervalReal& x) const {
+  return NarrowToPreimage(x.mSet, mSet, 0, 1);
+}
+
+int ZULTavIntervalReal::CalcCeilValue(const ZULTavIntervalReal& x) {
+  return NarrowToRounded(mSet, Ceil, x.mSet);
+}
+
+int ZULTavIntervalReal::CalcInverseCeilValue(ZULTavIntervalReal& x) const {
+  return NarrowToPreimage(x.mSet, mSet, -1, 0);
+}
+
+int ZULTavIntervalReal::CalcRoundValue(const ZULTavIntervalReal& x) {
+  return NarrowToRounded(mSet, ZULTavSingleReal::my_round, x.mSet);
+}
+
+int ZULTavIntervalReal::CalcInverseRoundValue(ZULTavIntervalReal& x) const {
+  return NarrowToPreimage(x.mSet, mSet, -0.5, 0.5);
+}
+
+// Power over integer exponents --------------------------------------------------------------
+
+int ZULTavIntervalReal::CalcPowerValue(const ZULTavIntervalReal& a, const SubdefInt& b) {
+  return Narrow(
+      mSet,
+      [](const SubdefReal& x, const SubdefInt& n) {
+        return HullOfParts(x, [&](const SubdefReal& part) { return pow(part, SubdefReal(), n); });
+      },
+      a.mSet, b);
+}
+
+int ZULTavIntervalReal::CalcPowerValue(const ZULTavSingleReal& a, const SubdefInt& b) {
+  return CalcPowerValue(ZULTavIntervalReal(a, 0), b);
+}
+
+int ZULTavIntervalReal::CalcPowerValue(const ZULTaVoNumber& a, const SubdefInt& b) {
+  const interval_dispatch::Operand<ZULTavIntervalReal> x(a);
+  return x.IsForeign() ? 0 : CalcPowerValue(*x, b);
+}
+
+int ZULTavIntervalReal::CalcFirstInversePowerValue(ZULTavIntervalReal& a,
+                                                   const SubdefInt& b) const {
+  return Narrow(
+      a.mSet,
+      [](const SubdefReal& x, const SubdefReal& z, const SubdefInt& n) {
+        SubdefReal part;
+        // Between the parts nothing is known.
+        if (!GetMinusPart(x, part) && !GetPlusPart(x, part)) return x;
+        return HullOfParts(x, [&](const SubdefReal& piece) { return base(z, piece, n); });
+      },
+      a.mSet, mSet, b);
+}
+
+int ZULTavIntervalReal::CalcFirstInversePowerValue(ZULTavIntervalReal& a,
+                                                   const ZULTavSingleInteger& b) const {
+  return CalcFirstInversePowerValue(a, SubdefInt(ZULTavIntervalReal(b, 0).mSet));
+}
+
+int ZULTavIntervalReal::CalcSecondInversePowerValue(const ZULTavIntervalReal& a,
+                                                    SubdefInt& b) const {
+  return Narrow(
+      b,
+      [](const SubdefReal& x, const SubdefReal& z, const SubdefInt& n) {
+        return HullOfParts(x, [&](const SubdefReal& part) { return exponent(z, part, n); });
+      },
+      a.mSet, mSet, b);
+}
+
+// Power over real exponents -----------------------------------------------------------------
+
+int ZULTavIntervalReal::CalcPowerValue(const ZULTavIntervalReal& a, const ZULTavIntervalReal& b) {
+  return Narrow(mSet, Binary(pow), a.mSet, b.mSet);
+}
+
+int ZULTavIntervalReal::CalcPowerValue(const ZULTavIntervalReal& a, const ZULTavSingleReal& b) {
+  return CalcPowerValue(a, ZULTavIntervalReal(b, 0));
+}
+
+int ZULTavIntervalReal::CalcFirstInversePowerValue(ZULTavIntervalReal& a,
+                                                   const ZULTavIntervalReal& b) const {
+  return Narrow(a.mSet, Binary(base), mSet, b.mSet);
+}
+
+int ZULTavIntervalReal::CalcFirstInversePowerValue(ZULTavIntervalReal& a,
+                                                   const ZULTavSingleReal& b) const {
+  return CalcFirstInversePowerValue(a, ZULTavIntervalReal(b, 0));
+}
+
+int ZULTavIntervalReal::CalcSecondInversePowerValue(const ZULTavIntervalReal& a,
+                                                    ZULTavIntervalReal& b) const {
+  return Narrow(b.mSet, RealExponents, mSet, a.mSet, b.mSet);
+}
+
+// Slots of power: the class of the exponent decides ------------------------------------------
+
+int ZULTavIntervalReal::CalcPowerValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) {
+  SubdefInt exponents;
+  return GetIntegers(b, exponents) ? CalcPowerValue(a, exponents)
+                                   : CallForward(*this, &ZULTavIntervalReal::CalcPowerValue, a, b);
+}
+
+int ZULTavIntervalReal::CalcFirstInversePowerValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const {
+  SubdefInt exponents;
+  if (!GetIntegers(b, exponents))
+    return CallInverse(*this, &ZULTavIntervalReal::CalcFirstInversePowerValue, a, b);
+  return interval_dispatch::Inverse(
+      *this, a, [&](ZULTavIntervalReal& x) { return CalcFirstInversePowerValue(x, exponents); });
+}
+
+int ZULTavIntervalReal::CalcSecondInversePowerValue(const ZULTaVoNumber& a,
+                                                    ZULTaVoNumber& b) const {
+  SubdefInt exponents;
+  if (!GetIntegers(b, exponents))
+    return CallSecondInverse(*this, &ZULTavIntervalReal::CalcSecondInversePowerValue, a, b);
+  const interval_dispatch::Operand<ZULTavIntervalReal> x(a);
+  if (x.IsForeign() || !CalcSecondInversePowerValue(*x, exponents)) return 0;
+  ZULTavIntervalReal narrowed;
+  narrowed.SetSubdef(exponents.IsEmpty() ? SubdefReal(1, -1) : ToReals(exponents));
+  return narrowed.IntersectInverse(b);
+}
+
+// Slots -------------------------------------------------------------------------------------
+
+int ZULTavIntervalReal::CalcExpValue(const ZULTaVoReal& x) {
+  return CallForward(*this, &ZULTavIntervalReal::CalcExpValue, x);
+}
+int ZULTavIntervalReal::CalcInverseExpValue(ZULTaVoReal& x) const {
+  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseExpValue, x);
+}
+int ZULTavIntervalReal::CalcSqrtValue(const ZULTaVoReal& x) {
+  return CallForward(*this, &ZULTavIntervalReal::CalcSqrtValue, x);
+}
+int ZULTavIntervalReal::CalcInverseSqrtValue(ZULTaVoReal& x) const {
+  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseSqrtValue, x);
+}
+int ZULTavIntervalReal::CalcSinValue(const ZULTaVoReal& x) {
+  return CallForward(*this, &ZULTavIntervalReal::CalcSinValue, x);
+}
+int ZULTavIntervalReal::CalcInverseSinValue(ZULTaVoReal& x) const {
+  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseSinValue, x);
+}
+int ZULTavIntervalReal::CalcCosValue(const ZULTaVoReal& x) {
+  return CallForward(*this, &ZULTavIntervalReal::CalcCosValue, x);
+}
+int ZULTavIntervalReal::CalcInverseCosValue(ZULTaVoReal& x) const {
+  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseCosValue, x);
+}
+int ZULTavIntervalReal::CalcTanValue(const ZULTaVoReal& x) {
+  return CallForward(*this, &ZULTavIntervalReal::CalcTanValue, x);
+}
+int ZULTavIntervalReal::CalcInverseTanValue(ZULTaVoReal& x) const {
+  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseTanValue, x);
+}
+int ZULTavIntervalReal::CalcFloorValue(const ZULTaVoReal& x) {
+  return CallForward(*this, &ZULTavIntervalReal::CalcFloorValue, x);
+}
+int ZULTavIntervalReal::CalcInverseFloorValue(ZULTaVoReal& x) const {
+  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseFloorValue, x);
+}
+int ZULTavIntervalReal::CalcCeilValue(const ZULTaVoReal& x) {
+  return CallForward(*this, &ZULTavIntervalReal::CalcCeilValue, x);
+}
+int ZULTavIntervalReal::CalcInverseCeilValue(ZULTaVoReal& x) const {
+  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseCeilValue, x);
+}
+int ZULTavIntervalReal::CalcRoundValue(const ZULTaVoReal& x) {
+  return CallForward(*this, &ZULTavIntervalReal::CalcRoundValue, x);
+}
+int ZULTavIntervalReal::CalcInverseRoundValue(ZULTaVoReal& x) const {
+  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseRoundValue, x);
+}
