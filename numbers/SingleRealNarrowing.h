@@ -49,15 +49,15 @@ inline SubdefReal Candidate(const ZULTavSingleReal& target, const SubdefReal& se
   return set.lower >= max || set.upper <= -max ? SubdefReal() : Collapsed(set);
 }
 
-/// The ending of most operations: intersects with `compute(point intervals)`, margin p.
+/// The ending of most operations: intersects with `compute` of the operands as point intervals,
+/// margin p.
 template <class Compute, class... Operands>
 int NarrowToResult(ZULTavSingleReal& target, Compute compute, const Operands&... operands) {
   return WithValues(
       target,
-      [&](auto... values) {
+      [&](auto...) {
         SDClearError();
-        return target.Intersect(
-            Candidate(target, std::invoke(compute, SubdefReal(values, values)...)));
+        return target.Intersect(Candidate(target, std::invoke(compute, operands.GetSubdef()...)));
       },
       operands...);
 }
@@ -67,9 +67,9 @@ template <class Compute, class... Operands>
 int NarrowExactly(ZULTavSingleReal& target, Compute compute, const Operands&... operands) {
   return WithValues(
       target,
-      [&](auto... values) {
+      [&](auto...) {
         const SDErrorScope errors;
-        const SubdefReal set = std::invoke(compute, SubdefReal(values, values)...);
+        const SubdefReal set = std::invoke(compute, operands.GetSubdef()...);
         if (SDCheckError() || set.IsEmpty()) return Contradict(target);
         if (!target.IsAny()) return CheckRelation(target, set.Contains(target.GetValue()));
         return target.Intersect(Candidate(target, set));
