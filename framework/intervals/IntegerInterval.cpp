@@ -38,22 +38,25 @@ Range TruncatedQuotients(Range x, Range d) {
 
 // Hull of the q with q*d in x for a divisor of d, x >= 1 and d >= 1. From the rounded quotient of
 // the bounds each end moves inward while it has no divisor; such a step jumps to the next q that
-// a further divisor admits, so there are less than 2*sqrt(x.upper) of them.
+// a further divisor admits, so there are less than 2*sqrt(x.upper) of them. As long as q is not
+// empty, d.upper is large enough for q.upper and d.lower small enough for q.lower: no step leaves
+// d.
 Range PositiveExactQuotients(Range x, Range d) {
-  d.upper = std::min(d.upper, x.upper);
-  if (d.IsEmpty()) return kNone;
+  constexpr int kSteps = IntegerInterval::kMaxQuotientSteps;
   Range q = {CeilDiv(x.lower, d.upper), x.upper / d.lower};
-  for (int step = 0; step < IntegerInterval::kMaxQuotientSteps && !q.IsEmpty(); ++step) {
-    const Wide divisor = std::min(d.upper, x.upper / q.upper);
-    if (divisor * q.upper >= x.lower) break;
-    if (divisor == d.upper) return kNone;
-    q.upper = x.upper / (divisor + 1);
+  Wide divisor = d.lower;
+  for (int step = 0; divisor * q.upper < x.lower && !q.IsEmpty() && step < kSteps; ++step) {
+    const Wide largest = std::min(d.upper, x.upper / q.upper);
+    if (largest * q.upper >= x.lower) break;
+    divisor = largest + 1;
+    q.upper = x.upper / divisor;
   }
-  for (int step = 0; step < IntegerInterval::kMaxQuotientSteps && !q.IsEmpty(); ++step) {
-    const Wide divisor = std::max(d.lower, CeilDiv(x.lower, q.lower));
-    if (divisor * q.lower <= x.upper) break;
-    if (divisor == d.lower) return kNone;
-    q.lower = CeilDiv(x.lower, divisor - 1);
+  divisor = d.upper;
+  for (int step = 0; divisor * q.lower > x.upper && !q.IsEmpty() && step < kSteps; ++step) {
+    const Wide smallest = std::max(d.lower, CeilDiv(x.lower, q.lower));
+    if (smallest * q.lower <= x.upper) break;
+    divisor = smallest - 1;
+    q.lower = CeilDiv(x.lower, divisor);
   }
   return q;
 }
@@ -84,14 +87,16 @@ IntegerInterval IntegerInterval::DivIntByInt(const IntegerInterval& b,
   }
   if (Contains(0) && b.Contains(0)) return Whole();
   const Range dividend = Extended(*this), divisor = Extended(b);
-  const auto quotients = rounding == 0 ? ExactQuotients : TruncatedQuotients;
+  const auto quotients = [&](Range d) {
+    return rounding == 0 ? ExactQuotients(dividend, d) : TruncatedQuotients(dividend, d);
+  };
   Range hull = kNone;
   if (divisor.upper > 0) {
-    hull = quotients(dividend, {std::max<Wide>(divisor.lower, 1), divisor.upper});
+    hull = quotients({std::max<Wide>(divisor.lower, 1), divisor.upper});
   }
   if (divisor.lower < 0) {
     const Range magnitudes = {std::max<Wide>(-divisor.upper, 1), -divisor.lower};
-    hull = Hull(hull, Mirror(quotients(dividend, magnitudes)));
+    hull = Hull(hull, Mirror(quotients(magnitudes)));
   }
   if (hull.IsEmpty()) {
     SDRaiseError();

@@ -38,13 +38,14 @@ TEST(IntegerPowerTest, IsTheHullOfAllPowersAndFlagsEmptyAndSaturated) {
 TEST(IntegerPowerTest, AFiniteEndSaturatesAnInfiniteOneDoesNot) {
   SDErrorScope scope;
   const std::tuple<SubdefInt, SubdefInt, SubdefInt, int> rows[] = {
-      {kWhole,         {3, 3}, kWhole,            0},
-      {{2, 3},         {2, M}, {4, M},            0},
-      {{M, M},         {1, 1}, {M, M},            0},
-      {{M, M},         {2, 2}, {M, M},            1},
-      {{2, 2},         {M, M}, {M, M},            1},
-      {{46340, 46341}, {2, 2}, {2147395600, M},   1},
-      {{-1291, -1290}, {3, 3}, {-M, -2146689000}, 1},
+      {kWhole,         {3, 3},     kWhole,            0},
+      {{2, 3},         {2, M},     {4, M},            0},
+      {{M, M},         {1, 1},     {M, M},            0},
+      {{M, M},         {2, 2},     {M, M},            1},
+      {{2, 2},         {M, M},     {M, M},            1},
+      {{2, 2},         {M - 1, M}, {M, M},            1},
+      {{46340, 46341}, {2, 2},     {2147395600, M},   1},
+      {{-1291, -1290}, {3, 3},     {-M, -2146689000}, 1},
   };
   for (const auto& [x, n, power, error] : rows) {
     SDClearError();
