@@ -54,8 +54,9 @@ class ZULTAV_TYPES_API ZULTaVoFrameworkConstraint final
   X(EValue, 1)
 
 namespace framework_rules {
+// Exported, as a template is hidden where an argument of it is.
 #define ZULTAVO_RULE(NAME, ARGUMENTS)                             \
-  struct NAME {                                                   \
+  struct ZULTAV_TYPES_API NAME {                                  \
     static constexpr char kName[] = "ZULTaVo" #NAME "Constraint"; \
     static constexpr unsigned int kArguments = ARGUMENTS;         \
   };
