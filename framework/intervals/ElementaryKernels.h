@@ -20,7 +20,7 @@ struct Approximation {
   double error;
 };
 
-/// y * 2^exponent, y.value.hi in [0.99, 2.02].
+/// y * 2^exponent, y.value.hi in [0.99, 2).
 struct ScaledApproximation {
   Approximation y;
   std::int64_t exponent;

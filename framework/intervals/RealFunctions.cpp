@@ -3,76 +3,25 @@
 #include <algorithm>
 #include <cmath>
 
-#include "framework/intervals/ElementaryKernels.h"
 #include "framework/intervals/IntervalControl.h"
+#include "framework/intervals/PointFunctions.h"
 #include "framework/intervals/RealLine.h"
 #include "framework/intervals/Rounding.h"
-#include "framework/intervals/RoundingDecisions.h"
 
 using elementary::Angle;
+using elementary::AtanAt;
+using elementary::ExpAt;
 using elementary::kMaxAngle;
+using elementary::LogAt;
 using elementary::Reduce;
-using elementary::RoundOutward;
+using elementary::SinAt;
+using elementary::TanAt;
 using real_line::Empty;
 using real_line::Extended;
 using real_line::Saturated;
 using real_line::Whole;
-using rounding::NextDown;
-using rounding::NextUp;
 
 namespace {
-
-/// Below this magnitude x - sin(x), tan(x) - x and x - atan(x) are less than the distance of x
-/// from its neighbours.
-constexpr double kTiny = 0x1p-27;
-
-/// Enclosures of a function that lies between x and the neighbour of x toward zero, or away.
-RealInterval BelowMagnitude(double x) {
-  return x > 0 ? RealInterval(NextDown(x), x) : RealInterval(x, x < 0 ? NextUp(x) : x);
-}
-RealInterval AboveMagnitude(double x) {
-  return x > 0 ? RealInterval(x, NextUp(x)) : RealInterval(x < 0 ? NextDown(x) : x, x);
-}
-
-// The tightest enclosures of function values at one point.
-
-RealInterval ExpAt(double x) {
-  if (std::fabs(x) < 0x1p-54) return {x < 0 ? NextDown(1) : 1, x > 0 ? NextUp(1) : 1};
-  if (x > 710) return {x < HUGE_VAL ? DBL_MAX : x, HUGE_VAL};
-  if (x < -746) return {0, x > -HUGE_VAL ? 0x1p-1074 : 0};
-  return RoundOutward(elementary::Exp(x), [x](double d) { return decide::Exp(x, d); });
-}
-
-RealInterval LogAt(double x) {
-  if (x == 1) return {0, 0};
-  if (x == 0) return {-HUGE_VAL, -HUGE_VAL};
-  if (x == HUGE_VAL) return {x, x};
-  return RoundOutward(elementary::Log(x), [x](double d) { return decide::Log(x, d); });
-}
-
-RealInterval AtanAt(double x) {
-  if (std::fabs(x) < kTiny) return BelowMagnitude(x);
-  if (std::fabs(x) >= 0x1p55) {  // nearer to pi/2 than the double below it
-    constexpr RealInterval kHalfPi(0x1.921fb54442d18p+0, 0x1.921fb54442d19p+0);
-    return x > 0 ? kHalfPi : kHalfPi.mf_Neg();
-  }
-  return RoundOutward(elementary::Atan(x), [x](double d) { return decide::Atan(x, d); });
-}
-
-/// Sine of x plus `quarters` quarter turns, 0 or 1; `angle` is x reduced.
-RealInterval SinAt(double x, const Angle& angle, std::int64_t quarters) {
-  if (std::fabs(x) < kTiny) {
-    if (quarters == 0) return BelowMagnitude(x);
-    return {x == 0 ? 1 : NextDown(1), 1};
-  }
-  return RoundOutward(elementary::Sin(angle, quarters),
-                      [=](double d) { return decide::Sin(x, quarters, d); });
-}
-
-RealInterval TanAt(double x, const Angle& angle) {
-  if (std::fabs(x) < kTiny) return AboveMagnitude(x);
-  return RoundOutward(elementary::Tan(angle), [x](double d) { return decide::Tan(x, d); });
-}
 
 template <class Function>
 SubdefReal Increasing(const RealInterval& x, Function at) {

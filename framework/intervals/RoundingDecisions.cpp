@@ -5,6 +5,7 @@
 
 #include "framework/intervals/ElementaryKernels.h"
 #include "framework/intervals/FixedPoint.h"
+#include "framework/intervals/Rounding.h"
 
 namespace decide {
 namespace {
@@ -28,7 +29,35 @@ FixedPoint LogOf(double x) {
   return (exponent < 0 ? -whole : whole) + l + correction;
 }
 
-int PrecisionFor(double factor) { return kPrecision + std::max(0, std::ilogb(factor) + 1); }
+/// The sign of a difference in which an error was multiplied by `factor`.
+int SignOf(const FixedPoint& difference, double factor = 1) {
+  const int sign = difference.Sign(kPrecision + std::max(0, std::ilogb(factor) + 1));
+  return sign == 0 ? kUnknown : sign;
+}
+
+/// Whether x^y is d exactly. An exact power takes square roots of x until y is whole; then only a
+/// power of two can have a negative exponent, and otherwise 3^34 has too many bits already.
+bool IsExactPower(double x, double y, double d) {
+  for (; y != std::floor(y); y *= 2) {
+    const rounding::Rounded root = rounding::Root(x);
+    if (root.error != 0) return false;
+    x = root.nearest;
+  }
+  int exponent;
+  int exponentOfD;
+  const double mantissa = 2 * std::frexp(x, &exponent);
+  const double mantissaOfD = 2 * std::frexp(d, &exponentOfD);
+  const double scale = y * (exponent - 1);
+  if (mantissa == 1) return mantissaOfD == 1 && scale == exponentOfD - 1;
+  if (y < 0 || y > 33) return false;
+  double power = 1;
+  for (double i = 0; i < y; ++i) {
+    const rounding::Rounded product = rounding::Product(power, mantissa);
+    if (product.error != 0) return false;
+    power = product.nearest;
+  }
+  return std::ldexp(mantissaOfD, exponentOfD - 1 - static_cast<int>(scale)) == power;
+}
 
 }  // namespace
 
@@ -38,7 +67,7 @@ int Exp(double x, double d) {
   const FixedPoint r = k < 0 ? FixedPoint(x) + whole : FixedPoint(x) - whole;
   const double scaled = std::ldexp(d, -static_cast<int>(k));
   if (scaled > 4) return -1;  // exp(r) < 2
-  return (ExpOfFraction(r) - FixedPoint(scaled)).Sign(kPrecision);
+  return SignOf(ExpOfFraction(r) - FixedPoint(scaled));
 }
 
 int Log(double x, double d) { return -Exp(d, x); }
@@ -46,24 +75,27 @@ int Log(double x, double d) { return -Exp(d, x); }
 int Sin(double x, std::int64_t quarters, double d) {
   Quadrants angle = DivideByHalfPi(x);
   angle.quadrant += quarters;
-  return (angle.Sin() - FixedPoint(d)).Sign(kPrecision);
+  return SignOf(angle.Sin() - FixedPoint(d));
 }
 
 int Tan(double x, double d) {
-  if (std::fabs(d) >= 0x1p63) return 0;
+  if (std::fabs(d) >= 0x1p63) return d > 0 ? -1 : 1;  // no double is that near to a pole
   const Quadrants angle = DivideByHalfPi(x);
   const FixedPoint cosine = angle.Cos();
-  const int difference = (angle.Sin() - FixedPoint(d) * cosine).Sign(PrecisionFor(d));
+  const int difference = SignOf(angle.Sin() - FixedPoint(d) * cosine, d);
   return cosine.IsNegative() ? -difference : difference;
 }
 
 int Atan(double x, double d) {
   const Quadrants angle = DivideByHalfPi(d);
-  return (FixedPoint(x) * angle.Cos() - angle.Sin()).Sign(PrecisionFor(x));
+  return SignOf(FixedPoint(x) * angle.Cos() - angle.Sin(), x);
 }
 
 int Power(double x, double y, double d) {
-  return (FixedPoint(y) * LogOf(x) - LogOf(d)).Sign(PrecisionFor(y));
+  if (d == HUGE_VAL) return -1;
+  if (IsExactPower(x, y, d)) return 0;
+  if (std::fabs(y) >= 0x1p63) return kUnknown;
+  return SignOf(FixedPoint(y) * LogOf(x) - LogOf(d), y);
 }
 
 }  // namespace decide
@@ -71,9 +103,8 @@ int Power(double x, double y, double d) {
 elementary::Angle elementary::ReduceHuge(double x) {
   const Quadrants angle = DivideByHalfPi(x);
   const FixedPoint place = angle.fraction * std::uint32_t{256};
-  // Below 2^-62 from the next multiple nothing is; the nearest one keeps the relative precision.
-  const auto near = static_cast<std::int64_t>(place.Whole() + (place.Fraction() * 2u).Whole());
-  const FixedPoint rest = place - FixedPoint(static_cast<double>(near));
+  const auto index = static_cast<std::int64_t>((place + FixedPoint(0.5)).Whole());
+  const FixedPoint rest = place - FixedPoint(static_cast<double>(index));
   const DoubleDouble r = (TimesHalfPi(rest) / 256).ToDoubleDouble();
-  return {angle.quadrant, ((angle.quadrant & 3) << 8) + near, r, 0x1p-67};
+  return {angle.quadrant, ((angle.quadrant & 3) << 8) + index, r, 0x1p-67};
 }

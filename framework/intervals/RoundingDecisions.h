@@ -1,6 +1,9 @@
 #ifndef ZULTAV_INTERVALS_ROUNDING_DECISIONS_H
 #define ZULTAV_INTERVALS_ROUNDING_DECISIONS_H
 
+#include <algorithm>
+#include <cfloat>
+#include <cmath>
 #include <cstdint>
 
 #include "framework/intervals/ElementaryKernels.h"
@@ -8,9 +11,11 @@
 #include "framework/intervals/Rounding.h"
 
 /// Signs of differences in fixed-point arithmetic of 256 fractional bits. They settle the rounding
-/// of a function value that an approximation leaves on either side of a double d; 0 where the
-/// precision of about 2^-180 does not suffice, too.
+/// of a function value that an approximation leaves on either side of a double d. The answer is
+/// kUnknown or its negation where the precision of about 2^-180 does not suffice.
 namespace decide {
+
+constexpr int kUnknown = 2;
 
 /// exp(x) - d for d > 0.
 int Exp(double x, double d);
@@ -21,22 +26,22 @@ int Sin(double x, std::int64_t quarters, double d);
 int Tan(double x, double d);
 /// atan(x) - d for |x| < 2^60 and |d| < pi/2.
 int Atan(double x, double d);
-/// x^y - d for x, d > 0 and 2^-60 < |y log(x)|, |y| < 2^63.
+/// x^y - d for x, d > 0, x not 1, and 2^-60 < |y log(x)|; 0 exactly for an exact power.
 int Power(double x, double y, double d);
 
 }  // namespace decide
 
 namespace elementary {
 
-/// The tightest enclosure of the number that y approximates; `sign(d)` is the sign of the number
-/// minus d. Where that is 0, the enclosure holds both neighbours of d.
+/// The tightest enclosure of the number that y approximates; `sign(d)` decides the sign of the
+/// number minus d. Where it is unknown, the enclosure holds both neighbours of d.
 template <class Sign>
 inline RealInterval RoundOutward(const Approximation& y, Sign sign) {
   const double d = y.value.hi;
   double side = y.value.lo;
   if (std::fabs(side) <= y.error) [[unlikely]] {
     side = sign(d);
-    if (side == 0) return {rounding::NextDown(d), rounding::NextUp(d)};
+    if (std::fabs(side) == decide::kUnknown) return {rounding::NextDown(d), rounding::NextUp(d)};
   }
   return {side < 0 ? rounding::NextDown(d) : d, side > 0 ? rounding::NextUp(d) : d};
 }
@@ -45,7 +50,7 @@ inline RealInterval RoundOutward(const Approximation& y, Sign sign) {
 template <class Sign>
 RealInterval RoundOutward(const ScaledApproximation& scaled, Sign sign) {
   const Approximation& y = scaled.y;
-  if (scaled.exponent > -1021 && scaled.exponent < 1022) [[likely]] {
+  if (scaled.exponent >= -1021 && scaled.exponent < 1022) [[likely]] {
     const double scale = std::bit_cast<double>((scaled.exponent + 1023) << 52);
     const RealInterval bounds = RoundOutward(y, [&](double d) { return sign(d * scale); });
     return {bounds.lower * scale, bounds.upper * scale};
@@ -58,14 +63,14 @@ RealInterval RoundOutward(const ScaledApproximation& scaled, Sign sign) {
     return {std::min(std::ldexp(bounds.lower, exponent), DBL_MAX),
             std::ldexp(bounds.upper, exponent)};
   }
-  // In units of 2^-1074; `rest` is rounded once, by less than 2^-53.
+  // In units of 2^-1074; `side` is rounded once, by less than 2^-53.
   const double value = std::ldexp(y.value.hi, exponent + 1074);
   const double whole = std::nearbyint(value);
-  const double rest = (value - whole) + std::ldexp(y.value.lo, exponent + 1074);
-  double side = rest;
-  if (std::fabs(rest) <= std::ldexp(y.error, exponent + 1074) + 0x1p-52) {
+  double side = (value - whole) + std::ldexp(y.value.lo, exponent + 1074);
+  if (std::fabs(side) <= std::ldexp(y.error, exponent + 1074) + 0x1p-52) {
     side = whole > 0 ? sign(whole * 0x1p-1074) : 1;
-    if (side == 0) return {(whole - 1) * 0x1p-1074, (whole + 1) * 0x1p-1074};
+    if (std::fabs(side) == decide::kUnknown)
+      return {(whole - 1) * 0x1p-1074, (whole + 1) * 0x1p-1074};
   }
   return {(side < 0 ? whole - 1 : whole) * 0x1p-1074, (side > 0 ? whole + 1 : whole) * 0x1p-1074};
 }

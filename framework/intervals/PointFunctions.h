@@ -1,0 +1,70 @@
+#ifndef ZULTAV_INTERVALS_POINT_FUNCTIONS_H
+#define ZULTAV_INTERVALS_POINT_FUNCTIONS_H
+
+#include <cfloat>
+#include <cmath>
+#include <cstdint>
+
+#include "framework/intervals/ElementaryKernels.h"
+#include "framework/intervals/RealInterval.h"
+#include "framework/intervals/Rounding.h"
+#include "framework/intervals/RoundingDecisions.h"
+
+// The tightest enclosures of function values at one point, infinities included as limits.
+namespace elementary {
+
+/// Below this magnitude x - sin(x), tan(x) - x and x - atan(x) are less than the distance of x
+/// from its neighbours.
+constexpr double kTiny = 0x1p-27;
+
+/// Enclosures of a function that lies between x and the neighbour of x toward zero, or away.
+inline RealInterval BelowMagnitude(double x) {
+  return x > 0 ? RealInterval(rounding::NextDown(x), x)
+               : RealInterval(x, x < 0 ? rounding::NextUp(x) : x);
+}
+inline RealInterval AboveMagnitude(double x) {
+  return x > 0 ? RealInterval(x, rounding::NextUp(x))
+               : RealInterval(x < 0 ? rounding::NextDown(x) : x, x);
+}
+
+inline RealInterval ExpAt(double x) {
+  if (std::fabs(x) < 0x1p-54)
+    return {x < 0 ? rounding::NextDown(1) : 1, x > 0 ? rounding::NextUp(1) : 1};
+  if (x > 710) return {x < HUGE_VAL ? DBL_MAX : x, HUGE_VAL};
+  if (x < -746) return {0, x > -HUGE_VAL ? 0x1p-1074 : 0};
+  return RoundOutward(Exp(x), [x](double d) { return decide::Exp(x, d); });
+}
+
+inline RealInterval LogAt(double x) {
+  if (x == 1) return {0, 0};
+  if (x == 0) return {-HUGE_VAL, -HUGE_VAL};
+  if (x == HUGE_VAL) return {x, x};
+  return RoundOutward(Log(x), [x](double d) { return decide::Log(x, d); });
+}
+
+inline RealInterval AtanAt(double x) {
+  if (std::fabs(x) < kTiny) return BelowMagnitude(x);
+  if (std::fabs(x) >= 0x1p55) {  // nearer to pi/2 than the double below it
+    constexpr RealInterval kAroundHalfPi(0x1.921fb54442d18p+0, 0x1.921fb54442d19p+0);
+    return x > 0 ? kAroundHalfPi : kAroundHalfPi.mf_Neg();
+  }
+  return RoundOutward(Atan(x), [x](double d) { return decide::Atan(x, d); });
+}
+
+/// Sine of x plus `quarters` quarter turns, 0 or 1; `angle` is x reduced.
+inline RealInterval SinAt(double x, const Angle& angle, std::int64_t quarters) {
+  if (std::fabs(x) < kTiny) {
+    if (quarters == 0) return BelowMagnitude(x);
+    return {x == 0 ? 1 : rounding::NextDown(1), 1};
+  }
+  return RoundOutward(Sin(angle, quarters), [=](double d) { return decide::Sin(x, quarters, d); });
+}
+
+inline RealInterval TanAt(double x, const Angle& angle) {
+  if (std::fabs(x) < kTiny) return AboveMagnitude(x);
+  return RoundOutward(Tan(angle), [x](double d) { return decide::Tan(x, d); });
+}
+
+}  // namespace elementary
+
+#endif
