@@ -98,8 +98,9 @@ int ZULTavSingleReal::CalcInverseNegativeValue(ZULTavSingleReal& y) const {
 int ZULTavSingleReal::CalcSignumValue(ZULTaVoInteger& sign) const {
   auto* integer = ZULTaVoCast<ZULTavSingleInteger>(&sign);
   if (integer == nullptr) return 0;
-  const bool isNumber = !IsNil() && !IsAny();
-  return (isNumber ? ZULTavSingleReal(Sign(mValue)) : *this).IntersectInverse(*integer);
+  ZULTavSingleReal own = *this;
+  if (!IsNil() && !IsAny()) own.SetExactValue(Sign(mValue));
+  return own.IntersectInverse(*integer);
 }
 
 int ZULTavSingleReal::CalcInverseSignumValue(const ZULTaVoInteger& sign) {
@@ -222,8 +223,8 @@ int ZULTavSingleReal::CalcSecondInversePowerValue(const ZULTavSingleReal& a,
 
 // Constants and elementary functions --------------------------------------------------------
 
-int ZULTavSingleReal::CalcPiValue() { return Intersect(ZULTavSingleReal(std::numbers::pi)); }
-int ZULTavSingleReal::CalcEValue() { return Intersect(ZULTavSingleReal(std::numbers::e)); }
+int ZULTavSingleReal::CalcPiValue() { return NarrowToConstant(*this, std::numbers::pi); }
+int ZULTavSingleReal::CalcEValue() { return NarrowToConstant(*this, std::numbers::e); }
 
 int ZULTavSingleReal::CalcExpValue(const ZULTavSingleReal& x) {
   return NarrowToImage(*this, exp, x);

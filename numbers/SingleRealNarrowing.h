@@ -31,6 +31,10 @@ inline int SettleReal(ZULTavSingleReal& target, double value) {
   return Settle(target, value, !Differ(target.GetValue(), value));
 }
 
+inline int NarrowToConstant(ZULTavSingleReal& target, double value) {
+  return target.IsNil() ? 0 : SettleReal(target, value);
+}
+
 /// The number that an enclosure of one number stands for: its midpoint. An enclosure wider than
 /// rounding explains is left as it is.
 inline SubdefReal Collapsed(const SubdefReal& set) {

@@ -132,7 +132,8 @@ int ZULTavIntervalReal::IntersectInverse(ZULTaVoAny& value) const {
   if (auto* integer = ZULTaVoCast<ZULTaVoInteger>(&value)) {
     const SubdefInt whole(mSet);
     const long max = SubdefInt::sMaxValue;
-    return NarrowBounds(*integer, whole.IsEmpty(), whole.lower <= -max ? LONG_MIN : long{whole.lower},
+    return NarrowBounds(*integer, whole.IsEmpty(),
+                        whole.lower <= -max ? LONG_MIN : long{whole.lower},
                         whole.upper >= max ? LONG_MAX : long{whole.upper});
   }
   return 0;
@@ -254,7 +255,9 @@ void ZULTavIntervalReal::SetLowerBound(double value) { SetSubdef({value, mSet.up
 void ZULTavIntervalReal::SetUpperBound(double value) { SetSubdef({mSet.lower, value}); }
 
 int ZULTavIntervalReal::InsertExactValue(double value) {
-  return std::isnan(value) ? 0 : Unite(ZULTavIntervalReal(value, value));
+  ZULTavIntervalReal point;
+  point.SetExactValue(value);
+  return Unite(point);
 }
 
 int ZULTavIntervalReal::RemoveExactValue(double value) {

@@ -194,10 +194,10 @@ double ZULTavSingleReal::GetUpperBound() const {
 
 // Relations ---------------------------------------------------------------------------------
 
-int ZULTavSingleReal::CalcMinValue() { return Intersect(ZULTavSingleReal(sNC_REAL_MIN)); }
-int ZULTavSingleReal::CalcMaxValue() { return Intersect(ZULTavSingleReal(sNC_REAL_MAX)); }
-int ZULTavSingleReal::CalcZeroValue() { return Intersect(ZULTavSingleReal(0.0)); }
-int ZULTavSingleReal::CalcOneValue() { return Intersect(ZULTavSingleReal(1.0)); }
+int ZULTavSingleReal::CalcMinValue() { return NarrowToConstant(*this, sNC_REAL_MIN); }
+int ZULTavSingleReal::CalcMaxValue() { return NarrowToConstant(*this, sNC_REAL_MAX); }
+int ZULTavSingleReal::CalcZeroValue() { return NarrowToConstant(*this, 0); }
+int ZULTavSingleReal::CalcOneValue() { return NarrowToConstant(*this, 1); }
 
 // With an integer of the margin p, not through a conversion.
 int ZULTavSingleReal::CalcEqualValue(const ZULTaVoAny& y) {
