@@ -2,7 +2,9 @@
 #define ZULTAV_CALCULATOR_ZULTAV_MODEL_H
 
 #include <cstdint>
+#include <iosfwd>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "framework/calculator/Export.h"
@@ -24,16 +26,20 @@ class ZULTAV_CALCULATOR_API ZULTavModel {
 
   static constexpr std::uint32_t kNone = 0xffffffffu;
 
-  /// A node of the expressions that the model states. Nodes lie in one vector, operands before
-  /// the nodes that use them; equal subexpressions are one node. Variables and constants are
-  /// leaves; constants are those whose object IsConstant in the network.
+  /// A node of the expressions that the model states: an operator over operands, or a leaf (a
+  /// variable or a constant). Nodes lie in one vector, operands before the nodes that use them;
+  /// equal subexpressions are one node.
   struct Expression {
     const ZULTaVoOperatorDescriptor* op = nullptr;  ///< null for a leaf
     /// The value in the network. Several nodes may have the same object: the node `e` of a
     /// statement `x = e` has the object of x where the types allow it, and a node that is asserted
     /// equal to a constant has an object that holds just this constant.
     ZULTaVoAny* object = nullptr;
-    std::uint32_t operands[2] = {kNone, kNone};  ///< indices into Expressions()
+    /// Indices into Expressions(). Of a variable: its index in Variables() and in its `values`.
+    std::uint32_t operands[2] = {kNone, kNone};
+
+    bool IsVariable() const { return op == nullptr && operands[0] != kNone; }
+    bool IsConstant() const { return op == nullptr && operands[0] == kNone; }
   };
 
   /// What the model states, `for`, `forall` and conjunctions taken apart.

@@ -1,0 +1,111 @@
+#ifndef ZULTAV_CALCULATOR_INTERPRETER_H
+#define ZULTAV_CALCULATOR_INTERPRETER_H
+
+#include <array>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "framework/calculator/ModelBuilder.h"
+#include "framework/calculator/Syntax.h"
+
+/// Carries statements out: keeps what names mean, writes loops out, evaluates expressions and
+/// hands what they state to the builder.
+///
+/// Expressions are evaluated in postfix order on a stack; only the bodies of comprehensions and
+/// loops recurse, as deep as the source nests them.
+class Interpreter {
+ public:
+  Interpreter(ModelBuilder& builder, Registry& registry, NameTable& names,
+              const ZULTavCalculator::Limits& limits);
+
+  /// Makes a constant of `text`, which names no other constants.
+  void Define(const std::string& name, const Source& text);
+  /// Carries out all statements of one piece of source. Throws ModelError; the message is empty
+  /// when the fault was reported before.
+  void Run(const Source& source, const Syntax& syntax);
+  /// The definitions that the model had no use for.
+  std::vector<std::string> GetUnusedDefinitions() const;
+  /// The name that is known and nearest to the given one, for messages.
+  std::vector<std::string> SuggestName(std::string_view unknown) const;
+
+ private:
+  struct Symbol {
+    enum class Kind : std::uint8_t { kUnknown, kVariable, kConstant, kIndex, kBroken };
+    Kind kind = Kind::kUnknown;
+    std::uint32_t data = 0;  // of a variable, a constant
+    std::int64_t value = 0;  // of an index
+    std::uint32_t line = 0;  // where it was introduced
+  };
+  struct Definition {
+    Value value;
+    bool used = false;
+    bool named = false;  // by a `let`
+  };
+  class Scope;
+
+  Symbol& SymbolOf(std::uint32_t name);
+  void Introduce(std::uint32_t name, Span span, Symbol symbol);
+
+  void Execute(const Statement& statement);
+  void ExecuteLet(const Statement& statement);
+  void ExecuteDeclaration(const Statement& statement);
+  void Declare(const Declarator& declarator, ModelBuilder::Type type, const LocalValue& initial);
+  template <class Body>
+  void ForEach(const std::vector<Generator>& generators, NodeRange where, Body body);
+  [[noreturn]] void RethrowWithIndices(ModelError error, const std::vector<Generator>& generators);
+
+  void ReadInitialValue(Span text, const LocalValue& value);
+  std::string EvaluateValuePiece(Span piece, bool isLower, bool isUpper, bool isSingle);
+
+  void Assert(NodeRange range);
+  void AssertOne(NodeRange range, std::vector<NodeRange>& pending);
+  void AssertComparison(NodeRange range);
+  void AssertTruth(NodeRange range);
+  void AssertAllDifferent(const std::vector<Value>& terms, Span span);
+
+  Value Evaluate(NodeRange range, const Value* target = nullptr);
+  Value EvaluateNode(const Node& node, const Value* operands, const Value* target);
+  Value EvaluateName(const Node& node);
+  Value EvaluateElement(const Node& node, const Value& index);
+  Value EvaluateCall(const Node& node, const Value* operands, const Value* target);
+  Value EvaluateComprehension(const Comprehension& comprehension, Span span, const Value* target);
+  std::vector<Value> CollectTerms(const Comprehension& comprehension);
+  std::vector<Value> Spread(const Value* operands, std::uint32_t count);
+  Value Combine(Aggregate aggregate, std::vector<Value> terms, Span span, const Value* target);
+  Value Operate(const Operation& operation, const Value* operands, unsigned int count,
+                const Value* target);
+  void CheckOperand(const Operation& operation, const Value& operand) const;
+  Value EvaluateConstant(NodeRange range);
+  std::int64_t EvaluateInteger(NodeRange range, std::string_view what);
+  bool EvaluateTruth(NodeRange range);
+
+  Operation OperationOf(Op op, Span span) const {
+    return {mSignNames[static_cast<std::size_t>(op)], op, span};
+  }
+  bool IsAssertingComparison(NodeRange range) const;
+  bool IsApplication(NodeRange range) const;
+  NodeRange RightOperandOf(NodeRange range) const;
+  NodeRange LeftOperandOf(NodeRange range) const;
+  const Node& RootOf(NodeRange range) const { return mSyntax->nodes[range.last]; }
+  void CountIteration(Span span);
+  [[noreturn]] void FailUnknown(const Node& node, std::string_view what);
+
+  ModelBuilder& mBuilder;
+  Registry& mRegistry;
+  NameTable& mNames;
+  const ZULTavCalculator::Limits& mLimits;
+  const Source* mSource = nullptr;
+  const Syntax* mSyntax = nullptr;
+  std::vector<Symbol> mSymbols;  // by name
+  std::vector<Value> mConstants;
+  std::map<std::uint32_t, Definition> mDefinitions;  // by name
+  std::array<std::uint32_t, kOperatorSigns.size()> mSignNames = {};
+  std::vector<Value> mStack;
+  std::uint32_t mLine = 0;
+  unsigned int mConstantOnly = 0;
+  std::size_t mIterations = 0;
+};
+
+#endif

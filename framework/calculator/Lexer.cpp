@@ -1,0 +1,173 @@
+#include "framework/calculator/Lexer.h"
+
+#include <algorithm>
+
+namespace {
+
+bool IsNameStart(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
+bool IsNameByte(char c) { return IsNameStart(c) || (c >= '0' && c <= '9'); }
+bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f'; }
+
+struct Punctuation {
+  std::string_view text;
+  TokenKind kind;
+};
+constexpr Punctuation kPunctuation[] = {
+    {"..", TokenKind::kRange       },
+    {"(",  TokenKind::kOpen        },
+    {")",  TokenKind::kClose       },
+    {"[",  TokenKind::kOpenBracket },
+    {"]",  TokenKind::kCloseBracket},
+    {"{",  TokenKind::kOpenBrace   },
+    {"}",  TokenKind::kCloseBrace  },
+    {",",  TokenKind::kComma       },
+    {":",  TokenKind::kColon       },
+    {";",  TokenKind::kSemicolon   },
+};
+
+}  // namespace
+
+const OperatorSign& SignOf(Op op) {
+  return *std::find_if(kOperatorSigns.begin(), kOperatorSigns.end(),
+                       [op](const OperatorSign& sign) { return sign.op == op; });
+}
+
+bool Lexer::IsDigit(std::size_t at) const {
+  return at < mText.size() && mText[at] >= '0' && mText[at] <= '9';
+}
+
+Token Lexer::Make(TokenKind kind, std::size_t length, Op op) {
+  const Token token = {
+      kind, op, {mPosition, static_cast<std::uint32_t>(length)}
+  };
+  mPosition += token.span.length;
+  return token;
+}
+
+/// Skips blanks and comments; false at a comment that does not end.
+bool Lexer::SkipBlanks() {
+  while (mPosition < mText.size()) {
+    const std::string_view rest = mText.substr(mPosition, 2);
+    std::size_t end = mPosition + 1;
+    if (rest == "//") {
+      end = std::min(mText.find('\n', mPosition), mText.size());
+    } else if (rest == "/*") {
+      end = mText.find("*/", mPosition + 2);
+      if (end == std::string_view::npos) return false;
+      end += 2;
+    } else if (!IsBlank(rest[0])) {
+      return true;
+    }
+    mPosition = static_cast<std::uint32_t>(end);
+  }
+  return true;
+}
+
+Token Lexer::Next() {
+  if (!SkipBlanks()) return Make(TokenKind::kBad, mText.size() - mPosition);
+  if (mPosition >= mText.size()) return Make(TokenKind::kEnd, 0);
+  if (IsNameStart(mText[mPosition])) return Name();
+  if (IsDigit(mPosition)) return Number();
+  return Sign();
+}
+
+Token Lexer::Name() {
+  std::size_t end = mPosition;
+  while (end < mText.size() && IsNameByte(mText[end])) ++end;
+  const std::string_view name = mText.substr(mPosition, end - mPosition);
+  if (name.size() > mLimits->nameLength) return Make(TokenKind::kBad, name.size());
+  if (name == "mod") return Make(TokenKind::kOperator, name.size(), Op::kModulo);
+  if (name == "True") return Make(TokenKind::kTrue, name.size());
+  if (name == "False") return Make(TokenKind::kFalse, name.size());
+  const auto* word = std::find(kWords.begin(), kWords.end(), name);
+  if (word == kWords.end()) return Make(TokenKind::kName, name.size());
+  const auto kind =
+      static_cast<std::size_t>(TokenKind::kLet) + static_cast<std::size_t>(word - kWords.begin());
+  return Make(static_cast<TokenKind>(kind), name.size());
+}
+
+/// Digits, with a fraction and an exponent; the dots of "1..8" are none of it.
+Token Lexer::Number() {
+  TokenKind kind = TokenKind::kInteger;
+  std::size_t end = mPosition;
+  const auto takeDigits = [&] {
+    while (IsDigit(end)) ++end;
+  };
+  takeDigits();
+  if (mText.substr(end, 1) == "." && IsDigit(end + 1)) {
+    kind = TokenKind::kDecimal;
+    ++end;
+    takeDigits();
+  }
+  if (mText.substr(end, 1) == "e" || mText.substr(end, 1) == "E") {
+    const std::string_view sign = mText.substr(end + 1, 1);
+    const std::size_t digits = end + (sign == "+" || sign == "-" ? 2 : 1);
+    if (IsDigit(digits)) {
+      kind = TokenKind::kDecimal;
+      end = digits;
+      takeDigits();
+    }
+  }
+  if (end < mText.size() && IsNameStart(mText[end])) {
+    while (end < mText.size() && IsNameByte(mText[end])) ++end;
+    kind = TokenKind::kBad;
+  }
+  if (end - mPosition > mLimits->numberLength) kind = TokenKind::kBad;
+  return Make(kind, end - mPosition);
+}
+
+Token Lexer::Sign() {
+  const std::string_view rest = mText.substr(mPosition, 4);
+  for (const OperatorSign& sign : kOperatorSigns)
+    if (!sign.text.empty() && rest.substr(0, sign.text.size()) == sign.text)
+      return Make(TokenKind::kOperator, sign.text.size(), sign.op);
+  for (const Punctuation& sign : kPunctuation)
+    if (rest.substr(0, sign.text.size()) == sign.text) return Make(sign.kind, sign.text.size());
+  std::size_t length = 1;  // of a character outside ASCII: all its bytes
+  while (mPosition + length < mText.size() && (mText[mPosition + length] & 0xc0) == 0x80) ++length;
+  return Make(TokenKind::kBad, length);
+}
+
+void Lexer::Explain(const Token& bad) const {
+  const std::string_view text = mText.substr(bad.span.position, bad.span.length);
+  const auto limited = [&](const char* what, std::size_t limit) {
+    return ModelError{
+        {bad.span.position, 1},
+        std::string(what) + " of " + std::to_string(text.size()) +
+            " bytes is longer than the limit of " + std::to_string(limit),
+        {                 }
+    };
+  };
+  if (text.substr(0, 2) == "/*")
+    throw ModelError{
+        {bad.span.position,                                   2},
+        "this comment has no end; expected '*/'", {                                                   }
+    };
+  if (IsNameStart(text[0])) throw limited("a name", mLimits->nameLength);
+  if (IsDigit(bad.span.position)) {
+    if (text.size() > mLimits->numberLength) throw limited("a number", mLimits->numberLength);
+    throw ModelError{bad.span, "'" + std::string(text) + "' is neither a number nor a name", {}};
+  }
+  ModelError error = {bad.span, "unexpected character '" + std::string(text) + "'", {}};
+  if (text == "|" || text == "&") error.notes.push_back("the boolean operators are '&&' and '||'");
+  if (text == "!") error.notes.push_back("'not' is written '~', 'not equal' is written '<>'");
+  if (text == "%") error.notes.push_back("the remainder is written 'mod'");
+  if (text == ".") error.notes.push_back("a decimal has digits before and after its point");
+  throw error;
+}
+
+Span Lexer::NextValue() {
+  while (mPosition < mText.size() && IsBlank(mText[mPosition])) ++mPosition;
+  std::size_t end = mPosition;
+  for (int depth = 0; end < mText.size(); ++end) {
+    const char c = mText[end];
+    if (c == '[' || c == '{' || c == '(') ++depth;
+    if (c == ']' || c == '}' || c == ')') --depth;
+    if (c == ';' || (c == ',' && depth <= 0)) break;
+    if (c == '/' && (mText.substr(end, 2) == "//" || mText.substr(end, 2) == "/*")) break;
+  }
+  const std::uint32_t begin = mPosition;
+  mPosition = static_cast<std::uint32_t>(end);
+  while (end > begin && IsBlank(mText[end - 1])) --end;
+  return {begin, static_cast<std::uint32_t>(end - begin)};
+}

@@ -1,0 +1,388 @@
+#include "framework/calculator/ModelBuilder.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <new>
+#include <sstream>
+
+#include "framework/solver/ZULTaVoBoolean.h"
+#include "framework/solver/ZULTaVoInteger.h"
+#include "framework/solver/ZULTaVoReal.h"
+
+namespace {
+
+std::size_t Mix(std::size_t hash, std::uint64_t value) {
+  constexpr std::uint64_t kFactor = 0x9e3779b97f4a7c15u;
+  std::uint64_t mixed = (hash ^ value) * kFactor;
+  mixed ^= mixed >> 32;
+  return static_cast<std::size_t>(mixed);
+}
+
+std::uint64_t AddressOf(const void* object) { return reinterpret_cast<std::uintptr_t>(object); }
+
+/// The bounds of the integers that a type holds.
+std::string RangeOf(const ZULTaVoObjectDescriptor& type) {
+  const LocalValue least(type);
+  const LocalValue greatest(type);
+  least->SetAny();
+  least->CalcMinValue();
+  greatest->SetAny();
+  greatest->CalcMaxValue();
+  std::ostringstream text;
+  if (const auto* integer = ZULTaVoCast<ZULTaVoInteger>(least.Get()))
+    text << integer->GetLowerBound() << " to "
+         << ZULTaVoCast<ZULTaVoInteger>(greatest.Get())->GetUpperBound();
+  if (const auto* real = ZULTaVoCast<ZULTaVoReal>(least.Get()))
+    text << real->GetLowerBound() << " to "
+         << ZULTaVoCast<ZULTaVoReal>(greatest.Get())->GetUpperBound();
+  return text.str();
+}
+
+/// Stores the integer; false when the type cannot hold it.
+bool StoreInteger(ZULTaVoInteger& object, std::int64_t value) {
+  const auto stored = static_cast<long>(value);
+  if (stored != value) return false;
+  object.SetExactValue(stored);
+  return !object.IsNil() && !object.IsAny() && object.GetLowerBound() == stored &&
+         object.GetUpperBound() == stored;
+}
+
+bool StoreReal(ZULTaVoReal& object, double lower, double upper) {
+  if (!std::isfinite(lower) || !std::isfinite(upper)) return false;
+  if (lower == upper) {
+    object.SetExactValue(lower);
+  } else {
+    object.SetLowerBound(lower);
+    object.SetUpperBound(upper);
+  }
+  return !object.IsNil() && !object.IsAny() && object.GetLowerBound() <= lower &&
+         object.GetUpperBound() >= upper;
+}
+
+ZULTavModel::Statement::Kind StatementKindOf(Op op) {
+  using Kind = ZULTavModel::Statement::Kind;
+  switch (op) {
+    case Op::kUnequal:
+      return Kind::kUnequal;
+    case Op::kLess:
+      return Kind::kLess;
+    case Op::kLessOrEqual:
+      return Kind::kLessOrEqual;
+    case Op::kGreater:
+      return Kind::kGreater;
+    case Op::kGreaterOrEqual:
+      return Kind::kGreaterOrEqual;
+    default:
+      return Kind::kEqual;
+  }
+}
+
+Value ExpressionValue(std::uint32_t index, Span span) {
+  Value value;
+  value.kind = Value::Kind::kExpression;
+  value.index = index;
+  value.span = span;
+  return value;
+}
+
+}  // namespace
+
+LocalValue::LocalValue(const ZULTaVoObjectDescriptor& type)
+    : mType(type),
+      mMemory(new std::max_align_t[type.GetObjectSize() / sizeof(std::max_align_t) + 1]) {
+  if (type.InitObject(mMemory.get()) == nullptr) throw std::bad_alloc();
+}
+
+// --- Objects ----------------------------------------------------------------------------------
+
+ZULTaVoAny* ModelBuilder::NewObject(Type type, const void* from) {
+  ZULTaVoAny* object =
+      from != nullptr ? mModel.mNetwork.AddObject(type, from) : mModel.mNetwork.AddObject(type);
+  if (object == nullptr) throw std::bad_alloc();
+  return object;
+}
+
+std::uint32_t ModelBuilder::Append(const ZULTavModel::Expression& expression) {
+  if (mModel.mExpressions.size() >= kNone) throw std::bad_alloc();
+  mModel.mExpressions.push_back(expression);
+  return static_cast<std::uint32_t>(mModel.mExpressions.size() - 1);
+}
+
+std::uint32_t ModelBuilder::AddVariable(ZULTavModel::Variable variable, std::size_t count,
+                                        const LocalValue& initial) {
+  mElements += count;
+  if (mElements > mLimits.variables)
+    throw ModelError{
+        {}, "more variables than the limit of " + std::to_string(mLimits.variables), {}};
+  const auto index = static_cast<std::uint32_t>(mModel.mVariables.size());
+  mLeaves.push_back(static_cast<std::uint32_t>(mModel.mExpressions.size()));
+  variable.values.reserve(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    variable.values.push_back(NewObject(variable.type, initial.Get()));
+    Append({
+        nullptr, variable.values.back(), {index, static_cast<std::uint32_t>(i)}
+    });
+  }
+  const Type type = variable.type;
+  mModel.mVariables.push_back(std::move(variable));
+  // Propagation sees an empty domain through the constraints on it.
+  const auto* equality = mRegistry.FindOperator(kNone, "=", std::array{type, type}.data(), 2);
+  if (initial->IsNil() && count > 0 && equality != nullptr) {
+    const std::uint32_t leaf = LeafOf(index, 0);
+    Post(
+        {
+            equality, 2, {leaf, leaf}
+    },
+        ObjectOf(leaf), {});
+  }
+  return index;
+}
+
+ModelBuilder::Type ModelBuilder::TypeOf(const Value& value) const {
+  return value.IsExpression() ? ObjectOf(value.index)->GetDescriptor() : nullptr;
+}
+
+bool ModelBuilder::IsBoolean(const Value& value) const {
+  return value.IsExpression() &&
+         ZULTaVoCast<const ZULTaVoBoolean>(ObjectOf(value.index)) != nullptr;
+}
+
+// --- Constants --------------------------------------------------------------------------------
+
+std::size_t ModelBuilder::ConstantHash::operator()(const ConstantKey& key) const {
+  return Mix(Mix(Mix(0, AddressOf(key.type)), key.lower), key.upper);
+}
+
+void ModelBuilder::StoreConstant(ZULTaVoAny& object, const Value& value, Type type) const {
+  const Constant& constant = value.constant;
+  bool stored = false;
+  if (auto* boolean = ZULTaVoCast<ZULTaVoBoolean>(&object)) {
+    boolean->SetExactValue(constant.integer != 0 ? 1 : 0);
+    stored = true;
+  } else if (auto* integer = ZULTaVoCast<ZULTaVoInteger>(&object)) {
+    stored = StoreInteger(*integer, constant.integer);
+  } else if (auto* real = ZULTaVoCast<ZULTaVoReal>(&object)) {
+    const Constant number = constant.AsReal();
+    stored = mRegistry.IsSingle(type) ? StoreReal(*real, number.nearest, number.nearest)
+                                      : StoreReal(*real, number.lower, number.upper);
+  }
+  if (!stored)
+    throw ModelError{value.span,
+                     constant.Describe() + " is beyond the limits of '" + type->GetName() + "', " +
+                         RangeOf(*type),
+                     {}};
+}
+
+/// The expression that is this constant as a value of the type.
+std::uint32_t ModelBuilder::LeafFor(const Value& value, Type type) {
+  ConstantKey key = {type, static_cast<std::uint64_t>(value.constant.integer), 0};
+  if (mRegistry.IsReal(type)) {
+    const Constant number = value.constant.AsReal();
+    key.lower = std::bit_cast<std::uint64_t>(number.lower);
+    key.upper = std::bit_cast<std::uint64_t>(number.upper);
+  }
+  const auto known = mConstants.find(key);
+  if (known != mConstants.end()) return known->second;
+  const LocalValue local(*type);
+  StoreConstant(*local.Get(), value, type);
+  const std::uint32_t leaf = Append({
+      nullptr, NewObject(type, local.Get()), {kNone, kNone}
+  });
+  mConstants.emplace(key, leaf);
+  return leaf;
+}
+
+// --- Operators --------------------------------------------------------------------------------
+
+ModelBuilder::Application ModelBuilder::Resolve(const Operation& operation, const Value* operands,
+                                                unsigned int count) {
+  std::array<Registry::TypeChoice, 2> choices = {};
+  for (unsigned int i = 0; i < count; ++i) {
+    if (operands[i].IsExpression()) {
+      choices[i][0] = TypeOf(operands[i]);
+      continue;
+    }
+    const Type other = count == 2 ? TypeOf(operands[1 - i]) : nullptr;
+    choices[i] = mRegistry.ChooseTypes(operands[i].constant, other);
+    if (choices[i][0] == nullptr)
+      throw ModelError{operands[i].span,
+                       "no module has the type '" +
+                           std::string(Registry::NameOfWanted(operands[i].constant)) +
+                           "' that this constant needs",
+                       {}};
+  }
+  const auto find = [&](const Type* types) {
+    return mRegistry.FindOperator(operation.name, mNames.GetName(operation.name), types, count);
+  };
+  Application result = {
+      nullptr, count, {kNone, kNone}
+  };
+  Type types[2] = {nullptr, nullptr};
+  // Of every operand at least the first choice is tried, even of operands that are not there.
+  for (std::size_t i = 0; i < choices[0].size() && result.op == nullptr; ++i)
+    for (std::size_t j = 0; j < choices[1].size() && result.op == nullptr; ++j) {
+      if ((i > 0 && choices[0][i] == nullptr) || (j > 0 && choices[1][j] == nullptr)) break;
+      types[0] = choices[0][i];
+      types[1] = choices[1][j];
+      result.op = find(types);
+    }
+  if (result.op == nullptr) FailToResolve(operation, operands, count);
+  for (unsigned int i = 0; i < count; ++i)
+    result.operands[i] =
+        operands[i].IsExpression() ? operands[i].index : LeafFor(operands[i], types[i]);
+  return result;
+}
+
+void ModelBuilder::FailToResolve(const Operation& operation, const Value* operands,
+                                 unsigned int count) const {
+  const std::string& name = mNames.GetName(operation.name);
+  std::string message = "no operator '" + name + "' takes ";
+  Type types[2] = {nullptr, nullptr};
+  bool asserts = false;
+  for (unsigned int i = 0; i < count; ++i) {
+    types[i] = TypeOf(operands[i]);
+    if (i > 0) message += " and ";
+    message += types[i] != nullptr ? "'" + std::string(types[i]->GetName()) + "'"
+                                   : operands[i].constant.Describe();
+    asserts = asserts || operands[i].asserts;
+  }
+  std::vector<std::string> notes = mRegistry.DescribeOperators(name, types, count);
+  if (asserts)
+    notes.insert(notes.begin(),
+                 "the value of '=', '<>', '<', … is a number; for truth values write '==', "
+                 "'<<>>', '<<', '<==', '>>', '>=='");
+  throw ModelError{operation.span, message, notes};
+}
+
+/// Place in the table of the application, or of the free place where it belongs.
+std::uint32_t& ModelBuilder::Slot(const Application& application) {
+  const auto objectOf = [this](std::uint32_t expression) {
+    return expression != kNone ? ObjectOf(expression) : nullptr;
+  };
+  const ZULTaVoAny* objects[2] = {objectOf(application.operands[0]),
+                                  objectOf(application.operands[1])};
+  std::size_t place =
+      Mix(Mix(Mix(0, AddressOf(application.op)), AddressOf(objects[0])), AddressOf(objects[1]));
+  for (;; ++place) {
+    std::uint32_t& slot = mTable[place & (mTable.size() - 1)];
+    if (slot == kNone) return slot;
+    const ZULTavModel::Expression& known = mModel.mExpressions[slot];
+    if (known.op == application.op && objectOf(known.operands[0]) == objects[0] &&
+        objectOf(known.operands[1]) == objects[1])
+      return slot;
+  }
+}
+
+void ModelBuilder::GrowTable() {
+  std::vector<std::uint32_t> old(mTable.size() * 2, kNone);
+  old.swap(mTable);
+  for (const std::uint32_t index : old) {
+    if (index == kNone) continue;
+    const ZULTavModel::Expression& known = mModel.mExpressions[index];
+    Slot({
+        known.op, 2, {known.operands[0], known.operands[1]}
+    }) = index;
+  }
+}
+
+/// An object of the network that may be the result: that of the target, or a new one.
+ZULTaVoAny* ModelBuilder::ResultObject(const Application& application, const Value* target) {
+  const Type type = application.op->GetResultType();
+  if (target != nullptr) {
+    const Type literal =
+        target->IsConstant() ? mRegistry.ChooseTypes(target->constant, type)[0] : TypeOf(*target);
+    if (literal != nullptr && type->IsMatched(literal)) {
+      ZULTaVoAny* object =
+          ObjectOf(target->IsConstant() ? LeafFor(*target, literal) : target->index);
+      // A constraint that narrows the same object twice is weaker than one with a variable between.
+      bool isOperand = false;
+      for (unsigned int i = 0; i < application.count; ++i)
+        isOperand = isOperand || ObjectOf(application.operands[i]) == object;
+      if (!isOperand) return object;
+    }
+  }
+  return NewObject(type);
+}
+
+void ModelBuilder::Post(const Application& application, ZULTaVoAny* result, Span span) {
+  if (++mOperations > mLimits.operations)
+    throw ModelError{
+        span, "more operations than the limit of " + std::to_string(mLimits.operations), {}};
+  ZULTaVoObject* operands[2] = {nullptr, nullptr};
+  for (unsigned int i = 0; i < application.count; ++i)
+    operands[i] = ObjectOf(application.operands[i]);
+  if (!application.op->Post(mModel.mNetwork, operands, result))
+    throw ModelError{span,
+                     "the operator '" + std::string(application.op->GetName()) +
+                         "' cannot be added: memory ran out, or its module described it wrongly",
+                     {}};
+}
+
+Value ModelBuilder::Apply(const Operation& operation, const Value* operands, unsigned int count,
+                          const Value* target) {
+  const Application application = Resolve(operation, operands, count);
+  if (const std::uint32_t known = Slot(application); known != kNone)
+    return ExpressionValue(known, operation.span);
+  ZULTaVoAny* object = ResultObject(application, target);
+  Post(application, object, operation.span);
+  const std::uint32_t index = Append({
+      application.op, object, {application.operands[0], application.operands[1]}
+  });
+  if (++mApplied * 2 > mTable.size()) GrowTable();
+  Slot(application) = index;
+  return ExpressionValue(index, operation.span);
+}
+
+// --- Comparisons ------------------------------------------------------------------------------
+
+Value ModelBuilder::Relate(const Operation& operation, const Value& left, const Value& right) {
+  const Value operands[2] = {left, right};
+  return RelateResolved(operation, Resolve(operation, operands, 2), true);
+}
+
+/// The result is equal to the constraint's last argument: to the right operand or, where the
+/// operator presents them in reverse order, to the left one. An equality's is equal to both.
+Value ModelBuilder::RelateResolved(const Operation& operation, const Application& application,
+                                   bool record) {
+  const Type type = application.op->GetResultType();
+  const bool reversed = application.op->GetShape() == ZULTaVoOperatorDescriptor::Shape::kSymBinary;
+  ZULTaVoAny* object = nullptr;
+  for (const std::size_t operand : {reversed ? 0u : 1u, reversed ? 1u : 0u}) {
+    ZULTaVoAny* candidate = ObjectOf(application.operands[operand]);
+    if (object == nullptr && type->IsMatched(candidate->GetDescriptor())) object = candidate;
+    if (operation.op != Op::kEqual) break;
+  }
+  if (object == nullptr) object = NewObject(type);
+  Post(application, object, operation.span);
+  Value result = ExpressionValue(kNone, operation.span);
+  result.asserts = true;
+  if (record)
+    result.index = Append({
+        application.op, object, {application.operands[0], application.operands[1]}
+    });
+  return result;
+}
+
+void ModelBuilder::State(const Operation& operation, const Value& left, const Value& right,
+                         std::uint32_t line) {
+  const Value operands[2] = {left, right};
+  const Application application = Resolve(operation, operands, 2);
+  const bool holds = operation.op == Op::kEqual &&
+                     ObjectOf(application.operands[0]) == ObjectOf(application.operands[1]);
+  if (!holds) RelateResolved(operation, application, false);
+  mModel.mStatements.push_back(
+      {StatementKindOf(operation.op), application.operands[0], application.operands[1], line});
+}
+
+void ModelBuilder::StateTrue(const Operation& equality, const Value& value, std::uint32_t line) {
+  Value truth;
+  truth.constant = Constant::Boolean(true);
+  truth.span = value.span;
+  const Value operands[2] = {value, truth};
+  const Application application = Resolve(equality, operands, 2);
+  if (ObjectOf(application.operands[0]) != ObjectOf(application.operands[1]))
+    RelateResolved(equality, application, false);
+  mModel.mStatements.push_back({StatementKind::kTrue, application.operands[0], kNone, line});
+}

@@ -1,0 +1,135 @@
+#ifndef ZULTAV_CALCULATOR_MODEL_BUILDER_H
+#define ZULTAV_CALCULATOR_MODEL_BUILDER_H
+
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+#include "framework/calculator/Registry.h"
+#include "framework/calculator/Syntax.h"
+#include "framework/calculator/ZULTavModel.h"
+
+/// What an expression of the source stands for while the model is built.
+struct Value {
+  enum class Kind : std::uint8_t { kConstant, kExpression, kArray };
+  Kind kind = Kind::kConstant;
+  bool asserts = false;     // the value of a comparison that the model states
+  std::uint32_t index = 0;  // of the model's expression; of the array's variable
+  Constant constant;
+  Span span;
+
+  bool IsConstant() const { return kind == Kind::kConstant; }
+  bool IsExpression() const { return kind == Kind::kExpression; }
+};
+
+/// An operator as it stands in the source.
+struct Operation {
+  std::uint32_t name = 0;  // in the name table
+  Op op = Op::kNone;
+  Span span;
+};
+
+/// A value of a type outside any network.
+class LocalValue {
+ public:
+  explicit LocalValue(const ZULTaVoObjectDescriptor& type);
+  ~LocalValue() { mType.DestroyObject(mMemory.get()); }
+  LocalValue(const LocalValue&) = delete;
+  LocalValue& operator=(const LocalValue&) = delete;
+
+  ZULTaVoAny* Get() const {
+    return static_cast<ZULTaVoAny*>(static_cast<ZULTaVoObject*>(static_cast<void*>(mMemory.get())));
+  }
+  ZULTaVoAny* operator->() const { return Get(); }
+
+ private:
+  const ZULTaVoObjectDescriptor& mType;
+  std::unique_ptr<std::max_align_t[]> mMemory;
+};
+
+/// Builds the network of a model: shares constants and equal subexpressions, lets literals take
+/// the types that operators ask for, and spares hidden variables where an object that is there
+/// already can be the result of an operator.
+class ModelBuilder {
+ public:
+  using Type = Registry::Type;
+  using StatementKind = ZULTavModel::Statement::Kind;
+
+  ModelBuilder(ZULTavModel& model, Registry& registry, const NameTable& names,
+               const ZULTavCalculator::Limits& limits)
+      : mModel(model), mRegistry(registry), mNames(names), mLimits(limits), mTable(64, kNone) {}
+
+  /// Adds `count` objects with the value of `initial`. Answers the index of the variable.
+  std::uint32_t AddVariable(ZULTavModel::Variable variable, std::size_t count,
+                            const LocalValue& initial);
+  const ZULTavModel::Variable& GetVariable(std::uint32_t variable) const {
+    return mModel.mVariables[variable];
+  }
+  /// Index of the expression that is the variable's element.
+  std::uint32_t LeafOf(std::uint32_t variable, std::size_t element) const {
+    return mLeaves[variable] + static_cast<std::uint32_t>(element);
+  }
+  Type TypeOf(const Value& value) const;
+  /// Whether it is an expression whose values are truth values.
+  bool IsBoolean(const Value& value) const;
+
+  /// Applies an operator to its operands (none, one or two) and answers the result. Where it can,
+  /// the result is the object of `target` (null: of none), so that an equation between both holds
+  /// without a constraint of its own.
+  Value Apply(const Operation& operation, const Value* operands, unsigned int count,
+              const Value* target);
+  /// Adds the constraint of an asserting comparison. Its value, which equals one of the operands,
+  /// is the object of this operand where the types allow it.
+  Value Relate(const Operation& operation, const Value& left, const Value& right);
+  /// As Relate, for a whole statement, which is recorded.
+  void State(const Operation& operation, const Value& left, const Value& right, std::uint32_t line);
+  /// Records and adds that the value, a boolean one, is true. `equality`: the operator "=".
+  void StateTrue(const Operation& equality, const Value& value, std::uint32_t line);
+
+ private:
+  static constexpr std::uint32_t kNone = ZULTavModel::kNone;
+
+  /// An operator of a module with the operands it takes.
+  struct Application {
+    const ZULTaVoOperatorDescriptor* op;
+    unsigned int count;
+    std::uint32_t operands[2];
+  };
+  struct ConstantKey {
+    Type type;
+    std::uint64_t lower, upper;
+    bool operator==(const ConstantKey&) const = default;
+  };
+  struct ConstantHash {
+    std::size_t operator()(const ConstantKey& key) const;
+  };
+
+  ZULTaVoAny* ObjectOf(std::uint32_t expression) const {
+    return mModel.mExpressions[expression].object;
+  }
+  Application Resolve(const Operation& operation, const Value* operands, unsigned int count);
+  [[noreturn]] void FailToResolve(const Operation& operation, const Value* operands,
+                                  unsigned int count) const;
+  std::uint32_t LeafFor(const Value& constant, Type type);
+  void StoreConstant(ZULTaVoAny& object, const Value& constant, Type type) const;
+  ZULTaVoAny* ResultObject(const Application& application, const Value* target);
+  ZULTaVoAny* NewObject(Type type, const void* from = nullptr);
+  void Post(const Application& application, ZULTaVoAny* result, Span span);
+  Value RelateResolved(const Operation& operation, const Application& application, bool record);
+  std::uint32_t Append(const ZULTavModel::Expression& expression);
+  std::uint32_t& Slot(const Application& application);
+  void GrowTable();
+
+  ZULTavModel& mModel;
+  Registry& mRegistry;
+  const NameTable& mNames;
+  const ZULTavCalculator::Limits& mLimits;
+  std::vector<std::uint32_t> mLeaves;  // of each variable: its first expression
+  std::unordered_map<ConstantKey, std::uint32_t, ConstantHash> mConstants;
+  std::vector<std::uint32_t> mTable;  // open hash table of the expressions that apply operators
+  std::size_t mApplied = 0;
+  std::size_t mElements = 0;
+  std::size_t mOperations = 0;
+};
+
+#endif

@@ -1,0 +1,468 @@
+#include "framework/calculator/Parser.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr std::string_view kAfterStatement = "an operator or ';' after the statement";
+
+/// How tightly the body of an aggregate binds: terms of sums, truths of conjunctions.
+Precedence BodyOf(Aggregate aggregate) {
+  return aggregate == Aggregate::kForall || aggregate == Aggregate::kExists ? kComparison : kTerm;
+}
+
+std::string Quote(std::string_view text) {
+  constexpr std::size_t kShown = 40;
+  return "'" + std::string(text.substr(0, kShown)) + (text.size() > kShown ? "…'" : "'");
+}
+
+}  // namespace
+
+/// Counts one level of nesting as long as it lives.
+class Parser::Level {
+ public:
+  explicit Level(Parser& parser) : mParser(parser) {
+    if (parser.mNesting >= parser.mLimits.nesting)
+      throw ModelError{parser.mToken.span,
+                       "nesting is deeper than the limit of " +
+                           std::to_string(parser.mLimits.nesting) + " levels",
+                       {}};
+    ++parser.mNesting;
+  }
+  ~Level() { --mParser.mNesting; }
+  Level(const Level&) = delete;
+  Level& operator=(const Level&) = delete;
+
+ private:
+  Parser& mParser;
+};
+
+Parser::Parser(const Source& source, Span part, const ZULTavCalculator::Limits& limits,
+               NameTable& names, std::function<bool(std::string_view)> isOperator)
+    : mSource(source),
+      mLimits(limits),
+      mNames(names),
+      mIsOperator(std::move(isOperator)),
+      mLexer(source, limits, part),
+      mToken(mLexer.Next()),
+      mPrevious{part.position, 0} {}
+
+void Parser::Advance() {
+  mPrevious = mToken.span;
+  mToken = mLexer.Next();
+}
+
+bool Parser::Accept(TokenKind kind) {
+  if (!Is(kind)) return false;
+  Advance();
+  return true;
+}
+
+Token Parser::Expect(TokenKind kind, std::string_view what) {
+  if (!Is(kind)) FailExpected(what);
+  const Token token = mToken;
+  Advance();
+  return token;
+}
+
+/// What is missing at the end of a line is missing there, not where the next line begins.
+void Parser::FailExpected(std::string_view what) const {
+  if (Is(TokenKind::kBad)) mLexer.Explain(mToken);
+  const std::uint32_t gap = mPrevious.End();
+  const std::string_view between = TextOf({gap, mToken.span.position - gap});
+  const std::string expected = "expected " + std::string(what);
+  if (Is(TokenKind::kEnd))
+    throw ModelError{
+        {gap,                                                 1},
+        expected + " before the end of the text", {                                                   }
+    };
+  if (between.find('\n') != std::string_view::npos)
+    throw ModelError{
+        {gap,                 1},
+        expected, {                   }
+    };
+  throw ModelError{mToken.span, expected + ", found " + Quote(TextOf(mToken.span)), {}};
+}
+
+// --- Statements -------------------------------------------------------------------------------
+
+bool Parser::Next(Syntax& syntax) {
+  syntax.Clear();
+  mSyntax = &syntax;
+  mNesting = 0;
+  mBraces = 0;
+  while (Accept(TokenKind::kSemicolon)) continue;
+  if (Is(TokenKind::kEnd)) return false;
+  ParseStatement(syntax.statements, false);
+  return true;
+}
+
+void Parser::Skip() {
+  for (; !Is(TokenKind::kEnd); Advance()) {
+    if (Is(TokenKind::kOpenBrace)) ++mBraces;
+    const bool closes = Is(TokenKind::kCloseBrace) && mBraces <= 1;
+    if (Is(TokenKind::kCloseBrace) && mBraces > 0) --mBraces;
+    if (closes || (Is(TokenKind::kSemicolon) && mBraces == 0)) return Advance();
+  }
+}
+
+/// A name is followed by ':' or ',', or by brackets that hold a range or stand before them.
+bool Parser::StartsDeclaration() {
+  if (!Is(TokenKind::kName)) return false;
+  Lexer ahead = mLexer;
+  Token token = ahead.Next();
+  if (token.kind == TokenKind::kOpenBracket) {
+    int depth = 1;
+    while (depth > 0) {
+      token = ahead.Next();
+      if (token.kind == TokenKind::kOpenBracket) ++depth;
+      if (token.kind == TokenKind::kCloseBracket) --depth;
+      if (token.kind == TokenKind::kRange && depth == 1) return true;
+      if (token.kind == TokenKind::kSemicolon || token.kind == TokenKind::kEnd) return false;
+    }
+    token = ahead.Next();
+  }
+  return token.kind == TokenKind::kColon || token.kind == TokenKind::kComma;
+}
+
+void Parser::ParseStatement(std::vector<Statement>& statements, bool inLoop) {
+  const Level level(*this);
+  if (!inLoop && Is(TokenKind::kLet)) return ParseLet(statements);
+  if (Is(TokenKind::kLet))
+    throw ModelError{mToken.span, "a constant cannot be named inside 'for'", {}};
+  Statement statement;
+  statement.span = mToken.span;
+  if (Is(TokenKind::kFor)) {
+    ParseFor(statement);
+  } else if (StartsDeclaration()) {
+    if (inLoop)
+      throw ModelError{mToken.span,
+                       "a variable cannot be declared inside 'for'",
+                       {"declare an array before it: x[1..n] : int;"}};
+    ParseDeclaration(statement);
+  } else {
+    statement.expression = ParseExpression(kImplication);
+    Expect(TokenKind::kSemicolon, kAfterStatement);
+  }
+  statements.push_back(std::move(statement));
+}
+
+/// let name = expression, …;
+void Parser::ParseLet(std::vector<Statement>& statements) {
+  do {
+    Advance();
+    Statement statement;
+    statement.kind = Statement::Kind::kLet;
+    const Token name = Expect(TokenKind::kName, "the name of a constant");
+    statement.span = name.span;
+    statement.name = mNames.Intern(TextOf(name.span));
+    if (!Is(TokenKind::kOperator) || mToken.op != Op::kEqual)
+      FailExpected("'=' after the name of the constant");
+    Advance();
+    statement.expression = ParseExpression(kImplication);
+    statements.push_back(std::move(statement));
+  } while (Is(TokenKind::kComma));
+  Expect(TokenKind::kSemicolon, "';' or ',' after the value of the constant");
+}
+
+/// names : type [= value];
+void Parser::ParseDeclaration(Statement& statement) {
+  statement.kind = Statement::Kind::kDeclaration;
+  do {
+    statement.declarators.push_back(ParseDeclarator());
+  } while (Accept(TokenKind::kComma));
+  Expect(TokenKind::kColon, "':' and a type after the names");
+  statement.type = Expect(TokenKind::kName, "a type").span;
+  while (Is(TokenKind::kName)) {
+    const std::uint32_t gap = mPrevious.End();
+    const std::string_view between = TextOf({gap, mToken.span.position - gap});
+    if (between.find('\n') != std::string_view::npos) break;
+    statement.type.length = mToken.span.End() - statement.type.position;
+    Advance();
+  }
+  if (Is(TokenKind::kOperator) && mToken.op == Op::kEqual) {
+    statement.hasValue = true;
+    mPrevious = mToken.span;
+    statement.value = mLexer.NextValue();
+    if (statement.value.length == 0)
+      throw ModelError{
+          {mPrevious.End(),                                    1},
+          "expected an initial value after '='", {                                                  }
+      };
+    mPrevious = statement.value;
+    mToken = mLexer.Next();
+    Expect(TokenKind::kSemicolon, "';' after the initial value");
+  } else {
+    Expect(TokenKind::kSemicolon, "'=' and an initial value, or ';', after the type");
+  }
+}
+
+/// name or name[low..high]
+Declarator Parser::ParseDeclarator() {
+  Declarator result;
+  const Token name = Expect(TokenKind::kName, "the name of a variable");
+  result.span = name.span;
+  result.name = mNames.Intern(TextOf(name.span));
+  if (!Accept(TokenKind::kOpenBracket)) return result;
+  result.isArray = true;
+  result.low = ParseExpression(kExtremum);
+  Expect(TokenKind::kRange, "'..' and the last index of the array");
+  result.high = ParseExpression(kExtremum);
+  Expect(TokenKind::kCloseBracket, "']' after the range of indices");
+  return result;
+}
+
+/// for generators [where condition] : statement, or { statements }
+void Parser::ParseFor(Statement& statement) {
+  statement.kind = Statement::Kind::kFor;
+  Advance();
+  ParseGenerators(statement.generators, statement.where);
+  Expect(TokenKind::kColon, "',', 'where' or ':' after the range");
+  if (!Is(TokenKind::kOpenBrace)) return ParseStatement(statement.body, true);
+  ++mBraces;
+  Advance();
+  while (!Is(TokenKind::kCloseBrace)) {
+    if (Is(TokenKind::kEnd)) FailExpected("'}'");
+    if (!Accept(TokenKind::kSemicolon)) ParseStatement(statement.body, true);
+  }
+  --mBraces;
+  Advance();
+}
+
+void Parser::ParseGenerators(std::vector<Generator>& generators, NodeRange& where) {
+  do {
+    generators.push_back(ParseGenerator());
+  } while (Accept(TokenKind::kComma));
+  if (Accept(TokenKind::kWhere)) where = ParseExpression(kImplication);
+}
+
+Generator Parser::ParseGenerator() {
+  Generator result;
+  const Token name = Expect(TokenKind::kName, "the name of an index");
+  result.span = name.span;
+  result.name = mNames.Intern(TextOf(name.span));
+  Expect(TokenKind::kIn, "'in' and a range after the name of the index");
+  result.low = ParseExpression(kExtremum);
+  Expect(TokenKind::kRange, "'..' and the last value of the range");
+  result.high = ParseExpression(kExtremum);
+  return result;
+}
+
+// --- Expressions ------------------------------------------------------------------------------
+
+NodeRange Parser::WholeExpression(Syntax& syntax) {
+  mSyntax = &syntax;
+  const NodeRange result = ParseExpression(kImplication);
+  if (!Is(TokenKind::kEnd)) FailExpected("an operator or the end of the expression");
+  return result;
+}
+
+NodeRange Parser::Emit(Node node) {
+  const NodeRange result = {node.start, NextNode(), true};
+  mSyntax->nodes.push_back(node);
+  return result;
+}
+
+NodeRange Parser::EmitConstant(const Constant& constant, Span span) {
+  Node node;
+  node.kind = Node::Kind::kConstant;
+  node.data = static_cast<std::uint32_t>(mSyntax->constants.size());
+  node.start = NextNode();
+  node.span = span;
+  mSyntax->constants.push_back(constant);
+  return Emit(node);
+}
+
+/// The right operand has been emitted just before.
+NodeRange Parser::EmitBinary(const Token& sign, NodeRange left) {
+  Node node;
+  node.kind = Node::Kind::kBinary;
+  node.op = sign.op;
+  node.count = 2;
+  node.data = mNames.Intern(TextOf(sign.span));
+  node.start = left.first;
+  node.span = sign.span;
+  return Emit(node);
+}
+
+NodeRange Parser::ParseExpression(Precedence loosest) {
+  const Level level(*this);
+  NodeRange result = ParsePrefix();
+  while (Is(TokenKind::kOperator)) {
+    const Token sign = mToken;
+    const Precedence precedence = SignOf(sign.op).precedence;
+    if (precedence == kNoOperator || precedence < loosest) break;
+    Advance();
+    const bool rightAssociative = precedence == kImplication;
+    ParseExpression(rightAssociative ? precedence : static_cast<Precedence>(precedence + 1));
+    result = EmitBinary(sign, result);
+    if (precedence == kComparison && Is(TokenKind::kOperator) &&
+        SignOf(mToken.op).precedence == kComparison)
+      throw ModelError{mToken.span,
+                       "comparisons cannot be chained",
+                       {"write 'a < b && b < c', or use parentheses"}};
+  }
+  return result;
+}
+
+/// - x, ~x, (real) x, x ^ y: the power binds tighter than the sign before it.
+NodeRange Parser::ParsePrefix() {
+  if (IsConversion()) return ParseConversion();
+  if (Is(TokenKind::kOperator) && (mToken.op == Op::kSubtract || mToken.op == Op::kNot)) {
+    const Level level(*this);
+    Node node;
+    node.kind = Node::Kind::kPrefix;
+    node.op = mToken.op;
+    node.count = 1;
+    node.data = mNames.Intern(TextOf(mToken.span));
+    node.span = mToken.span;
+    Advance();
+    node.start = ParsePrefix().first;
+    return Emit(node);
+  }
+  const NodeRange base = ParsePrimary();
+  if (!Is(TokenKind::kOperator) || mToken.op != Op::kPower) return base;
+  const Level level(*this);
+  const Token sign = mToken;
+  Advance();
+  ParsePrefix();
+  return EmitBinary(sign, base);
+}
+
+/// Whether a parenthesis holds just a name that makes up an operator with it, as "(real)" does.
+bool Parser::IsConversion() {
+  if (!Is(TokenKind::kOpen)) return false;
+  Lexer ahead = mLexer;
+  const Token name = ahead.Next();
+  return name.kind == TokenKind::kName && ahead.Next().kind == TokenKind::kClose &&
+         mIsOperator("(" + std::string(TextOf(name.span)) + ")");
+}
+
+NodeRange Parser::ParseConversion() {
+  const Level level(*this);
+  Node node;
+  node.kind = Node::Kind::kCall;
+  node.count = 1;
+  node.span = mToken.span;
+  Advance();
+  node.data = mNames.Intern("(" + std::string(TextOf(mToken.span)) + ")");
+  Advance();
+  node.span.length = mToken.span.End() - node.span.position;
+  Advance();
+  node.start = ParsePrefix().first;
+  return Emit(node);
+}
+
+NodeRange Parser::ParsePrimary() {
+  const Token token = mToken;
+  switch (token.kind) {
+    case TokenKind::kInteger: {
+      Advance();
+      const auto integer = Constant::FromDigits(TextOf(token.span));
+      if (!integer) throw ModelError{token.span, "this integer is beyond the limit of 64 bits", {}};
+      return EmitConstant(*integer, token.span);
+    }
+    case TokenKind::kDecimal:
+      Advance();
+      return EmitConstant(Constant::FromDecimal(TextOf(token.span)), token.span);
+    case TokenKind::kTrue:
+    case TokenKind::kFalse:
+      Advance();
+      return EmitConstant(Constant::Boolean(token.kind == TokenKind::kTrue), token.span);
+    case TokenKind::kName:
+      return ParseName();
+    case TokenKind::kSum:
+      return ParseAggregate(Aggregate::kSum);
+    case TokenKind::kProduct:
+      return ParseAggregate(Aggregate::kProduct);
+    case TokenKind::kMin:
+      return ParseAggregate(Aggregate::kMin);
+    case TokenKind::kMax:
+      return ParseAggregate(Aggregate::kMax);
+    case TokenKind::kForall:
+      return ParseAggregate(Aggregate::kForall);
+    case TokenKind::kExists:
+      return ParseAggregate(Aggregate::kExists);
+    case TokenKind::kAllDifferent:
+      return ParseAggregate(Aggregate::kAllDifferent);
+    case TokenKind::kOpen: {
+      Advance();
+      const NodeRange inner = ParseExpression(kImplication);
+      Expect(TokenKind::kClose, "an operator or ')'");
+      return inner;
+    }
+    default:
+      FailExpected("an expression");
+  }
+}
+
+/// name, name[index] or name(arguments)
+NodeRange Parser::ParseName() {
+  Node node;
+  node.kind = Node::Kind::kName;
+  node.start = NextNode();
+  node.span = mToken.span;
+  node.data = mNames.Intern(TextOf(mToken.span));
+  Advance();
+  if (Accept(TokenKind::kOpenBracket)) {
+    node.kind = Node::Kind::kElement;
+    node.count = 1;
+    ParseExpression(kImplication);
+    node.span.length = mToken.span.End() - node.span.position;
+    Expect(TokenKind::kCloseBracket, "an operator or ']'");
+  } else if (Accept(TokenKind::kOpen)) {
+    node.kind = Node::Kind::kCall;
+    node.count = ParseArguments();
+  }
+  return Emit(node);
+}
+
+/// Expressions up to the closing parenthesis; their number.
+std::uint32_t Parser::ParseArguments() {
+  std::uint32_t count = 0;
+  if (Accept(TokenKind::kClose)) return count;
+  do {
+    ParseExpression(kImplication);
+    ++count;
+  } while (Accept(TokenKind::kComma));
+  Expect(TokenKind::kClose, "an operator, ',' or ')'");
+  return count;
+}
+
+/// sum(i in 1..n) term, or sum(x, y, …)
+NodeRange Parser::ParseAggregate(Aggregate aggregate) {
+  Node node;
+  node.kind = Node::Kind::kList;
+  node.aggregate = aggregate;
+  node.start = NextNode();
+  node.span = mToken.span;
+  Advance();
+  Expect(TokenKind::kOpen, "'(' after " + Quote(TextOf(node.span)));
+  if (Is(TokenKind::kName)) {
+    Lexer ahead = mLexer;
+    if (ahead.Next().kind == TokenKind::kIn) return ParseComprehension(aggregate, node.span);
+  }
+  node.count = ParseArguments();
+  return Emit(node);
+}
+
+NodeRange Parser::ParseComprehension(Aggregate aggregate, Span word) {
+  Node node;
+  node.kind = Node::Kind::kBegin;
+  node.aggregate = aggregate;
+  node.data = static_cast<std::uint32_t>(mSyntax->comprehensions.size());
+  node.start = NextNode();
+  node.span = word;
+  mSyntax->comprehensions.emplace_back();
+  Emit(node);
+  Comprehension result;
+  result.aggregate = aggregate;
+  ParseGenerators(result.generators, result.where);
+  Expect(TokenKind::kClose, "',', 'where' or ')' after the range");
+  result.body = ParseExpression(BodyOf(aggregate));
+  result.end = NextNode();
+  mSyntax->comprehensions[node.data] = std::move(result);
+  node.kind = Node::Kind::kEnd;
+  return Emit(node);
+}

@@ -1,0 +1,69 @@
+#ifndef ZULTAV_CALCULATOR_PARSER_H
+#define ZULTAV_CALCULATOR_PARSER_H
+
+#include <functional>
+
+#include "framework/calculator/Lexer.h"
+#include "framework/calculator/Syntax.h"
+
+/// Recognises statements. Left-associative chains are read by loops; what recurses counts
+/// against the limit on nesting.
+class Parser {
+ public:
+  /// @param isOperator  whether a name such as "(real)" is that of a registered operator
+  Parser(const Source& source, Span part, const ZULTavCalculator::Limits& limits, NameTable& names,
+         std::function<bool(std::string_view)> isOperator);
+
+  /// Reads the next statement into `syntax`, which it clears. False at the end of the text.
+  /// Throws ModelError; Skip then moves behind the damaged statement.
+  bool Next(Syntax& syntax);
+  void Skip();
+  /// Reads an expression that takes up the whole part, adding to `syntax`.
+  NodeRange WholeExpression(Syntax& syntax);
+
+ private:
+  class Level;
+
+  void Advance();
+  bool Is(TokenKind kind) const { return mToken.kind == kind; }
+  bool Accept(TokenKind kind);
+  Token Expect(TokenKind kind, std::string_view what);
+  [[noreturn]] void FailExpected(std::string_view what) const;
+  std::string_view TextOf(Span span) const { return mSource.GetText(span); }
+  bool StartsDeclaration();
+
+  void ParseStatement(std::vector<Statement>& statements, bool inLoop);
+  void ParseLet(std::vector<Statement>& statements);
+  void ParseDeclaration(Statement& statement);
+  Declarator ParseDeclarator();
+  void ParseFor(Statement& statement);
+  Generator ParseGenerator();
+  void ParseGenerators(std::vector<Generator>& generators, NodeRange& where);
+
+  NodeRange ParseExpression(Precedence loosest);
+  NodeRange ParsePrefix();
+  NodeRange ParseConversion();
+  NodeRange ParsePrimary();
+  NodeRange ParseName();
+  NodeRange ParseAggregate(Aggregate aggregate);
+  NodeRange ParseComprehension(Aggregate aggregate, Span word);
+  std::uint32_t ParseArguments();
+  bool IsConversion();
+  NodeRange Emit(Node node);
+  NodeRange EmitConstant(const Constant& constant, Span span);
+  NodeRange EmitBinary(const Token& sign, NodeRange left);
+  std::uint32_t NextNode() const { return static_cast<std::uint32_t>(mSyntax->nodes.size()); }
+
+  const Source& mSource;
+  const ZULTavCalculator::Limits& mLimits;
+  NameTable& mNames;
+  std::function<bool(std::string_view)> mIsOperator;
+  Lexer mLexer;
+  Token mToken;
+  Span mPrevious;
+  Syntax* mSyntax = nullptr;
+  std::size_t mNesting = 0;
+  std::size_t mBraces = 0;
+};
+
+#endif

@@ -1,0 +1,196 @@
+#include "framework/calculator/Registry.h"
+
+#include <algorithm>
+#include <sstream>
+
+namespace {
+
+/// Registered names of the types of literals, in the order of LiteralType.
+constexpr std::string_view kLiteralTypes[] = {"interval int", "interval real", "single int",
+                                              "single real", "single bool"};
+
+/// The words that the language has for registered types.
+constexpr struct {
+  std::string_view word, type;
+} kShortNames[] = {
+    {"int",      "interval int"     },
+    {"real",     "interval real"    },
+    {"bool",     "single bool"      },
+    {"angle",    "interval angle"   },
+    {"positive", "interval positive"},
+};
+
+constexpr std::size_t kShownSignatures = 10;
+
+bool IsWord(std::string_view name) {
+  return !name.empty() &&
+         ((name[0] >= 'a' && name[0] <= 'z') || (name[0] >= 'A' && name[0] <= 'Z'));
+}
+
+/// Calls use(descriptor) for everything that the modules registered, in order.
+template <class Use>
+void ForEachDescriptor(const std::vector<const ZULTaVoModule*>& modules, Use use) {
+  for (const ZULTaVoModule* module : modules)
+    for (const ZULTaVoObjectDescriptor* descriptor : module->GetDescriptors()) use(*descriptor);
+}
+
+}  // namespace
+
+Registry::Registry(const std::vector<const ZULTaVoModule*>& modules) {
+  std::copy_if(modules.begin(), modules.end(), std::back_inserter(mModules),
+               [](const ZULTaVoModule* module) { return module != nullptr; });
+  std::transform(std::begin(kLiteralTypes), std::end(kLiteralTypes), mLiterals.begin(),
+                 [this](std::string_view name) { return FindType(name); });
+}
+
+Registry::Type Registry::FindType(std::string_view name) const {
+  for (const auto& [word, type] : kShortNames)
+    if (name == word) name = type;
+  for (const ZULTaVoModule* module : mModules) {
+    const Type type = module->FindType(name);
+    if (type != nullptr && type->GetObjectSize() != 0) return type;
+  }
+  return nullptr;
+}
+
+std::size_t Registry::Hash::operator()(const Key& key) const {
+  constexpr std::size_t kFactor = static_cast<std::size_t>(0x9e3779b97f4a7c15u);
+  std::size_t hash = key.name * 4u + key.count;
+  for (const Type type : key.operands)
+    hash = (hash ^ reinterpret_cast<std::uintptr_t>(type)) * kFactor;
+  return hash ^ hash >> (sizeof(std::size_t) * 4);
+}
+
+Registry::Operator Registry::FindOperator(std::uint32_t name, std::string_view text,
+                                          const Type* operands, unsigned int count) {
+  if (count > 2) return nullptr;
+  Key key = {
+      name, count, {nullptr, nullptr}
+  };
+  std::copy_n(operands, count, key.operands);
+  const auto [place, isNew] = mFound.try_emplace(key, nullptr);
+  for (std::size_t i = 0; isNew && i < mModules.size() && place->second == nullptr; ++i)
+    place->second = mModules[i]->FindOperator(text, operands, count);
+  return place->second;
+}
+
+bool Registry::HasOperator(std::string_view name) const {
+  return std::any_of(mModules.begin(), mModules.end(), [name](const ZULTaVoModule* module) {
+    return !module->FindOperators(name).empty();
+  });
+}
+
+bool Registry::HasOperator(std::string_view name, unsigned int operands) const {
+  return std::any_of(mModules.begin(), mModules.end(), [&](const ZULTaVoModule* module) {
+    const auto& found = module->FindOperators(name);
+    return std::any_of(found.begin(), found.end(),
+                       [operands](Operator op) { return op->GetNumberOfArguments() == operands; });
+  });
+}
+
+std::vector<std::string> Registry::DescribeOperators(std::string_view name, const Type* operands,
+                                                     unsigned int count) const {
+  struct Candidate {
+    Operator op;
+    unsigned int misfits;
+  };
+  std::vector<Candidate> candidates;
+  for (const ZULTaVoModule* module : mModules)
+    for (const Operator op : module->FindOperators(name)) {
+      unsigned int misfits = op->GetNumberOfArguments() == count ? 0 : 3;
+      for (unsigned int i = 0; misfits < 3 && i < count; ++i)
+        if (operands[i] != nullptr && !op->GetOperandType(i)->IsMatched(operands[i])) ++misfits;
+      candidates.push_back({op, misfits});
+    }
+  std::stable_sort(candidates.begin(), candidates.end(),
+                   [](const auto& a, const auto& b) { return a.misfits < b.misfits; });
+  std::vector<std::string> result;
+  for (std::size_t i = 0; i < std::min(candidates.size(), kShownSignatures); ++i) {
+    std::ostringstream text;
+    candidates[i].op->PrintOn(text);
+    result.push_back("candidate: " + text.str());
+  }
+  if (candidates.size() > kShownSignatures)
+    result.push_back("and " + std::to_string(candidates.size() - kShownSignatures) +
+                     " more of that name");
+  return result;
+}
+
+std::vector<std::string> Registry::GetTypeNames() const {
+  std::vector<std::string> result;
+  for (const auto& [word, type] : kShortNames) result.emplace_back(word);
+  ForEachDescriptor(mModules, [&result](const ZULTaVoObjectDescriptor& descriptor) {
+    if (descriptor.GetKind() == ZULTaVoObjectDescriptor::Kind::kType &&
+        descriptor.GetObjectSize() != 0)
+      result.emplace_back(descriptor.GetName());
+  });
+  return result;
+}
+
+std::vector<std::string> Registry::GetFunctionNames() const {
+  std::vector<std::string> result;
+  ForEachDescriptor(mModules, [&result](const ZULTaVoObjectDescriptor& descriptor) {
+    if (descriptor.GetKind() == ZULTaVoObjectDescriptor::Kind::kOperator &&
+        IsWord(descriptor.GetName()))
+      result.emplace_back(descriptor.GetName());
+  });
+  return result;
+}
+
+// --- Literals ---------------------------------------------------------------------------------
+
+/// The type of literals that the type is or specialises.
+Registry::Type Registry::LiteralTypeBelow(Type type) const {
+  for (; type != nullptr; type = type->GetBase())
+    if (std::find(mLiterals.begin(), mLiterals.end(), type) != mLiterals.end()) break;
+  return type;
+}
+
+bool Registry::IsSingle(Type type) const {
+  return type != nullptr &&
+         (type == Get(LiteralType::kSingleInteger) || type == Get(LiteralType::kSingleReal));
+}
+
+bool Registry::IsReal(Type type) const {
+  return type != nullptr &&
+         (type == Get(LiteralType::kIntervalReal) || type == Get(LiteralType::kSingleReal));
+}
+
+Registry::TypeChoice Registry::ChooseTypes(const Constant& literal, Type other) const {
+  const Type intervalReal = Get(LiteralType::kIntervalReal);
+  const Type singleReal = Get(LiteralType::kSingleReal);
+  TypeChoice result = {};
+  std::size_t used = 0;
+  const auto add = [&](Type type) {
+    if (type != nullptr && std::find(result.begin(), result.end(), type) == result.end())
+      result[used++] = type;
+  };
+  other = LiteralTypeBelow(other);
+  switch (literal.kind) {
+    case Constant::Kind::kBoolean:
+      add(Get(LiteralType::kBoolean));
+      break;
+    case Constant::Kind::kInteger:
+      if (other != Get(LiteralType::kBoolean)) add(other);
+      add(Get(LiteralType::kIntervalInteger));
+      add(intervalReal);
+      add(Get(LiteralType::kSingleInteger));
+      add(singleReal);
+      break;
+    case Constant::Kind::kReal: {
+      const bool exact = literal.lower == literal.upper;
+      if (exact ? IsSingle(other) : other != nullptr && other == singleReal) add(singleReal);
+      add(intervalReal);
+      add(singleReal);
+      break;
+    }
+  }
+  return result;
+}
+
+std::string_view Registry::NameOfWanted(const Constant& literal) {
+  const LiteralType wanted = literal.IsBoolean()   ? LiteralType::kBoolean
+                             : literal.IsInteger() ? LiteralType::kIntervalInteger
+                                                   : LiteralType::kIntervalReal;
+  return kLiteralTypes[static_cast<std::size_t>(wanted)];
+}

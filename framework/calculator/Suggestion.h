@@ -1,0 +1,24 @@
+#ifndef ZULTAV_CALCULATOR_SUGGESTION_H
+#define ZULTAV_CALCULATOR_SUGGESTION_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+/// Finds the name that was probably meant by an unknown one: the candidate at the least edit
+/// distance (insertions, deletions, replacements, transpositions; letter case counts little),
+/// unless even that is too far. Of equals, the first offered wins.
+class Suggestion {
+ public:
+  explicit Suggestion(std::string_view unknown);
+  void Offer(std::string_view candidate);
+  /// Empty when nothing was near.
+  const std::string& GetBest() const { return mBest; }
+
+ private:
+  std::string mUnknown;
+  std::size_t mLeast;
+  std::string mBest;
+};
+
+#endif

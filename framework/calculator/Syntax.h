@@ -1,0 +1,116 @@
+#ifndef ZULTAV_CALCULATOR_SYNTAX_H
+#define ZULTAV_CALCULATOR_SYNTAX_H
+
+#include <deque>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "framework/calculator/Constant.h"
+
+/// Gives every name of a model a number, so that the rest deals with numbers.
+class NameTable {
+ public:
+  std::uint32_t Intern(std::string_view name) {
+    const auto known = mNumbers.find(name);
+    if (known != mNumbers.end()) return known->second;
+    mNames.emplace_back(name);
+    const auto number = static_cast<std::uint32_t>(mNames.size() - 1);
+    mNumbers.emplace(mNames.back(), number);
+    return number;
+  }
+  const std::string& GetName(std::uint32_t number) const { return mNames[number]; }
+  std::size_t GetSize() const { return mNames.size(); }
+
+ private:
+  std::deque<std::string> mNames;
+  std::unordered_map<std::string_view, std::uint32_t> mNumbers;
+};
+
+/// What `sum`, `min`, `forall`, … do with their terms.
+enum class Aggregate : std::uint8_t { kSum, kProduct, kMin, kMax, kForall, kExists, kAllDifferent };
+
+/// A step of an expression in postfix order: operands stand before what is applied to them.
+/// A comprehension is bracketed by a kBegin and a kEnd node; what it evaluates lies between.
+struct Node {
+  enum class Kind : std::uint8_t {
+    kConstant,  // data: index of the constant
+    kName,      // data: name
+    kElement,   // data: name; operand: the index
+    kPrefix,    // op; data: registered name
+    kBinary,    // op; data: registered name
+    kCall,      // data: name; `count` operands
+    kList,      // aggregate; `count` operands
+    kBegin,     // data: index of the comprehension
+    kEnd        // data: index of the comprehension
+  };
+  Kind kind = Kind::kConstant;
+  Op op = Op::kNone;
+  Aggregate aggregate = Aggregate::kSum;
+  std::uint32_t count = 0;
+  std::uint32_t data = 0;
+  std::uint32_t start = 0;  // first node of the subexpression that this node ends
+  Span span;                // of the sign, name or literal
+};
+
+/// Consecutive nodes that make up one expression; its last node is the root.
+struct NodeRange {
+  std::uint32_t first = 0;
+  std::uint32_t last = 0;
+  bool present = false;
+};
+
+/// `name in low..high`
+struct Generator {
+  std::uint32_t name = 0;
+  NodeRange low, high;
+  Span span;
+};
+
+struct Comprehension {
+  Aggregate aggregate = Aggregate::kSum;
+  std::vector<Generator> generators;
+  NodeRange where;
+  NodeRange body;
+  std::uint32_t end = 0;  // its kEnd node
+};
+
+struct Declarator {
+  std::uint32_t name = 0;
+  Span span;
+  bool isArray = false;
+  NodeRange low, high;
+};
+
+struct Statement {
+  enum class Kind : std::uint8_t { kLet, kDeclaration, kFor, kExpression };
+  Kind kind = Kind::kExpression;
+  Span span;
+  NodeRange expression;                 // of kExpression; of kLet the value
+  std::uint32_t name = 0;               // of kLet
+  std::vector<Declarator> declarators;  // of kDeclaration
+  Span type;
+  bool hasValue = false;
+  Span value;
+  std::vector<Generator> generators;  // of kFor
+  NodeRange where;
+  std::vector<Statement> body;
+};
+
+/// What one statement of the source consists of.
+struct Syntax {
+  std::vector<Node> nodes;
+  std::vector<Constant> constants;
+  std::vector<Comprehension> comprehensions;
+  std::vector<Statement> statements;
+
+  void Clear() {
+    nodes.clear();
+    constants.clear();
+    comprehensions.clear();
+    statements.clear();
+  }
+};
+
+#endif

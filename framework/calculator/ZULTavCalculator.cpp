@@ -1,0 +1,112 @@
+#include "framework/calculator/ZULTavCalculator.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+#include "framework/calculator/Interpreter.h"
+#include "framework/calculator/Parser.h"
+
+namespace {
+
+constexpr std::size_t kLargestSource = std::size_t{1} << 31;  // positions are 32 bits wide
+
+/// One text on its way to a model.
+class Reader {
+ public:
+  Reader(const Source& source, const std::vector<const ZULTaVoModule*>& modules,
+         const ZULTavCalculator::Options& options, ErrorList& errors)
+      : mSource(source),
+        mOptions(options),
+        mErrors(errors),
+        mModel(std::make_unique<ZULTavModel>()),
+        mRegistry(modules),
+        mBuilder(*mModel, mRegistry, mNames, options.limits),
+        mInterpreter(mBuilder, mRegistry, mNames, options.limits) {}
+
+  std::unique_ptr<ZULTavModel> Read() {
+    TakeDefinitions();
+    ReadStatements();
+    if (mErrors.IsEmpty()) CheckDefinitions();
+    return mErrors.IsEmpty() ? std::move(mModel) : nullptr;
+  }
+
+ private:
+  void TakeDefinitions() {
+    for (const auto& [name, text] : mOptions.definitions) {
+      const Source definition("definition of '" + name + "'", text);
+      try {
+        mInterpreter.Define(name, definition);
+      } catch (const ModelError& error) {
+        mErrors.Add(definition, error);
+      }
+    }
+  }
+
+  void ReadStatements() {
+    const Span all = {0, static_cast<std::uint32_t>(mSource.GetText().size())};
+    Parser parser(mSource, all, mOptions.limits, mNames,
+                  [this](std::string_view name) { return mRegistry.HasOperator(name); });
+    Syntax syntax;
+    for (bool more = true; more && !mErrors.IsFull();) {
+      try {
+        more = parser.Next(syntax);
+      } catch (const ModelError& error) {
+        mErrors.Add(mSource, error);
+        parser.Skip();
+        continue;
+      }
+      try {
+        if (more) mInterpreter.Run(mSource, syntax);
+      } catch (const ModelError& error) {
+        if (!error.message.empty()) mErrors.Add(mSource, error);
+      }
+    }
+  }
+
+  void CheckDefinitions() {
+    for (const std::string& name : mInterpreter.GetUnusedDefinitions())
+      mErrors.Add(Source("definition of '" + name + "'", mOptions.definitions.at(name)),
+                  {{}, "the model does not use '" + name + "'", mInterpreter.SuggestName(name)});
+  }
+
+  const Source& mSource;
+  const ZULTavCalculator::Options& mOptions;
+  ErrorList& mErrors;
+  std::unique_ptr<ZULTavModel> mModel;
+  Registry mRegistry;
+  NameTable mNames;
+  ModelBuilder mBuilder;
+  Interpreter mInterpreter;
+};
+
+}  // namespace
+
+ZULTavCalculator::ZULTavCalculator(std::vector<const ZULTaVoModule*> modules)
+    : mModules(std::move(modules)) {}
+
+ZULTavCalculator::~ZULTavCalculator() = default;
+
+std::unique_ptr<ZULTavModel> ZULTavCalculator::Read(std::string_view text,
+                                                    std::string_view fileName,
+                                                    const Options& options,
+                                                    std::vector<ZULTavDiagnostic>& errors) const {
+  const std::size_t limit = std::min(options.limits.sourceBytes, kLargestSource);
+  const auto refuse = [&](const std::string& message) {
+    ZULTavDiagnostic diagnostic;
+    diagnostic.message = message;
+    diagnostic.file = fileName;
+    errors.push_back(diagnostic);
+    return nullptr;
+  };
+  if (text.size() > limit)
+    return refuse("the text of " + std::to_string(text.size()) +
+                  " bytes is longer than the limit of " + std::to_string(limit));
+  try {
+    const Source source(fileName, text);
+    ErrorList list(errors, options.limits.errors);
+    return Reader(source, mModules, options, list).Read();
+  } catch (const std::exception&) {  // std::bad_alloc, or a length that no container can have
+    return refuse("there is not enough memory for this model");
+  }
+}
