@@ -25,8 +25,8 @@ int StoreEmpty(Set& set) {
 template <class Set, class Compute, class... Operands>
 int Narrow(Set& target, Compute compute, const Operands&... operands) {
   if (target.IsEmpty()) return 0;
-  if ((operands.IsEmpty() || ...)) return StoreEmpty(target);
   const SDErrorScope errors;
+  if ((operands.IsEmpty() || ...)) return StoreEmpty(target);
   const Set candidate = std::invoke(compute, operands...);
   SDClearError();
   const int changed = target.SDIntersect(candidate);
@@ -45,8 +45,8 @@ int NarrowTo(Set& target, const std::type_identity_t<Set>& candidate) {
 template <class Set, class Move>
 int NarrowBound(Set& target, const Set& other, Move move) {
   if (target.IsEmpty()) return 0;
-  if (other.IsEmpty()) return StoreEmpty(target);
   const SDErrorScope errors;
+  if (other.IsEmpty()) return StoreEmpty(target);
   return move(target, other);
 }
 
