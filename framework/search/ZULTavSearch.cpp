@@ -15,6 +15,8 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kProgressPeriod{500};
 // A contractor that never has enough must not keep the search at one node.
 constexpr int kContractions = 100;
+// Integers settle within a round or two; reals may go on by less and less.
+constexpr int kSettlings = 4;
 
 WidthLimit LimitOf(const ZULTavSearch::Options& options) {
   return {options.absoluteWidth < 0 ? ZULTaVoReal::GetPrecision() : options.absoluteWidth,
@@ -46,12 +48,16 @@ void ZULTavSearch::UpdateStatistics() {
   mStatistics.seconds = std::chrono::duration<double>(Clock::now() - mBegin).count();
 }
 
-ZULTavSearch::Outcome ZULTavSearch::Propagate(bool& contradiction) {
+ZULTavSearch::Outcome ZULTavSearch::Propagate(Verdict& verdict) {
   Begin();
-  contradiction = false;
+  verdict = Verdict::kOpen;
   try {
     const SearchTimer timer(mOptions.seconds, mTimeUp, mInterrupt);
-    contradiction = HasEmptyValue() || Fixpoint() == Visit::kRefuted;
+    const Visit visit = HasEmptyValue() ? Visit::kRefuted : Settle();
+    if (visit == Visit::kRefuted) verdict = Verdict::kContradiction;
+    if (visit == Visit::kDone && !mAtFixpoint) mOutcome = Outcome::kPropagationLimit;
+    if (visit == Visit::kDone && IsProven(SearchTree(mNetwork, mDeclared)))
+      verdict = Verdict::kSolved;
   } catch (const std::bad_alloc&) {
     mOutcome = Outcome::kOutOfMemory;
   }
@@ -92,8 +98,13 @@ void ZULTavSearch::Explore(SearchTree& tree, PendingBoxes& pending,
     mStatistics.peakDepth = std::max<std::uint64_t>(mStatistics.peakDepth, tree.GetDepth());
     if (visit == Visit::kBranched) continue;
     if (visit == Visit::kRefuted) ++mStatistics.fails;
-    if (!tree.Backtrack()) break;
-    if (visit == Visit::kDone && !Flush(tree, pending, report)) break;
+    // While the halves beside this node are still open: they decide which boxes are final.
+    if (visit == Visit::kDone) Flush(tree, pending, report);
+    if (!tree.Backtrack()) {
+      if (mOutcome == Outcome::kSolutionLimit) mOutcome = Outcome::kExhausted;
+      break;
+    }
+    if (mOutcome != Outcome::kExhausted) break;
   }
   mOpenPath = tree.GetPath();
 }
@@ -149,7 +160,9 @@ bool ZULTavSearch::HasEmptyValue() const {
 /// Propagates and contracts in turn until neither narrows. kDone when nothing was refuted.
 ZULTavSearch::Visit ZULTavSearch::Fixpoint() {
   for (int round = 0;; ++round) {
-    switch (mNetwork.Propagate()) {
+    const ZULTaVoNetwork::Status status = mNetwork.Propagate();
+    mAtFixpoint = status == ZULTaVoNetwork::Status::kConsistent;
+    switch (status) {
       case ZULTaVoNetwork::Status::kConsistent:
         break;
       // What was narrowed is sound; splitting goes on from here.
@@ -170,6 +183,20 @@ ZULTavSearch::Visit ZULTavSearch::Fixpoint() {
   }
 }
 
+/// Gives every constraint its say on the values that remain: those that were passive when values
+/// narrowed, and those to which small narrowings were not passed on.
+ZULTavSearch::Visit ZULTavSearch::Settle() {
+  mSettled = false;
+  for (int round = 0; round < kSettlings && !mSettled; ++round) {
+    const std::uint64_t before = mNetwork.GetStatistics().narrowings;
+    mNetwork.ScheduleAll();
+    if (const Visit visit = Fixpoint(); visit != Visit::kDone) return visit;
+    if (!mAtFixpoint) break;
+    mSettled = mNetwork.GetStatistics().narrowings == before;
+  }
+  return Visit::kDone;
+}
+
 ZULTavSearch::Visit ZULTavSearch::VisitNode(SearchTree& tree, PendingBoxes& pending) {
   if (const Visit visit = Fixpoint(); visit != Visit::kDone) return visit;
   const WidthLimit limit = LimitOf(mOptions);
@@ -178,9 +205,7 @@ ZULTavSearch::Visit ZULTavSearch::VisitNode(SearchTree& tree, PendingBoxes& pend
     if (variable != SearchTree::kNone) return Branch(tree, variable, mOptions.selection);
   }
 
-  // Constraints that were passive or whose small narrowings were not passed on have their say.
-  mNetwork.ScheduleAll();
-  if (const Visit visit = Fixpoint(); visit != Visit::kDone) return visit;
+  if (const Visit visit = Settle(); visit != Visit::kDone) return visit;
   const std::uint32_t hidden = tree.ChooseHidden(limit);
   if (!tree.InHidden()) mHiddenNodes = 0;
   if (hidden != SearchTree::kNone && mHiddenNodes < mOptions.hiddenNodes) {
@@ -204,6 +229,7 @@ ZULTavSearch::Visit ZULTavSearch::Branch(SearchTree& tree, std::uint32_t variabl
 }
 
 bool ZULTavSearch::IsProven(const SearchTree& tree) const {
+  if (!mSettled && !tree.HasContinuousValues()) return false;
   if (tree.HasContinuousValues())
     return mOptions.proof != nullptr && mOptions.proof->Proves(mNetwork);
   const auto variables = tree.GetVariables();
@@ -211,21 +237,17 @@ bool ZULTavSearch::IsProven(const SearchTree& tree) const {
                      [](const SearchVariable& variable) { return variable.IsSingle(); });
 }
 
-/// Reports what no later box can touch, or everything once enough was found. False to end.
-bool ZULTavSearch::Flush(const SearchTree& tree, PendingBoxes& pending,
+/// Reports what no later box can touch, or everything once enough was found.
+void ZULTavSearch::Flush(const SearchTree& tree, PendingBoxes& pending,
                          const SolutionCallback& report) {
   const bool enough = mStatistics.solutions + pending.GetSize() >= mOptions.solutions;
   const auto final = [&](const ZULTavSolution& box) {
     return enough || !tree.ReachesOpenHalf(box);
   };
-  ZULTavSolution solution;
-  while (pending.TakeIf(final, solution)) {
-    ++mStatistics.solutions;
-    if (!report(solution)) {
-      mOutcome = Outcome::kStopped;
-      return false;
-    }
-  }
   if (enough) mOutcome = Outcome::kSolutionLimit;
-  return !enough;
+  ZULTavSolution solution;
+  while (mOutcome != Outcome::kStopped && pending.TakeIf(final, solution)) {
+    ++mStatistics.solutions;
+    if (!report(solution)) mOutcome = Outcome::kStopped;
+  }
 }

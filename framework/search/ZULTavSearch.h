@@ -38,9 +38,16 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
     kSolutionLimit,  ///< as many solutions as asked for were reported; there may be more
     kNodeLimit,
     kTimeLimit,
-    kStopped,   ///< by Stop or by the callback
-    kBadModel,  ///< a constraint cannot work on its arguments
+    kPropagationLimit,  ///< of Propagate only: the network's limit on filter calls
+    kStopped,           ///< by Stop or by the callback
+    kBadModel,          ///< a constraint cannot work on its arguments
     kOutOfMemory
+  };
+  /// What propagation alone found out.
+  enum class Verdict {
+    kOpen,           ///< the values may hold solutions
+    kContradiction,  ///< there is none
+    kSolved          ///< the values certainly hold one
   };
   static constexpr std::uint64_t kUnlimited = std::numeric_limits<std::uint64_t>::max();
 
@@ -99,9 +106,9 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
   /// Searches from the network's present values and leaves them as they were.
   Outcome Run(const SolutionCallback& report);
   /// Propagates only, within the time limit, and keeps the narrowed values.
-  /// @param[out] contradiction  whether there is no solution
+  /// @param[out] verdict  what is known afterwards
   /// @return kExhausted at the fixpoint, else what ended the propagation before
-  Outcome Propagate(bool& contradiction);
+  Outcome Propagate(Verdict& verdict);
 
   /// Ends the search soon. May be called from a signal handler or another thread.
   void Stop() noexcept { mInterrupt.store(true, std::memory_order_relaxed); }
@@ -121,9 +128,10 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
   bool Replay(SearchTree& tree);
   Visit VisitNode(SearchTree& tree, PendingBoxes& pending);
   Visit Fixpoint();
+  Visit Settle();
   Visit Branch(SearchTree& tree, std::uint32_t variable, ZULTaVoAny::ValueSelection selection);
   bool IsProven(const SearchTree& tree) const;
-  bool Flush(const SearchTree& tree, PendingBoxes& pending, const SolutionCallback& report);
+  void Flush(const SearchTree& tree, PendingBoxes& pending, const SolutionCallback& report);
   bool HasEmptyValue() const;
   bool LimitReached();
   void UpdateStatistics();
@@ -138,6 +146,8 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
   std::atomic<bool> mInterrupt{false};
   std::atomic<bool> mTimeUp{false};
   Outcome mOutcome = Outcome::kExhausted;
+  bool mAtFixpoint = false;
+  bool mSettled = false;  // every constraint has accepted the present values
   ZULTavSolution mCandidate;
   std::uint64_t mHiddenNodes = 0;
   std::chrono::steady_clock::time_point mBegin, mNextProgress;

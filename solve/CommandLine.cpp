@@ -1,0 +1,297 @@
+#include "solve/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <cmath>
+#include <iostream>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+constexpr char kAbout[] =
+    "Solves constraint models over integers, booleans and reals by interval propagation and\n"
+    "bisection. Every solution lies in what is printed.";
+
+constexpr char kFooter[] = R"(Begin with
+  zultav solve examples/send_more_money.zul
+  zultav solve --help
+
+Exit status: 0 answered (unsatisfiable is an answer), 2 usage, 3 error in the model,
+             4 a limit ended the search, 5 internal error.)";
+
+constexpr char kSolveFooter[] = R"(A model declares variables and states what holds between them:
+
+  let total = 15;
+  x, y : int = [1, 9];
+  x + y = total;
+  x < y;
+
+Examples
+  zultav solve model.zul                  the first solution
+  zultav solve model.zul -a -s            all solutions, and what they cost
+  zultav solve model.zul -n 3 -D total=12 three solutions with another constant
+  zultav solve model.zul --propagate-only what propagation alone finds out
+  zultav solve - -t 10 --format json      a model from standard input, ten seconds, JSON
+
+Each solution is printed as `name = value` lines and ends with ----------. The last line is
+  ==========               all solutions were printed
+  =====UNSATISFIABLE=====  there is none
+  =====UNKNOWN=====        a limit ended the search (exit status 4)
+and is missing when as many solutions as asked for were printed. A solution marked
+"// possible" is a box that may hold a solution, but was not proven to.)";
+
+constexpr char kCheckFooter[] = R"(Examples
+  zultav check model.zul
+  zultav check model.zul --format json)";
+
+constexpr char kOperatorsFooter[] = R"(Examples
+  zultav operators | grep '^sqrt '
+  zultav operators --format json)";
+
+constexpr char kTypesFooter[] = R"(Examples
+  zultav types
+  zultav types --format json)";
+
+/// A finite number that fills the whole text.
+bool ReadNumber(std::string_view text, double& number) {
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  return error == std::errc() && stop == end && std::isfinite(number);
+}
+
+/// "A,B", or "A" alone where `second` has a default.
+bool ReadPair(const std::string& text, double& first, double& second, bool secondNeeded) {
+  const std::size_t comma = text.find(',');
+  if (comma == std::string::npos) return !secondNeeded && ReadNumber(text, first);
+  return ReadNumber(text.substr(0, comma), first) && ReadNumber(text.substr(comma + 1), second);
+}
+
+[[noreturn]] void Refuse(const std::string& option, const std::string& text,
+                         const std::string& wanted) {
+  throw CLI::ValidationError(option, "'" + text + "' is not " + wanted);
+}
+
+double ReadNumberOption(const std::string& option, const std::string& text,
+                        const std::string& wanted, bool (*accepts)(double)) {
+  double number = 0;
+  if (!ReadNumber(text, number) || !accepts(number)) Refuse(option, text, wanted);
+  return number;
+}
+
+bool IsPositive(double number) { return number > 0; }
+
+/// One command line being read; fills `options`.
+class Reader {
+ public:
+  Reader() : mApp(kAbout, "zultav") {
+    mApp.require_subcommand(1);
+    mApp.footer(kFooter);
+    mApp.set_version_flag("--version", "zultav " ZULTAV_VERSION, "Print the version");
+    mApp.set_help_flag("-h,--help", "Print this help");
+    AddSolve();
+    AddModelArgument(
+        AddCommand(Command::kCheck, "check", "Read a model and say what it holds", kCheckFooter));
+    AddCommand(Command::kOperators, "operators", "List the operators that the module registered",
+               kOperatorsFooter);
+    AddCommand(Command::kTypes, "types", "List the value types that the module registered",
+               kTypesFooter);
+  }
+
+  CLI::App& App() { return mApp; }
+  const Options& Result() const { return mOptions; }
+
+ private:
+  CLI::App& AddCommand(Command command, const char* name, const char* about, const char* footer) {
+    CLI::App* app = mApp.add_subcommand(name, about);
+    app->footer(footer);
+    app->callback([this, command] { mOptions.command = command; });
+    app->add_option("--format", mOptions.format, "Output format: text or json")
+        ->transform(CLI::CheckedTransformer(std::map<std::string, Format>{
+                                                {"text", Format::kText},
+                                                {"json", Format::kJson}
+    })
+                        .description(""))
+        ->type_name("FORMAT");
+    app->add_option_function<std::string>(
+           "--module",
+           [this](const std::string& module) {
+             mOptions.module = module;
+             mOptions.moduleGiven = true;
+           },
+           "Open this module instead of " + mOptions.module +
+               "; it is looked for in ZULTAV_MODULE_PATH and beside this program")
+        ->type_name("NAME");
+    return *app;
+  }
+
+  void AddModelArgument(CLI::App& app) {
+    app.add_option("MODEL", mOptions.modelFile, "Model file; - is standard input")->required();
+    app.add_option_function<std::vector<std::string>>(
+           "-D,--define",
+           [this](const std::vector<std::string>& texts) {
+             for (const std::string& text : texts) Define(text);
+           },
+           "Set the constant `let NAME = …` of the model; may be repeated")
+        ->type_name("NAME=VALUE")
+        ->expected(1)
+        ->take_all()
+        ->allow_extra_args(false);
+    AddPrecision(app);
+  }
+
+  void Define(const std::string& text) {
+    const std::size_t equals = text.find('=');
+    if (equals == 0 || equals == std::string::npos || equals + 1 == text.size())
+      Refuse("-D", text, "of the form NAME=VALUE");
+    mOptions.definitions[text.substr(0, equals)] = text.substr(equals + 1);
+  }
+
+  void AddPrecision(CLI::App& app) {
+    app.add_option_function<std::string>(
+           "-p,--precision",
+           [this](const std::string& text) {
+             mOptions.precision =
+                 ReadNumberOption("--precision", text, "a positive number", IsPositive);
+           },
+           "Tolerance of reals, and to what place they are printed (1e-6)")
+        ->type_name("P");
+    app.add_option_function<std::string>(
+           "--trig-limits",
+           [this](const std::string& text) {
+             double low = 0, high = 0;
+             if (!ReadPair(text, low, high, true) || !(low < high))
+               Refuse("--trig-limits", text, "of the form LOW,HIGH with LOW < HIGH");
+             mOptions.trigLimits = {low, high};
+           },
+           "Window in which inverse trigonometric functions narrow (-1e14,1e14); write\n"
+           "--trig-limits=LOW,HIGH where LOW is negative")
+        ->type_name("LOW,HIGH");
+  }
+
+  void AddSolve() {
+    CLI::App& app = AddCommand(Command::kSolve, "solve", "Find solutions of a model", kSolveFooter);
+    AddModelArgument(app);
+    AddSolutions(app);
+    AddStrategy(app);
+    AddLimits(app);
+    app.add_flag("-s,--stats", mOptions.statistics, "Print statistics (JSON has them always)");
+    app.add_option("--digits", mOptions.digits,
+                   "Digits of printed reals: precision, or full so that they read back exactly")
+        ->transform(
+            CLI::CheckedTransformer(std::map<std::string, Digits>{
+                                        {"precision", Digits::kPrecision},
+                                        {"full",      Digits::kFull     }
+    })
+                .description(""))
+        ->type_name("WHICH");
+  }
+
+  void AddSolutions(CLI::App& app) {
+    auto* count = app.add_option("-n,--solutions", mOptions.search.solutions,
+                                 "Stop after so many solutions (1)")
+                      ->type_name("N")
+                      ->check(AtLeastOne());
+    auto* all = app.add_flag_callback(
+        "-a,--all", [this] { mOptions.search.solutions = ZULTavSearch::kUnlimited; },
+        "Find all solutions");
+    app.add_flag("--propagate-only", mOptions.propagateOnly,
+                 "Only propagate, and print what the variables may still be")
+        ->excludes(count)
+        ->excludes(all);
+    count->excludes(all);
+  }
+
+  void AddStrategy(CLI::App& app) {
+    using Choice = ZULTavSearch::VariableChoice;
+    app.add_option("--select", mOptions.search.choice,
+                   "Which variable is split: first, largest, smallest or round-robin (first)")
+        ->transform(CLI::CheckedTransformer(std::map<std::string, Choice>{
+                                                {"first",       Choice::kFirst     },
+                                                {"largest",     Choice::kLargest   },
+                                                {"smallest",    Choice::kSmallest  },
+                                                {"round-robin", Choice::kRoundRobin}
+    })
+                        .description(""))
+        ->type_name("HOW");
+    using Selection = ZULTaVoAny::ValueSelection;
+    app.add_option("--split", mOptions.search.selection,
+                   "What is tried first: lower or upper half, least or greatest value (lower)")
+        ->transform(CLI::CheckedTransformer(std::map<std::string, Selection>{
+                                                {"lower",    ZULTaVoAny::kLowerHalf    },
+                                                {"upper",    ZULTaVoAny::kUpperHalf    },
+                                                {"least",    ZULTaVoAny::kLeastValue   },
+                                                {"greatest", ZULTaVoAny::kGreatestValue}
+    })
+                        .description(""))
+        ->type_name("HOW");
+    app.add_option_function<std::string>(
+           "--eps",
+           [this](const std::string& text) {
+             double& absolute = mOptions.search.absoluteWidth;
+             double& relative = mOptions.search.relativeWidth;
+             if (!ReadPair(text, absolute, relative, false) || absolute < 0 || relative < 0)
+               Refuse("--eps", text, "of the form ABS or ABS,REL with numbers from 0");
+           },
+           "A real is narrow enough at width ABS, or REL times its magnitude (the precision,"
+           "1e-14)")
+        ->type_name("ABS[,REL]");
+    app.add_option_function<std::string>(
+           "--ratio",
+           [this](const std::string& text) {
+             mOptions.ratio =
+                 ReadNumberOption("--ratio", text, "a number from 0 up to, not including, 1",
+                                  [](double ratio) { return ratio >= 0 && ratio < 1; });
+           },
+           "A real that loses less than this share of its width is not propagated (0.01)")
+        ->type_name("R");
+  }
+
+  void AddLimits(CLI::App& app) {
+    app.add_option("--max-nodes", mOptions.search.nodes, "Stop after so many nodes")
+        ->type_name("N")
+        ->check(AtLeastOne());
+    app.add_option_function<std::string>(
+           "-t,--timeout",
+           [this](const std::string& text) {
+             mOptions.search.seconds =
+                 ReadNumberOption("--timeout", text, "a positive number of seconds", IsPositive);
+           },
+           "Stop after so many seconds")
+        ->type_name("SECONDS");
+  }
+
+  /// The library would accept "-1" for an unsigned number and wrap it round.
+  static CLI::Validator AtLeastOne() {
+    return CLI::Validator(
+        [](const std::string& text) {
+          std::uint64_t number = 0;
+          const char* end = text.data() + text.size();
+          const auto [stop, error] = std::from_chars(text.data(), end, number);
+          return error == std::errc() && stop == end && number > 0
+                     ? std::string()
+                     : "'" + text + "' is not a whole number from 1";
+        },
+        "");
+  }
+
+  Options mOptions;
+  CLI::App mApp;
+};
+
+}  // namespace
+
+std::optional<Options> ReadCommandLine(int argc, char** argv, int& status) {
+  Reader reader;
+  try {
+    reader.App().parse(argc, argv);
+    return reader.Result();
+  } catch (const CLI::Success& request) {  // help or version
+    reader.App().exit(request);
+    status = kAnswered;
+  } catch (const CLI::ParseError& error) {
+    std::cerr << "zultav: " << error.what() << "\nTry 'zultav --help'.\n";
+    status = kUsage;
+  }
+  return std::nullopt;
+}

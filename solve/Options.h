@@ -1,0 +1,43 @@
+#ifndef ZULTAV_SOLVE_OPTIONS_H
+#define ZULTAV_SOLVE_OPTIONS_H
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "framework/search/ZULTavSearch.h"
+
+/// What the program answers to the shell.
+enum ExitStatus : int {
+  kAnswered = 0,      ///< answered; unsatisfiable is an answer
+  kUsage = 2,         ///< the command line or the named file is no good
+  kModelError = 3,    ///< the model has errors
+  kLimitReached = 4,  ///< time, nodes or a signal ended the search
+  kInternal = 5
+};
+
+enum class Command { kSolve, kCheck, kOperators, kTypes };
+enum class Format { kText, kJson };
+/// How text output prints reals: as the module does, to the precision, or so that they read back.
+enum class Digits { kPrecision, kFull };
+
+/// What the command line asks for.
+struct Options {
+  Command command = Command::kSolve;
+  std::string modelFile;  ///< "-" is standard input
+  std::map<std::string, std::string> definitions;
+  std::string module = "ZULTavNumbers";
+  bool moduleGiven = false;
+  Format format = Format::kText;
+  Digits digits = Digits::kPrecision;
+  bool propagateOnly = false;
+  bool statistics = false;
+  std::optional<double> precision;
+  std::optional<std::pair<double, double>> trigLimits;
+  std::optional<double> ratio;
+  ZULTavSearch::Options search;
+};
+
+#endif

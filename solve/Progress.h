@@ -1,0 +1,24 @@
+#ifndef ZULTAV_SOLVE_PROGRESS_H
+#define ZULTAV_SOLVE_PROGRESS_H
+
+#include "framework/search/ZULTavSearch.h"
+
+/// A line on standard error that says how a long search is getting on; nothing unless standard
+/// error is a terminal.
+class Progress {
+ public:
+  Progress();
+  ~Progress() { Erase(); }
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
+
+  void Show(const ZULTavSearch::Statistics& statistics);
+  /// Takes the line away, before something else is printed.
+  void Erase();
+
+ private:
+  bool mTerminal;
+  bool mShown = false;
+};
+
+#endif

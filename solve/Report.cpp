@@ -1,0 +1,190 @@
+#include "solve/Report.h"
+
+#include <iomanip>
+#include <iostream>
+#include <utility>
+
+#include "solve/ValueText.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// The names and values of the statistics, for both formats.
+template <class Use>
+void ForEachStatistic(const ZULTavSearch::Statistics& statistics, Use use) {
+  use("solutions", statistics.solutions);
+  use("nodes", statistics.nodes);
+  use("fails", statistics.fails);
+  use("narrowings", statistics.narrowings);
+  use("propagations", statistics.propagations);
+  use("peak_depth", statistics.peakDepth);
+  use("seconds", statistics.seconds);
+}
+
+std::string Quote(const std::string& text) {
+  return Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+class TextReport final : public Report {
+ public:
+  explicit TextReport(const Options& options)
+      : mDigits(options.digits), mStatistics(options.statistics) {}
+
+  void Errors(const std::vector<ZULTavDiagnostic>& errors) override {
+    std::cout.flush();
+    PrintErrors(errors);
+  }
+
+  void Solution(const ZULTavModel& model, const ValueAt& values, bool proven) override {
+    PrintValues(model, values);
+    if (!proven) std::cout << "// possible\n";
+    std::cout << "----------\n";
+  }
+
+  void Domains(const ZULTavModel* model, const ValueAt& values) override {
+    if (model == nullptr) return;
+    PrintValues(*model, values);
+    std::cout << "----------\n";
+  }
+
+  void End(const Ending& ending) override {
+    if (ending.status == Ending::Status::kUnsatisfiable) {
+      std::cout << "=====UNSATISFIABLE=====\n";
+    } else if (ending.limited) {
+      std::cout << "=====UNKNOWN=====\n";
+    } else if (ending.searched && ending.status == Ending::Status::kAllSolutions) {
+      std::cout << "==========\n";
+    }
+    if (!mStatistics) return;
+    ForEachStatistic(ending.statistics, [](const char* name, auto value) {
+      std::cout << "// " << std::left << std::setw(12) << name << ' ' << value << '\n';
+    });
+  }
+
+ private:
+  void PrintValues(const ZULTavModel& model, const ValueAt& values) const {
+    std::size_t position = 0;
+    for (const ZULTavModel::Variable& variable : model.Variables()) {
+      for (std::size_t i = 0; i < variable.values.size(); ++i) {
+        std::cout << variable.name;
+        if (variable.isArray) std::cout << '[' << variable.firstIndex + static_cast<long>(i) << ']';
+        std::cout << " = ";
+        PrintValue(std::cout, values(position++), mDigits);
+        std::cout << '\n';
+      }
+    }
+  }
+
+  Digits mDigits;
+  bool mStatistics;
+};
+
+/// One document, written as far as it is known: solutions one a line, the rest at the end.
+class JsonReport final : public Report {
+ public:
+  void Errors(const std::vector<ZULTavDiagnostic>& errors) override {
+    mErrors.insert(mErrors.end(), errors.begin(), errors.end());
+  }
+
+  void Solution(const ZULTavModel& model, const ValueAt& values, bool proven) override {
+    std::cout << (std::exchange(mBegun, true) ? ",\n" : "{\n  \"solutions\": [\n")
+              << "    {\"values\": " << ValuesOf(model, values)
+              << ", \"proven\": " << (proven ? "true" : "false") << '}';
+  }
+
+  void Domains(const ZULTavModel* model, const ValueAt& values) override {
+    mDomains = model != nullptr ? ValuesOf(*model, values) : "{}";
+  }
+
+  void End(const Ending& ending) override {
+    if (!mDomains.empty()) {
+      std::cout << "{\n  \"domains\": " << mDomains;
+    } else {
+      std::cout << (mBegun ? "\n  ]" : "{\n  \"solutions\": []");
+    }
+    Json statistics = Json::object();
+    ForEachStatistic(ending.statistics,
+                     [&](const char* name, auto value) { statistics[name] = value; });
+    std::cout << ",\n  \"status\": \"" << NameOf(ending.status)
+              << "\",\n  \"statistics\": " << statistics.dump() << ",\n  \"errors\": "
+              << JsonOf(mErrors).dump(-1, ' ', false, Json::error_handler_t::replace) << "\n}\n";
+  }
+
+ private:
+  static const char* NameOf(Ending::Status status) {
+    switch (status) {
+      case Ending::Status::kAllSolutions:
+        return "ALL_SOLUTIONS";
+      case Ending::Status::kSatisfied:
+        return "SATISFIED";
+      case Ending::Status::kUnsatisfiable:
+        return "UNSATISFIABLE";
+      case Ending::Status::kUnknown:
+        break;
+    }
+    return "UNKNOWN";
+  }
+
+  static std::string ValuesOf(const ZULTavModel& model, const ValueAt& values) {
+    std::string text = "{";
+    std::size_t position = 0;
+    for (const ZULTavModel::Variable& variable : model.Variables()) {
+      if (text.size() > 1) text += ", ";
+      text += Quote(variable.name) + (variable.isArray ? ": [" : ": ");
+      for (std::size_t i = 0; i < variable.values.size(); ++i) {
+        if (i != 0) text += ", ";
+        text += JsonValue(values(position++));
+      }
+      if (variable.isArray) text += ']';
+    }
+    return text + '}';
+  }
+
+  bool mBegun = false;
+  std::string mDomains;
+  std::vector<ZULTavDiagnostic> mErrors;
+};
+
+}  // namespace
+
+void Report::FlushNowAndThen() {
+  constexpr std::chrono::milliseconds kPeriod{100};
+  const auto now = std::chrono::steady_clock::now();
+  if (now - mFlushed < kPeriod) return;
+  mFlushed = now;
+  std::cout.flush();
+}
+
+std::unique_ptr<Report> MakeReport(const Options& options) {
+  if (options.format == Format::kJson) return std::make_unique<JsonReport>();
+  return std::make_unique<TextReport>(options);
+}
+
+nlohmann::ordered_json JsonOf(const std::vector<ZULTavDiagnostic>& errors) {
+  Json list = Json::array();
+  for (const ZULTavDiagnostic& error : errors) {
+    Json item = {
+        {"message", error.message},
+        {"file",    error.file   },
+        {"line",    error.line   },
+        {"column",  error.column }
+    };
+    if (!error.notes.empty()) item["notes"] = error.notes;
+    list.push_back(std::move(item));
+  }
+  return list;
+}
+
+void PrintErrors(const std::vector<ZULTavDiagnostic>& errors) {
+  bool inModel = false;
+  for (const ZULTavDiagnostic& error : errors) {
+    inModel = inModel || error.line != 0;
+    if (error.line != 0) {
+      error.Print(std::cerr);
+    } else {
+      std::cerr << "zultav: " << error.message << '\n';
+    }
+  }
+  if (inModel) std::cerr << errors.size() << (errors.size() == 1 ? " error\n" : " errors\n");
+}
