@@ -45,6 +45,7 @@ Approximation AddHalfTurns(std::int64_t m, const Approximation& y) {
 
 struct Sine {
   static constexpr double kLargest = 1;
+  static constexpr bool kIsOdd = true;
   static bool IsIncreasing(std::int64_t piece) { return piece % 2 == 0; }
   static std::int64_t Piece(const Angle& angle) { return (angle.quadrant + 1) >> 1; }
   static RealInterval At(double x, const Angle& angle) { return SinAt(x, angle, 0); }
@@ -61,6 +62,7 @@ struct Sine {
 /// Cosine as the sine of an angle a quarter turn ahead.
 struct Cosine {
   static constexpr double kLargest = 1;
+  static constexpr bool kIsOdd = false;
   static bool IsIncreasing(std::int64_t piece) { return piece % 2 == 0; }
   static std::int64_t Piece(const Angle& angle) { return (angle.quadrant + 2) >> 1; }
   static RealInterval At(double x, const Angle& angle) { return SinAt(x, angle, 1); }
@@ -77,6 +79,7 @@ struct Cosine {
 
 struct Tangent {
   static constexpr double kLargest = HUGE_VAL;
+  static constexpr bool kIsOdd = true;
   static bool IsIncreasing(std::int64_t) { return true; }
   static std::int64_t Piece(const Angle& angle) { return (angle.quadrant + 1) >> 1; }
   static RealInterval At(double x, const Angle& angle) { return TanAt(x, angle); }
@@ -105,25 +108,36 @@ RealInterval RootOn(std::int64_t piece, double z) {
   });
 }
 
-/// The first x >= from with F(x) in z.
+/// The piece of the first x >= from with F(x) in z, and a lower bound for this x.
+struct Solution {
+  std::int64_t piece;
+  double bound;
+};
+
 template <class F>
-double First(const RealInterval& z, double from) {
+Solution First(const RealInterval& z, double from) {
   const Angle angle = Reduce(from);
   const RealInterval value = F::At(from, angle);
-  // F(from) is a bound of `value` or strictly inside, and no double is.
+  std::int64_t piece = F::Piece(angle);
+  // F(from) is a bound of `value` or strictly inside, and no double is, unless its rounding was
+  // undecided: then it counts as a solution.
   const bool below = value.lower < z.lower;
   const bool above = value.upper > z.upper;
-  if (!below && !above) return from;
-  std::int64_t piece = F::Piece(angle);
+  if (below == above || value.upper > rounding::NextUp(value.lower)) return {piece, from};
   if (F::IsIncreasing(piece) != below) ++piece;
-  return std::max(from, RootOn<F>(piece, F::IsIncreasing(piece) ? z.lower : z.upper).lower);
+  const RealInterval root = RootOn<F>(piece, F::IsIncreasing(piece) ? z.lower : z.upper);
+  return {piece, std::max(from, root.lower)};
 }
 
-RealInterval Mirrored(const RealInterval& x) { return {-x.upper, -x.lower}; }
-
-/// `mirrored` is the set of F(-x) for F(x) in z.
+/// The same for the last x <= to.
 template <class F>
-SubdefReal Solve(RealInterval z, const SubdefReal& x, RealInterval (*mirror)(const RealInterval&)) {
+Solution Last(const RealInterval& z, double to) {
+  const Solution mirrored = First<F>(F::kIsOdd ? RealInterval(-z.upper, -z.lower) : z, -to);
+  return {F::kIsOdd ? -mirrored.piece : 1 - mirrored.piece, -mirrored.bound};
+}
+
+template <class F>
+SubdefReal Solve(RealInterval z, const SubdefReal& x) {
   const double max = SubdefReal::sMaxValue;
   const double low = std::max({GetTrigLow(), -kMaxAngle, -max});
   const double high = std::min({GetTrigHigh(), kMaxAngle, max});
@@ -136,12 +150,9 @@ SubdefReal Solve(RealInterval z, const SubdefReal& x, RealInterval (*mirror)(con
   z = real_line::Extended(z);
   z.Intersect({-F::kLargest, F::kLargest});
   if (!inside.IsEmpty() && !z.IsEmpty()) {
-    const double first = First<F>(z, inside.lower);
-    const double last = -First<F>(mirror(z), -inside.upper);
-    if (first <= last) {
-      inside.Intersect({first, last});
-      result = result.mf_Union(inside);
-    }
+    const Solution first = First<F>(z, inside.lower);
+    const Solution last = Last<F>(z, inside.upper);
+    if (first.piece <= last.piece) result = result.mf_Union({first.bound, last.bound});
   }
   if (x.IsEmpty() || result.IsEmpty()) {
     SDRaiseError();
@@ -152,10 +163,8 @@ SubdefReal Solve(RealInterval z, const SubdefReal& x, RealInterval (*mirror)(con
 
 }  // namespace
 
-SubdefReal asin(const SubdefReal& z, const SubdefReal& x) { return Solve<Sine>(z, x, Mirrored); }
+SubdefReal asin(const SubdefReal& z, const SubdefReal& x) { return Solve<Sine>(z, x); }
 
-SubdefReal acos(const SubdefReal& z, const SubdefReal& x) {
-  return Solve<Cosine>(z, x, [](const RealInterval& values) { return values; });
-}
+SubdefReal acos(const SubdefReal& z, const SubdefReal& x) { return Solve<Cosine>(z, x); }
 
-SubdefReal atan(const SubdefReal& z, const SubdefReal& x) { return Solve<Tangent>(z, x, Mirrored); }
+SubdefReal atan(const SubdefReal& z, const SubdefReal& x) { return Solve<Tangent>(z, x); }
