@@ -28,6 +28,11 @@ void AddType(ZULTaVoModule& module, const ZULTaVoObjectDescriptor* base) {
   module.AddObjectDescriptor(new AbstractDescriptor<T>(base));
 }
 
+#define ZULTAVO_COUNT(NAME, ARGUMENTS) +1
+constexpr std::size_t kTypes = 6;
+constexpr std::size_t kConstraints = 0 ZULTAVO_FRAMEWORK_CONSTRAINTS(ZULTAVO_COUNT);
+#undef ZULTAVO_COUNT
+
 }  // namespace
 
 extern "C" ZULTAV_TYPES_API int InitModule(ZULTaVoModule* module, ZULTaVoModuleManager* manager) {
@@ -42,5 +47,6 @@ extern "C" ZULTAV_TYPES_API int InitModule(ZULTaVoModule* module, ZULTaVoModuleM
   module->AddObjectDescriptor(ZULTaVo##NAME##Constraint::MakeDescriptor());
   ZULTAVO_FRAMEWORK_CONSTRAINTS(ZULTAVO_CONSTRAINT)
 #undef ZULTAVO_CONSTRAINT
-  return 1;
+  // Null descriptors, for which there was no memory, are not counted.
+  return module->GetDescriptors().size() == kTypes + kConstraints;
 }

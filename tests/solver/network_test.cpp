@@ -1,0 +1,411 @@
+// Propagation: order, passivity, limits, constants, the trail, and the fixpoint itself.
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <random>
+
+#include "tests/solver/world.h"
+
+using Status = ZULTaVoNetwork::Status;
+
+/// A constraint whose filter and activation are what the test says.
+class ScriptedConstraint final : public ZULTaVoFrame<ScriptedConstraint, ZULTaVoConstraint> {
+ public:
+  static constexpr char kClassName[] = "ScriptedConstraint";
+  static constexpr char kTypeName[] = "Scripted";
+  static constexpr unsigned int kArguments = 1;
+  static void AddArguments(ZULTaVoConstraintDescriptor& descriptor) {
+    descriptor.AddArgument("Value", ZULTaVoAny::sDescriptor, 50);
+  }
+  explicit ScriptedConstraint(const void* from = nullptr) : ZULTaVoFrame(from) {}
+  explicit ScriptedConstraint(ZULStreamableInit init) : ZULTaVoFrame(init) {}
+  int Activate(ZULTaVoNetwork* network) override {
+    sLast = this;
+    return ChangePriority(network, sPriority);
+  }
+  int Filter(const ZULTaVoObjectEnvironment& environment, int) override {
+    sLog.push_back(environment.GetArgument(0));
+    return sScript ? sScript(*this, environment) : 0;
+  }
+
+  inline static unsigned short sPriority = 50;
+  inline static ScriptedConstraint* sLast = nullptr;
+  inline static std::vector<ZULTaVoObject*> sLog;
+  inline static std::function<int(ScriptedConstraint&, const ZULTaVoObjectEnvironment&)> sScript;
+};
+template class ZULTaVoFrame<ScriptedConstraint, ZULTaVoConstraint>;
+
+class NetworkTest : public testing::Test {
+ protected:
+  using Log = std::vector<ZULTaVoObject*>;
+  NetworkTest() {
+    world.Open("ZULTavAbstractTypes");
+    scripted.reset(ScriptedConstraint::MakeDescriptor());
+    ScriptedConstraint::sPriority = 50;
+    ScriptedConstraint::sLog.clear();
+    ScriptedConstraint::sScript = nullptr;
+  }
+  ScriptedConstraint* AddScripted(ZULTaVoObject* value, unsigned short priority = 50) {
+    ScriptedConstraint::sPriority = priority;
+    const auto* type = static_cast<const ZULTaVoConstraintDescriptor*>(scripted.get());
+    EXPECT_EQ(world.network.AddConstraint(type, &value, 1), 1);
+    return ScriptedConstraint::sLast;
+  }
+  Log Run(Status expected = Status::kConsistent) {
+    ScriptedConstraint::sLog.clear();
+    EXPECT_EQ(world.network.Propagate(), expected);
+    return ScriptedConstraint::sLog;
+  }
+
+  std::unique_ptr<ZULTaVoObjectDescriptor> scripted;
+  World world;
+};
+
+TEST_F(NetworkTest, RunsByPriorityThenInOrderOfScheduling) {
+  std::vector<ZULTaVoAny*> x;
+  std::vector<ScriptedConstraint*> c;
+  for (const int priority : {50, 10, 50, 10, 70}) {
+    x.push_back(world.Add("bit int"));
+    c.push_back(AddScripted(x.back(), static_cast<unsigned short>(priority)));
+  }
+  EXPECT_EQ(Run(), (Log{x[1], x[3], x[0], x[2], x[4]}));
+  EXPECT_EQ(Run(), Log{});
+  for (const int i : {4, 2, 0, 3, 1, 2}) world.network.PropagateValue(x[static_cast<size_t>(i)]);
+  EXPECT_EQ(c[4]->ChangePriority(&world.network, 5), 1);  // while they wait
+  EXPECT_EQ(c[2]->ChangePriority(&world.network, 60), 1);
+  EXPECT_EQ(c[3]->ChangePriority(&world.network, 10), 0);
+  EXPECT_EQ(Run(), (Log{x[4], x[3], x[1], x[0], x[2]}));
+  world.network.ScheduleAll();
+  EXPECT_EQ(Run(), (Log{x[4], x[1], x[3], x[0], x[2]}));
+}
+
+TEST_F(NetworkTest, MorePrioritiesThanQueuesStillRunEverythingOnce) {
+  std::vector<ZULTaVoObject*> values;
+  for (unsigned short i = 0; i < 300; ++i)
+    AddScripted(values.emplace_back(world.Add("bit int")), static_cast<unsigned short>(i * 7));
+  const Log log = Run();
+  EXPECT_EQ(log.size(), values.size());
+  EXPECT_TRUE(std::equal(log.begin(), log.begin() + 250, values.begin()));
+}
+
+TEST_F(NetworkTest, PassivationLastsForTheRun) {
+  ZULTaVoAny* x = world.Add("bit int");
+  AddScripted(x);
+  ZULTaVoAny* y = world.Add("bit int");
+  ASSERT_TRUE(world.Post("Equal", {y, x}));
+  ScriptedConstraint::sScript = [&](ScriptedConstraint& self, const ZULTaVoObjectEnvironment& env) {
+    static_cast<ZULTaVoInteger*>(x)->SetUpperBound(20);
+    env.GetNetwork()->PropagateValue(x);
+    self.Passivate();
+    return 0;
+  };
+  EXPECT_EQ(Run(), Log{x}) << "neither its own change nor that of others wakes it";
+  EXPECT_EQ(Run(), Log{});
+  world.network.PropagateValue(x);
+  EXPECT_EQ(Run(), Log{x});
+  world.network.ScheduleAll();
+  EXPECT_EQ(Run(), Log{x});
+  SetTo(*y, "3,9");
+  world.network.PropagateValue(y);
+  EXPECT_EQ(Run(), Log{x}) << "a change that arrives through other constraints counts, too";
+}
+
+TEST_F(NetworkTest, StatusesOfARunAndWhatFollows) {
+  ZULTaVoAny* x = world.Add("bit int");
+  AddScripted(x);
+  int answer = 4;
+  ScriptedConstraint::sScript = [&](auto&&...) { return answer; };
+  EXPECT_EQ(Run(Status::kBadArguments), Log{x});
+  answer = 1;
+  world.network.ScheduleAll();
+  EXPECT_EQ(Run(Status::kContradiction), Log{x});
+  EXPECT_EQ(Run(Status::kContradiction), Log{x}) << "a contradiction is not forgotten";
+  answer = 0;
+  world.network.PushState();
+  world.network.PopState();
+  EXPECT_EQ(Run(), Log{});
+  EXPECT_EQ(world.network.GetStatistics().runs, 4U);
+  EXPECT_EQ(world.network.GetStatistics().filters, 3U);
+}
+
+TEST_F(NetworkTest, LimitAndInterruptKeepWhatWasNarrowedAndCanGoOn) {
+  ZULTaVoAny* x = world.Add("interval int", "0,1000");
+  ZULTaVoAny* y = world.Add("interval int", "0,1000");
+  for (const auto& pair : {
+           std::vector<ZULTaVoObject*>{x, x, y},
+           {y, y, x}
+  })
+    ASSERT_TRUE(world.Post("LessTernary", {pair[0], pair[2], pair[0]}));
+  world.network.SetFilterLimit(100);
+  EXPECT_EQ(world.network.Propagate(), Status::kLimit);
+  EXPECT_EQ(world.network.GetStatistics().filters, 100U);
+  const std::string narrowed = Show(*x);
+  EXPECT_NE(narrowed, "0,1000");
+  EXPECT_NE(narrowed, "Nil");
+  std::atomic<bool> stop = true;
+  world.network.SetInterrupt(&stop);
+  world.network.SetFilterLimit(0);
+  EXPECT_EQ(world.network.Propagate(), Status::kInterrupted);
+  EXPECT_LE(world.network.GetStatistics().filters, 400U);
+  stop = false;
+  EXPECT_EQ(world.network.Propagate(), Status::kContradiction);
+}
+
+TEST_F(NetworkTest, SlowConvergenceOfRealsEnds) {
+  struct Row {
+    const char *left, *right, *from;
+    Status status;
+  } rows[] = {
+      {"0.999999", "1", "-1e9,1e9", Status::kConsistent}, // x = 0.999999 x shrinks for ever
+      {"0.999999", "1", "Any",      Status::kConsistent},
+      {"0.5",      "1", "-1e9,1e9", Status::kConsistent},
+      {"1.000001", "1", "1,1e9",    Status::kConsistent},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.left);
+    World fresh;
+    ZULTaVoAny* x = fresh.Add("interval real", row.from);
+    ASSERT_TRUE(fresh.Post("Multiplication", {x, fresh.Add("interval real", row.left), x}));
+    EXPECT_EQ(fresh.network.Propagate(), row.status);
+    EXPECT_LT(fresh.network.GetStatistics().filters, 200000U);
+    EXPECT_FALSE(x->IsNil());
+  }
+  World fresh;
+  ZULTaVoAny* x = fresh.Add("interval real", "0,1e6");
+  ZULTaVoAny* y = fresh.Add("interval real", "0,1e6");
+  ASSERT_TRUE(fresh.Post("LessTernary", {x, y, x}) && fresh.Post("LessTernary", {y, x, y}));
+  EXPECT_EQ(fresh.network.Propagate(), Status::kConsistent) << "steps of a tenth of p are dropped";
+  EXPECT_LT(fresh.network.GetStatistics().filters, 100U);
+  fresh.network.SetNarrowingFraction(0);
+  fresh.network.SetFilterLimit(1000);
+  fresh.network.ScheduleAll();
+  EXPECT_EQ(fresh.network.Propagate(), Status::kLimit);
+  fresh.network.SetNarrowingFraction(-1);
+  fresh.network.SetNarrowingFraction(1);
+  EXPECT_EQ(fresh.network.GetNarrowingFraction(), 0);
+}
+
+TEST_F(NetworkTest, ADisequalityIsCalledWheneverItCanRemoveAValue) {
+  for (const bool reversed : {false, true}) {
+    ZULTaVoAny* x = world.Add("interval int", "5");
+    ZULTaVoAny* y = world.Add("interval int", "3,9");
+    ZULTaVoAny* low = world.Add("interval int", "0,9");
+    ASSERT_TRUE(reversed ? world.Post("UnequalTernary", {y, x, y})
+                         : world.Post("UnequalTernary", {x, y, x}));
+    ASSERT_TRUE(world.Post("LessOrEqualTernary", {low, y, low}));
+    Run();
+    SetTo(*low, "5,9");
+    world.network.PropagateValue(low);
+    Run();
+    EXPECT_EQ(Show(*y), "6,9") << "x was single before";
+    SetTo(*y, "Nil");
+    world.network.PropagateValue(y);
+    Run(Status::kContradiction);
+    SetTo(*y, "6,9");
+    Run();
+  }
+}
+
+TEST_F(NetworkTest, ConstantsAreKnownToConstraintsAndComeBackAfterAFailure) {
+  ZULTaVoAny* early = world.Add("bit int", "5");
+  ZULTaVoAny* late = world.Add("single int", "7");
+  world.network.SetConstant(early);
+  int constants = 0;
+  ScriptedConstraint::sScript = [&](ScriptedConstraint&, const ZULTaVoObjectEnvironment& env) {
+    constants += env.IsArgumentConstant(env.GetArgument(0));
+    EXPECT_EQ(env.IsArgumentConstant(nullptr), 0);
+    EXPECT_EQ(env.IsArgumentConstant(world.network.GetObject(2)), 0);
+    EXPECT_EQ(env.GetArgument(1), nullptr);
+    return 0;
+  };
+  AddScripted(early);
+  AddScripted(late);
+  world.network.SetConstant(late);
+  world.network.SetConstant(scripted.get() == nullptr ? nullptr : ScriptedConstraint::sLast);
+  Run();
+  EXPECT_EQ(constants, 2);
+  EXPECT_TRUE(world.network.IsConstant(early) && world.network.IsConstant(late));
+
+  ZULTaVoAny* x = world.Add("bit int", "0,9");
+  EXPECT_FALSE(world.network.IsConstant(x));
+  ASSERT_TRUE(world.Post("LessTernary", {early, x, early}));  // 5 < x, the constant as receiver
+  Run();
+  world.network.PushState();
+  world.network.SaveValue(x);
+  SetTo(*x, "3");
+  world.network.PropagateValue(x);
+  Run(Status::kContradiction);
+  world.network.PopState();
+  EXPECT_EQ(Show(*early), "5");
+  EXPECT_EQ(Show(*x), "6,9");
+  Run();
+}
+
+TEST_F(NetworkTest, ObjectsAndConstraintsThatDoNotFitAreRefused) {
+  ZULTaVoNetwork& network = world.network;
+  const auto* any = world.Open("ZULTavAbstractTypes").FindType("ZULTaVoAny");
+  const auto* sum = world.Open("ZULTavAbstractTypes").FindConstraint("ZULTaVoAdditionConstraint");
+  EXPECT_EQ(network.AddObject(any), nullptr) << "an abstract type has no objects";
+  EXPECT_EQ(network.AddObject(sum), nullptr) << "a constraint is no value";
+  EXPECT_EQ(network.AddObject(nullptr), nullptr);
+  EXPECT_EQ(network.AddObject(world.Type("bit int"), nullptr), nullptr);
+  EXPECT_EQ(network.GetNumberOfObjects(), 0U);
+
+  ZULTaVoAny* x = world.Add("bit int", "0,9");
+  ZULTaVoAny* copy = network.AddObject(world.Type("bit int"), x);
+  ASSERT_NE(copy, nullptr);
+  EXPECT_EQ(Show(*copy), "0,9");
+  AddScripted(x);
+  ZULTaVoObject* constraint = ScriptedConstraint::sLast;
+  World other;
+  ZULTaVoAny* foreign = other.Add("bit int");
+  ZULTaVoAny* truth = world.Add("single bool");
+  for (ZULTaVoObject* bad :
+       {static_cast<ZULTaVoObject*>(foreign), constraint, static_cast<ZULTaVoObject*>(truth),
+        static_cast<ZULTaVoObject*>(nullptr)})
+    EXPECT_FALSE(world.Post("Addition", {x, copy, bad}));
+  EXPECT_FALSE(world.Post("Addition", {x, copy}));
+  EXPECT_FALSE(world.Post("Missing", {x, copy}));
+  EXPECT_EQ(network.GetNumberOfConstraints(), 1U);
+  Run();
+  for (ZULTaVoObject* strange :
+       {static_cast<ZULTaVoObject*>(foreign), constraint, static_cast<ZULTaVoObject*>(nullptr)}) {
+    network.PropagateValue(strange);
+    network.SaveValue(strange);
+    network.SetConstant(strange);
+    EXPECT_EQ(network.GetType(strange), nullptr);
+  }
+  EXPECT_EQ(Run(), Log{});
+  EXPECT_EQ(network.GetObject(3), nullptr);
+  network.PopState();
+  EXPECT_EQ(network.GetDepth(), 0U);
+}
+
+// --- Random networks ----------------------------------------------------------------------------
+
+namespace {
+
+struct Model {
+  std::vector<ZULTaVoAny*> values;
+  std::vector<std::vector<ZULTaVoObject*>> constraints;
+  std::vector<const ZULTaVoConstraintDescriptor*> kinds;
+};
+
+/// Integers of both modules and constraints between those of one type.
+Model BuildRandom(World& world, unsigned seed, int size) {
+  constexpr const char* kKinds[] = {"Addition",    "Multiplication", "Minimum",   "Maximum",
+                                    "Absolute",    "NumberNegation", "Remainder", "Next",
+                                    "LessTernary", "UnequalTernary", "Equal"};
+  std::mt19937 random(seed);
+  const auto draw = [&](std::size_t n) { return random() % n; };
+  Model model;
+  for (int i = 0; i < size; ++i)
+    model.values.push_back(
+        world.Add(i % 2 == 0 ? "bit int" : "interval int", i % 3 == 0 ? "-9,12" : "-20,20"));
+  for (int i = 0; i < size; ++i) {
+    const std::size_t parity = draw(2);
+    const auto pick = [&] { return model.values[2 * draw(model.values.size() / 2) + parity]; };
+    const char* kind = kKinds[draw(std::size(kKinds))];
+    const std::string name = std::string("ZULTaVo") + kind + "Constraint";
+    const auto* type = world.Open("ZULTavAbstractTypes").FindConstraint(name);
+    std::vector<ZULTaVoObject*> arguments;
+    while (arguments.size() < type->GetNumberOfArguments()) arguments.push_back(pick());
+    if (name.ends_with("TernaryConstraint") && draw(2) == 0) arguments[2] = arguments[0];
+    EXPECT_TRUE(world.Post(kind, arguments));
+    model.constraints.push_back(arguments);
+    model.kinds.push_back(type);
+  }
+  return model;
+}
+
+std::string ShowAll(const Model& model) {
+  std::string all;
+  for (const ZULTaVoAny* value : model.values)
+    all += Show(*value) + " #" + std::to_string(value->GetCardinality()) + "; ";
+  return all;
+}
+
+/// Every filter in turn until a whole round changes nothing; false on a contradiction.
+bool RunNaively(const Model& model) {
+  for (std::string before, after = ShowAll(model); before != after; after = ShowAll(model)) {
+    before = after;
+    for (std::size_t i = 0; i < model.kinds.size(); ++i) {
+      std::vector<std::max_align_t> memory(model.kinds[i]->GetObjectSize());
+      auto* constraint = static_cast<ZULTaVoConstraint*>(model.kinds[i]->InitObject(memory.data()));
+      const ZULTaVoObjectEnvironment environment(
+          nullptr, model.constraints[i].data(), static_cast<unsigned>(model.constraints[i].size()));
+      const int status = constraint->Filter(environment, 0);
+      model.kinds[i]->DestroyObject(constraint);
+      if (status != 0) return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+TEST(NetworkFixpointTest, EqualsThatOfNaiveIterationAndDoesNotDependOnAddresses) {
+  int consistent = 0;
+  for (unsigned seed = 0; seed < 300; ++seed) {
+    SCOPED_TRACE(seed);
+    World queued, naive;
+    const Model a = BuildRandom(queued, seed, 12);
+    const std::string initial = ShowAll(a);
+    const bool holds = queued.network.Propagate() == Status::kConsistent;
+    const std::string narrowed = ShowAll(a);
+    const auto statistics = queued.network.GetStatistics();
+
+    const std::vector<char> displacement(seed * 1000);
+    const Model b = BuildRandom(naive, seed, 12);
+    ASSERT_EQ(ShowAll(b), initial);
+    ASSERT_EQ(RunNaively(b), holds);
+    consistent += holds;
+    ASSERT_TRUE(!holds || ShowAll(b) == narrowed);
+
+    World again;
+    const Model c = BuildRandom(again, seed, 12);
+    again.network.Propagate();
+    ASSERT_EQ(ShowAll(c), narrowed);
+    ASSERT_EQ(again.network.GetStatistics().filters, statistics.filters);
+    ASSERT_EQ(again.network.GetStatistics().narrowings, statistics.narrowings);
+  }
+  EXPECT_GT(consistent, 30);
+}
+
+TEST(NetworkTrailTest, NestedLevelsComeBackBitForBit) {
+  for (unsigned seed = 0; seed < 40; ++seed) {
+    SCOPED_TRACE(seed);
+    World world;
+    Model model = BuildRandom(world, seed, 20);
+    for (const char* type : {"interval real", "single real", "single bool", "interval positive"})
+      model.values.push_back(world.Add(type));
+    const auto bytes = [&] {
+      std::string all;
+      for (const ZULTaVoAny* value : model.values)
+        all.append(reinterpret_cast<const char*>(value),
+                   world.network.GetType(value)->GetObjectSize());
+      return all;
+    };
+    std::mt19937 random(seed);
+    std::vector<std::string> levels;
+    for (int step = 0; step < 400; ++step) {
+      const bool open = world.network.Propagate() == Status::kConsistent && levels.size() < 12;
+      if (levels.empty() && !open) break;
+      if (open && random() % 3 != 0) {
+        levels.push_back(bytes());
+        world.network.PushState();
+        ZULTaVoAny* value = model.values[random() % model.values.size()];
+        world.network.SaveValue(value);
+        SetTo(*value, std::to_string(random() % 8));
+        world.network.PropagateValue(value);
+      } else if (!levels.empty()) {
+        world.network.PopState();
+        ASSERT_EQ(world.network.GetDepth(), levels.size() - 1);
+        ASSERT_TRUE(bytes() == levels.back());
+        levels.pop_back();
+      }
+    }
+  }
+}
