@@ -12,18 +12,17 @@ double sTrigHigh = 1e14;
 }  // namespace
 
 // Identity is the address of a named array: equal literals may share one address.
-#define ZULTAVO_IDENTITY(CLASS, BASE)                          \
-  static const char k##CLASS##Ident[] = #CLASS;                \
-  const char* const CLASS::sIdent = k##CLASS##Ident;           \
-  const ZULTaVoObjectDescriptor* CLASS::sDescriptor = nullptr; \
-  int CLASS::IsDerivedFrom(const char* id) const { return id == sIdent || BASE::IsDerivedFrom(id); }
+#define ZULTAVO_IDENTITY(CLASS)                      \
+  static const char k##CLASS##Ident[] = #CLASS;      \
+  const char* const CLASS::sIdent = k##CLASS##Ident; \
+  const ZULTaVoObjectDescriptor* CLASS::sDescriptor = nullptr;
 
-ZULTAVO_IDENTITY(ZULTaVoAny, ZULTaVoObject)
-ZULTAVO_IDENTITY(ZULTaVoScalar, ZULTaVoAny)
-ZULTAVO_IDENTITY(ZULTaVoBoolean, ZULTaVoScalar)
-ZULTAVO_IDENTITY(ZULTaVoNumber, ZULTaVoScalar)
-ZULTAVO_IDENTITY(ZULTaVoInteger, ZULTaVoNumber)
-ZULTAVO_IDENTITY(ZULTaVoReal, ZULTaVoNumber)
+ZULTAVO_IDENTITY(ZULTaVoAny)
+ZULTAVO_IDENTITY(ZULTaVoScalar)
+ZULTAVO_IDENTITY(ZULTaVoBoolean)
+ZULTAVO_IDENTITY(ZULTaVoNumber)
+ZULTAVO_IDENTITY(ZULTaVoInteger)
+ZULTAVO_IDENTITY(ZULTaVoReal)
 #undef ZULTAVO_IDENTITY
 
 double ZULTaVoReal::sPrecision = 1e-6;

@@ -186,6 +186,8 @@ bool ReifiedUnequal(const Step& step, Any& a0, Any& a1, Boolean& a2) {
 // --- The table --------------------------------------------------------------------------------
 
 constexpr int kOnce = ZULTaVoConstraintDescriptor::kIdempotent;
+constexpr int kRelation = ZULTaVoConstraintDescriptor::kRelation;
+constexpr int kWaits = ZULTaVoConstraintDescriptor::kWaitsForSingleValue;
 
 /// The filter of a rule and whether one call reaches its own fixpoint.
 template <class Rule>
@@ -226,10 +228,10 @@ ZULTAVO_BODY(Ceil, 0, &Unary<&Real::CalcCeilValue, &Real::CalcInverseCeilValue, 
 ZULTAVO_BODY(PiValue, 0, &Constant<&Real::CalcPiValue, Real>)
 ZULTAVO_BODY(EValue, 0, &Constant<&Real::CalcEValue, Real>)
 ZULTAVO_BODY(Equal, kOnce, &ImposeEqual)
-ZULTAVO_BODY(EqualTernary, 0, &Ternary<&ImposeEqual, Any>)
-ZULTAVO_BODY(UnequalTernary, 0, &Ternary<&ImposeUnequal, Any>)
-ZULTAVO_BODY(LessOrEqualTernary, 0, &Ternary<&ImposeLessOrEqual, Any>)
-ZULTAVO_BODY(LessTernary, 0, &Ternary<&ImposeLess, Scalar>)
+ZULTAVO_BODY(EqualTernary, kRelation, &Ternary<&ImposeEqual, Any>)
+ZULTAVO_BODY(UnequalTernary, kRelation | kWaits, &Ternary<&ImposeUnequal, Any>)
+ZULTAVO_BODY(LessOrEqualTernary, kRelation, &Ternary<&ImposeLessOrEqual, Any>)
+ZULTAVO_BODY(LessTernary, kRelation, &Ternary<&ImposeLess, Scalar>)
 ZULTAVO_BODY(BooleanEqual, 0, &Reified<&Any::CalcIsEqual, &ImposeEqual, &ImposeUnequal, Any>)
 ZULTAVO_BODY(BooleanUnequal, 0, &ReifiedUnequal)
 ZULTAVO_BODY(BooleanLess, 0,
@@ -242,7 +244,9 @@ ZULTAVO_BODY(BooleanLessOrEqual, 0,
 template <class... A>
 int Run(bool (*narrow)(const Step&, A&...), const ZULTaVoObjectEnvironment& environment) {
   return [&]<std::size_t... I>(std::index_sequence<I...>)->int {
-    const std::tuple<A*...> arguments{ZULTaVoCast<A>(environment.GetArgument(I))...};
+    const bool checked = environment.AreArgumentsChecked();
+    const std::tuple<A*...> arguments{checked ? static_cast<A*>(environment.GetArgument(I))
+                                              : ZULTaVoCast<A>(environment.GetArgument(I))...};
     if (((std::get<I>(arguments) == nullptr) || ...)) return kFilterBadArguments;
     if ((std::get<I>(arguments)->IsNil() || ...)) return kFilterContradiction;
     return narrow(Step(environment), *std::get<I>(arguments)...) ? kFilterConsistent

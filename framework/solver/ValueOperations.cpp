@@ -46,12 +46,11 @@ int Remove(ZULTaVoAny& x, double value) {
 
 /// Narrows x for x <> y.
 int ImposeUnequal(ZULTaVoAny& x, const ZULTaVoAny& y) {
-  if (!AreComparable(x, y) || x.IsNil()) return 0;
-  if (y.IsNil()) {
-    x.SetNil();
-    return 1;
-  }
-  return IsSingleValue(y) ? Remove(x, GetBounds(y).lower) : 0;
+  const bool single = IsSingleValue(y);
+  if ((!single && !y.IsNil()) || x.IsNil() || !AreComparable(x, y)) return 0;
+  if (single) return Remove(x, GetBounds(y).lower);
+  x.SetNil();
+  return 1;
 }
 
 /// Narrows `truth` to whether the relation holds between x and y: each of the relation and its

@@ -18,7 +18,9 @@ class ZULTAV_TYPES_API ZULTaVoAny : public ZULTaVoObject {
   enum ValueSelection { kLowerHalf = 0, kUpperHalf = 1, kLeastValue = 2, kGreatestValue = 3 };
 
   using ZULTaVoObject::ZULTaVoObject;
-  int IsDerivedFrom(const char* id) const override;
+  int IsDerivedFrom(const char* id) const override {
+    return id == sIdent || ZULTaVoObject::IsDerivedFrom(id);
+  }
 
   /// Copies the other domain's value; Nil for a type that cannot be converted.
   virtual int Assign(const ZULTaVoAny& other) = 0;

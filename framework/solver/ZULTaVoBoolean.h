@@ -7,7 +7,9 @@
 class ZULTAV_TYPES_API ZULTaVoBoolean : public ZULTaVoScalar {
  public:
   using ZULTaVoScalar::ZULTaVoScalar;
-  int IsDerivedFrom(const char* id) const override;
+  int IsDerivedFrom(const char* id) const override {
+    return id == sIdent || ZULTaVoScalar::IsDerivedFrom(id);
+  }
 
   int CalcUnequalValue(const ZULTaVoAny& y) override;
   int CalcInverseUnequalValue(ZULTaVoAny& y) const override;

@@ -13,9 +13,16 @@ class ZULTAV_TYPES_API ZULTaVoConstraintDescriptor : public ZULTaVoObjectDescrip
  public:
   static constexpr unsigned int kMaxArguments = 4;
 
-  /// One filter call reaches the constraint's own fixpoint when its arguments are distinct objects
-  /// of one type other than a real: the network need not call it again for its own changes.
-  static constexpr int kIdempotent = 1;
+  /// What the network may spare a constraint; a sum of these.
+  enum Flags {
+    /// One filter call reaches the constraint's own fixpoint when its arguments are distinct
+    /// objects of one type other than a real: its own changes need not call it again.
+    kIdempotent = 1,
+    /// The same holds when the result stands in for the last operand, being the same object.
+    kRelation = 2,
+    /// And then the filter can do nothing before an argument is a single value.
+    kWaitsForSingleValue = 4
+  };
 
   struct Argument {
     ZULString name;
@@ -24,7 +31,7 @@ class ZULTAV_TYPES_API ZULTaVoConstraintDescriptor : public ZULTaVoObjectDescrip
   };
 
   /// @param arguments  how many arguments will be added, at most kMaxArguments
-  /// @param flags      kIdempotent or 0
+  /// @param flags      a sum of Flags
   ZULTaVoConstraintDescriptor(const ZULString& name, const ZULTaVoObjectDescriptor* base,
                               int version, unsigned int arguments, int flags);
   explicit ZULTaVoConstraintDescriptor(ZULStreamableInit init) : ZULTaVoObjectDescriptor(init) {}
@@ -48,7 +55,7 @@ class ZULTAV_TYPES_API ZULTaVoConstraintDescriptor : public ZULTaVoObjectDescrip
   }
   unsigned short GetPriority() const;
   void SetFlags(int flags) { mFlags = flags; }
-  bool IsIdempotent() const { return (mFlags & kIdempotent) != 0; }
+  int GetFlags() const { return mFlags; }
 
  private:
   std::array<Argument, kMaxArguments> mArguments;

@@ -7,7 +7,9 @@
 class ZULTAV_TYPES_API ZULTaVoInteger : public ZULTaVoNumber {
  public:
   using ZULTaVoNumber::ZULTaVoNumber;
-  int IsDerivedFrom(const char* id) const override;
+  int IsDerivedFrom(const char* id) const override {
+    return id == sIdent || ZULTaVoNumber::IsDerivedFrom(id);
+  }
 
   int CalcUnequalValue(const ZULTaVoAny& y) override;
   int CalcInverseUnequalValue(ZULTaVoAny& y) const override;

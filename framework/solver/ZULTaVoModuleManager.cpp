@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
+#include <map>
 
 namespace {
 
@@ -52,22 +53,26 @@ bool Start(InitModuleFunction entry, ZULTaVoModule& module, ZULTaVoModuleManager
 
 }  // namespace
 
-/// An open library and its module, which must go first.
+/// An open library and its module, which must go first, and before the modules that it needs.
 struct ZULTaVoModuleManager::Library {
-  Library(const std::string& moduleName, void* opened) : handle(opened), module(moduleName) {}
-  ~Library() = default;
-  Library(const Library&) = delete;
-  Library& operator=(const Library&) = delete;
-
   struct Handle {
     explicit Handle(void* opened) : library(opened) {}
-    ~Handle() {
-      if (library != nullptr) dlclose(library);
-    }
+    ~Handle() { dlclose(library); }
     Handle(const Handle&) = delete;
     Handle& operator=(const Handle&) = delete;
     void* library;
   };
+
+  Library(const std::string& moduleName, void* opened) : handle(opened), module(moduleName) {}
+
+  /// The libraries open in this process: all managers share one module each, since what a module
+  /// registers is found through statics of its classes.
+  static std::map<void*, std::weak_ptr<Library>>& Open() {
+    static std::map<void*, std::weak_ptr<Library>> open;
+    return open;
+  }
+
+  std::vector<std::shared_ptr<Library>> needs;
   Handle handle;
   ZULTaVoModule module;
 };
@@ -134,7 +139,11 @@ ZULTaVoModule* ZULTaVoModuleManager::Load(const std::string& name) {
     mReason = "module \"" + name + "\" cannot be loaded: " + (why != nullptr ? why : path);
     return nullptr;
   }
-  auto library = std::make_unique<Library>(name, handle);
+  if (auto open = Library::Open()[handle].lock()) {
+    dlclose(handle);
+    return &Hold(open)->module;
+  }
+  auto library = std::make_shared<Library>(name, handle);
   const InitModuleFunction entry = FindEntry(handle);
   if (entry == nullptr) {
     mReason = "module \"" + name + "\" has no entry " + kEntry + ": " + path;
@@ -146,8 +155,20 @@ ZULTaVoModule* ZULTaVoModuleManager::Load(const std::string& name) {
     return nullptr;
   }
   mReason.clear();
-  mLibraries.push_back(std::move(library));
-  return &mLibraries.back()->module;
+  for (const ZULTaVoModule* needed : library->module.GetLoadedModules())
+    for (const auto& other : mLibraries)
+      if (&other->module == needed) library->needs.push_back(other);
+  Library::Open()[handle] = library;
+  return &Hold(library)->module;
+}
+
+/// Keeps the library and what it needs open as long as this manager lives.
+const std::shared_ptr<ZULTaVoModuleManager::Library>& ZULTaVoModuleManager::Hold(
+    const std::shared_ptr<Library>& library) {
+  for (const auto& needed : library->needs) Hold(needed);
+  if (std::find(mLibraries.begin(), mLibraries.end(), library) == mLibraries.end())
+    mLibraries.push_back(library);
+  return library;
 }
 
 std::vector<ZULTaVoModule*> ZULTaVoModuleManager::GetModules() const {

@@ -8,7 +8,8 @@
 
 #include "framework/solver/ZULTaVoModule.h"
 
-/// Opens modules by name and keeps them open.
+/// Opens modules by name and keeps them open. Managers of one process share their modules: each
+/// library is initialised once and closed with the last manager that holds it.
 ///
 /// A module NAME is the shared library "libNAME.so" in one of the directories of the search path,
 /// which exports `extern "C" int InitModule(ZULTaVoModule*, ZULTaVoModuleManager*)`, answering 1.
@@ -39,9 +40,10 @@ class ZULTAV_TYPES_API ZULTaVoModuleManager : public ZULTaVoBase {
 
   std::vector<std::string> SearchPath() const;
   ZULTaVoModule* Load(const std::string& name);
+  const std::shared_ptr<Library>& Hold(const std::shared_ptr<Library>& library);
 
   std::vector<std::string> mDirectories;
-  std::vector<std::unique_ptr<Library>> mLibraries;
+  std::vector<std::shared_ptr<Library>> mLibraries;
   std::vector<std::string> mOpening;
   std::string mReason;
 };

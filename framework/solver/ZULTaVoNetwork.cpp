@@ -4,6 +4,7 @@
 #include <cmath>
 #include <new>
 
+#include "framework/solver/SingleValue.h"
 #include "framework/solver/ZULTaVoObjectEnvironment.h"
 #include "framework/solver/ZULTaVoReal.h"
 
@@ -142,15 +143,14 @@ int ZULTaVoNetwork::AddConstraint(const ZULTaVoConstraintDescriptor* type,
   if (type == nullptr || count == 0 || count != type->GetNumberOfArguments() ||
       mLinks.size() >= kNone)
     return 0;
-  bool idempotent = type->IsIdempotent();
+  bool checked = true;
   std::uint8_t constants = 0;
   for (unsigned int i = 0; i < count; ++i) {
     const Node* node = FindNode(arguments[i]);
     const ZULTaVoObjectDescriptor* wanted = type->GetArgument(i).type;
     if (node == nullptr || (wanted != nullptr && !wanted->IsMatched(node->type))) return 0;
     if (node->constant) constants = static_cast<std::uint8_t>(constants | 1U << i);
-    idempotent = idempotent && node->real == nullptr && node->type == GetType(arguments[0]) &&
-                 std::find(arguments, arguments + i, arguments[i]) == arguments + i;
+    checked = checked && wanted != nullptr;
   }
 
   const Arena::Mark mark = mArena.GetMark();
@@ -165,7 +165,7 @@ int ZULTaVoNetwork::AddConstraint(const ZULTaVoConstraintDescriptor* type,
   constraint->ChangePriority(nullptr, type->GetPriority());
   const auto link = static_cast<std::uint32_t>(mLinks.size());
   if (!Append(mLinks, {constraint, copied, kNone, static_cast<std::uint8_t>(count), constants,
-                       QueueFor(constraint->GetPriority()), false, idempotent})) {
+                       QueueFor(constraint->GetPriority()), false, checked, false, false})) {
     constraint->~ZULTaVoConstraint();
     mArena.Release(mark);
     return 0;
@@ -173,9 +173,23 @@ int ZULTaVoNetwork::AddConstraint(const ZULTaVoConstraintDescriptor* type,
   for (unsigned int i = 0; i < count; ++i)
     if (std::find(copied, copied + i, copied[i]) == copied + i && !Depend(*NodeOf(copied[i]), link))
       return 0;
+  Spare(mLinks[link], type->GetFlags());
   constraint->Activate(this);
   Schedule(link);
   return 1;
+}
+
+/// Works out which calls the constraint can be spared with these arguments.
+void ZULTaVoNetwork::Spare(Link& link, int flags) {
+  const bool relation = (flags & ZULTaVoConstraintDescriptor::kRelation) != 0 && link.count > 2 &&
+                        link.arguments[0] == link.arguments[link.count - 1];
+  link.waits = relation && (flags & ZULTaVoConstraintDescriptor::kWaitsForSingleValue) != 0;
+  link.idempotent = relation || (flags & ZULTaVoConstraintDescriptor::kIdempotent) != 0;
+  ZULTaVoObject** const end = link.arguments + link.count - (relation ? 1 : 0);
+  for (ZULTaVoObject** at = link.arguments; at != end && link.idempotent; ++at)
+    link.idempotent = NodeOf(*at)->real == nullptr &&
+                      NodeOf(*at)->type == NodeOf(link.arguments[0])->type &&
+                      std::find(link.arguments, at, *at) == at;
 }
 
 /// Enters the link in the node's list of dependents, at its end.
@@ -289,11 +303,20 @@ void ZULTaVoNetwork::PropagateValue(const ZULTaVoObject* object) {
   const bool running = mRunning != kNoLink;
   if (running) ++mStatistics.narrowings;
   if (!WorthPropagating(*node) && running) return;
+  const bool single = IsSingleValue(*node->Object());
   for (std::uint32_t edge = node->firstEdge; edge != kNone; edge = mEdges[edge].next) {
     const std::uint32_t link = mEdges[edge].link;
     if (!running) Wake(link, object);
-    if (link != mRunning || !mLinks[link].idempotent) Schedule(link);
+    const bool spared = (mLinks[link].waits && !single && !HasSingleArgument(mLinks[link])) ||
+                        (link == mRunning && mLinks[link].idempotent);
+    if (!spared) Schedule(link);
   }
+}
+
+bool ZULTaVoNetwork::HasSingleArgument(const Link& link) const {
+  return std::any_of(link.arguments, link.arguments + link.count, [](const ZULTaVoObject* object) {
+    return IsSingleValue(*static_cast<const ZULTaVoAny*>(object));
+  });
 }
 
 /// A change from outside ends the passivity of a constraint.
@@ -343,7 +366,8 @@ void ZULTaVoNetwork::ClearQueue() {
 
 int ZULTaVoNetwork::RunFilter(std::uint32_t index) {
   const Link link = mLinks[index];  // a filter may add constraints, which moves the list
-  const ZULTaVoObjectEnvironment environment(this, link.arguments, link.count, link.constants);
+  const ZULTaVoObjectEnvironment environment(this, link.arguments, link.count, link.constants,
+                                             link.checked);
   const std::size_t saved = mTrail.size();
   if (!mLevels.empty())
     for (unsigned int i = 0; i < link.count; ++i) Save(*NodeOf(link.arguments[i]));

@@ -102,7 +102,9 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
     std::uint8_t constants;
     std::uint8_t queue;
     bool queued;
-    bool idempotent;
+    bool checked;     // its arguments match its descriptor
+    bool idempotent;  // its own changes need not call it again
+    bool waits;       // it can do nothing before an argument is a single value
   };
   struct Edge {
     std::uint32_t link;
@@ -129,10 +131,12 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   bool Depend(Node& node, std::uint32_t link);
 
   std::uint8_t QueueFor(unsigned short priority);
+  void Spare(Link& link, int flags);
   void Schedule(std::uint32_t link);
   void Unschedule(std::uint32_t link);
   bool TakeNext(std::uint32_t& link);
   void ClearQueue();
+  bool HasSingleArgument(const Link& link) const;
   void Wake(std::uint32_t link, const ZULTaVoObject* object);
   bool WorthPropagating(Node& node) const;
   int RunFilter(std::uint32_t link);

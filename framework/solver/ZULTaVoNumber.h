@@ -9,7 +9,9 @@ class ZULTaVoInteger;
 class ZULTAV_TYPES_API ZULTaVoNumber : public ZULTaVoScalar {
  public:
   using ZULTaVoScalar::ZULTaVoScalar;
-  int IsDerivedFrom(const char* id) const override;
+  int IsDerivedFrom(const char* id) const override {
+    return id == sIdent || ZULTaVoScalar::IsDerivedFrom(id);
+  }
 
   virtual int CalcZeroValue() = 0;
   virtual int CalcOneValue() = 0;

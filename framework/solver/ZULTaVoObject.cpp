@@ -10,8 +10,6 @@ const char* const ZULTaVoObject::sIdent = kIdent;
 
 ZULTaVoObject::~ZULTaVoObject() = default;
 
-int ZULTaVoObject::IsDerivedFrom(const char* id) const { return id == sIdent; }
-
 int ZULTaVoObject::Activate(ZULTaVoNetwork*) { return 0; }
 
 int ZULTaVoObject::ActivateByArgument(unsigned int, int, ZULTaVoNetwork*) { return 0; }

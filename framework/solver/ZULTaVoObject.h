@@ -32,7 +32,7 @@ class ZULTAV_TYPES_API ZULTaVoObject : public ZULStreamable, public ZULTaVoBase 
   using ZULTaVoBase::operator delete;
 
   /// 1 when `id` is the very pointer of this class's or a base class's identity, else 0.
-  virtual int IsDerivedFrom(const char* id) const;
+  virtual int IsDerivedFrom(const char* id) const { return id == sIdent; }
   virtual const ZULTaVoObjectDescriptor* GetDescriptor() const = 0;
   /// Called when the object joins a network. Answers 1 when that changed something.
   virtual int Activate(ZULTaVoNetwork* network);

@@ -11,9 +11,14 @@ class ZULTaVoObject;
 class ZULTAV_TYPES_API ZULTaVoObjectEnvironment {
  public:
   /// @param constants  bit i is set when argument i is a constant
+  /// @param checked    the arguments are known to match the constraint's descriptor
   ZULTaVoObjectEnvironment(ZULTaVoNetwork* network, ZULTaVoObject* const* arguments,
-                           unsigned int count, unsigned int constants = 0)
-      : mNetwork(network), mArguments(arguments), mCount(count), mConstants(constants) {}
+                           unsigned int count, unsigned int constants = 0, bool checked = false)
+      : mNetwork(network),
+        mArguments(arguments),
+        mCount(count),
+        mConstants(constants),
+        mChecked(checked) {}
 
   /// The argument, or null when there is none at this position.
   ZULTaVoObject* GetArgument(unsigned int position) const {
@@ -23,12 +28,14 @@ class ZULTAV_TYPES_API ZULTaVoObjectEnvironment {
   /// 1 when the object is an argument that no constraint may narrow by itself, else 0.
   int IsArgumentConstant(const ZULTaVoObject* object) const;
   ZULTaVoNetwork* GetNetwork() const { return mNetwork; }
+  bool AreArgumentsChecked() const { return mChecked; }
 
  private:
   ZULTaVoNetwork* mNetwork;
   ZULTaVoObject* const* mArguments;
   unsigned int mCount;
   unsigned int mConstants;
+  bool mChecked;
 };
 
 #endif

@@ -7,7 +7,9 @@
 class ZULTAV_TYPES_API ZULTaVoReal : public ZULTaVoNumber {
  public:
   using ZULTaVoNumber::ZULTaVoNumber;
-  int IsDerivedFrom(const char* id) const override;
+  int IsDerivedFrom(const char* id) const override {
+    return id == sIdent || ZULTaVoNumber::IsDerivedFrom(id);
+  }
 
   double GetRelativeWidth(double scale) const override;
   int CalcUnequalValue(const ZULTaVoAny& y) override;

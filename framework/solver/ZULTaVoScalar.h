@@ -7,7 +7,9 @@
 class ZULTAV_TYPES_API ZULTaVoScalar : public ZULTaVoAny {
  public:
   using ZULTaVoAny::ZULTaVoAny;
-  int IsDerivedFrom(const char* id) const override;
+  int IsDerivedFrom(const char* id) const override {
+    return id == sIdent || ZULTaVoAny::IsDerivedFrom(id);
+  }
 
   using ZULTaVoAny::CalcMaxValue;
   using ZULTaVoAny::CalcMinValue;
