@@ -1,5 +1,6 @@
 #include "numbers/io/ValueReader.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -151,7 +152,8 @@ struct Bounds {
 };
 
 /// An interval in brackets, or a number or word, which is one point, the full range or nothing.
-/// Nothing as well, with the stream's fail state set, for any other text.
+/// Nothing as well, with the stream's fail state set, for any other text. A number beyond the
+/// limits is the limit, which stands for all that lies beyond.
 template <class T>
 Bounds<T> ReadBounds(std::istream& in) {
   const T min = WordValue(kMinWord, T{});
@@ -161,14 +163,14 @@ Bounds<T> ReadBounds(std::istream& in) {
     const T value = ReadValue<T>(in, code);
     if (value == WordValue(kAnyWord, T{})) return {min, max};
     if (value == WordValue(kNilWord, T{})) return {max, min};
-    return {value, value};
+    return {std::clamp(value, min, max), std::clamp(value, min, max)};
   }
-  Bounds<T> bounds{};
-  bounds.lower = ReadBound<T>(in);
+  const T lower = std::clamp(ReadBound<T>(in), min, max);
   TakeMark(in, ',');
-  bounds.upper = ReadBound<T>(in);
+  const T upper = std::clamp(ReadBound<T>(in), min, max);
   TakeMark(in, ']');
-  return in.fail() || bounds.lower > bounds.upper ? Bounds<T>{max, min} : bounds;
+  if (in.fail() || lower > upper) return {max, min};
+  return {lower, upper};
 }
 
 }  // namespace
