@@ -152,7 +152,10 @@ SubdefReal Solve(RealInterval z, const SubdefReal& x) {
   if (!inside.IsEmpty() && !z.IsEmpty()) {
     const Solution first = First<F>(z, inside.lower);
     const Solution last = Last<F>(z, inside.upper);
-    if (first.piece <= last.piece) result = result.mf_Union({first.bound, last.bound});
+    // Zero, the one double where pieces (of cosine) meet, belongs to the later one from the left
+    // and to the earlier one from the right.
+    const bool isPoint = inside.IsScalar() && first.bound == last.bound;
+    if (first.piece <= last.piece || isPoint) result = result.mf_Union({first.bound, last.bound});
   }
   if (x.IsEmpty() || result.IsEmpty()) {
     SDRaiseError();
