@@ -16,6 +16,9 @@ ZULStreamableClass rZULTavIntervalInteger = ZULTavIntervalInteger::MakeRecord();
 
 namespace {
 
+using Interval = ZULTavIntervalInteger;
+using Single = ZULTavSingleInteger;
+
 SubIntBase Bound(long value) {
   const long limit = SubdefInt::sMaxValue;
   if (value == limit + 1 || value == -limit - 1) return value;
@@ -243,7 +246,7 @@ int ZULTavIntervalInteger::CalcMaxValue() {
 int ZULTavIntervalInteger::CalcZeroValue() { return NarrowTo(mSet, SubdefInt(0, 0)); }
 int ZULTavIntervalInteger::CalcOneValue() { return NarrowTo(mSet, SubdefInt(1, 1)); }
 
-int ZULTavIntervalInteger::CalcLessOrEqualValue(const ZULTavIntervalInteger& y) {
+int ZULTavIntervalInteger::CalcLessOrEqualValue(const Interval& y) {
   return NarrowBound(mSet, y.mSet, [](SubdefInt& x, const SubdefInt& bound) {
     if (x.upper <= bound.upper) return 0;
     x.upper = bound.upper;
@@ -251,7 +254,7 @@ int ZULTavIntervalInteger::CalcLessOrEqualValue(const ZULTavIntervalInteger& y) 
   });
 }
 
-int ZULTavIntervalInteger::CalcInverseLessOrEqualValue(ZULTavIntervalInteger& y) const {
+int ZULTavIntervalInteger::CalcInverseLessOrEqualValue(Interval& y) const {
   return NarrowBound(y.mSet, mSet, [](SubdefInt& x, const SubdefInt& bound) {
     if (x.lower >= bound.lower) return 0;
     x.lower = bound.lower;
@@ -259,7 +262,7 @@ int ZULTavIntervalInteger::CalcInverseLessOrEqualValue(ZULTavIntervalInteger& y)
   });
 }
 
-int ZULTavIntervalInteger::CalcLessValue(const ZULTavIntervalInteger& y) {
+int ZULTavIntervalInteger::CalcLessValue(const Interval& y) {
   return NarrowBound(mSet, y.mSet, [](SubdefInt& x, const SubdefInt& bound) {
     if (x.upper < bound.upper) return 0;
     x.upper = SubIntBase::base_minus(bound.upper, 1);
@@ -267,7 +270,7 @@ int ZULTavIntervalInteger::CalcLessValue(const ZULTavIntervalInteger& y) {
   });
 }
 
-int ZULTavIntervalInteger::CalcInverseLessValue(ZULTavIntervalInteger& y) const {
+int ZULTavIntervalInteger::CalcInverseLessValue(Interval& y) const {
   return NarrowBound(y.mSet, mSet, [](SubdefInt& x, const SubdefInt& bound) {
     if (x.lower > bound.lower) return 0;
     x.lower = SubIntBase::base_plus(bound.lower, 1);
@@ -275,7 +278,7 @@ int ZULTavIntervalInteger::CalcInverseLessValue(ZULTavIntervalInteger& y) const 
   });
 }
 
-int ZULTavIntervalInteger::CalcNextValue(const ZULTavIntervalInteger& y) {
+int ZULTavIntervalInteger::CalcNextValue(const Interval& y) {
   return Narrow(
       mSet,
       [](const SubdefInt& set) {
@@ -284,7 +287,7 @@ int ZULTavIntervalInteger::CalcNextValue(const ZULTavIntervalInteger& y) {
       y.mSet);
 }
 
-int ZULTavIntervalInteger::CalcInverseNextValue(ZULTavIntervalInteger& y) const {
+int ZULTavIntervalInteger::CalcInverseNextValue(Interval& y) const {
   return Narrow(
       y.mSet,
       [](const SubdefInt& set) {
@@ -293,21 +296,21 @@ int ZULTavIntervalInteger::CalcInverseNextValue(ZULTavIntervalInteger& y) const 
       mSet);
 }
 
-int ZULTavIntervalInteger::CalcAbsoluteValue(const ZULTavIntervalInteger& y) {
+int ZULTavIntervalInteger::CalcAbsoluteValue(const Interval& y) {
   return Narrow(mSet, &IntegerInterval::mf_Abs, y.mSet);
 }
 
-int ZULTavIntervalInteger::CalcInverseAbsoluteValue(ZULTavIntervalInteger& y) const {
+int ZULTavIntervalInteger::CalcInverseAbsoluteValue(Interval& y) const {
   return Narrow(
       y.mSet, [](const SubdefInt& z, const SubdefInt& x) { return InverseAbs(z, x); }, mSet,
       y.mSet);
 }
 
-int ZULTavIntervalInteger::CalcNegativeValue(const ZULTavIntervalInteger& y) {
+int ZULTavIntervalInteger::CalcNegativeValue(const Interval& y) {
   return Narrow(mSet, &IntegerInterval::mf_Neg, y.mSet);
 }
 
-int ZULTavIntervalInteger::CalcInverseNegativeValue(ZULTavIntervalInteger& y) const {
+int ZULTavIntervalInteger::CalcInverseNegativeValue(Interval& y) const {
   return Narrow(y.mSet, &IntegerInterval::mf_Neg, mSet);
 }
 
@@ -323,66 +326,54 @@ int ZULTavIntervalInteger::CalcSignumValue(ZULTaVoInteger& sign) const {
 int ZULTavIntervalInteger::CalcInverseSignumValue(const ZULTaVoInteger& sign) {
   if (IsNil()) return 0;
   if (sign.IsNil()) return StoreEmpty(mSet);
-  const auto allows = [&](int value) { return sign.IsIntersected(ZULTavSingleInteger(value)); };
+  const auto allows = [&](int value) { return sign.IsIntersected(Single(value)); };
   const bool negative = allows(-1), zero = allows(0), positive = allows(1);
   if (negative && positive && !zero) return RemoveExactValue(0);
   const long limit = SubdefInt::sMaxValue;
-  return NarrowTo(mSet, SubdefInt(negative ? -limit
-                                  : zero   ? 0
-                                           : 1,
-                                  positive ? limit
-                                  : zero   ? 0
-                                           : -1));
+  const long lower = negative ? -limit : !zero;
+  const long upper = positive ? limit : -!zero;
+  return NarrowTo(mSet, SubdefInt(lower, upper));
 }
 
-int ZULTavIntervalInteger::CalcMinValue(const ZULTavIntervalInteger& a,
-                                        const ZULTavIntervalInteger& b) {
+int ZULTavIntervalInteger::CalcMinValue(const Interval& a, const Interval& b) {
   return Narrow(mSet, &IntegerInterval::mf_Min, a.mSet, b.mSet);
 }
 
-int ZULTavIntervalInteger::CalcFirstInverseMinValue(ZULTavIntervalInteger& a,
-                                                    const ZULTavIntervalInteger& b) const {
+int ZULTavIntervalInteger::CalcFirstInverseMinValue(Interval& a, const Interval& b) const {
   return Narrow(
       a.mSet, [](const SubdefInt& z, const SubdefInt& y) { return InverseMin(z, y); }, mSet,
       b.mSet);
 }
 
-int ZULTavIntervalInteger::CalcMaxValue(const ZULTavIntervalInteger& a,
-                                        const ZULTavIntervalInteger& b) {
+int ZULTavIntervalInteger::CalcMaxValue(const Interval& a, const Interval& b) {
   return Narrow(mSet, &IntegerInterval::mf_Max, a.mSet, b.mSet);
 }
 
-int ZULTavIntervalInteger::CalcFirstInverseMaxValue(ZULTavIntervalInteger& a,
-                                                    const ZULTavIntervalInteger& b) const {
+int ZULTavIntervalInteger::CalcFirstInverseMaxValue(Interval& a, const Interval& b) const {
   return Narrow(
       a.mSet, [](const SubdefInt& z, const SubdefInt& y) { return InverseMax(z, y); }, mSet,
       b.mSet);
 }
 
-int ZULTavIntervalInteger::CalcSumValue(const ZULTavIntervalInteger& a,
-                                        const ZULTavIntervalInteger& b) {
+int ZULTavIntervalInteger::CalcSumValue(const Interval& a, const Interval& b) {
   return Narrow(mSet, &IntegerInterval::AddIntToInt, a.mSet, b.mSet);
 }
 
-int ZULTavIntervalInteger::CalcFirstInverseSumValue(ZULTavIntervalInteger& a,
-                                                    const ZULTavIntervalInteger& b) const {
+int ZULTavIntervalInteger::CalcFirstInverseSumValue(Interval& a, const Interval& b) const {
   return Narrow(a.mSet, &IntegerInterval::SubIntFromInt, mSet, b.mSet);
 }
 
-int ZULTavIntervalInteger::CalcProdValue(const ZULTavIntervalInteger& a,
-                                         const ZULTavIntervalInteger& b) {
+int ZULTavIntervalInteger::CalcProdValue(const Interval& a, const Interval& b) {
   return Narrow(mSet, &IntegerInterval::MultIntByInt, a.mSet, b.mSet);
 }
 
-int ZULTavIntervalInteger::CalcFirstInverseProdValue(ZULTavIntervalInteger& a,
-                                                     const ZULTavIntervalInteger& b) const {
+int ZULTavIntervalInteger::CalcFirstInverseProdValue(Interval& a, const Interval& b) const {
   return Narrow(
       a.mSet, [](const SubdefInt& z, const SubdefInt& y) { return z.DivIntByInt(y, 0); }, mSet,
       b.mSet);
 }
 
-int ZULTavIntervalInteger::CalcModValue(const ZULTavIntervalInteger& a,
-                                        const ZULTavIntervalInteger& b) {
+int ZULTavIntervalInteger::CalcModValue(const Interval& a, const Interval& b) {
   return Narrow(
       mSet,
       [](SubdefInt r, const SubdefInt& x, const SubdefInt& y) {
@@ -392,8 +383,7 @@ int ZULTavIntervalInteger::CalcModValue(const ZULTavIntervalInteger& a,
       mSet, a.mSet, b.mSet);
 }
 
-int ZULTavIntervalInteger::CalcFirstInverseModValue(ZULTavIntervalInteger& a,
-                                                    const ZULTavIntervalInteger& b) const {
+int ZULTavIntervalInteger::CalcFirstInverseModValue(Interval& a, const Interval& b) const {
   return Narrow(
       a.mSet,
       [](const SubdefInt& x, const SubdefInt& y, const SubdefInt& r) {
@@ -403,8 +393,7 @@ int ZULTavIntervalInteger::CalcFirstInverseModValue(ZULTavIntervalInteger& a,
       a.mSet, b.mSet, mSet);
 }
 
-int ZULTavIntervalInteger::CalcSecondInverseModValue(const ZULTavIntervalInteger& a,
-                                                     ZULTavIntervalInteger& b) const {
+int ZULTavIntervalInteger::CalcSecondInverseModValue(const Interval& a, Interval& b) const {
   return Narrow(
       b.mSet,
       [](const SubdefInt& x, const SubdefInt& y, const SubdefInt& r) -> IntegerInterval {
@@ -415,8 +404,7 @@ int ZULTavIntervalInteger::CalcSecondInverseModValue(const ZULTavIntervalInteger
       a.mSet, b.mSet, mSet);
 }
 
-int ZULTavIntervalInteger::CalcPowerValue(const ZULTavIntervalInteger& a,
-                                          const ZULTavIntervalInteger& b) {
+int ZULTavIntervalInteger::CalcPowerValue(const Interval& a, const Interval& b) {
   return Narrow(
       mSet,
       [](const SubdefInt& x, const SubdefInt& n) {
@@ -425,8 +413,7 @@ int ZULTavIntervalInteger::CalcPowerValue(const ZULTavIntervalInteger& a,
       a.mSet, b.mSet);
 }
 
-int ZULTavIntervalInteger::CalcFirstInversePowerValue(ZULTavIntervalInteger& a,
-                                                      const ZULTavIntervalInteger& b) const {
+int ZULTavIntervalInteger::CalcFirstInversePowerValue(Interval& a, const Interval& b) const {
   return Narrow(
       a.mSet,
       [](const SubdefInt& z, const SubdefInt& x, const SubdefInt& n) {
@@ -435,8 +422,7 @@ int ZULTavIntervalInteger::CalcFirstInversePowerValue(ZULTavIntervalInteger& a,
       mSet, a.mSet, b.mSet);
 }
 
-int ZULTavIntervalInteger::CalcSecondInversePowerValue(const ZULTavIntervalInteger& a,
-                                                       ZULTavIntervalInteger& b) const {
+int ZULTavIntervalInteger::CalcSecondInversePowerValue(const Interval& a, Interval& b) const {
   return Narrow(
       b.mSet,
       [](const SubdefInt& z, const SubdefInt& x, const SubdefInt& n) {
@@ -448,201 +434,193 @@ int ZULTavIntervalInteger::CalcSecondInversePowerValue(const ZULTavIntervalInteg
 // Slots and overloads for a mix of classes: the typed operations through their dispatch ----------
 
 int ZULTavIntervalInteger::CalcEqualValue(const ZULTaVoAny& y) {
-  return CallForward(*this, &ZULTavIntervalInteger::CalcEqualValue, y);
+  return CallForward(*this, &Interval::CalcEqualValue, y);
 }
 
 int ZULTavIntervalInteger::CalcInverseEqualValue(ZULTaVoAny& y) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcInverseEqualValue, y);
+  return CallInverse(*this, &Interval::CalcInverseEqualValue, y);
 }
 
-int ZULTavIntervalInteger::CalcInverseEqualValue(ZULTavSingleInteger& y) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcInverseEqualValue, y);
+int ZULTavIntervalInteger::CalcInverseEqualValue(Single& y) const {
+  return CallInverse(*this, &Interval::CalcInverseEqualValue, y);
 }
 
 int ZULTavIntervalInteger::CalcLessOrEqualValue(const ZULTaVoAny& y) {
-  return CallForward(*this, &ZULTavIntervalInteger::CalcLessOrEqualValue, y);
+  return CallForward(*this, &Interval::CalcLessOrEqualValue, y);
 }
 
 int ZULTavIntervalInteger::CalcInverseLessOrEqualValue(ZULTaVoAny& y) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcInverseLessOrEqualValue, y);
+  return CallInverse(*this, &Interval::CalcInverseLessOrEqualValue, y);
 }
 
-int ZULTavIntervalInteger::CalcInverseLessOrEqualValue(ZULTavSingleInteger& y) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcInverseLessOrEqualValue, y);
+int ZULTavIntervalInteger::CalcInverseLessOrEqualValue(Single& y) const {
+  return CallInverse(*this, &Interval::CalcInverseLessOrEqualValue, y);
 }
 
 int ZULTavIntervalInteger::CalcLessValue(const ZULTaVoScalar& y) {
-  return CallForward(*this, &ZULTavIntervalInteger::CalcLessValue, y);
+  return CallForward(*this, &Interval::CalcLessValue, y);
 }
 
 int ZULTavIntervalInteger::CalcInverseLessValue(ZULTaVoScalar& y) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcInverseLessValue, y);
+  return CallInverse(*this, &Interval::CalcInverseLessValue, y);
 }
 
-int ZULTavIntervalInteger::CalcInverseLessValue(ZULTavSingleInteger& y) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcInverseLessValue, y);
+int ZULTavIntervalInteger::CalcInverseLessValue(Single& y) const {
+  return CallInverse(*this, &Interval::CalcInverseLessValue, y);
 }
 
 int ZULTavIntervalInteger::CalcNotLessValue(const ZULTaVoScalar& y) {
-  return CallForward(*this, &ZULTavIntervalInteger::CalcNotLessValue, y);
+  return CallForward(*this, &Interval::CalcNotLessValue, y);
 }
 
 int ZULTavIntervalInteger::CalcInverseNotLessValue(ZULTaVoScalar& y) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcInverseNotLessValue, y);
+  return CallInverse(*this, &Interval::CalcInverseNotLessValue, y);
 }
 
-int ZULTavIntervalInteger::CalcInverseNotLessValue(ZULTavSingleInteger& y) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcInverseNotLessValue, y);
+int ZULTavIntervalInteger::CalcInverseNotLessValue(Single& y) const {
+  return CallInverse(*this, &Interval::CalcInverseNotLessValue, y);
 }
 
 int ZULTavIntervalInteger::CalcNotLessAndUnequalValue(const ZULTaVoAny& y) {
-  return CallForward(*this, &ZULTavIntervalInteger::CalcNotLessAndUnequalValue, y);
+  return CallForward(*this, &Interval::CalcNotLessAndUnequalValue, y);
 }
 
 int ZULTavIntervalInteger::CalcInverseNotLessAndUnequalValue(ZULTaVoAny& y) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcInverseNotLessAndUnequalValue, y);
+  return CallInverse(*this, &Interval::CalcInverseNotLessAndUnequalValue, y);
 }
 
-int ZULTavIntervalInteger::CalcInverseNotLessAndUnequalValue(ZULTavSingleInteger& y) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcInverseNotLessAndUnequalValue, y);
+int ZULTavIntervalInteger::CalcInverseNotLessAndUnequalValue(Single& y) const {
+  return CallInverse(*this, &Interval::CalcInverseNotLessAndUnequalValue, y);
 }
 
 int ZULTavIntervalInteger::CalcNextValue(const ZULTaVoScalar& y) {
-  return CallForward(*this, &ZULTavIntervalInteger::CalcNextValue, y);
+  return CallForward(*this, &Interval::CalcNextValue, y);
 }
 
 int ZULTavIntervalInteger::CalcInverseNextValue(ZULTaVoScalar& y) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcInverseNextValue, y);
+  return CallInverse(*this, &Interval::CalcInverseNextValue, y);
 }
 
-int ZULTavIntervalInteger::CalcInverseNextValue(ZULTavSingleInteger& y) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcInverseNextValue, y);
+int ZULTavIntervalInteger::CalcInverseNextValue(Single& y) const {
+  return CallInverse(*this, &Interval::CalcInverseNextValue, y);
 }
 
 int ZULTavIntervalInteger::CalcAbsoluteValue(const ZULTaVoNumber& y) {
-  return CallForward(*this, &ZULTavIntervalInteger::CalcAbsoluteValue, y);
+  return CallForward(*this, &Interval::CalcAbsoluteValue, y);
 }
 
 int ZULTavIntervalInteger::CalcInverseAbsoluteValue(ZULTaVoNumber& y) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcInverseAbsoluteValue, y);
+  return CallInverse(*this, &Interval::CalcInverseAbsoluteValue, y);
 }
 
-int ZULTavIntervalInteger::CalcInverseAbsoluteValue(ZULTavSingleInteger& y) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcInverseAbsoluteValue, y);
+int ZULTavIntervalInteger::CalcInverseAbsoluteValue(Single& y) const {
+  return CallInverse(*this, &Interval::CalcInverseAbsoluteValue, y);
 }
 
 int ZULTavIntervalInteger::CalcNegativeValue(const ZULTaVoNumber& y) {
-  return CallForward(*this, &ZULTavIntervalInteger::CalcNegativeValue, y);
+  return CallForward(*this, &Interval::CalcNegativeValue, y);
 }
 
 int ZULTavIntervalInteger::CalcInverseNegativeValue(ZULTaVoNumber& y) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcInverseNegativeValue, y);
+  return CallInverse(*this, &Interval::CalcInverseNegativeValue, y);
 }
 
-int ZULTavIntervalInteger::CalcInverseNegativeValue(ZULTavSingleInteger& y) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcInverseNegativeValue, y);
+int ZULTavIntervalInteger::CalcInverseNegativeValue(Single& y) const {
+  return CallInverse(*this, &Interval::CalcInverseNegativeValue, y);
 }
 
 int ZULTavIntervalInteger::CalcMinValue(const ZULTaVoScalar& a, const ZULTaVoScalar& b) {
-  return CallForward(*this, &ZULTavIntervalInteger::CalcMinValue, a, b);
+  return CallForward(*this, &Interval::CalcMinValue, a, b);
 }
 
 int ZULTavIntervalInteger::CalcFirstInverseMinValue(ZULTaVoScalar& a,
                                                     const ZULTaVoScalar& b) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcFirstInverseMinValue, a, b);
+  return CallInverse(*this, &Interval::CalcFirstInverseMinValue, a, b);
 }
 
-int ZULTavIntervalInteger::CalcFirstInverseMinValue(ZULTavSingleInteger& a,
-                                                    const ZULTavIntervalInteger& b) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcFirstInverseMinValue, a, b);
+int ZULTavIntervalInteger::CalcFirstInverseMinValue(Single& a, const Interval& b) const {
+  return CallInverse(*this, &Interval::CalcFirstInverseMinValue, a, b);
 }
 
 int ZULTavIntervalInteger::CalcMaxValue(const ZULTaVoScalar& a, const ZULTaVoScalar& b) {
-  return CallForward(*this, &ZULTavIntervalInteger::CalcMaxValue, a, b);
+  return CallForward(*this, &Interval::CalcMaxValue, a, b);
 }
 
 int ZULTavIntervalInteger::CalcFirstInverseMaxValue(ZULTaVoScalar& a,
                                                     const ZULTaVoScalar& b) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcFirstInverseMaxValue, a, b);
+  return CallInverse(*this, &Interval::CalcFirstInverseMaxValue, a, b);
 }
 
-int ZULTavIntervalInteger::CalcFirstInverseMaxValue(ZULTavSingleInteger& a,
-                                                    const ZULTavIntervalInteger& b) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcFirstInverseMaxValue, a, b);
+int ZULTavIntervalInteger::CalcFirstInverseMaxValue(Single& a, const Interval& b) const {
+  return CallInverse(*this, &Interval::CalcFirstInverseMaxValue, a, b);
 }
 
 int ZULTavIntervalInteger::CalcSumValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) {
-  return CallForward(*this, &ZULTavIntervalInteger::CalcSumValue, a, b);
+  return CallForward(*this, &Interval::CalcSumValue, a, b);
 }
 
 int ZULTavIntervalInteger::CalcFirstInverseSumValue(ZULTaVoNumber& a,
                                                     const ZULTaVoNumber& b) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcFirstInverseSumValue, a, b);
+  return CallInverse(*this, &Interval::CalcFirstInverseSumValue, a, b);
 }
 
-int ZULTavIntervalInteger::CalcFirstInverseSumValue(ZULTavSingleInteger& a,
-                                                    const ZULTavIntervalInteger& b) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcFirstInverseSumValue, a, b);
+int ZULTavIntervalInteger::CalcFirstInverseSumValue(Single& a, const Interval& b) const {
+  return CallInverse(*this, &Interval::CalcFirstInverseSumValue, a, b);
 }
 
 int ZULTavIntervalInteger::CalcProdValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) {
-  return CallForward(*this, &ZULTavIntervalInteger::CalcProdValue, a, b);
+  return CallForward(*this, &Interval::CalcProdValue, a, b);
 }
 
 int ZULTavIntervalInteger::CalcFirstInverseProdValue(ZULTaVoNumber& a,
                                                      const ZULTaVoNumber& b) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcFirstInverseProdValue, a, b);
+  return CallInverse(*this, &Interval::CalcFirstInverseProdValue, a, b);
 }
 
-int ZULTavIntervalInteger::CalcFirstInverseProdValue(ZULTavSingleInteger& a,
-                                                     const ZULTavIntervalInteger& b) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcFirstInverseProdValue, a, b);
+int ZULTavIntervalInteger::CalcFirstInverseProdValue(Single& a, const Interval& b) const {
+  return CallInverse(*this, &Interval::CalcFirstInverseProdValue, a, b);
 }
 
 int ZULTavIntervalInteger::CalcModValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) {
-  return CallForward(*this, &ZULTavIntervalInteger::CalcModValue, a, b);
+  return CallForward(*this, &Interval::CalcModValue, a, b);
 }
 
 int ZULTavIntervalInteger::CalcFirstInverseModValue(ZULTaVoNumber& a,
                                                     const ZULTaVoNumber& b) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcFirstInverseModValue, a, b);
+  return CallInverse(*this, &Interval::CalcFirstInverseModValue, a, b);
 }
 
-int ZULTavIntervalInteger::CalcFirstInverseModValue(ZULTavSingleInteger& a,
-                                                    const ZULTavIntervalInteger& b) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcFirstInverseModValue, a, b);
+int ZULTavIntervalInteger::CalcFirstInverseModValue(Single& a, const Interval& b) const {
+  return CallInverse(*this, &Interval::CalcFirstInverseModValue, a, b);
 }
 
 int ZULTavIntervalInteger::CalcSecondInverseModValue(const ZULTaVoNumber& a,
                                                      ZULTaVoNumber& b) const {
-  return CallSecondInverse(*this, &ZULTavIntervalInteger::CalcSecondInverseModValue, a, b);
+  return CallSecondInverse(*this, &Interval::CalcSecondInverseModValue, a, b);
 }
 
-int ZULTavIntervalInteger::CalcSecondInverseModValue(const ZULTavIntervalInteger& a,
-                                                     ZULTavSingleInteger& b) const {
-  return CallSecondInverse(*this, &ZULTavIntervalInteger::CalcSecondInverseModValue, a, b);
+int ZULTavIntervalInteger::CalcSecondInverseModValue(const Interval& a, Single& b) const {
+  return CallSecondInverse(*this, &Interval::CalcSecondInverseModValue, a, b);
 }
 
 int ZULTavIntervalInteger::CalcPowerValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) {
-  return CallForward(*this, &ZULTavIntervalInteger::CalcPowerValue, a, b);
+  return CallForward(*this, &Interval::CalcPowerValue, a, b);
 }
 
-int ZULTavIntervalInteger::CalcPowerValue(const ZULTavSingleInteger& a,
-                                          const ZULTavIntervalInteger& b) {
-  return CallForward(*this, &ZULTavIntervalInteger::CalcPowerValue, a, b);
+int ZULTavIntervalInteger::CalcPowerValue(const Single& a, const Interval& b) {
+  return CallForward(*this, &Interval::CalcPowerValue, a, b);
 }
 
 int ZULTavIntervalInteger::CalcFirstInversePowerValue(ZULTaVoNumber& a,
                                                       const ZULTaVoNumber& b) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcFirstInversePowerValue, a, b);
+  return CallInverse(*this, &Interval::CalcFirstInversePowerValue, a, b);
 }
 
-int ZULTavIntervalInteger::CalcFirstInversePowerValue(ZULTavIntervalInteger& a,
-                                                      const ZULTavSingleInteger& b) const {
-  return CallInverse(*this, &ZULTavIntervalInteger::CalcFirstInversePowerValue, a, b);
+int ZULTavIntervalInteger::CalcFirstInversePowerValue(Interval& a, const Single& b) const {
+  return CallInverse(*this, &Interval::CalcFirstInversePowerValue, a, b);
 }
 
 int ZULTavIntervalInteger::CalcSecondInversePowerValue(const ZULTaVoNumber& a,
                                                        ZULTaVoNumber& b) const {
-  return CallSecondInverse(*this, &ZULTavIntervalInteger::CalcSecondInversePowerValue, a, b);
+  return CallSecondInverse(*this, &Interval::CalcSecondInversePowerValue, a, b);
 }
