@@ -37,6 +37,11 @@ class Step {
     return true;
   }
 
+  /// Tells that the constraint holds for all values that are left.
+  void Retire() const {
+    if (mNetwork != nullptr) mNetwork->Retire();
+  }
+
   /// Runs an inverse operation on x. A single value cannot be narrowed: the forward operation
   /// decides about it.
   template <class Operation>
@@ -159,6 +164,13 @@ bool Ternary(const Step& step, T& a0, T& a1, Any& a2) {
   return ImposeEqual(step, a0, a2) && Relation(step, a0, a1);
 }
 
+/// As Ternary; two values that have nothing in common any more stay unequal.
+bool TernaryUnequal(const Step& step, Any& a0, Any& a1, Any& a2) {
+  if (!Ternary<&ImposeUnequal>(step, a0, a1, a2)) return false;
+  if (&a0 == &a2 && !a0.IsIntersected(a1)) step.Retire();
+  return true;
+}
+
 /// a2 is the truth of `a0 relation a1`.
 template <auto Decision, auto Relation, auto Negation, class T>
 bool Reified(const Step& step, T& a0, T& a1, Boolean& a2) {
@@ -229,7 +241,7 @@ ZULTAVO_BODY(PiValue, 0, &Constant<&Real::CalcPiValue, Real>)
 ZULTAVO_BODY(EValue, 0, &Constant<&Real::CalcEValue, Real>)
 ZULTAVO_BODY(Equal, kOnce, &ImposeEqual)
 ZULTAVO_BODY(EqualTernary, kRelation, &Ternary<&ImposeEqual, Any>)
-ZULTAVO_BODY(UnequalTernary, kRelation | kWaits, &Ternary<&ImposeUnequal, Any>)
+ZULTAVO_BODY(UnequalTernary, kRelation | kWaits, &TernaryUnequal)
 ZULTAVO_BODY(LessOrEqualTernary, kRelation, &Ternary<&ImposeLessOrEqual, Any>)
 ZULTAVO_BODY(LessTernary, kRelation, &Ternary<&ImposeLess, Scalar>)
 ZULTAVO_BODY(BooleanEqual, 0, &Reified<&Any::CalcIsEqual, &ImposeEqual, &ImposeUnequal, Any>)

@@ -31,7 +31,7 @@ Bounds GetBounds(const ZULTaVoAny& x) {
 bool IsBoolean(const ZULTaVoAny& x) { return x.IsDerivedFrom(ZULTaVoBoolean::sIdent) != 0; }
 bool IsNumber(const ZULTaVoAny& x) { return x.IsDerivedFrom(ZULTaVoNumber::sIdent) != 0; }
 bool AreComparable(const ZULTaVoAny& x, const ZULTaVoAny& y) {
-  return IsBoolean(x) ? IsBoolean(y) : IsNumber(x) && IsNumber(y);
+  return IsNumber(x) ? IsNumber(y) : IsBoolean(x) && IsBoolean(y);
 }
 
 int Remove(ZULTaVoAny& x, double value) {
@@ -40,8 +40,7 @@ int Remove(ZULTaVoAny& x, double value) {
                ? integer->RemoveExactValue(static_cast<long>(value))
                : 0;
   if (auto* real = ZULTaVoCast<ZULTaVoReal>(&x)) return real->RemoveExactValue(value);
-  if (auto* boolean = ZULTaVoCast<ZULTaVoBoolean>(&x)) return boolean->RemoveExactValue(value != 0);
-  return 0;
+  return static_cast<ZULTaVoBoolean&>(x).RemoveExactValue(value != 0);
 }
 
 /// Narrows x for x <> y.
@@ -101,6 +100,7 @@ int DecideLess(const ZULTaVoScalar& x, const ZULTaVoScalar& y, ZULTaVoBoolean& t
 
 bool IsSingleValue(const ZULTaVoAny& x) {
   if (x.GetCardinality() != 1) return false;
+  if (x.IsDerivedFrom(ZULTaVoInteger::sIdent)) return true;
   const auto* real = ZULTaVoCast<ZULTaVoReal>(&x);  // a narrow interval counts as one value, too
   return real == nullptr || real->GetLowerBound() == real->GetUpperBound();
 }

@@ -135,7 +135,7 @@ const ZULTaVoObjectDescriptor* ZULTaVoNetwork::GetType(const ZULTaVoObject* obje
 std::size_t ZULTaVoNetwork::GetMemoryUsed() const {
   return mArena.GetBytes() + mTrailArena.GetBytes() + mNodes.capacity() * sizeof(Node*) +
          mLinks.capacity() * sizeof(Link) + mEdges.capacity() * sizeof(Edge) +
-         mTrail.capacity() * sizeof(Saved) + mLevels.capacity() * sizeof(std::size_t);
+         mTrail.capacity() * sizeof(Saved) + mLevels.capacity() * sizeof(Level);
 }
 
 int ZULTaVoNetwork::AddConstraint(const ZULTaVoConstraintDescriptor* type,
@@ -165,7 +165,7 @@ int ZULTaVoNetwork::AddConstraint(const ZULTaVoConstraintDescriptor* type,
   constraint->ChangePriority(nullptr, type->GetPriority());
   const auto link = static_cast<std::uint32_t>(mLinks.size());
   if (!Append(mLinks, {constraint, copied, kNone, static_cast<std::uint8_t>(count), constants,
-                       QueueFor(constraint->GetPriority()), false, checked, false, false})) {
+                       QueueFor(constraint->GetPriority()), false, checked, false, false, false})) {
     constraint->~ZULTaVoConstraint();
     mArena.Release(mark);
     return 0;
@@ -230,8 +230,12 @@ void ZULTaVoNetwork::MoveConstraint(const ZULTaVoConstraint* constraint) {
 }
 
 void ZULTaVoNetwork::Schedule(std::uint32_t index) {
+  const Link& link = mLinks[index];
+  if (!link.queued && !link.retired && !link.constraint->IsPassive()) Enqueue(index);
+}
+
+void ZULTaVoNetwork::Enqueue(std::uint32_t index) {
   Link& link = mLinks[index];
-  if (link.queued || link.constraint->IsPassive()) return;
   link.queued = true;
   link.next = kNone;
   Queue& queue = mQueues[link.queue];
@@ -263,8 +267,13 @@ bool ZULTaVoNetwork::TakeNext(std::uint32_t& index) {
 void ZULTaVoNetwork::ScheduleAll() {
   for (std::uint32_t i = 0; i < mLinks.size(); ++i) {
     mLinks[i].constraint->Reactivate();
-    Schedule(i);
+    if (!mLinks[i].queued) Enqueue(i);
   }
+}
+
+void ZULTaVoNetwork::Retire() {
+  if (mRunning == kNoLink || mLinks[mRunning].retired || !Append(mRetired, mRunning)) return;
+  mLinks[mRunning].retired = true;
 }
 
 /// Whether the domain has narrowed enough since it was last propagated.
@@ -321,7 +330,8 @@ bool ZULTaVoNetwork::HasSingleArgument(const Link& link) const {
 
 /// A change from outside ends the passivity of a constraint.
 void ZULTaVoNetwork::Wake(std::uint32_t index, const ZULTaVoObject* object) {
-  const Link& link = mLinks[index];
+  Link& link = mLinks[index];
+  if (mLevels.empty()) link.retired = false;  // outside of a search a value may have been widened
   const auto* at = std::find(link.arguments, link.arguments + link.count, object);
   link.constraint->ActivateByArgument(static_cast<unsigned int>(at - link.arguments), 0, this);
 }
@@ -369,8 +379,12 @@ int ZULTaVoNetwork::RunFilter(std::uint32_t index) {
   const ZULTaVoObjectEnvironment environment(this, link.arguments, link.count, link.constants,
                                              link.checked);
   const std::size_t saved = mTrail.size();
-  if (!mLevels.empty())
-    for (unsigned int i = 0; i < link.count; ++i) Save(*NodeOf(link.arguments[i]));
+  if (const auto depth = static_cast<std::uint32_t>(mLevels.size()); depth != 0)
+    for (unsigned int i = 0; i < link.count; ++i) {
+      Node& node = *NodeOf(link.arguments[i]);
+      node.narrowed = false;
+      if (node.depth != depth) Save(node);
+    }
   mRunning = index;
   const int answer = link.constraint->Filter(environment, 0);
   mRunning = kNoLink;
@@ -381,12 +395,12 @@ int ZULTaVoNetwork::RunFilter(std::uint32_t index) {
 
 // --- The trail --------------------------------------------------------------------------------
 
-void ZULTaVoNetwork::PushState() { mLevels.push_back(mTrail.size()); }
+void ZULTaVoNetwork::PushState() { mLevels.push_back({mTrail.size(), mRetired.size()}); }
 
 void ZULTaVoNetwork::PopState() {
   if (mLevels.empty()) return;
   ClearQueue();
-  while (mTrail.size() > mLevels.back()) {
+  while (mTrail.size() > mLevels.back().trail) {
     const Saved& saved = mTrail.back();
     saved.node->Object()->Assign(*saved.copy);
     saved.node->depth = saved.depth;
@@ -394,24 +408,24 @@ void ZULTaVoNetwork::PopState() {
     Forget(mTrail.size() - 1);
     mTrail.pop_back();
   }
+  for (; mRetired.size() > mLevels.back().retired; mRetired.pop_back())
+    mLinks[mRetired.back()].retired = false;
   mLevels.pop_back();
 }
 
 void ZULTaVoNetwork::SaveValue(ZULTaVoObject* object) {
-  if (Node* node = mLevels.empty() ? nullptr : FindNode(object)) Save(*node);
+  Node* node = mLevels.empty() ? nullptr : FindNode(object);
+  if (node != nullptr && node->depth != mLevels.size()) Save(*node);
 }
 
 void ZULTaVoNetwork::Save(Node& node) {
-  node.narrowed = false;
-  const auto depth = static_cast<std::uint32_t>(mLevels.size());
-  if (node.depth == depth) return;
   const Arena::Mark mark = mTrailArena.GetMark();
   void* place = mTrailArena.Allocate(node.type->GetObjectSize());
   if (place == nullptr) throw std::bad_alloc();
   node.type->InitObject(place, node.Object());
   auto* copy = static_cast<ZULTaVoAny*>(static_cast<ZULTaVoObject*>(place));
   mTrail.push_back({&node, copy, mark, node.depth});
-  node.depth = depth;
+  node.depth = static_cast<std::uint32_t>(mLevels.size());
 }
 
 /// Drops what a filter had the chance to change and left, down to the first change.

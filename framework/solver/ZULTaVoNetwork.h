@@ -62,10 +62,14 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   /// Tells that the object's value has narrowed: the constraints on it are scheduled. Called by
   /// filters for their arguments, and by whoever changes a value from outside.
   void PropagateValue(const ZULTaVoObject* object);
+  /// Called by a filter: the constraint holds for all combinations of the values that are left,
+  /// so that it need not run again before PopState brings values back.
+  void Retire();
   /// Schedules every constraint once more, whatever it knew.
   void ScheduleAll();
 
-  /// Opens a level: PopState brings every value back to what it was here.
+  /// Opens a level: PopState brings every value back to what it was here. Until then values may
+  /// only narrow.
   void PushState();
   void PopState();
   std::size_t GetDepth() const { return mLevels.size(); }
@@ -105,6 +109,7 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
     bool checked;     // its arguments match its descriptor
     bool idempotent;  // its own changes need not call it again
     bool waits;       // it can do nothing before an argument is a single value
+    bool retired;     // it holds for all values that are left at this level
   };
   struct Edge {
     std::uint32_t link;
@@ -122,6 +127,11 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
     std::uint32_t depth;  // at which the node was saved before
   };
 
+  /// How long the lists of what is to be undone were when the level was opened.
+  struct Level {
+    std::size_t trail;
+    std::size_t retired;
+  };
   static constexpr std::uint32_t kNoLink = 0xffffffff;
 
   static Node* NodeOf(const ZULTaVoObject* object);
@@ -133,6 +143,7 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   std::uint8_t QueueFor(unsigned short priority);
   void Spare(Link& link, int flags);
   void Schedule(std::uint32_t link);
+  void Enqueue(std::uint32_t link);
   void Unschedule(std::uint32_t link);
   bool TakeNext(std::uint32_t& link);
   void ClearQueue();
@@ -152,7 +163,8 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   std::vector<Edge> mEdges;
   std::vector<Queue> mQueues;
   std::vector<Saved> mTrail;
-  std::vector<std::size_t> mLevels;  // size of the trail when each level was opened
+  std::vector<Level> mLevels;
+  std::vector<std::uint32_t> mRetired;
   std::vector<std::uint32_t> mPassivated;
   std::uint32_t mRunning = kNoLink;
   double mFraction = 0.01;
