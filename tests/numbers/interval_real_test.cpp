@@ -1,0 +1,349 @@
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <new>
+
+#include "numbers/ZULTavIntervalReal.h"
+#include "numbers/ZULTavPositive.h"
+#include "numbers/ZULTavSingleBoolean.h"
+#include "tests/numbers/other_integer.h"
+#include "tests/numbers/point_solutions.h"
+
+namespace {
+
+using IR = ZULTavIntervalReal;
+using II = ZULTavIntervalInteger;
+using SI = ZULTavSingleInteger;
+using SR = ZULTavSingleReal;
+using points::Operation;
+using Set = RealInterval;
+
+constexpr double kMax = 1e19;
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+const Set kAny = {-kMax, kMax};
+const Set kNil = {kMax, -kMax};
+
+IR Interval(const Set& set) {
+  IR interval;
+  interval.SetSubdef(set);
+  return interval;
+}
+
+#define ORACLE(call)                                            \
+  [](mpfr_ptr r, mpfr_srcptr x, [[maybe_unused]] mpfr_srcptr y, \
+     [[maybe_unused]] mpfr_rnd_t rounding) { call; }
+
+// r is the lesser (greater) of two numbers, and by far so, or there is no solution.
+void FarBelow(mpfr_ptr r, mpfr_srcptr x, mpfr_srcptr y, mpfr_rnd_t rounding) {
+  mpfr_min(r, x, y, rounding);
+  const double number = mpfr_get_d(x, MPFR_RNDN);
+  if (number - mpfr_get_d(r, MPFR_RNDN) < 1e-5 * std::max(1.0, std::fabs(number))) mpfr_set_nan(r);
+}
+void FarAbove(mpfr_ptr r, mpfr_srcptr x, mpfr_srcptr y, mpfr_rnd_t rounding) {
+  mpfr_max(r, x, y, rounding);
+  const double number = mpfr_get_d(x, MPFR_RNDN);
+  if (mpfr_get_d(r, MPFR_RNDN) - number < 1e-5 * std::max(1.0, std::fabs(number))) mpfr_set_nan(r);
+}
+
+#define RELATION(name, oracle, Name)                                                              \
+  Operation {                                                                                     \
+    name, oracle, { NUMBER_CALL(Calc##Name##Value(x)), NUMBER_CALL(CalcInverse##Name##Value(x)) } \
+  }
+#define BINARY(name, call, Name)                                                              \
+  Operation {                                                                                 \
+    name, ORACLE(call), {                                                                     \
+      NUMBER_CALL(Calc##Name##Value(x, y)), NUMBER_CALL(CalcFirstInverse##Name##Value(x, y)), \
+          NUMBER_CALL(CalcFirstInverse##Name##Value(y, x))                                    \
+    }                                                                                         \
+  }
+
+const Operation kOperations[] = {BINARY("sum", mpfr_add(r, x, y, rounding), Sum),
+                                 BINARY("product", mpfr_mul(r, x, y, rounding), Prod),
+                                 BINARY("minimum", mpfr_min(r, x, y, rounding), Min),
+                                 BINARY("maximum", mpfr_max(r, x, y, rounding), Max),
+                                 RELATION("absolute", ORACLE(mpfr_abs(r, x, rounding)), Absolute),
+                                 RELATION("negative", ORACLE(mpfr_neg(r, x, rounding)), Negative),
+                                 RELATION("next", ORACLE(mpfr_add_d(r, x, 1e-6, rounding)), Next),
+                                 RELATION("=", ORACLE(mpfr_set(r, x, rounding)), Equal),
+                                 RELATION("<=", ORACLE(mpfr_min(r, x, y, rounding)), LessOrEqual),
+                                 RELATION(">=", ORACLE(mpfr_max(r, x, y, rounding)), NotLess),
+                                 RELATION("<", FarBelow, Less),
+                                 RELATION(">", FarAbove, NotLessAndUnequal)};
+
+TEST(IntervalRealTest, NoOperationLosesASolution) {
+  points::PointSolutions solutions;
+  for (const Operation& operation : kOperations) solutions.Check(operation, 4000);
+}
+
+/// An operation on `before` with the operand `x`, and what it leaves.
+struct Row {
+  Set before, x, after;
+  int answer;
+};
+
+template <class Call>
+void Check(const char* name, std::initializer_list<Row> rows, Call call) {
+  for (const auto& [before, x, after, answer] : rows) {
+    SCOPED_TRACE(testing::Message() << name << ": " << before << ", " << x);
+    IR target = Interval(before), operand = Interval(x);
+    EXPECT_EQ(call(target, operand), answer);
+    EXPECT_EQ(target.GetSubdef(), after);
+    EXPECT_EQ(SDCheckError(), 0);
+  }
+}
+#define TARGET(operation) [](IR& target, const IR& x) { return target.operation(x); }
+#define INVERSE(operation) [](IR& target, const IR& r) { return r.operation(target); }
+
+TEST(IntervalRealTest, RelationsHaveTheirTolerances) {
+  Check("<=",
+        {
+            {{0, 5},         {1, 3}, {0, 3},         1},
+            {{0, 3.0000005}, {1, 3}, {0, 3.0000005}, 0},
+            {{5, 6},         {1, 2}, {5, 2},         1}
+  },  // crossed bounds are Nil
+        TARGET(CalcLessOrEqualValue));
+  Check("<= inverse",
+        {
+            {{0, 5},         {1, 3}, {1, 5},         1},
+            {{0.9999995, 5}, {1, 3}, {0.9999995, 5}, 0}
+  },
+        INVERSE(CalcInverseLessOrEqualValue));
+  Check("<",
+        {
+            {{1, 1}, {1, 1 + 1e-14}, kNil,                    1},
+            {{0, 5}, {1, 3},         {0, 3 - 0.1 * 1e-6},     1},
+            {{0, 2}, {1, 3},         {0, 2},                  0},
+            {{3, 5}, {1, 3},         kNil,                    1},
+            {kAny,   {1, 1},         {-kMax, 1 - 0.1 * 1e-6}, 1},
+            {kAny,   kAny,           kAny,                    0},
+            {kNil,   {1, 2},         kNil,                    0},
+            {{0, 1}, {5, 3},         kNil,                    1}
+  },
+        TARGET(CalcLessValue));
+  Check("< inverse",
+        {
+            {{0, 5}, {1, 3}, {1 + 0.1 * 1e-6, 5}, 1},
+            {{1, 1}, {1, 1}, kNil,                1},
+            {{2, 5}, {1, 3}, {2, 5},              0}
+  },
+        INVERSE(CalcInverseLessValue));
+  Check(">",
+        {
+            {{0, 9}, {4, 4}, {4 + 0.1 * 1e-6, 9}, 1}
+  },
+        TARGET(CalcNotLessAndUnequalValue));
+}
+
+TEST(IntervalRealTest, ConstantsAndNilOperands) {
+  const std::pair<int (IR::*)(), Set> rows[] = {
+      {&IR::CalcPiValue,   {3.141592653489793, 3.141592653689793}},
+      {&IR::CalcEValue,    {2.718281828359045, 2.718281828559045}},
+      {&IR::CalcZeroValue, {0, 0}                                },
+      {&IR::CalcOneValue,  {1, 1}                                }
+  };
+  for (const auto& [operation, set] : rows) {
+    IR near = Interval({0, 10}), far = Interval({20, 30}), nil = Interval(kNil);
+    EXPECT_EQ((near.*operation)(), 1);
+    EXPECT_EQ(near.GetSubdef(), set);
+    EXPECT_EQ((far.*operation)(), 1);
+    EXPECT_TRUE(far.IsNil());
+    EXPECT_EQ((nil.*operation)(), 0);
+  }
+  IR any;
+  EXPECT_EQ(any.CalcMaxValue(), 1);
+  EXPECT_EQ(any.GetSubdef(), Set(kMax, kMax));
+  Check("sum with Nil",
+        {
+            {{0, 1}, {5, 3}, kNil, 1},
+            {kNil,   {5, 3}, kNil, 0}
+  },
+        [](IR& z, const IR& x) { return z.CalcSumValue(x, x); });
+}
+
+TEST(IntervalRealTest, SignsAreClosed) {
+  struct SignRow {
+    Set x, signs;
+    Set after;
+  };
+  for (const SignRow& row : {
+           SignRow{{-2, 5}, {-1, 0}, {-2, 0}},
+           SignRow{{-2, 5}, {0, 0},  {0, 0} },
+           SignRow{{-2, 5}, {1, 9},  {0, 5} },
+           SignRow{{-2, 5}, {2, 9},  kNil   },
+           SignRow{{-2, 5}, {1, 0},  kNil   }
+  }) {
+    SCOPED_TRACE(testing::Message() << row.x << ", " << row.signs);
+    IR x = Interval(row.x);
+    const II signs(static_cast<long>(row.signs.lower), static_cast<long>(row.signs.upper));
+    EXPECT_EQ(x.CalcInverseSignumValue(signs), 1);
+    EXPECT_EQ(x.GetSubdef(), row.after);
+  }
+  II signs;
+  EXPECT_EQ(Interval({-0.5, 0}).CalcSignumValue(signs), 1);
+  EXPECT_EQ(signs.GetSubdef(), IntegerInterval(-1, 0));
+  SI sign;
+  EXPECT_EQ(Interval({2, 5}).CalcSignumValue(sign), 1);
+  EXPECT_EQ(sign.GetValue(), 1);
+  EXPECT_EQ(Interval(kNil).CalcSignumValue(sign), 1);
+  EXPECT_TRUE(sign.IsNil());
+}
+
+TEST(IntervalRealTest, ConvertsAndWritesBack) {
+  struct WriteRow {
+    Set from;
+    double single, integer;  // what a single value that was Any holds then
+    Set integers;            // [-5, 5] narrowed
+  };
+  constexpr double kUnknown = 1e21, kNone = -1e21;
+  for (const WriteRow& row : {
+           WriteRow{{2, 2},                 2,         2,        {2, 2}},
+           WriteRow{{2.5, 2.5},             2.5,       kNone,    {1, 0}},
+           WriteRow{{1.5, 4.2},             kUnknown,  kUnknown, {2, 4}},
+           WriteRow{{2.9999999, 2.9999999}, 2.9999999, 3,        {1, 0}},
+           WriteRow{{3e9, 3e9},             3e9,       kUnknown, {1, 0}},
+           WriteRow{kNil,                   kNone,     kNone,    {1, 0}}
+  }) {
+    SCOPED_TRACE(testing::Message() << row.from);
+    const IR from = Interval(row.from);
+    SR real;
+    SI integer;
+    II integers(-5, 5);
+    OtherInteger other(-5, 5);
+    for (ZULTaVoAny* target :
+         {static_cast<ZULTaVoAny*>(&real), static_cast<ZULTaVoAny*>(&integer),
+          static_cast<ZULTaVoAny*>(&integers), static_cast<ZULTaVoAny*>(&other)}) {
+      const int answer = from.CalcInverseEqualValue(*target);
+      EXPECT_EQ(answer, target == &integers || target == &other || !target->IsAny());
+    }
+    EXPECT_EQ(real.GetValue(), row.single);
+    EXPECT_EQ(SR(integer, 0).GetValue(), row.integer);
+    EXPECT_EQ(integers.IsNil(), row.integers.IsEmpty());
+    EXPECT_EQ(other.IsNil(), integers.IsNil());
+    if (!row.integers.IsEmpty()) {
+      EXPECT_EQ(Set(IR(integers, 0).GetSubdef()), row.integers);
+      EXPECT_EQ(other.lower, integers.GetLowerBound());
+      EXPECT_EQ(other.upper, integers.GetUpperBound());
+    }
+  }
+  const std::pair<Set, std::pair<SR, SI>> singles[] = {
+      {kAny,   {}                          },
+      {{4, 4}, {SR(4.0), SI(4)}            },
+      {kNil,   {SR(-1e21), SI(-2147483647)}}
+  };
+  for (const auto& [set, values] : singles) {
+    EXPECT_EQ(IR(values.first, 0).GetSubdef(), set);
+    EXPECT_EQ(IR(values.second, 0).GetSubdef(), set);
+  }
+  OtherInteger wide(-3000000000, 3000000000);
+  EXPECT_EQ(IR().CalcInverseEqualValue(wide), 0);
+  const ZULTavSingleBoolean truth;
+  IR x = Interval({1, 2});
+  EXPECT_EQ(x.CalcEqualValue(truth), 0);
+  EXPECT_EQ(x.IsIntersected(truth), 0);
+  EXPECT_EQ(x.Intersect(truth), 1);
+  EXPECT_TRUE(x.IsNil());
+  EXPECT_EQ(x.Unite(truth), 1);
+  EXPECT_TRUE(x.IsAny());
+}
+
+TEST(IntervalRealTest, ChangesOfOneValue) {
+  struct ValueRow {
+    Set before;
+    double value;
+    Set inserted, removed;
+  };
+  for (const ValueRow& row : {
+           ValueRow{{1, 2}, 3,    {1, 3}, {1, 2}              },
+           ValueRow{{1, 2}, 1,    {1, 2}, {1 + 2e-6, 2}       },
+           ValueRow{{1, 2}, 2,    {1, 2}, {1, 2 - 2e-6}       },
+           ValueRow{{1, 1}, 1,    {1, 1}, {1 + 2e-6, 1 - 2e-6}},
+           ValueRow{{5, 3}, 7,    {7, 7}, {5, 3}              },
+           ValueRow{kAny,   kMax, kAny,   kAny                },
+           ValueRow{{1, 2}, kNan, {1, 2}, {1, 2}              }
+  }) {
+    SCOPED_TRACE(testing::Message() << row.before << ", " << row.value);
+    IR x = Interval(row.before), y = x;
+    EXPECT_EQ(x.InsertExactValue(row.value), !(row.inserted == row.before));
+    EXPECT_EQ(x.GetSubdef(), row.inserted);
+    EXPECT_EQ(y.RemoveExactValue(row.value), !(row.removed == row.before));
+    EXPECT_EQ(y.GetSubdef(), row.removed);
+  }
+  for (const auto store : {&IR::SetExactValue, &IR::SetLowerBound, &IR::SetUpperBound}) {
+    IR x = Interval({1, 2});
+    (x.*store)(kNan);
+    EXPECT_TRUE(x.IsNil());
+  }
+  EXPECT_TRUE(IR(kNan, 1).IsNil());
+  EXPECT_EQ(IR(-HUGE_VAL, 3).GetSubdef(), Set(-kMax, 3));
+  EXPECT_TRUE(IR(1, 0).IsNil());
+  IR hull = Interval({1, 2});
+  EXPECT_EQ(hull.Unite(Interval({4, 5})), 1);
+  EXPECT_EQ(hull.Unite(Interval({5, 3})), 0);
+  EXPECT_EQ(hull.Unite(SI(9)), 1);
+  EXPECT_EQ(hull.GetSubdef(), Set(1, 9));
+  EXPECT_TRUE(hull.IsIntersected(SR(9.0)));
+  EXPECT_FALSE(hull.IsIntersected(SR(9.1)));
+}
+
+TEST(IntervalRealTest, CardinalityAndBisection) {
+  ASSERT_EQ(ZULTaVoReal::SetPrecision(0.25), 1);
+  const std::pair<Set, long> cardinalities[] = {
+      {{0, 1},       5 },
+      {{2, 2},       1 },
+      {{5, 3},       0 },
+      {kAny,         -2},
+      {{0, 2e9},     -2},
+      {{0, 0.1},     1 },
+      {{kMax, kMax}, 1 }
+  };
+  for (const auto& [set, count] : cardinalities)
+    EXPECT_EQ(Interval(set).GetCardinality(), count) << set;
+  struct BisectRow {
+    Set before;
+    int selection;
+    Set part, rest;
+  };
+  for (const BisectRow& row : {
+           BisectRow{{0, 4}, 0, {0, 2},     {2, 4}   },
+           BisectRow{{0, 4}, 1, {2, 4},     {0, 2}   },
+           BisectRow{{0, 4}, 2, {0, 0},     {0.25, 4}},
+           BisectRow{{0, 4}, 3, {4, 4},     {0, 3.75}},
+           BisectRow{kAny,   0, {-kMax, 0}, {0, kMax}},
+           BisectRow{{5, 3}, 2, kNil,       kNil     }
+  }) {
+    SCOPED_TRACE(testing::Message() << row.before << " by " << row.selection);
+    IR rest = Interval(row.before), part;
+    rest.Bisect(part, static_cast<ZULTaVoAny::ValueSelection>(row.selection));
+    EXPECT_EQ(part.GetSubdef(), row.part);
+    EXPECT_EQ(rest.GetSubdef(), row.rest);
+  }
+  IR x = Interval({0, 4});
+  SR single(1.0);
+  x.Bisect(single, ZULTaVoAny::kLowerHalf);
+  EXPECT_TRUE(x.IsNil());
+  EXPECT_EQ(single.GetValue(), 1);
+  ZULTaVoReal::SetPrecision(1e-6);
+}
+
+TEST(IntervalRealTest, AngleAndPositiveStartInTheirRanges) {
+  alignas(IR) unsigned char memory[sizeof(IR)];
+  const auto check = [&](auto* type, double upper) {
+    using Type = std::remove_pointer_t<decltype(type)>;
+    const typename Type::Descriptor descriptor;
+    EXPECT_EQ(descriptor.GetObjectSize(), sizeof(IR));
+    EXPECT_EQ(descriptor.InitObject(nullptr), nullptr);
+    auto* made = static_cast<Type*>(descriptor.InitObject(memory));
+    ASSERT_EQ(static_cast<void*>(made), memory);
+    EXPECT_EQ(made->GetSubdef(), Set(0, upper));
+    EXPECT_TRUE(made->IsDerivedFrom(Type::sIdent) && made->IsDerivedFrom(IR::sIdent));
+    EXPECT_NE(made->IsDerivedFrom(ZULTavAngle::sIdent),
+              made->IsDerivedFrom(ZULTavPositive::sIdent));
+    EXPECT_EQ(made->Unite(SR(-7.0)), 1);
+    EXPECT_EQ(made->GetSubdef(), Set(-7, upper));
+    made->~Type();
+  };
+  check(static_cast<ZULTavAngle*>(nullptr), 6.283185307179586);
+  check(static_cast<ZULTavPositive*>(nullptr), kMax);
+}
+
+}  // namespace
