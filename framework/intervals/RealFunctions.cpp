@@ -72,14 +72,14 @@ SubdefReal log(const SubdefReal& x) {
 SubdefReal sqrt(const SubdefReal& x) {
   if (x.IsEmpty() || x.upper < 0) return Empty();
   const RealInterval part = Extended({std::max(x.lower, 0.0), x.upper});
-  return Saturated(rounding::Root(part.lower).Down(), rounding::Root(part.upper).Up());
+  return Saturated(rounding::SqrtDown(part.lower), rounding::SqrtUp(part.upper));
 }
 
 SubdefReal sqr(const SubdefReal& x) {
   if (x.IsEmpty()) return Empty();
   const RealInterval part = Extended(x.mf_Abs());
-  return Saturated(rounding::Product(part.lower, part.lower).Down(),
-                   rounding::Product(part.upper, part.upper).Up());
+  return Saturated(rounding::MultiplyDown(part.lower, part.lower),
+                   rounding::MultiplyUp(part.upper, part.upper));
 }
 
 SubdefReal sin(const SubdefReal& x) { return Wave(x, 0); }

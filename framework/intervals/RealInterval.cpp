@@ -1,6 +1,7 @@
 #include "framework/intervals/RealInterval.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "framework/intervals/IntervalControl.h"
 #include "framework/intervals/RealLine.h"
@@ -10,9 +11,18 @@ using real_line::Empty;
 using real_line::Extended;
 using real_line::Saturated;
 using real_line::Whole;
-using rounding::Product;
-using rounding::Quotient;
-using rounding::Sum;
+using rounding::AddDown;
+using rounding::AddUp;
+using rounding::DivideDown;
+using rounding::DivideUp;
+using rounding::MultiplyDown;
+using rounding::MultiplyUp;
+
+namespace {
+
+RealInterval Mirrored(const RealInterval& x) { return {-x.upper, -x.lower}; }
+
+}  // namespace
 
 int RealInterval::Intersect(const RealInterval& other) {
   const RealInterval before = *this;
@@ -25,7 +35,7 @@ RealInterval RealInterval::AddIntToInt(const RealInterval& b) const {
   if (IsEmpty() || b.IsEmpty()) return Empty();
   const RealInterval x = Extended(*this);
   const RealInterval y = Extended(b);
-  return Saturated(Sum(x.lower, y.lower).Down(), Sum(x.upper, y.upper).Up());
+  return Saturated(AddDown(x.lower, y.lower), AddUp(x.upper, y.upper));
 }
 
 RealInterval RealInterval::SubIntFromInt(const RealInterval& b) const {
@@ -34,17 +44,21 @@ RealInterval RealInterval::SubIntFromInt(const RealInterval& b) const {
 
 RealInterval RealInterval::MultIntByInt(const RealInterval& b) const {
   if (IsEmpty() || b.IsEmpty()) return Empty();
-  const RealInterval x = Extended(*this);
-  const RealInterval y = Extended(b);
-  const rounding::Rounded corners[] = {Product(x.lower, y.lower), Product(x.lower, y.upper),
-                                       Product(x.upper, y.lower), Product(x.upper, y.upper)};
-  double low = corners[0].Down();
-  double high = corners[0].Up();
-  for (const rounding::Rounded& corner : corners) {
-    low = std::min(low, corner.Down());
-    high = std::max(high, corner.Up());
+  RealInterval x = Extended(*this);
+  RealInterval y = Extended(b);
+  const auto hasBothSigns = [](const RealInterval& set) { return set.lower < 0 && set.upper > 0; };
+  if (hasBothSigns(x)) {
+    std::swap(x, y);
+    if (hasBothSigns(x))
+      return Saturated(std::min(MultiplyDown(x.lower, y.upper), MultiplyDown(x.upper, y.lower)),
+                       std::max(MultiplyUp(x.lower, y.lower), MultiplyUp(x.upper, y.upper)));
   }
-  return Saturated(low, high);
+  if (x.lower < 0) {
+    x = Mirrored(x);
+    y = Mirrored(y);
+  }
+  return Saturated(MultiplyDown(y.lower >= 0 ? x.lower : x.upper, y.lower),
+                   MultiplyUp(y.upper <= 0 ? x.lower : x.upper, y.upper));
 }
 
 RealInterval RealInterval::DivIntByInt(const RealInterval& b) const {
@@ -60,16 +74,16 @@ RealInterval RealInterval::DivIntByInt(const RealInterval& b) const {
   RealInterval x = Extended(*this);
   RealInterval y = Extended(b);
   if (y.lower < 0) {
-    x = {-x.upper, -x.lower};
-    y = {-y.upper, -y.lower};
+    x = Mirrored(x);
+    y = Mirrored(y);
   }
   y.lower += 0.0;  // a quotient by zero is infinite with the sign of the dividend
   //   x            lower        upper
   //   x >= 0       xl / yu      xu / yl
   //   x <= 0       xl / yl      xu / yu
   //   0 inside     xl / yl      xu / yl
-  return Saturated(Quotient(x.lower, x.lower >= 0 ? y.upper : y.lower).Down(),
-                   Quotient(x.upper, x.upper <= 0 ? y.upper : y.lower).Up());
+  return Saturated(DivideDown(x.lower, x.lower >= 0 ? y.upper : y.lower),
+                   DivideUp(x.upper, x.upper <= 0 ? y.upper : y.lower));
 }
 
 RealInterval RealInterval::AddNumToInt(double d) const { return AddIntToInt({d, d}); }

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 
 #include "framework/intervals/IntervalControl.h"
 #include "framework/intervals/PointFunctions.h"
@@ -108,11 +109,13 @@ RealInterval RootOn(std::int64_t piece, double z) {
   });
 }
 
-/// The piece of the first x >= from with F(x) in z, and a lower bound for this x.
+/// The piece of the first x >= from with F(x) in z, and a lower bound for this x. Where it is
+/// `from` itself, a piece before all others: zero belongs to two pieces of cosine.
 struct Solution {
   std::int64_t piece;
   double bound;
 };
+constexpr std::int64_t kBeforeAll = std::numeric_limits<std::int64_t>::min() / 2;
 
 template <class F>
 Solution First(const RealInterval& z, double from) {
@@ -123,7 +126,7 @@ Solution First(const RealInterval& z, double from) {
   // undecided: then it counts as a solution.
   const bool below = value.lower < z.lower;
   const bool above = value.upper > z.upper;
-  if (below == above || value.upper > rounding::NextUp(value.lower)) return {piece, from};
+  if (below == above || value.upper > rounding::NextUp(value.lower)) return {kBeforeAll, from};
   if (F::IsIncreasing(piece) != below) ++piece;
   const RealInterval root = RootOn<F>(piece, F::IsIncreasing(piece) ? z.lower : z.upper);
   return {piece, std::max(from, root.lower)};
@@ -152,10 +155,7 @@ SubdefReal Solve(RealInterval z, const SubdefReal& x) {
   if (!inside.IsEmpty() && !z.IsEmpty()) {
     const Solution first = First<F>(z, inside.lower);
     const Solution last = Last<F>(z, inside.upper);
-    // Zero, the one double where pieces (of cosine) meet, belongs to the later one from the left
-    // and to the earlier one from the right.
-    const bool isPoint = inside.IsScalar() && first.bound == last.bound;
-    if (first.piece <= last.piece || isPoint) result = result.mf_Union({first.bound, last.bound});
+    if (first.piece <= last.piece) result = result.mf_Union({first.bound, last.bound});
   }
   if (x.IsEmpty() || result.IsEmpty()) {
     SDRaiseError();

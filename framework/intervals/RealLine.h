@@ -24,7 +24,8 @@ inline RealInterval Extended(const RealInterval& x) {
 /// Bounds brought between the limits; also turns -0 into 0.
 inline RealInterval Saturated(double low, double high) {
   const double max = SubdefReal::sMaxValue;
-  return {std::clamp(low, -max, max) + 0.0, std::clamp(high, -max, max) + 0.0};
+  const auto bring = [max](double x) { return std::min(std::max(x, -max), max) + 0.0; };
+  return {bring(low), bring(high)};
 }
 
 }  // namespace real_line

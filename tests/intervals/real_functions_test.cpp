@@ -21,6 +21,7 @@ struct FunctionCase {
   double greatest;
   bool monotone;
 };
+void PrintTo(const FunctionCase& row, std::ostream* out) { *out << row.name; }
 
 class RealFunctionTest : public testing::TestWithParam<FunctionCase> {
  protected:

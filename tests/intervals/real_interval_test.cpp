@@ -22,6 +22,7 @@ struct ArithmeticCase {
   Operation operation;
   MpfrOperation* oracle;
 };
+void PrintTo(const ArithmeticCase& row, std::ostream* out) { *out << row.name; }
 
 class RealArithmeticTest : public testing::TestWithParam<ArithmeticCase> {};
 

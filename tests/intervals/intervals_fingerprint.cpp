@@ -1,0 +1,37 @@
+// Prints a hash of the bits of many results, to be compared between the builds of the library for
+// different instruction sets.
+
+#include <bit>
+#include <cstdint>
+#include <cstdio>
+#include <initializer_list>
+
+#include "framework/intervals/ZULTavIntervals.h"
+#include "tests/intervals/mpfr_oracle.h"
+
+int main() {
+  std::uint64_t hash = 14695981039346656037u;
+  const auto add = [&hash](const RealInterval& y) {
+    for (const double bound : {y.lower, y.upper})
+      hash = (hash ^ std::bit_cast<std::uint64_t>(bound)) * 1099511628211u;
+  };
+  HardDoubles doubles(7);
+  for (int i = 0; i < 100000; ++i) {
+    const SubdefReal x = doubles.DrawInterval(1e19);
+    const SubdefReal y = doubles.DrawInterval(1e19);
+    const SubdefReal near = doubles.DrawInterval(8);
+    for (const auto operation : {&RealInterval::AddIntToInt, &RealInterval::SubIntFromInt,
+                                 &RealInterval::MultIntByInt, &RealInterval::DivIntByInt})
+      add((x.*operation)(y));
+    using Function = SubdefReal(const SubdefReal&);
+    for (Function* const f :
+         std::initializer_list<Function*>{exp, log, sqrt, sqr, sin, cos, tan, atan})
+      for (const SubdefReal& argument : {x, near}) add(f(argument));
+    add(asin(near, x));
+    add(acos(near, x));
+    add(atan(y, x));
+    add(pow(near, y));
+    add(base(x, near));
+  }
+  std::printf("%016llx\n", static_cast<unsigned long long>(hash));
+}
