@@ -16,35 +16,40 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // --- Reals ------------------------------------------------------------------------------------
 
-/// A double near the exact result, and on which side of it the exact result lies if not equal.
+/// The double nearest to an exact result, and where the exact result lies beside it.
 struct Rounded {
   double value;
-  bool exact;
+  bool below, above;  // both where that is unknown, neither where the value is exact
 };
+
+Rounded WithError(double value, double error) { return {value, error<0, error> 0}; }
 
 Rounded Add(double a, double b) {
   const double sum = a + b;
   const double fromB = sum - a;
-  const bool exact = (a - (sum - fromB)) + (b - fromB) == 0;
-  return {sum, exact};
+  return WithError(sum, (a - (sum - fromB)) + (b - fromB));
 }
+
 // Below this size the residue of a product may underflow and look like 0.
 bool ResidueHolds(double value) { return std::fabs(value) >= 0x1p-960; }
 
 Rounded Multiply(double a, double b) {
   const double product = a * b;
-  const bool exact = a == 0 || b == 0 || (ResidueHolds(product) && std::fma(a, b, -product) == 0);
-  return {product, exact};
-}
-Rounded Divide(double a, double b) {
-  const double quotient = a / b;
-  const bool exact =
-      a == 0 || (ResidueHolds(quotient) && ResidueHolds(a) && std::fma(quotient, b, -a) == 0);
-  return {quotient, exact};
+  if (a == 0 || b == 0) return {0, false, false};
+  if (!ResidueHolds(product)) return {product, true, true};
+  return WithError(product, std::fma(a, b, -product));
 }
 
-double Down(Rounded r) { return r.exact ? r.value : std::nextafter(r.value, -kInfinity); }
-double Up(Rounded r) { return r.exact ? r.value : std::nextafter(r.value, kInfinity); }
+Rounded Divide(double a, double b) {
+  const double quotient = a / b;
+  if (a == 0) return {0, false, false};
+  if (!ResidueHolds(quotient) || !ResidueHolds(a)) return {quotient, true, true};
+  const double residue = -std::fma(quotient, b, -a);
+  return WithError(quotient, b < 0 ? -residue : residue);
+}
+
+double Down(Rounded r) { return r.below ? std::nextafter(r.value, -kInfinity) : r.value; }
+double Up(Rounded r) { return r.above ? std::nextafter(r.value, kInfinity) : r.value; }
 
 /// The hull of an operation over the corners of its operands.
 template <class Operation>
@@ -242,6 +247,7 @@ Constant Constant::AsReal() const {
 std::string Constant::Describe() const {
   if (IsBoolean()) return integer != 0 ? "True" : "False";
   if (IsInteger()) return "the integer " + std::to_string(integer);
+  if (!std::isfinite(nearest)) return "this number";
   std::ostringstream text;
   text.imbue(std::locale::classic());
   text.precision(std::numeric_limits<double>::digits10);

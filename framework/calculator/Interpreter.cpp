@@ -107,6 +107,11 @@ void Interpreter::FailUnknown(const Node& node, std::string_view what) {
 }
 
 void Interpreter::Define(const std::string& name, const Source& text) {
+  const Source nameText("", name);
+  const Span all = {0, static_cast<std::uint32_t>(name.size())};
+  const Token token = Lexer(nameText, mLimits, all).Next();
+  if (token.kind != TokenKind::kName || token.span.length != name.size())
+    throw ModelError{{}, "'" + name + "' cannot be the name of a constant", {}};
   const std::uint32_t number = mNames.Intern(name);
   Syntax syntax;
   Parser parser(text, {0, static_cast<std::uint32_t>(text.GetText().size())}, mLimits, mNames,

@@ -40,7 +40,8 @@ Suggestion::Suggestion(std::string_view unknown)
     : mUnknown(unknown), mLeast((unknown.size() + 2) / 3 * kEdit + 1) {}
 
 void Suggestion::Offer(std::string_view candidate) {
-  const auto [shorter, longer] = std::minmax(mUnknown.size(), candidate.size());
+  const std::size_t shorter = std::min(mUnknown.size(), candidate.size());
+  const std::size_t longer = std::max(mUnknown.size(), candidate.size());
   if (longer > kLongest || (longer - shorter) * kEdit >= mLeast || candidate == mUnknown) return;
   const std::size_t distance = Distance(mUnknown, candidate);
   if (distance >= mLeast) return;

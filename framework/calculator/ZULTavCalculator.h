@@ -24,9 +24,9 @@ class ZULTAV_CALCULATOR_API ZULTavCalculator {
     std::size_t nesting = 1000;           ///< parentheses, unary operators, `^` and `->` chains
     std::size_t nameLength = 255;         ///< bytes of a name
     std::size_t numberLength = 1000;      ///< bytes of a number
-    std::size_t arraySize = 4'000'000;    ///< elements of one array
-    std::size_t variables = 8'000'000;    ///< all elements of all variables
-    std::size_t operations = 8'000'000;   ///< operator applications, `for` written out
+    std::size_t arraySize = 2'000'000;    ///< elements of one array
+    std::size_t variables = 4'000'000;    ///< all elements of all variables
+    std::size_t operations = 4'000'000;   ///< operator applications, `for` written out
     std::size_t iterations = 32'000'000;  ///< steps of all `for`, `sum`, … together
     std::size_t errors = 20;              ///< reading stops after so many
   };

@@ -1,0 +1,172 @@
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "tests/calculator/calculator_world.h"
+
+namespace {
+
+TEST(DiagnosticsTest, EveryFaultIsNamedWhereItStands) {
+  const struct {
+    std::string source, place;           // "line:column" of the first error
+    std::vector<std::string> fragments;  // of the printed error
+  } kRows[] = {
+  // Text
+      {"x = 3 $ 4;",                               "1:7",  {"unexpected character '$'"}                                          },
+      {"p | q;",                                   "1:3",  {"unexpected character '|'", "'&&' and '||'"}                         },
+      {"x = 12ab;",                                "1:5",  {"'12ab' is neither a number nor a name"}                             },
+      {"x = .5;",                                  "1:5",  {"a decimal has digits before and after its point"}                   },
+      {"x = 1 /* no end",                          "1:7",  {"this comment has no end"}                                           },
+      {"x = 99999999999999999999;",                "1:5",  {"beyond the limit of 64 bits"}                                       },
+ // Grammar
+      {"x = 3\ny = 4;",                            "1:6",  {"expected an operator or ';' after the statement\n"}                 },
+      {"x = 3",                                    "1:6",  {"';' after the statement before the end"}                            },
+      {"x = (y + 2;",                              "1:11", {"expected an operator or ')', found ';'"}                            },
+      {"x < y < 3;",                               "1:7",  {"cannot be chained", "a < b && b < c"}                               },
+      {"x + = y;",                                 "1:5",  {"expected an expression, found '='"}                                 },
+      {"a[1, 2] : int;",                           "1:4",  {"expected '..' and the last index"}                                  },
+      {"a[3] : int;",                              "1:4",  {"expected '..' and the last index"}                                  },
+      {"a int;",                                   "1:3",  {"';' after the statement, found 'int'"}                              },
+      {"a : = 3;",                                 "1:5",  {"expected a type, found '='"}                                        },
+      {"a : int == 3;",                            "1:9",  {"'=' and an initial value, or ';', after the type"}                  },
+      {"a : int = ;",                              "1:10", {"expected an initial value after '='"}                               },
+      {"a : int = 3, 4;",                          "1:12", {"expected ';' after the initial value, found ','"}                   },
+      {"a : int\nb : int;",                        "1:8",  {"'=' and an initial value, or ';', after the type\n"}                },
+      {"let 3 = n;",                               "1:5",  {"expected the name of a constant, found '3'"}                        },
+      {"for i = 1..3 : x = i;",                    "1:7",  {"expected 'in' and a range"}                                         },
+      {"for i in 1 : x = i;",                      "1:12", {"expected '..' and the last value"}                                  },
+      {"for i in 1..2 x = i;",                     "1:15", {"expected ',', 'where' or ':' after the range"}                      },
+      {"for i in 1..2 : { x = i;",                 "1:25", {"expected '}' before the end of the text"}                           },
+      {"for i in 1..2 : a : int;",                 "1:17", {"cannot be declared inside 'for'"}                                   },
+      {"sum(i in 1..3, x) = 3;",                   "1:17", {"expected 'in' and a range"}                                         },
+      {"sum = 3;",                                 "1:5",  {"expected '(' after 'sum'"}                                          },
+ // Names
+      {"x = yy;",                                  "1:5",  {"unknown name 'yy'", "did you mean 'y'?"}                            },
+      {"x = Array[1];",                            "1:5",  {"unknown array 'Array'", "did you mean 'array'?"}                    },
+      {"w = sqr(w);",                              "1:5",  {"unknown operator 'sqr'", "did you mean 'sqrt'?"}                    },
+      {"primenumber(x);",                          "1:1",  {"did you mean 'PrimeNumber'?"}                                       },
+      {"p -> alldiferent(x, y);",                  "1:6",  {"did you mean 'alldifferent'?"}                                      },
+      {"z : intreval int;",                        "1:5",  {"unknown type", "did you mean 'interval int'?", "'angle'"}           },
+      {"z : ZULTaVoInteger;",                      "1:5",  {"unknown type 'ZULTaVoInteger'"}                                     },
+      {"x = sqrt;",                                "1:5",  {"expected '(' and operands after the operator 'sqrt'"}               },
+      {"x : int;",                                 "1:1",  {"'x' has a meaning already"}                                         },
+      {"for x in 1..2 : y = x;",                   "1:5",  {"'x' has a meaning already"}                                         },
+      {"\nlet n = 1;\nlet n = 2;",                 "3:5",  {"it was introduced in line 3"}                                       },
+ // Types
+      {"x = y + p;",
+       "1:7",                                              {"no operator '+' takes 'interval int' and 'single bool'",
+        "candidate: + (single int, single int) -> single int", "more of that name"}                                 },
+      {"p && 1;",                                  "1:6",  {"this is the integer 1"}                                             },
+      {"p || 1;",
+       "1:3",                                              {"takes 'single bool' and the integer 1",
+        "candidate: || (single bool, single bool) -> single bool"}                                                  },
+      {"(x < 3) -> p;",                            "1:9",  {"for truth values write '=='"}                                       },
+      {"(p = q) -> p;",                            "1:4",  {"no truth value", "write '=='"}                                      },
+      {"PrimeNumber(p);",                          "1:1",  {"candidate: PrimeNumber (interval int) -> single bool"}              },
+      {"sqrt(x, y) = 1;",                          "1:1",  {"no operator 'sqrt' takes 2 operands", "candidate: sqrt"}            },
+      {"x + 1;",                                   "1:1",  {"comparison or a boolean expression; this is of type 'interval int'"}},
+      {"3.5;",                                     "1:1",  {"this is the number 3.5"}                                            },
+      {"array = 3;",                               "1:1",  {"'array' is an array", "array[1]"}                                   },
+      {"array;",                                   "1:1",  {"'array' is an array"}                                               },
+ // Values
+      {"array[4] = 0;",                            "1:1",  {"index 4 is outside the range 1..3 of 'array'"}                      },
+      {"for i in 1..9, j in 2..2 : array[i] = j;", "1:28", {"index 4", "with i = 4, j = 2"}                                      },
+      {"array[x] = 0;",                            "1:7",  {"an index must be an integer that is known"}                         },
+      {"array[1.5] = 0;",                          "1:7",  {"an index must be an integer"}                                       },
+      {"x[1] = 0;",                                "1:1",  {"'x' is no array"}                                                   },
+      {"for i in 1..x : y = i;",                   "1:13", {"'x' is a variable"}                                                 },
+      {"for i in 1..7/2 : y = i;",                 "1:13", {"a range must be an integer"}                                        },
+      {"for i in 1..2 where i : y = i;",           "1:21", {"a condition must be true or false"}                                 },
+      {"let k = x + 1;",                           "1:9",  {"'x' is a variable"}                                                 },
+      {"let k = 2^63;",                            "1:10", {"does not fit into 64 bits"}                                         },
+      {"let k = 1 / (2 - 2);",                     "1:11", {"division by zero"}                                                  },
+      {"min(i in 1..0) x = 3;",                    "1:1",  {"of no terms are undefined"}                                         },
+      {"x = 3000000000;",
+       "1:5",                                              {"the integer 3000000000 is beyond the limits of 'interval int', -2147483646 to "
+        "2147483646"}                                                                                               },
+      {"w = 1e30;",                                "1:5",  {"beyond the limits of 'interval real'"}                              },
+      {"w = 1e400;",                               "1:5",  {"beyond the limits of 'interval real'"}                              },
+      {"z : int = [1 2];",                         "1:14", {}                                                                    },
+      {"z : int = [1, 2] 3;",                      "1:18", {}                                                                    },
+      {"z : int = 1.5;",                           "1:12", {"expected ';' after the value", "like '[0,10]' or 'Any'"}            },
+      {"z : int = Many;",                          "1:14", {"no value of the type 'interval int'"}                               },
+      {"z : int = [0, 9999999999];",               "1:25", {"no value of the type 'interval int'"}                               },
+      {"z : single int = [1, 2];",                 "1:19", {"no value of the type 'single int'"}                                 },
+      {"z : bool = 1;",                            "1:12", {"no value of the type 'single bool'", "'True' or 'Any'"}             },
+      {"z : int = [1, x];",                        "1:15", {"'x' is a variable"}                                                 },
+      {"z[1..x] : int;",                           "1:6",  {"'x' is a variable"}                                                 },
+      {"z : real = sqrt(2);",                      "1:12", {"must be known while the model is read"}                             },
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.source);
+    const Reading reading =
+        ReadModel("x, y : int; p, q : bool; w : real; array[1..3] : int;\n" + row.source);
+    ASSERT_FALSE(reading.errors.empty());
+    const ZULTavDiagnostic& first = reading.errors[0];
+    EXPECT_EQ(std::to_string(first.line - 1) + ":" + std::to_string(first.column), row.place);
+    for (const std::string& fragment : row.fragments)
+      EXPECT_NE(reading.ErrorText().find(fragment), std::string::npos) << reading.ErrorText();
+  }
+}
+
+TEST(DiagnosticsTest, ErrorIsPrintedWithItsLineAndCaret) {
+  const Reading reading = ReadModel("x : int;\n\tx = /* ä */ xx + 1;");
+  EXPECT_EQ(reading.ErrorText(),
+            "test:2:14: error: unknown name 'xx'\n"
+            "  \tx = /* ä */ xx + 1;\n"
+            "  \t            ^~\n"
+            "  note: did you mean 'x'?\n");
+  EXPECT_EQ(reading.errors[0].length, 2);
+  // Of a very long line a part is shown.
+  const Reading wide = ReadModel("x : int; x = " + std::string(1000000, ' ') + "§" +
+                                 std::string(1000000, ' ') + ";");
+  ASSERT_EQ(wide.errors.size(), 1U);
+  EXPECT_EQ(wide.errors[0].column, 1000014);
+  EXPECT_LT(wide.errors[0].sourceLine.size(), 200U);
+  EXPECT_EQ(wide.errors[0].sourceLine.substr(static_cast<std::size_t>(wide.errors[0].caret), 2),
+            "§");
+  std::ostringstream out;
+  ZULTavDiagnostic{"no place", "file", 0, 0, "", 0, 0, {}}.Print(out);
+  EXPECT_EQ(out.str(), "file: error: no place\n");
+}
+
+TEST(DiagnosticsTest, ReadingGoesOnBehindAnError) {
+  const struct {
+    std::string source;
+    std::vector<int> lines;  // of all errors
+  } kRows[] = {
+      {"x = ;\ny = 1;\nx : int;\nx = $;\nx = 1;\nx = z;",                  {1, 2, 4, 6}},
+      {"x : nt;\nx = 1;\nx + 2 = 3;\ny : int = x x;\ny = 1;",              {1, 4}      },
+      {"for i in 1..2 : { x = ;\n y = i;\n}\n z = 3;\n",                   {1, 4}      },
+      {"for i in 1..2 : {\n for j in 1..2 : { ) }\n y = i;\n}\n z = 3;\n", {2, 5}      },
+      {"x : int;\nfor i in 1..1000 : x = q;\nx = r;\nx = q;",              {2, 3}      },
+      {"}\nx = 1;",                                                        {1, 2}      },
+      {"let a = 1 +;\nlet b = a;\nlet c = d;\nlet e = c;",                 {1, 2, 3}   },
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.source);
+    std::vector<int> lines;
+    const Reading reading = ReadModel(row.source);
+    for (const ZULTavDiagnostic& error : reading.errors) lines.push_back(error.line);
+    EXPECT_EQ(lines, row.lines) << reading.ErrorText();
+  }
+}
+
+TEST(DiagnosticsTest, ModuleWithoutTypesIsAnErrorNotACrash) {
+  const ZULTaVoModule empty("empty");
+  const ZULTavCalculator calculator({&empty, nullptr});
+  for (const auto& [source, fragment] : std::vector<std::pair<std::string, std::string>>{
+           {"x : int;",       "unknown type 'int'"                    },
+           {"1 < 0;",         "no module has the type 'interval int'" },
+           {"sqrt(2.5) = 1;", "unknown operator 'sqrt'"               },
+           {"1.5 = 2.5;",     "no module has the type 'interval real'"},
+           {"False;",         "no module has the type 'single bool'"  }
+  }) {
+    std::vector<ZULTavDiagnostic> errors;
+    EXPECT_EQ(calculator.Read(source, "test", {}, errors), nullptr);
+    ASSERT_EQ(errors.size(), 1U) << source;
+    EXPECT_NE(errors[0].message.find(fragment), std::string::npos) << errors[0].message;
+  }
+}
+
+}  // namespace

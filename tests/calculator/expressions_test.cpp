@@ -1,0 +1,91 @@
+#include <gtest/gtest.h>
+
+#include "tests/calculator/calculator_world.h"
+
+namespace {
+
+constexpr const char* kDeclarations =
+    "a, b, c, d : single int; p, q, r, s : bool; u[0..3] : single int; v[-1..1] : bool;"
+    "x, y : real; w : int; let n = 3;";
+
+struct Row {
+  std::string source, statements;
+};
+
+void Check(const std::vector<Row>& rows) {
+  for (const auto& [source, statements] : rows) {
+    SCOPED_TRACE(source);
+    const Reading reading = ReadModel(kDeclarations + source);
+    ASSERT_EQ(reading.ErrorText(), "");
+    EXPECT_EQ(reading.StatementText(), statements);
+  }
+}
+
+TEST(ExpressionsTest, OperatorsBindInTheStatedOrder) {
+  Check({
+      {"a = -b^2;",                     "a = (-(b ^ 2)); "                     },
+      {"a = 2^b^c;",                    "a = (2 ^ (b ^ c)); "                  },
+      {"a = 2^-b^c;",                   "a = (2 ^ (-(b ^ c))); "               },
+      {"a = b - c - d;",                "a = ((b - c) - d); "                  },
+      {"a = b / c * d mod b;",          "a = (((b / c) * d) mod b); "          },
+      {"a = b + c * -d;",               "a = (b + (c * (-d))); "               },
+      {"a = b /\\ c + d \\/ a;",        "a = ((b /\\ (c + d)) \\/ a); "        },
+      {"p || q && r -> s -> p;",        "((p || (q && r)) -> (s -> p)); "      },
+      {"~p && (q == r);",               "(~p); (q == r); "                     },
+      {"~p == q;",                      "((~p) == q); "                        },
+      {"a + 1 << b * 2 || a >== c;",    "(((a + 1) << (b * 2)) || (a >== c)); "},
+      {"~(p || q);",                    "(~(p || q)); "                        },
+      {"a<-b; a<>-b; p->~q;",           "a < (-b); a <> (-b); (p -> (~q)); "   },
+      {"a << b; p <<>> (c <== d);",     "(a << b); (p <<>> (c <== d)); "       },
+      {"x = (real) a + sqrt(y);",       "x = (((real)a) + sqrt(y)); "          },
+      {"x = (real) a^2;",               "x = ((real)(a ^ 2)); "                },
+      {"x = real(a) * Pi;",             "x = (((real)a) * Pi); "               },
+      {"(a) = ((b));",                  "a = b; "                              },
+      {"(a < b) + 1 = c;",              "((a < b) + 1) = c; "                  },
+      {"abs(next(a)) = sign(prev(b));", "abs(next(a)) = sign(prev(b)); "       },
+      {"PrimeNumber(w); p;",            "PrimeNumber(w); p; "                  },
+      {"/* a */ a // b\n = /**/ b;;",   "a = b; "                              },
+  });
+}
+
+TEST(ExpressionsTest, LoopsAndAggregatesAreWrittenOut) {
+  Check({
+      {"for i in 0..n-1 : u[i] = u[i+1];",                                             "u[0] = u[1]; u[1] = u[2]; u[2] = u[3]; "             },
+      {"for i in 0..2, j in i+1..3 where (i + j) mod 2 = 1 && i <> 1 : u[i] <> u[j];",
+       "u[0] <> u[1]; u[0] <> u[3]; u[2] <> u[3]; "                                                                                          },
+      {"for i in 1..2 : { a <> i; for j in i..2 : u[i] < u[j]; }",
+       "a <> 1; u[1] < u[1]; u[1] < u[2]; a <> 2; u[2] < u[2]; "                                                                             },
+      {"for i in 5..n : a = i;",                                                       ""                                                    },
+      {"for i in 1..2 : forall(j in i..2) u[i] >= j * i;",                             "u[1] >= 1; u[1] >= 2; u[2] >= 4; "                   },
+      {"a = sum(i in 1..3) i * u[i] + 1;",                                             "a = ((((1 * u[1]) + (2 * u[2])) + (3 * u[3])) + 1); "},
+      {"a = sum(i in 0..3) (u[i] + i);",
+       "a = (((u[0] + 0) + (u[1] + 1)) + ((u[2] + 2) + (u[3] + 3))); "                                                                       },
+      {"a = product(i in 1..2 where i > 1) u[i]; b = product(u);",
+       "a = u[2]; b = ((u[0] * u[1]) * (u[2] * u[3])); "                                                                                     },
+      {"a = min(i in 0..1) u[i]; b = max(a, c, d);",
+       "a = (u[0] /\\ u[1]); b = ((a \\/ c) \\/ d); "                                                                                        },
+      {"a = b + sum(i in 1..0) u[i]; c = product(i in 1..0) u[i];",                    "a = (b + 0); c = 1; "                                },
+      {"p -> forall(i in -1..1) v[i]; forall(v); exists(v);",
+       "(p -> ((v[-1] && v[0]) && v[1])); ((v[-1] && v[0]) && v[1]); ((v[-1] || v[0]) || v[1]); "                                            },
+      {"forall(i in 1..0) v[i]; ~exists(i in 1..0) v[i];",                             ""                                                    },
+      {"alldifferent(i in 0..2) (u[i] + i);",
+       "(u[0] + 0) <> (u[1] + 1); (u[0] + 0) <> (u[2] + 2); (u[1] + 1) <> (u[2] + 2); "                                                      },
+      {"p == alldifferent(a, b, c);",                                                  "(p == (((a <<>> b) && (a <<>> c)) && (b <<>> c))); " },
+      {"alldifferent(1, 2, a);",                                                       "1 <> a; 2 <> a; "                                    },
+  });
+}
+
+TEST(ExpressionsTest, ConstantsFold) {
+  Check({
+      {"a = b + 2*3 - 1; a = 2 + 3 + b;",                       "a = ((b + 6) - 1); a = (5 + b); "    },
+      {"a = b + (-7) mod 3; a = b + 6/3 + 2^10;",               "a = (b + -1); a = ((b + 2) + 1024); "},
+      {"a = b + (3 /\\ 2) + (3 \\/ 2);",                        "a = ((b + 2) + 3); "                 },
+      {"let k = n * n, t = k > 8 && ~(k == 8); t -> p; a = k;", "(True -> p); a = 9; "                },
+      {"let h = 1/4; x = h * 8; x = y^(1/2);",                  "x = 2.0; x = (y ^ 0.5); "            },
+      {"2 < 3; 1 + 1 = 2; True; n == 3; n < 3;",                "[3,3] < [3,3]; "                     },
+      {"let e = sqrt(2) * Pi; x = e; y = e * 2;",
+       "x = (sqrt([2,2]) * Pi); y = ((sqrt([2,2]) * Pi) * 2.0); "                                     },
+  });
+}
+
+}  // namespace

@@ -1,0 +1,139 @@
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "tests/calculator/calculator_world.h"
+
+namespace {
+
+std::string Repeat(const std::string& text, int times) {
+  std::string result;
+  for (int i = 0; i < times; ++i) result += text;
+  return result;
+}
+
+TEST(LimitsTest, WhatIsTooLargeIsRefusedByName) {
+  ZULTavCalculator::Options options;
+  options.limits.sourceBytes = 3000000;
+  options.limits.nesting = 50;
+  options.limits.nameLength = 20;
+  options.limits.numberLength = 30;
+  options.limits.arraySize = 100;
+  options.limits.variables = 150;
+  options.limits.operations = 200;
+  options.limits.iterations = 1000;
+  options.limits.errors = 5;
+  const struct {
+    std::string before, repeated;
+    int times;
+    std::string after, fragment;  // an empty fragment: this much is allowed
+  } kRows[] = {
+      {"",                                                      " ",                 3000001, "",             "is longer than the limit of 3000000"                     },
+      {"x = ",                                                  "(",                 100000,  "1;",           "nesting is deeper than the limit of 50"                  },
+      {"x = ",                                                  "-",                 100000,  "1;",           "nesting is deeper than the limit of 50"                  },
+      {"x = ",                                                  "x^",                100000,  "1;",           "nesting is deeper than the limit of 50"                  },
+      {"p;",                                                    "p -> ",             100000,  "p;",           "nesting is deeper than the limit of 50"                  },
+      {"",                                                      "for i in 1..2 : ",  100000,  "x = 1;",       "nesting is deeper than the limit of 50"                  },
+      {"x = ",                                                  "sum(i in 1..2) ",   100000,  "1;",           "nesting is deeper than the limit of 50"                  },
+      {"",                                                      "for i in 1..2 : {", 100000,  "x = 1;",       "nesting is deeper than the limit of 50"                  },
+      {"a[",                                                    "a[",                100000,  "1..2] : int;", "nesting is deeper than the limit of 50"                  },
+      {"x = ((((((((((x",                                       ")",                 10,      "+ 1;",         ""                                                        },
+      {"",                                                      "a",                 1000000, " : int;",      "a name of 1000000 bytes is longer than the limit of 20"  },
+      {"x = 1.",                                                "1",                 1000000, ";",            "a number of 1000002 bytes is longer than the limit of 30"},
+      {"a[1..101] : int;",                                      "",                  0,       "",             "1..101 is larger than the limit of 100"                  },
+      {"a[-9223372036854775807-1..9223372036854775807] : int;", "",                  0,       "",
+       "larger than the limit of 100"                                                                                                                                   },
+      {"a, b[1..99] : int; c[1..49] : int;",                    "",                  0,       "",             "more variables than the limit of 150"                    },
+      {"for i in 1..201 : x < i;",                              "",                  0,       "",             "more operations than the limit of 200"                   },
+      {"x = ",                                                  "x + ",              150,     "1;",           ""                                                        },
+      {"for i in 1..32, j in 1..32 where i + j < 0 : x = 1;",   "",                  0,       "",
+       "more steps than the limit of 1000"                                                                                                                              },
+      {"for i in 1..9223372036854775807 : x = 1;",              "",                  0,       "",             "is longer than the limit of 1000"                        },
+      {"x = sum(i in 1..40, j in 1..40) 1;",                    "",                  0,       "",             "more steps than the limit of 1000"                       },
+      {"x = y;",                                                "x = ;",             30,      "",             "the limit on errors is 5"                                },
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.before + row.repeated);
+    const Reading reading = ReadModel(
+        "x : int; p : bool;" + row.before + Repeat(row.repeated, row.times) + row.after, options);
+    if (row.fragment.empty()) {
+      EXPECT_EQ(reading.ErrorText(), "");
+      continue;
+    }
+    ASSERT_FALSE(reading.errors.empty());
+    EXPECT_LE(reading.errors.size(), 5U);
+    EXPECT_NE(reading.ErrorText().find(row.fragment), std::string::npos)
+        << reading.ErrorText().substr(0, 1000);
+  }
+}
+
+TEST(LimitsTest, LongChainsNeedNoDeepStack) {
+  constexpr int kTerms = 300000;
+  const struct {
+    std::string before, repeated, after;
+  } kRows[] = {
+      {"x = ",     "x + ",     "1;" },
+      {"",         "p && ",    "p;" },
+      {"p -> (",   "p && ",    "p);"},
+      {"x = ",     "2 * 1 - ", "1;" },
+      {"x = sum(", "x, ",      "x);"},
+  };
+  for (const auto& row : kRows) {
+    const Reading reading = ReadModel("x : int = [1, 2]; p : bool; " + row.before +
+                                      Repeat(row.repeated, kTerms) + row.after);
+    EXPECT_EQ(reading.ErrorText(), "");
+    ASSERT_NE(reading.model, nullptr);
+    EXPECT_GE(reading.StatementText().size(), 20U);  // printing needs no deep stack either
+  }
+}
+
+constexpr const char* kWholeModel = R"(// every construct once
+let n = 4, half = 1/2, big = n > 3;   /* constants */
+q[1..n], x : int = [1, n*2]; r : real = [0.5, 1e3]; b, c : bool; s : single real = -2.5e-1;
+for i in 1..n, j in i+1..n where (i + j) mod 2 = 1 : { q[i] <> q[j]; q[i] + i < 9; }
+alldifferent(q); x = sum(i in 1..n) q[i] * 2 - min(q); r = real(x - 1) ^ half + sqrt(2) * Pi;
+b -> (x >> 3 || ~c) && forall(i in 1..n where i > 2) (q[i] <<>> x); c == PrimeNumber(x);
+product(i in 1..2) q[i] >= 0.1; max(x, q[2], 3) /\ 7 \/ -x <= 100;
+)";
+
+/// Reading ends, and ends with a model or with errors.
+void ReadHostile(const std::string& text) {
+  ZULTavCalculator::Options options;
+  options.limits.iterations = 10000;
+  options.limits.operations = 10000;
+  options.limits.variables = 10000;
+  const Reading reading = ReadModel(text, options);
+  EXPECT_LT(reading.ErrorText().size(), 1000000U);
+}
+
+TEST(LimitsTest, DamagedTextIsReadOrRefused) {
+  const std::string whole = kWholeModel;
+  ASSERT_EQ(ReadModel(whole).ErrorText(), "");
+  for (std::size_t length = 0; length < whole.size(); ++length)
+    ReadHostile(whole.substr(0, length));
+  std::mt19937 random(3);
+  for (int i = 0; i < 3000; ++i) {
+    std::string text = whole;
+    for (unsigned int change = random() % 4; change < 4; ++change) {
+      const std::size_t at = random() % text.size();
+      const std::size_t length = random() % 12;
+      const std::string piece = text.substr(random() % text.size(), random() % 12);
+      switch (random() % 4) {
+        case 0:
+          text[at] = static_cast<char>(random());
+          break;
+        case 1:
+          text.erase(at, length);
+          break;
+        case 2:
+          text.insert(at, piece);
+          break;
+        default:
+          text.replace(at, length, piece);
+      }
+    }
+    ReadHostile(text);
+  }
+}
+
+}  // namespace

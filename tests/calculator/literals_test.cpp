@@ -1,0 +1,188 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cfenv>
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <random>
+
+#include "framework/solver/ZULTaVoInteger.h"
+#include "framework/solver/ZULTaVoReal.h"
+#include "tests/calculator/calculator_world.h"
+
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+/// The first constant of the model that is a number.
+const ZULTaVoNumber& ConstantOf(const Reading& reading) {
+  for (const auto& expression : reading.model->Expressions())
+    if (const auto* number = ZULTaVoCast<const ZULTaVoNumber>(expression.object))
+      if (expression.IsConstant()) return *number;
+  ADD_FAILURE() << "no constant";
+  std::abort();
+}
+
+TEST(LiteralsTest, LiteralTakesTheTypeThatItsNeighbourAsksFor) {
+  const double below = std::nextafter(0.1, 0);
+  const struct {
+    std::string source, type;
+    double lower, upper;
+  } kRows[] = {
+      {"x : single int;    y = x * 3;",   "single int",    3,                                         3                     },
+      {"x : int;           y = 3 * x;",   "interval int",  3,                                         3                     },
+      {"x : single real;   y = x * 3;",   "single real",   3,                                         3                     },
+      {"x : real;          y = x ^ 3;",   "interval real", 3,                                         3                     },
+      {"x : angle;         y = x - 7;",   "interval real", 7,                                         7                     },
+      {"x : positive;      y = x / -4;",  "interval real", -4,                                        -4                    },
+      {"x : single int;    y = x * 2.5;", "single real",   2.5,                                       2.5                   },
+      {"x : int;           y = x * 2.0;", "interval real", 2,                                         2                     },
+      {"x : single real;   y = x * 2.5;", "single real",   2.5,                                       2.5                   },
+      {"x : real;          y = 2.5 * x;", "interval real", 2.5,                                       2.5                   },
+      {"x : single int;    y = x * 0.1;", "interval real", below,                                     0.1                   },
+      {"x : int;           y = 0.1 + x;", "interval real", below,                                     0.1                   },
+      {"x : single real;   y = x * 0.1;", "single real",   0.1,                                       0.1                   },
+      {"x : real;          y = x * 0.1;", "interval real", below,                                     0.1                   },
+      {"x : angle;         x = 0.1;",     "interval real", below,                                     0.1                   },
+      {"x : real;          x = 1/3;",     "interval real", 1.0 / 3,                                   std::nextafter(1.0 / 3, 1)},
+      {"x : real;          x = -0.1;",                                 "interval real",                   -0.1,             -below            },
+      {"x : single real;   x = 1/3;",                                 "single real",                    1.0 / 3,                1.0 / 3},
+      {"x : real;          x = sqrt(2);",                                 "interval int",                2,           2                 },
+      {"x : real;          x = sin(0.5);",                                 "interval real",               0.5,         0.5},
+      {"x : real;          x = 9007199254740993;",                                 "interval real",       0x1p53, 0x1p53 + 2              },
+      {"x : int; p : bool; p == (x >> 1.5);",                                 "interval real",            1.5,      1.5},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.source);
+    const Reading reading = ReadModel("y : real; " + row.source);
+    ASSERT_EQ(reading.ErrorText(), "");
+    const ZULTaVoNumber& constant = ConstantOf(reading);
+    EXPECT_STREQ(constant.GetDescriptor()->GetName(), row.type.c_str());
+    if (const auto* real = ZULTaVoCast<const ZULTaVoReal>(&constant)) {
+      // 0.1 as a double lies above one tenth, 1/3 below one third.
+      EXPECT_EQ(real->GetLowerBound(), row.lower);
+      EXPECT_EQ(real->GetUpperBound(), row.upper);
+    } else {
+      const auto* integer = ZULTaVoCast<const ZULTaVoInteger>(&constant);
+      EXPECT_EQ(static_cast<double>(integer->GetLowerBound()), row.lower);
+      EXPECT_EQ(static_cast<double>(integer->GetUpperBound()), row.upper);
+    }
+  }
+}
+
+/// What an operation gives in both directed rounding modes.
+template <class Operation>
+std::pair<double, double> Directed(Operation operation) {
+  const int mode = std::fegetround();
+  std::fesetround(FE_DOWNWARD);
+  const volatile double lower = operation();
+  std::fesetround(FE_UPWARD);
+  const volatile double upper = operation();
+  std::fesetround(mode);
+  return {lower, upper};
+}
+
+std::pair<double, double> BoundsOf(const std::string& expression) {
+  const Reading reading = ReadModel("x, y : real; x = y * (" + expression + ");");
+  EXPECT_EQ(reading.ErrorText(), "");
+  if (reading.model == nullptr) return {kInfinity, -kInfinity};
+  const auto& constant = dynamic_cast<const ZULTaVoReal&>(ConstantOf(reading));
+  return {constant.GetLowerBound(), constant.GetUpperBound()};
+}
+
+std::string Text(double value, int digits = -1) {
+  std::array<char, 1200> buffer;
+  char* end = buffer.data() + buffer.size();
+  end = digits < 0
+            ? std::to_chars(buffer.data(), end, value, std::chars_format::scientific).ptr
+            : std::to_chars(buffer.data(), end, value, std::chars_format::scientific, digits).ptr;
+  const std::string text(buffer.data(), end);
+  return text.find('.') == std::string::npos ? text.substr(0, 1) + ".0" + text.substr(1) : text;
+}
+
+/// The C library's own conversion, which obeys the rounding mode, is the oracle.
+TEST(LiteralsTest, DecimalsAreEnclosedByTheirNeighbours) {
+  std::vector<std::string> decimals = {"0.1",
+                                       "0.5",
+                                       "1e19",
+                                       "123456789.000000001",
+                                       "4.9e-324",
+                                       "1e-400",
+                                       "0.0",
+                                       "0.000",
+                                       "2.2250738585072011e-308",
+                                       "9007199254740993.0",
+                                       "9007199254740992.999999999999999999999",
+                                       "1.00000000000000011102230246251565404236316680908203125",
+                                       "1.00000000000000011102230246251565404236316680908203124",
+                                       "1.00000000000000011102230246251565404236316680908203126",
+                                       "100e-2",
+                                       "0.00001e5"};
+  std::mt19937_64 random(7);
+  for (int i = 0; i < 3000; ++i) {
+    const double value = std::ldexp(static_cast<double>(random() >> 11),
+                                    static_cast<int>(random() % (i % 2 == 0 ? 20 : 1080)) - 1110);
+    if (value < 1e19) decimals.push_back(Text(value, static_cast<int>(random() % 25)));
+    if (value < 1e19 && i % 10 == 0) decimals.push_back(Text(value, 766));  // the number itself
+  }
+  for (const std::string& decimal : decimals) {
+    SCOPED_TRACE(decimal);
+    const auto expected = Directed([&] { return std::strtod(decimal.c_str(), nullptr); });
+    EXPECT_EQ(BoundsOf(decimal), expected);
+  }
+}
+
+TEST(LiteralsTest, FoldedRealsAreTheTightestEnclosure) {
+  std::mt19937_64 random(11);
+  for (int i = 0; i < 2000; ++i) {
+    const auto draw = [&] {
+      const int bits = i % 3 == 0 ? 50 : 11;  // few bits: results are often exact
+      const double value =
+          std::ldexp(static_cast<double>(random() >> bits), static_cast<int>(random() % 30) - 55);
+      return value + 0.0;
+    };
+    const volatile double a = draw();
+    const volatile double b = draw() + 1;
+    for (const char op : {'+', '-', '*', '/'}) {
+      const std::string text = Text(a, 150) + " " + op + " " + Text(b, 150);
+      SCOPED_TRACE(text);
+      const auto expected = Directed([&] {
+        return op == '+' ? a + b : op == '-' ? a - b : op == '*' ? a * b : a / b;
+      });
+      EXPECT_EQ(BoundsOf(text), expected);
+    }
+  }
+  EXPECT_EQ(BoundsOf("(0.1 - 0.3) * 3.0").first < -0.6, true);
+  EXPECT_EQ(BoundsOf("(0.1 - 0.3) * 3.0").second > -0.6, true);
+}
+
+TEST(LiteralsTest, DefinitionsReplaceAndSupplyConstants) {
+  const struct {
+    std::string source;
+    Definitions definitions;
+    std::string outcome;  // the first statement, or a part of the error
+  } kRows[] = {
+      {"let n = 8; x : int; x = n;",         {{"n", "12"}},                       "x = [12,12]; "               },
+      {"x : int = [1, n]; x < n + m;",       {{"n", "3"}, {"m", "-2 * (4 - 1)"}}, "x < [-3,-3]; "               },
+      {"let k = n, n = 8; x : int; x = k;",  {{"n", "5"}},                        "x = [5,5]; "                 },
+      {"x : real; x = g;",                   {{"g", "9.75"}},                     "x = 9.75; "                  },
+      {"let t = false; p : bool; p == t;",   {{"t", "true"}},                     "(p == True); "               },
+      {"let count = 8; x : int; x = count;", {{"cuont", "9"}},                    "did you mean 'count'?"       },
+      {"x : int; x = 1;",                    {{"n", "8"}},                        "the model does not use 'n'"  },
+      {"let n = 8;",                         {{"n", "8 9"}},                      "definition of 'n':1:3: error"},
+      {"let n = 8;",                         {{"n", ""}},                         "expected an expression"      },
+      {"let n = 8;",                         {{"n", "[1, 2]"}},                   "expected an expression"      },
+      {"let n = 8; let n = 9;",              {{"n", "1"}},                        "has a meaning already"       },
+      {"n : int;",                           {{"n", "8"}},                        "defined from outside"        },
+      {"x : int; x = for;",                  {{"for", "8"}},                      "cannot be the name"          },
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.source);
+    const Reading reading = ReadModel(row.source, row.definitions);
+    const std::string outcome = reading.model ? reading.StatementText() : reading.ErrorText();
+    EXPECT_NE(outcome.find(row.outcome), std::string::npos) << outcome;
+  }
+}
+
+}  // namespace
