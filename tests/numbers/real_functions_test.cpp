@@ -31,52 +31,55 @@ TEST(RealFunctionsTest, NoFunctionLosesASolution) {
 }
 
 TEST(RealFunctionsTest, PowerLosesNoSolution) {
-  points::PointSolutions solutions;
-  solutions.Check(
-      {
-          "pow",
-          ORACLE(mpfr_pow(r, x, y, rounding)),
-          {NUMBER_CALL(CalcPowerValue(x, y)), NUMBER_CALL(CalcFirstInversePowerValue(x, y)),
-                                         NUMBER_CALL(CalcSecondInversePowerValue(x, y))},
-          true,
-          true,
-          true
-  },
-      20000);
+  Operation power{"pow", ORACLE(mpfr_pow(r, x, y, rounding)), {}};
+  power.narrowing[0] = NUMBER_CALL(CalcPowerValue(x, y));
+  power.narrowing[1] = NUMBER_CALL(CalcFirstInversePowerValue(x, y));
+  power.narrowing[2] = NUMBER_CALL(CalcSecondInversePowerValue(x, y));
+  power.exponent = power.hasSliver = true;
+  points::PointSolutions().Check(power, 20000);
 }
 
 TEST(RealFunctionsTest, EdgesOfIntervalFunctions) {
-  struct Row {
-    const char* name;
+  struct Function {
     int (IR::*forward)(const IR&);
     int (IR::*inverse)(IR&) const;
+  };
+#define INTERVAL(name, Name) \
+  constexpr Function name{&IR::Calc##Name##Value, &IR::CalcInverse##Name##Value}
+  INTERVAL(root, Sqrt);
+  INTERVAL(floor, Floor);
+  INTERVAL(ceil, Ceil);
+  INTERVAL(round, Round);
+  INTERVAL(sine, Sin);
+  INTERVAL(tangent, Tan);
+  INTERVAL(exponential, Exp);
+  struct Row {
+    Function function;
     RealInterval z, x, narrowedZ, narrowedX;
   };
   constexpr double kMax = 1e19;
   const RealInterval any(-kMax, kMax), nil(kMax, -kMax);
   const Row rows[] = {
-      {"sqrt", &IR::CalcSqrtValue, &IR::CalcInverseSqrtValue, any, {-4, 9}, {0, 3}, {0, 9}},
-      {"sqrt", &IR::CalcSqrtValue, &IR::CalcInverseSqrtValue, {2, 3}, any, {2, 3}, {4, 9}},
-      {"sqrt", &IR::CalcSqrtValue, &IR::CalcInverseSqrtValue, {-3, 1}, {-4, -1}, nil, nil},
-      {"floor", &IR::CalcFloorValue, &IR::CalcInverseFloorValue, {0.5, 2.5}, {0, 10}, {1, 2}, {1, 3}},
-      {"floor", &IR::CalcFloorValue, &IR::CalcInverseFloorValue, {0.2, 0.8}, {0, 9}, nil, nil},
-      {"ceil", &IR::CalcCeilValue, &IR::CalcInverseCeilValue, {0.5, 2.5}, {-9, 9}, {1, 2}, {0, 2}},
-      {"round", &IR::CalcRoundValue, &IR::CalcInverseRoundValue, {1, 1}, any, {1, 1}, {0.5, 1.5}},
-      {"round", &IR::CalcRoundValue, &IR::CalcInverseRoundValue, any, {-2.5, 2.5}, {-3, 3}, {-2.5, 2.5}},
-      {"sin", &IR::CalcSinValue, &IR::CalcInverseSinValue, any, {2e14, 2e14}, {-1, 1}, {2e14, 2e14}},
-      {"tan", &IR::CalcTanValue, &IR::CalcInverseTanValue, any, {1, 2}, any, {1, 2}},
-      {"exp", &IR::CalcExpValue, &IR::CalcInverseExpValue, any, {0, kMax}, {1, kMax}, {0, kMax}},
-      {"exp", &IR::CalcExpValue, &IR::CalcInverseExpValue, {-2, 0}, {0, 1}, nil, nil}};
-  for (const Row& row : rows) {
-    SCOPED_TRACE(testing::Message() << row.name << ": " << row.z << ", " << row.x);
-    IR z, x, zBefore;
-    z.SetSubdef(row.z);
-    zBefore.SetSubdef(row.z);
-    x.SetSubdef(row.x);
-    (z.*row.forward)(x);
-    (zBefore.*row.inverse)(x);
-    EXPECT_EQ(z.GetSubdef(), row.narrowedZ);
-    EXPECT_EQ(x.GetSubdef(), row.narrowedX);
+      {root,        any,        {-4, 9},      {0, 3},    {0, 9}      },
+      {root,        {2, 3},     any,          {2, 3},    {4, 9}      },
+      {root,        {-3, 1},    {-4, -1},     nil,       nil         },
+      {floor,       {0.5, 2.5}, {0, 10},      {1, 2},    {1, 3}      },
+      {floor,       {0.2, 0.8}, {0, 9},       nil,       nil         },
+      {ceil,        {0.5, 2.5}, {-9, 9},      {1, 2},    {0, 2}      },
+      {round,       {1, 1},     any,          {1, 1},    {0.5, 1.5}  },
+      {round,       any,        {-2.5, 2.5},  {-3, 3},   {-2.5, 2.5} },
+      {sine,        any,        {2e14, 2e14}, {-1, 1},   {2e14, 2e14}},
+      {tangent,     any,        {1, 2},       any,       {1, 2}      },
+      {exponential, any,        {0, kMax},    {1, kMax}, {0, kMax}   },
+      {exponential, {-2, 0},    {0, 1},       nil,       nil         }
+  };
+  for (const auto& [function, oldZ, oldX, newZ, newX] : rows) {
+    SCOPED_TRACE(testing::Message() << oldZ << ", " << oldX);
+    IR z(oldZ), x(oldX);
+    (z.*function.forward)(x);
+    (IR(oldZ).*function.inverse)(x);
+    EXPECT_EQ(z.GetSubdef(), newZ);
+    EXPECT_EQ(x.GetSubdef(), newX);
   }
   IR angle(0, 10);
   EXPECT_EQ(IR(0, 1).CalcInverseCosValue(angle), 1);
@@ -126,10 +129,10 @@ struct SingleFunction {
   int (*inverse)(const SR& r, SR& a, const SR& b);
   bool solvesForA;  // a unique a follows from r and b
 };
-#define SINGLE(name, formula, forward, inverse, solves)                      \
-  SingleFunction {                                                           \
-    name, [](double a, [[maybe_unused]] double b) -> double { return formula; },         \
-        [](SR& r, const SR& a, [[maybe_unused]] const SR& b) { return r.forward; },      \
+#define SINGLE(name, formula, forward, inverse, solves)                                    \
+  SingleFunction {                                                                         \
+    name, [](double a, [[maybe_unused]] double b) -> double { return formula; },           \
+        [](SR& r, const SR& a, [[maybe_unused]] const SR& b) { return r.forward; },        \
         [](const SR& r, SR& a, [[maybe_unused]] const SR& b) { return r.inverse; }, solves \
   }
 
@@ -148,7 +151,8 @@ const SingleFunction kSingleFunctions[] = {
     SINGLE("floor", std::floor(a), CalcFloorValue(a), CalcInverseFloorValue(a), false),
     SINGLE("ceil", std::ceil(a), CalcCeilValue(a), CalcInverseCeilValue(a), false),
     SINGLE("round", std::round(a), CalcRoundValue(a), CalcInverseRoundValue(a), false),
-    SINGLE("remainder", std::fmod(a, b), CalcModValue(a, b), CalcFirstInverseModValue(a, b), false)};
+    SINGLE("remainder", std::fmod(a, b), CalcModValue(a, b), CalcFirstInverseModValue(a, b),
+           false)};
 
 TEST(RealFunctionsTest, SingleRealsAgreeWithinPrecision) {
   std::mt19937_64 random{7};
@@ -184,60 +188,77 @@ TEST(RealFunctionsTest, SingleRealsAgreeWithinPrecision) {
   }
 }
 
+/// What `call` makes of a single real `before`, for operands a and b.
+struct SingleRow {
+  int (*call)(SR& target, SR& a, SR& b);
+  double before, a, b, after;
+};
+#define EDGE(name, operation)                                                            \
+  constexpr auto name = [](SR& target, [[maybe_unused]] SR& a, [[maybe_unused]] SR& b) { \
+    return operation;                                                                    \
+  }
+
 TEST(RealFunctionsTest, EdgesOfSingleReals) {
-  struct Row {
-    const char* name;
-    double before, a, b;
-    int (*call)(SR& target, SR& a, SR& b);
-    double after;
+  EDGE(sum, target.CalcSumValue(a, b));
+  EDGE(product, target.CalcProdValue(a, b));
+  EDGE(quotient, a.CalcFirstInverseProdValue(target, b));
+  EDGE(exponential, target.CalcExpValue(a));
+  EDGE(logarithm, a.CalcInverseExpValue(target));
+  EDGE(root, target.CalcSqrtValue(a));
+  EDGE(square, a.CalcInverseSqrtValue(target));
+  EDGE(sine, target.CalcSinValue(a));
+  EDGE(arcSine, a.CalcInverseSinValue(target));
+  EDGE(tangent, target.CalcTanValue(a));
+  EDGE(arcTangent, a.CalcInverseTanValue(target));
+  EDGE(minimum, a.CalcFirstInverseMinValue(target, b));
+  EDGE(remainder, target.CalcModValue(a, b));
+  EDGE(divisor, a.CalcSecondInverseModValue(b, target));
+  EDGE(power, target.CalcPowerValue(a, b));
+  EDGE(base, a.CalcFirstInversePowerValue(target, b));
+  EDGE(exponent, a.CalcSecondInversePowerValue(b, target));
+  const SingleRow rows[] = {
+      {sum,         kAny,      0.1,       0.2,  0.30000000000000004},
+      {sum,         3.0000001, 1,         2,    3.0000001          },
+      {sum,         kAny,      9e18,      9e18, kAny               }, // beyond the largest number nothing is known
+      {exponential, kAny,      50,        0,    kAny               },
+      {product,     kAny,      0,         kAny, kAny               },
+      {quotient,    kAny,      0,         0,    kAny               },
+      {quotient,    kAny,      1,         0,    kNil               },
+      {remainder,   kAny,      -7,        2,    -1                 },
+      {remainder,   kAny,      7,         -2,   1                  },
+      {remainder,   5,         7,         0,    5                  },
+      {remainder,   kAny,      1e12,      1e-3, kAny               },
+      {divisor,     5,         1,         7,    kNil               },
+      {divisor,     3,         1,         7,    3                  },
+      {divisor,     3,         3.5,       7.5,  kNil               },
+      {divisor,     3,         3,         6,    3                  }, // a remainder as large as the divisor passes
+      {root,        kAny,      -4,        0,    kNil               },
+      {square,      kAny,      3,         0,    9                  },
+      {square,      kAny,      -3,        0,    kNil               },
+      {sine,        kAny,      2e14,      0,    kAny               },
+      {sine,        1.1,       2e14,      0,    kNil               },
+      {tangent,     7,         2e14,      0,    7                  },
+      {arcSine,     kAny,      1.0000005, 0,    kNil               }, // without a margin
+      {arcSine,     kAny,      0.5,       0,    kAny               },
+      {arcSine,     0.5,       0.5,       0,    kNil               },
+      {arcTangent,  2e14,      0.5,       0,    2e14               },
+      {logarithm,   kAny,      0,         0,    kNil               },
+      {power,       kAny,      2,         3,    8                  },
+      {power,       8.0000001, 2,         3,    kNil               }, // without a margin
+      {power,       kAny,      -2,        0.5,  kNil               },
+      {power,       kAny,      10,        30,   kAny               },
+      {base,        kAny,      8,         3,    2                  },
+      {base,        kAny,      9,         2,    kAny               },
+      {base,        -3,        9,         2,    -3                 },
+      {exponent,    kAny,      8,         2,    3                  },
+      {exponent,    0.5,       4,         16,   0.5                },
+      {exponent,    kAny,      5,         -2,   kNil               },
+      {minimum,     kAny,      3,         5,    3                  },
+      {minimum,     kAny,      3,         3,    kAny               }
   };
-#define ROW_CALL(call) [](SR& target, [[maybe_unused]] SR& a, [[maybe_unused]] SR& b) { return call; }
-  const auto mod = ROW_CALL(target.CalcModValue(a, b));
-  const auto power = ROW_CALL(target.CalcPowerValue(a, b));
-  const auto exponent = ROW_CALL(a.CalcSecondInversePowerValue(b, target));  // target: r, a
-  const auto divide = ROW_CALL(a.CalcFirstInverseProdValue(target, b));
-  const auto divisor = ROW_CALL(a.CalcSecondInverseModValue(b, target));
-  const Row rows[] = {
-      {"sum", kAny, 0.1, 0.2, ROW_CALL(target.CalcSumValue(a, b)), 0.30000000000000004},
-      {"sum within p", 3.0000001, 1, 2, ROW_CALL(target.CalcSumValue(a, b)), 3.0000001},
-      {"overflow", kAny, 9e18, 9e18, ROW_CALL(target.CalcSumValue(a, b)), kAny},
-      {"overflow", kAny, 50, 0, ROW_CALL(target.CalcExpValue(a)), kAny},
-      {"by Any", kAny, 0, kAny, ROW_CALL(target.CalcProdValue(a, b)), kAny},
-      {"0 / 0", kAny, 0, 0, divide, kAny},
-      {"1 / 0", kAny, 1, 0, divide, kNil},
-      {"mod", kAny, -7, 2, mod, -1},
-      {"mod", kAny, 7, -2, mod, 1},
-      {"mod 0", 5, 7, 0, mod, 5},
-      {"mod, huge quotient", kAny, 1e12, 1e-3, mod, kAny},
-      {"divisor", 5, 1, 7, divisor, kNil},
-      {"divisor", 3, 1, 7, divisor, 3},
-      {"divisor, remainder too large", 3, 3.5, 7.5, divisor, kNil},
-      {"divisor, remainder as large", 3, 3, 6, divisor, 3},
-      {"sqrt", kAny, -4, 0, ROW_CALL(target.CalcSqrtValue(a)), kNil},
-      {"inverse sqrt", kAny, 3, 0, ROW_CALL(a.CalcInverseSqrtValue(target)), 9},
-      {"inverse sqrt", kAny, -3, 0, ROW_CALL(a.CalcInverseSqrtValue(target)), kNil},
-      {"sin beyond the limit", kAny, 2e14, 0, ROW_CALL(target.CalcSinValue(a)), kAny},
-      {"sin beyond the limit", 1.1, 2e14, 0, ROW_CALL(target.CalcSinValue(a)), kNil},
-      {"tan beyond the limit", 7, 2e14, 0, ROW_CALL(target.CalcTanValue(a)), 7},
-      {"inverse sin, no margin", kAny, 1.0000005, 0, ROW_CALL(a.CalcInverseSinValue(target)), kNil},
-      {"inverse sin", kAny, 0.5, 0, ROW_CALL(a.CalcInverseSinValue(target)), kAny},
-      {"inverse sin", 0.5, 0.5, 0, ROW_CALL(a.CalcInverseSinValue(target)), kNil},
-      {"inverse tan", 2e14, 0.5, 0, ROW_CALL(a.CalcInverseTanValue(target)), 2e14},
-      {"log of 0", kAny, 0, 0, ROW_CALL(a.CalcInverseExpValue(target)), kNil},
-      {"power", kAny, 2, 3, power, 8},
-      {"power, no margin", 8.0000001, 2, 3, power, kNil},
-      {"power", kAny, -2, 0.5, power, kNil},
-      {"power, overflow", kAny, 10, 30, power, kAny},
-      {"root", kAny, 8, 3, ROW_CALL(a.CalcFirstInversePowerValue(target, b)), 2},
-      {"root of two signs", kAny, 9, 2, ROW_CALL(a.CalcFirstInversePowerValue(target, b)), kAny},
-      {"root of two signs", -3, 9, 2, ROW_CALL(a.CalcFirstInversePowerValue(target, b)), -3},
-      {"exponent", kAny, 8, 2, exponent, 3},
-      {"exponent between integers", 0.5, 4, 16, exponent, 0.5},
-      {"exponent of a negative base", kAny, 5, -2, exponent, kNil},
-      {"minimum below", kAny, 3, 5, ROW_CALL(a.CalcFirstInverseMinValue(target, b)), 3},
-      {"minimum reached", kAny, 3, 3, ROW_CALL(a.CalcFirstInverseMinValue(target, b)), kAny}};
-  for (const Row& row : rows) {
-    SCOPED_TRACE(testing::Message() << row.name << ": " << row.before << ", " << row.a << ", " << row.b);
+  for (const SingleRow& row : rows) {
+    SCOPED_TRACE(testing::Message()
+                 << "row " << &row - rows << ": " << row.before << ", " << row.a);
     SR target(row.before), a(row.a), b(row.b);
     EXPECT_EQ(row.call(target, a, b), row.after != row.before);
     EXPECT_EQ(target.GetValue(), row.after);

@@ -10,20 +10,16 @@ using Set = SubdefReal;
 constexpr double kMax = 1e19;
 
 TEST(RealModuloTest, LosesNoSolution) {
-  points::PointSolutions solutions;
-  solutions.Check(
-      {
-          "mod",
-          [](mpfr_ptr r, mpfr_srcptr x, mpfr_srcptr y, mpfr_rnd_t rounding) {
-            mpfr_fmod(r, x, y, rounding);
-                                                                             },
-          { NUMBER_CALL(CalcModValue(x, y)), NUMBER_CALL(CalcFirstInverseModValue(x, y)),
-                                                                             NUMBER_CALL(CalcSecondInverseModValue(x, y))},
-          true,
-          false,
-          true
-  },
-      10000);
+  points::Operation mod{"mod",
+                        [](mpfr_ptr r, mpfr_srcptr x, mpfr_srcptr y, mpfr_rnd_t rounding) {
+                          mpfr_fmod(r, x, y, rounding);
+                        },
+                        {}};
+  mod.narrowing[0] = NUMBER_CALL(CalcModValue(x, y));
+  mod.narrowing[1] = NUMBER_CALL(CalcFirstInverseModValue(x, y));
+  mod.narrowing[2] = NUMBER_CALL(CalcSecondInverseModValue(x, y));
+  mod.hasSliver = true;
+  points::PointSolutions().Check(mod, 10000);
 }
 
 TEST(RealModuloTest, Remainders) {
@@ -73,7 +69,7 @@ TEST(RealModuloTest, Inverses) {
   const Set nil(kMax, -kMax);
   const Row rows[] = {
       {{1, 1},     {5, 8},   {2, 2},     {5, 7}, {2, 2}},
-      {{1, 1},     {7, 7}, {2, 9}, {7, 7}, {2, 6}},
+      {{1, 1},     {7, 7},   {2, 9},     {7, 7}, {2, 6}},
       {{0.5, 0.5}, {1, 1.2}, {0.9, 1.1}, nil,    nil   },
       {{3, 3},     {3, 3},   {5, 9},     {3, 3}, {5, 9}},
       {{-1, -1},   {5, 8},   {2, 2},     nil,    nil   }
