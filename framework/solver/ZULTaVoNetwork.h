@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "framework/solver/Arena.h"
@@ -51,6 +52,13 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   std::size_t GetNumberOfObjects() const { return mNodes.size(); }
   std::size_t GetNumberOfConstraints() const { return mLinks.size(); }
   ZULTaVoAny* GetObject(std::size_t index) const;
+  /// Constraint `index` in the order of addition, and its arguments, the result first.
+  const ZULTaVoConstraint& GetConstraint(std::size_t index) const {
+    return *mLinks[index].constraint;
+  }
+  std::span<ZULTaVoObject* const> GetArguments(std::size_t index) const {
+    return {mLinks[index].arguments, mLinks[index].count};
+  }
   /// The descriptor with which the object was added; null if it is not this network's.
   const ZULTaVoObjectDescriptor* GetType(const ZULTaVoObject* object) const;
   /// Bytes that the network holds.
