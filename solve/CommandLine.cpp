@@ -81,6 +81,50 @@ double ReadNumberOption(const std::string& option, const std::string& text,
 
 bool IsPositive(double number) { return number > 0; }
 
+using VariableChoice = ZULTavSearch::VariableChoice;
+
+constexpr std::pair<const char*, Format> kFormats[] = {
+    {"text", Format::kText},
+    {"json", Format::kJson}
+};
+constexpr std::pair<const char*, Digits> kDigits[] = {
+    {"precision", Digits::kPrecision},
+    {"full",      Digits::kFull     }
+};
+constexpr std::pair<const char*, VariableChoice> kSelections[] = {
+    {"first",       VariableChoice::kFirst     },
+    {"largest",     VariableChoice::kLargest   },
+    {"smallest",    VariableChoice::kSmallest  },
+    {"round-robin", VariableChoice::kRoundRobin}
+};
+constexpr std::pair<const char*, ZULTaVoAny::ValueSelection> kSplits[] = {
+    {"lower",    ZULTaVoAny::kLowerHalf    },
+    {"upper",    ZULTaVoAny::kUpperHalf    },
+    {"least",    ZULTaVoAny::kLeastValue   },
+    {"greatest", ZULTaVoAny::kGreatestValue}
+};
+
+/// An option whose text is one of a few words.
+template <class T, std::size_t kCount>
+void AddChoice(CLI::App& app, const std::string& name, T& choice,
+               const std::pair<const char*, T> (&words)[kCount], const std::string& about) {
+  app.add_option_function<std::string>(
+         name,
+         [name, &words, &choice](const std::string& text) {
+           std::string wanted = "one of";
+           for (const auto& [word, value] : words) {
+             if (text == word) {
+               choice = value;
+               return;
+             }
+             wanted += std::string(word == words[0].first ? " " : ", ") + word;
+           }
+           Refuse(name, text, wanted);
+         },
+         about)
+      ->type_name("WORD");
+}
+
 /// One command line being read; fills `options`.
 class Reader {
  public:
@@ -106,13 +150,7 @@ class Reader {
     CLI::App* app = mApp.add_subcommand(name, about);
     app->footer(footer);
     app->callback([this, command] { mOptions.command = command; });
-    app->add_option("--format", mOptions.format, "Output format: text or json")
-        ->transform(CLI::CheckedTransformer(std::map<std::string, Format>{
-                                                {"text", Format::kText},
-                                                {"json", Format::kJson}
-    })
-                        .description(""))
-        ->type_name("FORMAT");
+    AddChoice(*app, "--format", mOptions.format, kFormats, "Output format: text or json (text)");
     app->add_option_function<std::string>(
            "--module",
            [this](const std::string& module) {
@@ -120,7 +158,7 @@ class Reader {
              mOptions.moduleGiven = true;
            },
            "Open this module instead of " + mOptions.module +
-               "; it is looked for in ZULTAV_MODULE_PATH and beside this program")
+               ";\nit is looked for in ZULTAV_MODULE_PATH and beside this program")
         ->type_name("NAME");
     return *app;
   }
@@ -164,8 +202,8 @@ class Reader {
                Refuse("--trig-limits", text, "of the form LOW,HIGH with LOW < HIGH");
              mOptions.trigLimits = {low, high};
            },
-           "Window in which inverse trigonometric functions narrow (-1e14,1e14); write\n"
-           "--trig-limits=LOW,HIGH where LOW is negative")
+           "Window in which inverse trigonometric functions narrow\n(-1e14,1e14); write "
+           "--trig-limits=LOW,HIGH where LOW is\nnegative")
         ->type_name("LOW,HIGH");
   }
 
@@ -176,15 +214,8 @@ class Reader {
     AddStrategy(app);
     AddLimits(app);
     app.add_flag("-s,--stats", mOptions.statistics, "Print statistics (JSON has them always)");
-    app.add_option("--digits", mOptions.digits,
-                   "Digits of printed reals: precision, or full so that they read back exactly")
-        ->transform(
-            CLI::CheckedTransformer(std::map<std::string, Digits>{
-                                        {"precision", Digits::kPrecision},
-                                        {"full",      Digits::kFull     }
-    })
-                .description(""))
-        ->type_name("WHICH");
+    AddChoice(app, "--digits", mOptions.digits, kDigits,
+              "Digits of printed reals: to the precision, or full so that they\nread back exactly");
   }
 
   void AddSolutions(CLI::App& app) {
@@ -203,28 +234,10 @@ class Reader {
   }
 
   void AddStrategy(CLI::App& app) {
-    using Choice = ZULTavSearch::VariableChoice;
-    app.add_option("--select", mOptions.search.choice,
-                   "Which variable is split: first, largest, smallest or round-robin (first)")
-        ->transform(CLI::CheckedTransformer(std::map<std::string, Choice>{
-                                                {"first",       Choice::kFirst     },
-                                                {"largest",     Choice::kLargest   },
-                                                {"smallest",    Choice::kSmallest  },
-                                                {"round-robin", Choice::kRoundRobin}
-    })
-                        .description(""))
-        ->type_name("HOW");
-    using Selection = ZULTaVoAny::ValueSelection;
-    app.add_option("--split", mOptions.search.selection,
-                   "What is tried first: lower or upper half, least or greatest value (lower)")
-        ->transform(CLI::CheckedTransformer(std::map<std::string, Selection>{
-                                                {"lower",    ZULTaVoAny::kLowerHalf    },
-                                                {"upper",    ZULTaVoAny::kUpperHalf    },
-                                                {"least",    ZULTaVoAny::kLeastValue   },
-                                                {"greatest", ZULTaVoAny::kGreatestValue}
-    })
-                        .description(""))
-        ->type_name("HOW");
+    AddChoice(app, "--select", mOptions.search.choice, kSelections,
+              "Which variable is split: first, largest, smallest or\nround-robin (first)");
+    AddChoice(app, "--split", mOptions.search.selection, kSplits,
+              "What is tried first: lower or upper half, least or greatest\nvalue (lower)");
     app.add_option_function<std::string>(
            "--eps",
            [this](const std::string& text) {
@@ -233,7 +246,7 @@ class Reader {
              if (!ReadPair(text, absolute, relative, false) || absolute < 0 || relative < 0)
                Refuse("--eps", text, "of the form ABS or ABS,REL with numbers from 0");
            },
-           "A real is narrow enough at width ABS, or REL times its magnitude (the precision,"
+           "A real is narrow enough at width ABS, or REL times its\nmagnitude (the precision, "
            "1e-14)")
         ->type_name("ABS[,REL]");
     app.add_option_function<std::string>(
@@ -243,7 +256,7 @@ class Reader {
                  ReadNumberOption("--ratio", text, "a number from 0 up to, not including, 1",
                                   [](double ratio) { return ratio >= 0 && ratio < 1; });
            },
-           "A real that loses less than this share of its width is not propagated (0.01)")
+           "A real that loses less than this share of its width is not\npropagated (0.01)")
         ->type_name("R");
   }
 
@@ -290,7 +303,10 @@ std::optional<Options> ReadCommandLine(int argc, char** argv, int& status) {
     reader.App().exit(request);
     status = kAnswered;
   } catch (const CLI::ParseError& error) {
-    std::cerr << "zultav: " << error.what() << "\nTry 'zultav --help'.\n";
+    const bool unknown = reader.App().get_subcommands().empty() && argc > 1 && argv[1][0] != '-';
+    std::cerr << "zultav: "
+              << (unknown ? "unknown command '" + std::string(argv[1]) + "'" : error.what())
+              << "\nTry 'zultav --help'.\n";
     status = kUsage;
   }
   return std::nullopt;

@@ -1,0 +1,135 @@
+#include <gtest/gtest.h>
+
+#include "tests/solve/zultav_program.h"
+
+namespace {
+
+using nlohmann::json;
+
+// Bounds propagation refutes it only after a very long search.
+constexpr char kPigeons[] =
+    "hole[1..14] : int = [1, 13];\n"
+    "for i in 1..14, j in i+1..14 : hole[i] <> hole[j];\n";
+constexpr char kDigits[] = "x : int = [0, 9];\n";
+
+struct UsageCase {
+  std::string arguments, message;
+};
+
+TEST(CommandLineTest, MisuseIsAnsweredWithAReason) {
+  const UsageCase rows[] = {
+      {"",                                      "subcommand is required"                                    },
+      {"sovle model.zul",                       "unknown command 'sovle'"                                   },
+      {"solve",                                 "MODEL is required"                                         },
+      {"solve no_such_file.zul",                "cannot read 'no_such_file.zul': No such file"              },
+      {"solve /",                               "cannot read '/': Is a directory"                           },
+      {"solve - --frobnicate",                  "--frobnicate"                                              },
+      {"solve - -n 0",                          "'0' is not a whole number from 1"                          },
+      {"solve - -n -1",                         "'-1' is not a whole number from 1"                         },
+      {"solve - -n 99999999999999999999",       "not a whole number"                                        },
+      {"solve - --max-nodes many",              "'many' is not"                                             },
+      {"solve - -a -n 2",                       "excludes"                                                  },
+      {"solve - -a --propagate-only",           "excludes"                                                  },
+      {"solve - -t 0",                          "'0' is not a positive number"                              },
+      {"solve - -t nan",                        "'nan' is not a positive number"                            },
+      {"solve - -p -1",                         "'-1' is not a positive number"                             },
+      {"solve - -p 1e-6x",                      "'1e-6x' is not"                                            },
+      {"solve - --eps 1,-1",                    "'1,-1' is not of the form ABS or ABS,REL"                  },
+      {"solve - --trig-limits 3,2",             "LOW,HIGH"                                                  },
+      {"solve - --ratio 1",                     "'1' is not a number from 0"                                },
+      {"solve - --select last",                 "'last' is not one of first, largest, smallest, round-robin"},
+      {"solve - --split half",                  "one of lower, upper, least, greatest"                      },
+      {"solve - --format xml",                  "one of text, json"                                         },
+      {"solve - -D x",                          "'x' is not of the form NAME=VALUE"                         },
+      {"solve - -D =1",                         "NAME=VALUE"                                                },
+      {"types --module no_such_module",         "no_such_module"                                            },
+      {"solve - --module ../lib/ZULTavNumbers", "cannot open module"                                        },
+  };
+  for (const auto& [arguments, message] : rows) {
+    SCOPED_TRACE(arguments);
+    const Result result = Zultav(arguments, kDigits);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err.rfind("zultav: ", 0), 0u);
+    EXPECT_NE(result.err.find(message), std::string::npos) << result.err;
+  }
+}
+
+TEST(CommandLineTest, FailuresBeforeTheModelAreInTheDocumentToo) {
+  const json document = Zultav("solve no_such_file.zul --format json").Json();
+  EXPECT_EQ(document["errors"][0]["file"], "no_such_file.zul");
+  EXPECT_EQ(document["status"], "UNKNOWN");
+}
+
+TEST(CommandLineTest, HelpTeachesAndVersionTells) {
+  for (const char* command : {"", "solve", "check", "operators", "types"}) {
+    SCOPED_TRACE(command);
+    const Result help = Zultav(std::string(command) + " --help");
+    EXPECT_EQ(help.status, 0);
+    EXPECT_NE(help.out.find("\n  zultav "), std::string::npos) << "examples";
+  }
+  const Result version = Zultav("--version");
+  EXPECT_EQ(version.status, 0);
+  EXPECT_EQ(version.out.rfind("zultav ", 0), 0u);
+}
+
+struct LimitCase {
+  std::string model, arguments, status;
+  std::size_t solutions;
+  int exit;
+};
+
+TEST(CommandLineTest, EachLimitHasItsEnding) {
+  const LimitCase rows[] = {
+      {kDigits,             "",                 "SATISFIED",     1,  0},
+      {kDigits,             "-n 3",             "SATISFIED",     3,  0},
+      {kDigits,             "-n 10",            "ALL_SOLUTIONS", 10, 0},
+      {kDigits,             "-n 11",            "ALL_SOLUTIONS", 10, 0},
+      {kDigits,             "-a --max-nodes 8", "SATISFIED",     3,  4},
+      {kDigits,             "-a --max-nodes 1", "UNKNOWN",       0,  4},
+      {kPigeons,            "--max-nodes 1000", "UNKNOWN",       0,  4},
+      {kPigeons,            "-t 0.2",           "UNKNOWN",       0,  4},
+      {"x : int = [1, 1];", "-n 1",             "ALL_SOLUTIONS", 1,  0},
+      {"x : int = [2, 1];", "",                 "UNSATISFIABLE", 0,  0},
+  };
+  for (const auto& [model, arguments, status, solutions, exit] : rows) {
+    SCOPED_TRACE(arguments);
+    const Result result = Zultav("solve - --format json " + arguments, model);
+    EXPECT_EQ(result.status, exit);
+    EXPECT_EQ(result.Json()["status"], status);
+    EXPECT_EQ(result.Json()["solutions"].size(), solutions);
+
+    const Result text = Zultav("solve - " + arguments, model);
+    EXPECT_EQ(text.status, exit);
+    const std::string marker = exit == 4                   ? "=====UNKNOWN====="
+                               : status == "ALL_SOLUTIONS" ? "=========="
+                               : status == "UNSATISFIABLE" ? "=====UNSATISFIABLE====="
+                                                           : "----------";
+    EXPECT_EQ(text.Lines().back(), marker);
+  }
+}
+
+TEST(CommandLineTest, ASignalEndsTheSearchInGoodOrder) {
+  for (const char* signal : {"INT", "TERM"}) {
+    const Result result = Zultav("solve - --format json", kPigeons,
+                                 "timeout --preserve-status -s " + std::string(signal) + " 0.5");
+    EXPECT_EQ(result.status, 4) << result.err;
+    EXPECT_EQ(result.Json()["status"], "UNKNOWN");
+    EXPECT_GT(result.Json()["statistics"]["nodes"], 0);
+  }
+}
+
+TEST(CommandLineTest, OutputThatCannotBeWrittenIsAnError) {
+  const Result result =
+      Zultav("solve " + Example("queens8") + " -a > /dev/full 2> /dev/null; exit $?; :");
+  EXPECT_EQ(result.status, 5);
+}
+
+TEST(CommandLineTest, ModulesAreFoundThroughTheEnvironment) {
+  const Result result = Zultav("types", "", "ZULTAV_MODULE_PATH=/nonexistent::/tmp");
+  EXPECT_EQ(result.status, 0) << "other places are searched after it";
+  const Result missing = Zultav("types --module Strange", "", "ZULTAV_MODULE_PATH=/my/modules");
+  EXPECT_NE(missing.err.find("/my/modules"), std::string::npos) << missing.err;
+}
+
+}  // namespace

@@ -1,0 +1,117 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+#include "tests/solve/zultav_program.h"
+
+namespace {
+
+using nlohmann::json;
+
+struct ExampleCase {
+  std::string name, arguments;
+  std::size_t count;
+  /// Values that exactly one solution has.
+  json values;
+};
+
+class ExampleTest : public testing::TestWithParam<ExampleCase> {};
+
+bool Has(const json& solution, const json& values) {
+  return std::all_of(values.items().begin(), values.items().end(), [&](const auto& item) {
+    return solution["values"][item.key()] == item.value();
+  });
+}
+
+TEST_P(ExampleTest, HasItsSolutionsInBothFormats) {
+  const auto& [name, arguments, count, values] = GetParam();
+  const std::string command = "solve " + Example(name) + " -a " + arguments;
+  const Result text = Zultav(command);
+  EXPECT_EQ(text.status, 0) << text.err;
+  EXPECT_EQ(text.err, "");
+  const auto lines = text.Lines();
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), "----------"), count);
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), "// possible"), 0);
+  ASSERT_FALSE(lines.empty());
+  EXPECT_EQ(lines.back(), count == 0 ? "=====UNSATISFIABLE=====" : "==========");
+
+  const Result structured = Zultav(command + " --format json");
+  EXPECT_EQ(structured.status, 0);
+  const json document = structured.Json();
+  ASSERT_TRUE(document.is_object()) << structured.out;
+  EXPECT_EQ(document["status"], count == 0 ? "UNSATISFIABLE" : "ALL_SOLUTIONS");
+  EXPECT_EQ(document["errors"], json::array());
+  EXPECT_EQ(document["statistics"]["solutions"], count);
+  const json& solutions = document["solutions"];
+  ASSERT_EQ(solutions.size(), count);
+  EXPECT_EQ(std::set<json>(solutions.begin(), solutions.end()).size(), count);
+  for (const json& solution : solutions) EXPECT_EQ(solution["proven"], true);
+  EXPECT_EQ(std::count_if(solutions.begin(), solutions.end(),
+                          [&](const json& solution) { return Has(solution, values); }),
+            std::min<std::size_t>(count, 1));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Integers, ExampleTest,
+    testing::Values(
+        ExampleCase{
+            "send_more_money", "", 1, {{"send", 9567}, {"more", 1085}, {"money", 10652}}
+},
+        ExampleCase{"queens8", "", 92, {{"q", {1, 5, 8, 6, 3, 7, 2, 4}}}},
+        ExampleCase{"queens8", "-D n=6", 4, {{"q", {2, 4, 6, 1, 3, 5}}}},
+        ExampleCase{"magic_square", "", 8, {{"square", {2, 7, 6, 9, 5, 1, 4, 3, 8}}}},
+        ExampleCase{"pythagorean", "", 18, {{"a", 20}, {"b", 21}, {"c", 29}}},
+        ExampleCase{"chinese_remainder", "", 3, {{"x", 23}}},
+        ExampleCase{"twin_primes", "", 35, {{"p", 881}, {"q", 883}}},
+        ExampleCase{"change_making", "", 50, {{"pennies", 0}, {"nickels", 10}}},
+        ExampleCase{"change_making", "-Damount=100", 292, {{"halves", 2}}},
+        ExampleCase{"logic_puzzle",
+                    "",
+                    1,
+                    {{"anna", true}, {"ben", true}, {"carl", false}, {"dora", true}}},
+        ExampleCase{"scheduling", "", 3, {{"start", {2, 5, 7, 0, 5}}, {"makespan", 11}}},
+        ExampleCase{"scheduling", "-D deadline=10", 0, {}},
+        ExampleCase{"unsatisfiable", "", 0, {}}),
+    [](const auto& row) { return row.param.name + std::to_string(row.index); });
+
+TEST(ExamplesTest, EveryOrderFindsTheSameSolutions) {
+  std::set<json> expected;
+  for (const std::string select : {"first", "largest", "smallest", "round-robin"}) {
+    for (const std::string split : {"lower", "upper", "least", "greatest"}) {
+      SCOPED_TRACE(select + ' ' + split);
+      const json solutions = Zultav("solve " + Example("queens8") + " -a -D n=6 --format json" +
+                                    " --select " + select + " --split " + split)
+                                 .Json()["solutions"];
+      const std::set<json> found(solutions.begin(), solutions.end());
+      if (expected.empty()) expected = found;
+      EXPECT_EQ(found, expected);
+      EXPECT_EQ(solutions.size(), 4u);
+    }
+  }
+}
+
+TEST(ExamplesTest, AMisspeltModelIsRefusedWithAdvice) {
+  const std::string file = Example("send_more_money_misspelt");
+  for (const std::string command : {"solve ", "check "}) {
+    SCOPED_TRACE(command);
+    const Result text = Zultav(command + file);
+    EXPECT_EQ(text.status, 3);
+    EXPECT_EQ(text.out, "");
+    for (const char* part : {":13:1: error: ", "'alldiferent'", "alldifferent",
+                             ":16:47: error: ", "    ^", "2 errors"})
+      EXPECT_NE(text.err.find(part), std::string::npos) << part << " in\n" << text.err;
+
+    const Result structured = Zultav(command + file + " --format json");
+    EXPECT_EQ(structured.status, 3);
+    EXPECT_EQ(structured.err, "");
+    const json errors = structured.Json()["errors"];
+    ASSERT_EQ(errors.size(), 2u);
+    EXPECT_EQ(errors[0]["file"], file);
+    EXPECT_EQ(errors[0]["line"], 13);
+    EXPECT_EQ(errors[1]["column"], 47);
+    EXPECT_NE(errors[1]["message"], "");
+  }
+}
+
+}  // namespace
