@@ -164,10 +164,12 @@ bool Ternary(const Step& step, T& a0, T& a1, Any& a2) {
   return ImposeEqual(step, a0, a2) && Relation(step, a0, a1);
 }
 
-/// As Ternary; two values that have nothing in common any more stay unequal.
+/// As Ternary; two values that have nothing in common any more stay unequal. Only values of one
+/// type are sure to see what they have in common.
 bool TernaryUnequal(const Step& step, Any& a0, Any& a1, Any& a2) {
   if (!Ternary<&ImposeUnequal>(step, a0, a1, a2)) return false;
-  if (&a0 == &a2 && !a0.IsIntersected(a1)) step.Retire();
+  if (&a0 == &a2 && a0.GetDescriptor() == a1.GetDescriptor() && !a0.IsIntersected(a1))
+    step.Retire();
   return true;
 }
 

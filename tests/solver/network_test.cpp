@@ -208,6 +208,35 @@ TEST_F(NetworkTest, ADisequalityIsCalledWheneverItCanRemoveAValue) {
   }
 }
 
+TEST_F(NetworkTest, ADisequalityHoldsBetweenValuesOfAnyTwoTypes) {
+  const char* kTypes[] = {"bit int", "interval int", "single int", "single real", "interval real"};
+  for (const char* left : kTypes) {
+    for (const char* right : kTypes) {
+      SCOPED_TRACE(std::string(left) + " <> " + right);
+      const auto start = [](const char* type) {
+        return std::string_view(type).starts_with("single") ? "Any" : "3,9";
+      };
+      ZULTaVoAny* x = world.Add(left, start(left));
+      ZULTaVoAny* y = world.Add(right, start(right));
+      ASSERT_TRUE(world.Post("UnequalTernary", {x, y, x}));
+      Run();
+      for (const char* other : {"6", "5"}) {
+        world.network.PushState();
+        for (const auto& [value, text] : {
+                 std::pair{x, "5"  },
+                 {y, other}
+        }) {
+          world.network.SaveValue(value);
+          SetTo(*value, text);
+          world.network.PropagateValue(value);
+        }
+        Run(*other == '5' ? Status::kContradiction : Status::kConsistent);
+        world.network.PopState();
+      }
+    }
+  }
+}
+
 TEST_F(NetworkTest, ConstantsAreKnownToConstraintsAndComeBackAfterAFailure) {
   ZULTaVoAny* early = world.Add("bit int", "5");
   ZULTaVoAny* late = world.Add("single int", "7");
