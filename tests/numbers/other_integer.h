@@ -5,7 +5,7 @@
 
 /// An integer of another module, which domains know by its bounds alone. They may lie beyond the
 /// limits of this module, and writing one is counted. It does no arithmetic.
-class OtherInteger final : public ZULTaVoInteger {
+class OtherInteger : public ZULTaVoInteger {
  public:
   OtherInteger(long low, long high) : lower(low), upper(high) {}
 

@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cstdint>
+#include <cstdlib>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -11,6 +12,7 @@
 #include "numbers/ZULTavIntervalInteger.h"
 #include "numbers/ZULTavSingleBoolean.h"
 #include "numbers/ZULTavSingleInteger.h"
+#include "tests/numbers/other_integer.h"
 
 namespace {
 
@@ -414,6 +416,20 @@ TEST(SingleIntegerTest, SignsMayBeASet) {
       EXPECT_EQ(number.GetValue(), expected);
     }
   }
+  /// -1 and 1, which no domain of this module can hold without 0.
+  class BothSigns final : public OtherInteger {
+   public:
+    BothSigns() : OtherInteger(-1, 1) {}
+    int IsIntersected(const ZULTaVoAny& other) const override {
+      return std::abs(static_cast<const SI&>(other).GetValue()) == 1;
+    }
+  };
+  for (V x : {V{-5}, V{0}, V{5}, kAny}) {
+    SI number(x);
+    EXPECT_EQ(number.CalcInverseSignumValue(BothSigns()), x == 0);
+    EXPECT_EQ(number.GetValue(), x == 0 ? kNil : x);
+  }
+
   ZULTavIntervalInteger sign(-1, 1);
   EXPECT_EQ(SI(5).CalcSignumValue(sign), 0);  // a set is not of this class
   EXPECT_EQ(SI(kNil).CalcSignumValue(sign), 1);
