@@ -25,8 +25,9 @@ bool Has(const json& solution, const json& values) {
 }
 
 TEST_P(ExampleTest, HasItsSolutionsInBothFormats) {
-  const auto& [name, arguments, count, values] = GetParam();
-  const std::string command = "solve " + Example(name) + " -a " + arguments;
+  const std::size_t count = GetParam().count;
+  const json& values = GetParam().values;
+  const std::string command = "solve " + Example(GetParam().name) + " -a " + GetParam().arguments;
   const Result text = Zultav(command);
   EXPECT_EQ(text.status, 0) << text.err;
   EXPECT_EQ(text.err, "");
