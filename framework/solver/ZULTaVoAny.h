@@ -15,7 +15,7 @@ class ZULTaVoBoolean;
 class ZULTAV_TYPES_API ZULTaVoAny : public ZULTaVoObject {
  public:
   /// How Bisect splits: which half goes to the other object.
-  enum ValueSelection { kLowerHalf = 0, kUpperHalf = 1, kLeastValue = 2, kGreatestValue = 3 };
+  enum ValueSelection : int { kLowerHalf = 0, kUpperHalf = 1, kLeastValue = 2, kGreatestValue = 3 };
 
   using ZULTaVoObject::ZULTaVoObject;
   int IsDerivedFrom(const char* id) const override {
