@@ -10,6 +10,7 @@
 #include <sstream>
 
 #include "framework/calculator/ZULTavCalculator.h"
+#include "framework/search/ZULTavNewton.h"
 #include "solve/Modules.h"
 #include "solve/Progress.h"
 #include "solve/Report.h"
@@ -241,6 +242,8 @@ int Solve(const Options& options) {
     report->FlushNowAndThen();
     progress.Show(statistics);
   };
+  ZULTavNewton newton(model.Get().Network(), AllValues(model.Get()));
+  searching.proof = &newton;
   ZULTavSearch search(model.Get().Network(), AllValues(model.Get()), searching);
   const StopOnSignal stopping(search);
   const Outcome outcome = options.propagateOnly

@@ -4,6 +4,7 @@
 #include "framework/search/Export.h"
 
 class ZULTaVoNetwork;
+class ZULTavSolution;
 
 /// What the search asks about boxes of reals, where propagation alone cannot tell that a solution
 /// exists: an interval Newton test, for example. Both functions find the network at a fixpoint.
@@ -17,8 +18,10 @@ class ZULTAV_UTILITIES_API ZULTavProof {
   /// Narrows values without losing a solution: SaveValue before and PropagateValue after each
   /// change. Answers 1 when a change is worth another propagation, else 0.
   virtual int Contract(ZULTaVoNetwork& network) = 0;
-  /// Whether a solution certainly lies within the present values. Leaves them as they are.
-  virtual bool Proves(const ZULTaVoNetwork& network) = 0;
+  /// Whether a solution certainly lies within the present values; leaves them as they are.
+  /// @param box  null, or copies of the declared values, which may then be widened a little so
+  ///             that they hold a solution that lies at or just beyond a bound
+  virtual bool Proves(const ZULTaVoNetwork& network, ZULTavSolution* box) = 0;
 };
 
 #endif

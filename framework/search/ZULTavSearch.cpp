@@ -56,7 +56,7 @@ ZULTavSearch::Outcome ZULTavSearch::Propagate(Verdict& verdict) {
     const Visit visit = HasEmptyValue() ? Visit::kRefuted : Settle();
     if (visit == Visit::kRefuted) verdict = Verdict::kContradiction;
     if (visit == Visit::kDone && !mAtFixpoint) mOutcome = Outcome::kPropagationLimit;
-    if (visit == Visit::kDone && IsProven(SearchTree(mNetwork, mDeclared)))
+    if (visit == Visit::kDone && IsProven(SearchTree(mNetwork, mDeclared), nullptr))
       verdict = Verdict::kSolved;
   } catch (const std::bad_alloc&) {
     mOutcome = Outcome::kOutOfMemory;
@@ -213,7 +213,7 @@ ZULTavSearch::Visit ZULTavSearch::VisitNode(SearchTree& tree, PendingBoxes& pend
     return Branch(tree, hidden, mOptions.selection);
   }
   if (!tree.InHidden()) mCandidate = ZULTavSolution(tree.GetDeclared());
-  mCandidate.SetProven(IsProven(tree));
+  mCandidate.SetProven(IsProven(tree, &mCandidate));
   pending.Add(std::exchange(mCandidate, ZULTavSolution()));
   tree.LeaveHidden();
   return Visit::kDone;
@@ -228,10 +228,10 @@ ZULTavSearch::Visit ZULTavSearch::Branch(SearchTree& tree, std::uint32_t variabl
   return Visit::kEnded;
 }
 
-bool ZULTavSearch::IsProven(const SearchTree& tree) const {
-  if (!mSettled && !tree.HasContinuousValues()) return false;
+bool ZULTavSearch::IsProven(const SearchTree& tree, ZULTavSolution* box) const {
+  if (!mAtFixpoint || (!mSettled && !tree.HasContinuousValues())) return false;
   if (tree.HasContinuousValues())
-    return mOptions.proof != nullptr && mOptions.proof->Proves(mNetwork);
+    return mOptions.proof != nullptr && mOptions.proof->Proves(mNetwork, box);
   const auto variables = tree.GetVariables();
   return std::all_of(variables.begin(), variables.end(),
                      [](const SearchVariable& variable) { return variable.IsSingle(); });

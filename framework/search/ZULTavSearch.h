@@ -130,7 +130,7 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
   Visit Fixpoint();
   Visit Settle();
   Visit Branch(SearchTree& tree, std::uint32_t variable, ZULTaVoAny::ValueSelection selection);
-  bool IsProven(const SearchTree& tree) const;
+  bool IsProven(const SearchTree& tree, ZULTavSolution* box) const;
   void Flush(const SearchTree& tree, PendingBoxes& pending, const SolutionCallback& report);
   bool HasEmptyValue() const;
   bool LimitReached();

@@ -2,6 +2,7 @@
 #define ZULTAV_SEARCH_ZULTAV_UTILITIES_H
 
 /// Umbrella header of the search library.
+#include "framework/search/ZULTavNewton.h"
 #include "framework/search/ZULTavProof.h"
 #include "framework/search/ZULTavSearch.h"
 #include "framework/search/ZULTavSolution.h"

@@ -1,0 +1,467 @@
+#include "framework/search/ZULTavNewton.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "framework/intervals/ZULTavIntervals.h"
+#include "framework/search/PivotedInverse.h"
+#include "framework/search/RealEvaluation.h"
+#include "framework/search/RealSystem.h"
+#include "framework/search/ZULTavSolution.h"
+#include "framework/solver/SingleValue.h"
+
+namespace {
+
+using Relation = RealSystem::Relation;
+
+constexpr RealInterval kZero = {0, 0};
+constexpr RealInterval kOne = {1, 1};
+// A contraction must take this share of a width, so that the effort is not wasted on crumbs.
+constexpr double kWorthwhile = 0.1;
+// Equations of more unknowns are left to the preconditioned system.
+constexpr std::size_t kMaxSparse = 16;
+constexpr int kNewtonSteps = 20;
+constexpr int kInflations = 8;
+
+bool IsFinite(const RealInterval& x) {
+  return x.lower > -SubdefReal::sMaxValue && x.upper < SubdefReal::sMaxValue && !x.IsEmpty();
+}
+
+double Middle(const RealInterval& x) {
+  return std::clamp(0.5 * x.lower + 0.5 * x.upper, x.lower, x.upper);
+}
+
+bool IsWithin(const RealInterval& inner, const RealInterval& outer) {
+  return outer.lower <= inner.lower && inner.upper <= outer.upper;
+}
+
+bool IsInside(const RealInterval& inner, const RealInterval& outer) {
+  return outer.lower < inner.lower && inner.upper < outer.upper;
+}
+
+RealInterval Add(const RealInterval& x, const RealInterval& y) { return x.AddIntToInt(y); }
+RealInterval Multiply(const RealInterval& x, const RealInterval& y) { return x.MultIntByInt(y); }
+RealInterval Point(double x) { return {x, x}; }
+
+/// The hull of the t in x - middle with slope * t + rest = 0, as part of x.
+RealInterval Solve(const RealInterval& x, double middle, const RealInterval& slope,
+                   const RealInterval& rest) {
+  const RealInterval numerator = rest.mf_Neg();
+  const auto part = [&](const RealInterval& divisor) {
+    RealInterval result = numerator.DivIntByInt(divisor).AddNumToInt(middle);
+    result.Intersect(x);
+    return result;
+  };
+  if (!(slope.lower < 0 && slope.upper > 0)) return part(slope);
+  if (numerator.Contains(0)) return x;
+  return part({slope.lower, 0}).mf_Union(part({0, slope.upper}));
+}
+
+bool Holds(Relation relation, const RealInterval& x, const RealInterval& y) {
+  switch (relation) {
+    case Relation::kEqual:
+      return x.IsScalar() && x == y;
+    case Relation::kUnequal:
+      return x.upper < y.lower || y.upper < x.lower;
+    case Relation::kLess:
+      return x.upper < y.lower;
+    case Relation::kLessOrEqual:
+      return x.upper <= y.lower;
+    case Relation::kSignIs: {
+      const auto sign = [](double value) { return static_cast<double>((value > 0) - (value < 0)); };
+      return sign(x.lower) == sign(x.upper) && y == Point(sign(x.lower));
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+class ZULTavNewton::Work {
+ public:
+  Work(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared)
+      : mDeclared(declared.begin(), declared.end()),
+        mSystem(network, declared),
+        mEvaluation(mSystem) {
+    const std::size_t count = mSystem.GetUnknowns().size();
+    mBox.resize(count);
+    mMiddle.resize(count);
+    mColumnOf.resize(count);
+    mSlopes.resize(count);
+    for (const RealSystem::Equation& equation : mSystem.GetEquations())
+      if (mWitness == kNone && !equation.unknowns.empty()) mWitness = equation.unknowns.front();
+  }
+
+  int Contract(ZULTaVoNetwork& network);
+  bool Proves(ZULTavSolution* box);
+
+ private:
+  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+  /// An equation with its slopes from mEntries[first] on, one for each of its unknowns.
+  struct Row {
+    const RealSystem::Equation* equation;
+    RealInterval defect;
+    std::size_t first;
+  };
+  enum class Points { kConstant, kUnknown };
+
+  ZULTaVoReal& Object(std::size_t unknown) const {
+    return *mSystem.GetSlots()[mSystem.GetUnknowns()[unknown]].real;
+  }
+  void ReadBox();
+  void SelectColumns(Points points);
+  void SelectRows();
+  void FillMatrix();
+  bool NarrowByRows();
+  bool NarrowByInverse();
+  void Combine(std::span<const double> weights);
+  int Store(ZULTaVoNetwork& network);
+  int Refute(ZULTaVoNetwork& network);
+
+  bool IsDecided() const;
+  bool Certify(Points points);
+  bool FindPoint();
+  double StepToPoint();
+  bool Krawczyk();
+  bool Inflate(double factor);
+  bool HoldsOnCertified();
+  bool Accept(ZULTavSolution* box) const;
+
+  std::vector<ZULTaVoAny*> mDeclared;
+  RealSystem mSystem;
+  RealEvaluation mEvaluation;
+  PivotedInverse mInverse;
+  std::vector<RealInterval> mBox;      // of the unknowns
+  std::vector<double> mMiddle;         // a point of it
+  std::vector<std::size_t> mColumns;   // unknowns that are no single points
+  std::vector<std::size_t> mColumnOf;  // the column of each unknown, or kNone
+  std::vector<Row> mRows;
+  std::vector<RealInterval> mEntries, mSlopes;
+  std::vector<double> mMatrix, mWeights;
+  std::vector<RealInterval> mCombined;  // a preconditioned row
+  RealInterval mCombinedDefect;
+  std::vector<RealInterval> mOriginal, mCertified;
+  std::size_t mWitness = kNone;  // an unknown that a constraint looks at
+};
+
+void ZULTavNewton::Work::ReadBox() {
+  for (std::size_t i = 0; i < mBox.size(); ++i) {
+    mBox[i] = {Object(i).GetLowerBound(), Object(i).GetUpperBound()};
+    mMiddle[i] = Middle(mBox[i]);
+  }
+  mOriginal = mBox;
+}
+
+void ZULTavNewton::Work::SelectColumns(Points points) {
+  mColumns.clear();
+  for (std::size_t i = 0; i < mBox.size(); ++i) {
+    const bool fixed = points == Points::kConstant && mBox[i].IsScalar();
+    mColumnOf[i] = fixed ? kNone : mColumns.size();
+    if (!fixed) mColumns.push_back(i);
+  }
+}
+
+/// The equations whose slopes are known, and their slopes.
+void ZULTavNewton::Work::SelectRows() {
+  mRows.clear();
+  mEntries.clear();
+  for (const RealSystem::Equation& equation : mSystem.GetEquations()) {
+    if (!equation.guard.Holds()) continue;
+    const RealInterval defect = mEvaluation.GetDefect(equation);
+    if (!IsFinite(defect) || !mEvaluation.GetSlopes(equation, mSlopes.data())) continue;
+    const bool bounded = std::all_of(equation.unknowns.begin(), equation.unknowns.end(),
+                                     [&](std::uint32_t i) { return IsFinite(mBox[i]); });
+    if (!bounded) continue;
+    mRows.push_back({&equation, defect, mEntries.size()});
+    mEntries.insert(mEntries.end(), mSlopes.begin(),
+                    mSlopes.begin() + static_cast<std::ptrdiff_t>(equation.unknowns.size()));
+  }
+}
+
+void ZULTavNewton::Work::FillMatrix() {
+  mMatrix.assign(mRows.size() * mColumns.size(), 0.0);
+  for (std::size_t i = 0; i < mRows.size(); ++i) {
+    const auto& unknowns = mRows[i].equation->unknowns;
+    for (std::size_t k = 0; k < unknowns.size(); ++k)
+      if (const std::size_t column = mColumnOf[unknowns[k]]; column != kNone)
+        mMatrix[i * mColumns.size() + column] = Middle(mEntries[mRows[i].first + k]);
+  }
+}
+
+// --- Contraction ------------------------------------------------------------------------------
+
+int ZULTavNewton::Work::Contract(ZULTaVoNetwork& network) {
+  if (mWitness == kNone || mBox.size() > kMaxUnknowns) return 0;
+  ReadBox();
+  SelectColumns(Points::kConstant);
+  if (mColumns.empty()) return 0;
+  if (!mEvaluation.SetBox(mBox, RealEvaluation::Mode::kSolutions)) return Refute(network);
+  mEvaluation.SetPoint(mMiddle);
+  mEvaluation.CalcSlopes();
+  SelectRows();
+  if (!NarrowByRows() || !NarrowByInverse()) return Refute(network);
+  return Store(network);
+}
+
+/// Solves each equation for each of its unknowns. False when there is no solution.
+bool ZULTavNewton::Work::NarrowByRows() {
+  for (const Row& row : mRows) {
+    const auto& unknowns = row.equation->unknowns;
+    if (unknowns.size() > kMaxSparse) continue;
+    const RealInterval* slopes = &mEntries[row.first];
+    for (std::size_t j = 0; j < unknowns.size(); ++j) {
+      RealInterval rest = row.defect;
+      for (std::size_t k = 0; k < unknowns.size(); ++k)
+        if (k != j)
+          rest =
+              Add(rest, Multiply(slopes[k], mBox[unknowns[k]].subNumFromInt(mMiddle[unknowns[k]])));
+      RealInterval& x = mBox[unknowns[j]];
+      x = Solve(x, mMiddle[unknowns[j]], slopes[j], rest);
+      if (x.IsEmpty()) return false;
+    }
+  }
+  return true;
+}
+
+/// One row of the preconditioned system: the sum of the equations with weights.
+void ZULTavNewton::Work::Combine(std::span<const double> weights) {
+  mCombined.assign(mColumns.size(), kZero);
+  mCombinedDefect = kZero;
+  for (std::size_t k = 0; k < weights.size(); ++k) {
+    if (weights[k] == 0) continue;
+    const Row& row = mRows[mInverse.GetRows()[k]];
+    const RealInterval weight = Point(weights[k]);
+    mCombinedDefect = Add(mCombinedDefect, Multiply(weight, row.defect));
+    const auto& unknowns = row.equation->unknowns;
+    for (std::size_t l = 0; l < unknowns.size(); ++l)
+      if (const std::size_t column = mColumnOf[unknowns[l]]; column != kNone)
+        mCombined[column] = Add(mCombined[column], Multiply(weight, mEntries[row.first + l]));
+  }
+}
+
+/// A Hansen-Sengupta step. False when there is no solution.
+bool ZULTavNewton::Work::NarrowByInverse() {
+  FillMatrix();
+  mWeights.resize(mColumns.size());
+  for (std::size_t j = 0; j < mColumns.size(); ++j) {
+    const RealInterval& x = mBox[mColumns[j]];
+    mWeights[j] = IsFinite(x) ? std::max(x.upper - x.lower, 1e-300) : 0;
+  }
+  mInverse.Compute(mMatrix, mColumns.size(), mWeights);
+  for (std::size_t i = 0; i < mInverse.GetRank(); ++i) {
+    Combine(mInverse.GetRow(i));
+    const std::size_t pivot = mInverse.GetColumns()[i];
+    RealInterval rest = mCombinedDefect;
+    for (std::size_t j = 0; j < mColumns.size(); ++j)
+      if (j != pivot && !(mCombined[j] == kZero))
+        rest = Add(rest,
+                   Multiply(mCombined[j], mBox[mColumns[j]].subNumFromInt(mMiddle[mColumns[j]])));
+    RealInterval& x = mBox[mColumns[pivot]];
+    x = Solve(x, mMiddle[mColumns[pivot]], mCombined[pivot], rest);
+    if (x.IsEmpty()) return false;
+  }
+  return true;
+}
+
+int ZULTavNewton::Work::Store(ZULTaVoNetwork& network) {
+  const bool worthwhile = std::any_of(mColumns.begin(), mColumns.end(), [&](std::size_t i) {
+    const double before = mOriginal[i].upper - mOriginal[i].lower;
+    return before - (mBox[i].upper - mBox[i].lower) >= kWorthwhile * before;
+  });
+  if (!worthwhile) return 0;
+  for (const std::size_t i : mColumns) {
+    if (mBox[i] == mOriginal[i]) continue;
+    ZULTaVoReal& value = Object(i);
+    network.SaveValue(&value);
+    if (mBox[i].lower != mOriginal[i].lower) value.SetLowerBound(mBox[i].lower);
+    if (mBox[i].upper != mOriginal[i].upper) value.SetUpperBound(mBox[i].upper);
+    network.PropagateValue(&value);
+  }
+  return 1;
+}
+
+int ZULTavNewton::Work::Refute(ZULTaVoNetwork& network) {
+  ZULTaVoReal& value = Object(mWitness);
+  network.SaveValue(&value);
+  value.SetNil();
+  network.PropagateValue(&value);
+  return 1;
+}
+
+// --- Proof ------------------------------------------------------------------------------------
+
+bool ZULTavNewton::Work::IsDecided() const {
+  const auto& discrete = mSystem.GetDiscrete();
+  return mSystem.IsComplete() && std::all_of(discrete.begin(), discrete.end(),
+                                             [](const auto* each) { return IsSingleValue(*each); });
+}
+
+bool ZULTavNewton::Work::Proves(ZULTavSolution* box) {
+  if (!IsDecided()) return false;
+  // Bounds that are single points may be exact, or what rounding has left of an interval.
+  for (const Points points : {Points::kConstant, Points::kUnknown}) {
+    ReadBox();
+    if (Certify(points)) return Accept(box);
+  }
+  return false;
+}
+
+/// Looks for a box that certainly holds a solution: mCertified.
+bool ZULTavNewton::Work::Certify(Points points) {
+  SelectColumns(points);
+  return FindPoint() && Krawczyk() && HoldsOnCertified();
+}
+
+/// Newton's method; mMiddle becomes an approximate solution.
+bool ZULTavNewton::Work::FindPoint() {
+  double last = HUGE_VAL;
+  for (int i = 0; i < kNewtonSteps; ++i) {
+    const double step = StepToPoint();
+    if (step < 0) return false;
+    if (step == 0 || (step < 1e-10 && step >= 0.5 * last)) break;
+    last = step;
+  }
+  return true;
+}
+
+/// Answers the length of the step, relative to the magnitude; negative when there is none.
+double ZULTavNewton::Work::StepToPoint() {
+  mWeights.resize(mColumns.size());
+  for (std::size_t j = 0; j < mColumns.size(); ++j) {
+    const RealInterval& x = mOriginal[mColumns[j]];
+    mWeights[j] = std::max(std::fabs(mMiddle[mColumns[j]]), x.upper - x.lower) + 1e-300;
+  }
+  for (std::size_t i = 0; i < mBox.size(); ++i) mBox[i] = Point(mMiddle[i]);
+  if (!mEvaluation.SetBox(mBox, RealEvaluation::Mode::kBox)) return -1;
+  mEvaluation.SetPoint(mMiddle);
+  mEvaluation.CalcSlopes();
+  SelectRows();
+  FillMatrix();
+  mInverse.Compute(mMatrix, mColumns.size(), mWeights);
+  double longest = 0;
+  for (std::size_t i = 0; i < mInverse.GetRank(); ++i) {
+    double step = 0;
+    for (std::size_t k = 0; k < mInverse.GetRank(); ++k)
+      step -= mInverse.GetRow(i)[k] * Middle(mRows[mInverse.GetRows()[k]].defect);
+    const std::size_t unknown = mColumns[mInverse.GetColumns()[i]];
+    mMiddle[unknown] += step;
+    if (!IsFinite(Point(mMiddle[unknown]))) return -1;
+    longest = std::max(longest, std::fabs(step) / mWeights[mInverse.GetColumns()[i]]);
+  }
+  return longest;
+}
+
+/// Boxes around mMiddle, of ever greater size, until the Krawczyk operator maps one into its
+/// inside. By Brouwer's theorem there is a solution in the image then.
+bool ZULTavNewton::Work::Krawczyk() {
+  for (std::size_t i = 0; i < mBox.size(); ++i) mBox[i] = Point(mMiddle[i]);
+  if (mInverse.GetRank() == 0) {
+    mCertified = mBox;
+    return true;
+  }
+  double factor = 2;
+  for (int i = 0; i < kInflations; ++i, factor *= 16)
+    if (Inflate(factor)) return true;
+  return false;
+}
+
+bool ZULTavNewton::Work::Inflate(double factor) {
+  const std::size_t rank = mInverse.GetRank();
+  for (std::size_t i = 0; i < rank; ++i) {
+    const std::size_t unknown = mColumns[mInverse.GetColumns()[i]];
+    // The error of the point, as far as it is known, and some units in the last place.
+    double error = std::fabs(mMiddle[unknown]) * std::numeric_limits<double>::epsilon() + 1e-280;
+    for (std::size_t k = 0; k < rank; ++k) {
+      const RealInterval& defect = mRows[mInverse.GetRows()[k]].defect;
+      error += std::fabs(mInverse.GetRow(i)[k]) *
+               std::max(std::fabs(defect.lower), std::fabs(defect.upper));
+    }
+    mBox[unknown] = {mMiddle[unknown] - factor * error, mMiddle[unknown] + factor * error};
+    if (!IsFinite(mBox[unknown])) return false;
+  }
+  if (!mEvaluation.SetBox(mBox, RealEvaluation::Mode::kBox)) return false;
+  mEvaluation.SetPoint(mMiddle);
+  mEvaluation.CalcSlopes();
+  const std::size_t before = mRows.size();
+  SelectRows();
+  if (mRows.size() != before) return false;
+  mCertified = mBox;
+  for (std::size_t i = 0; i < rank; ++i) {
+    Combine(mInverse.GetRow(i));
+    const std::size_t unknown = mColumns[mInverse.GetColumns()[i]];
+    RealInterval image = mCombinedDefect.mf_Neg();
+    for (std::size_t j = 0; j < rank; ++j) {
+      const std::size_t column = mInverse.GetColumns()[j];
+      const RealInterval& slope = mCombined[column];
+      const RealInterval rest = (i == j ? kOne : kZero).SubIntFromInt(slope);
+      const double middle = mMiddle[mColumns[column]];
+      image = Add(image, Multiply(rest, mBox[mColumns[column]].subNumFromInt(middle)));
+    }
+    mCertified[unknown] = image.AddNumToInt(mMiddle[unknown]);
+    if (!IsInside(mCertified[unknown], mBox[unknown])) return false;
+  }
+  return true;
+}
+
+/// Whether everything but the square part of the equations holds wherever in mCertified the
+/// solution is.
+bool ZULTavNewton::Work::HoldsOnCertified() {
+  if (!mEvaluation.SetBox(mCertified, RealEvaluation::Mode::kBox)) return false;
+  const auto& slots = mSystem.GetSlots();
+  for (std::uint32_t i = 0; i < slots.size(); ++i)
+    if (slots[i].real != nullptr && !slots[i].constant &&
+        !IsWithin(mEvaluation.GetValue(i), slots[i].initial))
+      return false;
+  for (const RealSystem::Condition& condition : mSystem.GetConditions())
+    if (condition.guard.Holds() && !Holds(condition.relation, mEvaluation.GetValue(condition.left),
+                                          mEvaluation.GetValue(condition.right)))
+      return false;
+  const auto isSolved = [&](const RealSystem::Equation& equation) {
+    const auto rows = mInverse.GetRows();
+    return std::any_of(rows.begin(), rows.end(),
+                       [&](std::size_t row) { return mRows[row].equation == &equation; });
+  };
+  for (const RealSystem::Equation& equation : mSystem.GetEquations())
+    if (equation.guard.Holds() && !isSolved(equation) &&
+        !Holds(Relation::kEqual, mEvaluation.GetValue(equation.left),
+               mEvaluation.GetValue(equation.right)))
+      return false;
+  return true;
+}
+
+/// Whether the certified solution is the one that the box is about.
+bool ZULTavNewton::Work::Accept(ZULTavSolution* box) const {
+  for (std::size_t i = 0; i < mCertified.size(); ++i) {
+    const bool near =
+        mCertified[i].lower <= mOriginal[i].upper && mOriginal[i].lower <= mCertified[i].upper;
+    if (!(box != nullptr ? near : IsWithin(mCertified[i], mOriginal[i]))) return false;
+  }
+  if (box == nullptr) return true;
+  for (std::size_t i = 0, unknown = 0; i < mDeclared.size(); ++i) {
+    if (unknown == mCertified.size() || mDeclared[i] != &Object(unknown)) continue;
+    auto& value = static_cast<ZULTaVoReal&>(box->GetValue(i));
+    const RealInterval& certified = mCertified[unknown++];
+    if (certified.lower < value.GetLowerBound()) value.SetLowerBound(certified.lower);
+    if (certified.upper > value.GetUpperBound()) value.SetUpperBound(certified.upper);
+  }
+  return true;
+}
+
+// --- ZULTavNewton -----------------------------------------------------------------------------
+
+ZULTavNewton::ZULTavNewton(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared)
+    : mWork(std::make_unique<Work>(network, declared)) {}
+
+ZULTavNewton::~ZULTavNewton() = default;
+
+int ZULTavNewton::Contract(ZULTaVoNetwork& network) {
+  const SDErrorScope errors;
+  return mWork->Contract(network);
+}
+
+bool ZULTavNewton::Proves(const ZULTaVoNetwork&, ZULTavSolution* box) {
+  const SDErrorScope errors;
+  return mWork->Proves(box);
+}

@@ -1,0 +1,35 @@
+#ifndef ZULTAV_SEARCH_ZULTAV_NEWTON_H
+#define ZULTAV_SEARCH_ZULTAV_NEWTON_H
+
+#include <memory>
+#include <span>
+
+#include "framework/search/ZULTavProof.h"
+#include "framework/solver/ZULTaVoAny.h"
+
+/// The interval Newton method for the equations over reals of a network.
+///
+/// Contract makes Hansen-Sengupta steps with slopes, preconditioned by the inverse of the midpoint
+/// matrix. Proves applies the Krawczyk operator to a small box around an approximate solution and
+/// then tests every other constraint on it. A proof holds for the model over the true reals,
+/// without any tolerance; decimal fractions and Pi are true numbers, too.
+///
+/// Networks without equations over reals cost nothing. Dense matrices limit contraction to
+/// kMaxUnknowns unknowns.
+class ZULTAV_UTILITIES_API ZULTavNewton final : public ZULTavProof {
+ public:
+  static constexpr std::size_t kMaxUnknowns = 200;
+
+  /// To be made before the first propagation, when the network is complete; must not outlive it.
+  ZULTavNewton(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared);
+  ~ZULTavNewton() override;
+
+  int Contract(ZULTaVoNetwork& network) override;
+  bool Proves(const ZULTaVoNetwork& network, ZULTavSolution* box) override;
+
+ private:
+  class Work;
+  std::unique_ptr<Work> mWork;
+};
+
+#endif
