@@ -102,8 +102,7 @@ std::string Interpreter::EvaluateValuePiece(Span piece, bool isLower, bool isUpp
     throw;
   }
   mSyntax = outer;
-  if (!value.IsConstant())
-    throw ModelError{piece, "an initial value must be known while the model is read", {}};
+  if (!value.IsConstant()) Fail(piece, "an initial value must be known while the model is read");
   const Constant& constant = value.constant;
   if (constant.IsBoolean()) return constant.IsTrue() ? "True" : "False";
   if (constant.IsInteger()) return std::to_string(constant.integer);
@@ -148,8 +147,5 @@ void Interpreter::ReadInitialValue(Span span, const LocalValue& value) {
       text.OriginOf(std::min(taken, text.text.empty() ? 0 : text.text.size() - 1));
   std::string message =
       failed ? "this is no value of the type '" : "expected ';' after the value of the type '";
-  throw ModelError{
-      {position, 1},
-      message + type.GetName() + "'", {ExampleOf(type)       }
-  };
+  Fail({position, 1}, message + type.GetName() + "'", {ExampleOf(type)});
 }

@@ -100,10 +100,10 @@ std::vector<std::string> Interpreter::SuggestName(std::string_view unknown) cons
 void Interpreter::FailUnknown(const Node& node, std::string_view what) {
   const std::string name = mNames.GetName(node.data);
   Symbol& symbol = SymbolOf(node.data);
-  if (symbol.kind == Symbol::Kind::kBroken) throw ModelError{node.span, "", {}};
+  if (symbol.kind == Symbol::Kind::kBroken) Fail(node.span, "");
   if (symbol.kind == Symbol::Kind::kUnknown) symbol.kind = Symbol::Kind::kBroken;
   const Span span = {node.span.position, static_cast<std::uint32_t>(name.size())};
-  throw ModelError{span, std::string(what) + " '" + name + "'", SuggestName(name)};
+  Fail(span, std::string(what) + " '" + name + "'", SuggestName(name));
 }
 
 void Interpreter::Define(const std::string& name, const Source& text) {
@@ -111,7 +111,7 @@ void Interpreter::Define(const std::string& name, const Source& text) {
   const Span all = {0, static_cast<std::uint32_t>(name.size())};
   const Token token = Lexer(nameText, mLimits, all).Next();
   if (token.kind != TokenKind::kName || token.span.length != name.size())
-    throw ModelError{{}, "'" + name + "' cannot be the name of a constant", {}};
+    Fail({}, "'" + name + "' cannot be the name of a constant");
   const std::uint32_t number = mNames.Intern(name);
   Syntax syntax;
   Parser parser(text, {0, static_cast<std::uint32_t>(text.GetText().size())}, mLimits, mNames,
@@ -144,10 +144,7 @@ void Interpreter::Run(const Source& source, const Syntax& syntax) {
   mSyntax = &syntax;
   mStack.clear();
   mConstantOnly = 0;
-  for (const Statement& statement : syntax.statements) {
-    if (statement.kind != Statement::Kind::kDeclaration) mLine = 0;
-    Execute(statement);
-  }
+  for (const Statement& statement : syntax.statements) Execute(statement);
 }
 
 void Interpreter::Execute(const Statement& statement) {
@@ -232,14 +229,12 @@ void Interpreter::Declare(const Declarator& declarator, ModelBuilder::Type type,
     const std::int64_t high = EvaluateInteger(declarator.high, "the last index");
     count = high < low ? 0 : static_cast<std::uint64_t>(high) - static_cast<std::uint64_t>(low) + 1;
     if (count > mLimits.arraySize || (high >= low && count == 0))
-      throw ModelError{declarator.span,
-                       "the array '" + variable.name + "' of indices " + std::to_string(low) +
-                           ".." + std::to_string(high) + " is larger than the limit of " +
-                           std::to_string(mLimits.arraySize) + " elements",
-                       {}};
+      Fail(declarator.span, "the array '" + variable.name + "' of indices " + std::to_string(low) +
+                                ".." + std::to_string(high) + " is larger than the limit of " +
+                                std::to_string(mLimits.arraySize) + " elements");
     variable.firstIndex = static_cast<long>(low);
     if (variable.firstIndex != low || static_cast<long>(high) != high)
-      throw ModelError{declarator.span, "the indices of an array must fit into 'long'", {}};
+      Fail(declarator.span, "the indices of an array must fit into 'long'");
   }
   Symbol symbol;
   symbol.kind = Symbol::Kind::kVariable;
@@ -259,10 +254,7 @@ void Interpreter::Declare(const Declarator& declarator, ModelBuilder::Type type,
 
 void Interpreter::CountIteration(Span span) {
   if (++mIterations > mLimits.iterations)
-    throw ModelError{
-        span,
-        "the loops take more steps than the limit of " + std::to_string(mLimits.iterations),
-        {}};
+    Fail(span, "the loops take more steps than the limit of " + std::to_string(mLimits.iterations));
 }
 
 void Interpreter::RethrowWithIndices(ModelError error, const std::vector<Generator>& generators) {
@@ -292,11 +284,9 @@ void Interpreter::ForEach(const std::vector<Generator>& generators, NodeRange wh
     if (low <= last[level] &&
         static_cast<std::uint64_t>(last[level]) - static_cast<std::uint64_t>(low) >=
             mLimits.iterations)
-      throw ModelError{generator.span,
-                       "the range " + std::to_string(low) + ".." + std::to_string(last[level]) +
-                           " is longer than the limit of " + std::to_string(mLimits.iterations) +
-                           " steps",
-                       {}};
+      Fail(generator.span, "the range " + std::to_string(low) + ".." + std::to_string(last[level]) +
+                               " is longer than the limit of " +
+                               std::to_string(mLimits.iterations) + " steps");
     Symbol symbol;
     symbol.kind = Symbol::Kind::kIndex;
     symbol.value = low;
@@ -355,6 +345,14 @@ NodeRange Interpreter::RightOperandOf(NodeRange range) const {
   return {mSyntax->nodes[last].start, last, true};
 }
 
+std::vector<NodeRange> Interpreter::OperandsOf(NodeRange range) const {
+  std::vector<NodeRange> result;
+  for (std::uint32_t end = range.last; end > range.first; end = result.back().first)
+    result.push_back({mSyntax->nodes[end - 1].start, end - 1, true});
+  std::reverse(result.begin(), result.end());
+  return result;
+}
+
 NodeRange Interpreter::LeftOperandOf(NodeRange range) const {
   return {range.first, RightOperandOf(range).first - 1, true};
 }
@@ -383,17 +381,19 @@ void Interpreter::AssertOne(NodeRange range, std::vector<NodeRange>& pending) {
   } else if (isComprehension && root.aggregate == Aggregate::kAllDifferent) {
     AssertAllDifferent(CollectTerms(mSyntax->comprehensions[root.data]), root.span);
   } else if (root.kind == Node::Kind::kList && root.aggregate == Aggregate::kAllDifferent) {
-    // All operands stay on the stack until they have been spread.
-    const std::size_t base = mStack.size();
-    for (std::uint32_t last = range.last; last > range.first;) {
-      const NodeRange operand = {mSyntax->nodes[last - 1].start, last - 1, true};
-      mStack.push_back(Evaluate(operand));
-      last = operand.first;
-    }
-    std::reverse(mStack.begin() + static_cast<std::ptrdiff_t>(base), mStack.end());
-    const std::vector<Value> terms = Spread(mStack.data() + base, root.count);
-    mStack.resize(base);
+    std::vector<Value> terms;
+    for (const NodeRange operand : OperandsOf(range)) SpreadInto(terms, Evaluate(operand));
     AssertAllDifferent(terms, root.span);
+  } else if (root.kind == Node::Kind::kList && root.aggregate == Aggregate::kForall) {
+    for (const NodeRange operand : OperandsOf(range)) {
+      if (RootOf(operand).kind != Node::Kind::kName) {
+        Assert(operand);
+        continue;
+      }
+      std::vector<Value> terms;
+      SpreadInto(terms, Evaluate(operand));
+      for (const Value& term : terms) AssertValue(term, operand);
+    }
   } else {
     AssertTruth(range);
   }
@@ -424,18 +424,20 @@ void Interpreter::AssertComparison(NodeRange range) {
 
 void Interpreter::AssertTruth(NodeRange range) {
   const Value truth = ConstantValue(Constant::Boolean(true), RootOf(range).span);
-  const Value value = Evaluate(range, &truth);
+  AssertValue(Evaluate(range, &truth), range);
+}
+
+void Interpreter::AssertValue(const Value& value, NodeRange range) {
   if (value.kind == Value::Kind::kArray) CheckOperand({}, value);
   if (value.IsConstant() && value.constant.IsTrue()) return;
   const bool isBoolean =
       value.IsConstant() ? value.constant.IsBoolean() : mBuilder.IsBoolean(value);
   if (!isBoolean)
-    throw ModelError{Join(mSyntax->nodes[range.first].span, RootOf(range).span),
-                     "a statement is a comparison or a boolean expression; this is " +
-                         (value.IsConstant()
-                              ? value.constant.Describe()
-                              : "of type '" + std::string(mBuilder.TypeOf(value)->GetName()) + "'"),
-                     {}};
+    Fail(Join(mSyntax->nodes[range.first].span, RootOf(range).span),
+         "a statement is a comparison or a boolean expression; this is " +
+             (value.IsConstant()
+                  ? value.constant.Describe()
+                  : "of type '" + std::string(mBuilder.TypeOf(value)->GetName()) + "'"));
   mBuilder.StateTrue(OperationOf(Op::kEqual, value.span), value, mLine);
 }
 
@@ -443,6 +445,7 @@ void Interpreter::AssertAllDifferent(const std::vector<Value>& terms, Span span)
   const Operation unequal = OperationOf(Op::kUnequal, span);
   for (std::size_t i = 0; i < terms.size(); ++i)
     for (std::size_t j = i + 1; j < terms.size(); ++j) {
+      CountIteration(span);
       if (terms[i].IsConstant() && terms[j].IsConstant()) {
         const auto truth = FoldConstants(Op::kUnequal, terms[i].constant, &terms[j].constant);
         if (truth && truth->IsTrue()) continue;
@@ -488,8 +491,11 @@ Value Interpreter::EvaluateNode(const Node& node, const Value* operands, const V
       return Operate({node.data, node.op, node.span}, operands, node.count, target);
     case Node::Kind::kCall:
       return EvaluateCall(node, operands, target);
-    default:
-      return Combine(node.aggregate, Spread(operands, node.count), node.span, target);
+    default: {
+      std::vector<Value> terms;
+      for (std::uint32_t i = 0; i < node.count; ++i) SpreadInto(terms, operands[i]);
+      return Combine(node.aggregate, std::move(terms), node.span, target);
+    }
   }
 }
 
@@ -508,10 +514,8 @@ Value Interpreter::EvaluateName(const Node& node) {
     }
     case Symbol::Kind::kVariable: {
       if (mConstantOnly > 0)
-        throw ModelError{node.span,
-                         "'" + mNames.GetName(node.data) +
-                             "' is a variable; expected what is known while the model is read",
-                         {}};
+        Fail(node.span, "'" + mNames.GetName(node.data) +
+                            "' is a variable; expected what is known while the model is read");
       const bool isArray = mBuilder.GetVariable(symbol.data).isArray;
       value.kind = isArray ? Value::Kind::kArray : Value::Kind::kExpression;
       value.index = isArray ? symbol.data : mBuilder.LeafOf(symbol.data, 0);
@@ -534,24 +538,19 @@ Value Interpreter::EvaluateElement(const Node& node, const Value& index) {
   if (symbol.kind == Symbol::Kind::kUnknown || symbol.kind == Symbol::Kind::kBroken)
     FailUnknown(node, "unknown array");
   if (symbol.kind != Symbol::Kind::kVariable || !mBuilder.GetVariable(symbol.data).isArray)
-    throw ModelError{node.span, "'" + name + "' is no array", {}};
+    Fail(node.span, "'" + name + "' is no array");
   if (mConstantOnly > 0)
-    throw ModelError{node.span,
-                     "'" + name + "' is a variable; expected what is known while the model is read",
-                     {}};
+    Fail(node.span, "'" + name + "' is a variable; expected what is known while the model is read");
   if (!index.IsConstant() || !index.constant.IsInteger())
-    throw ModelError{index.span,
-                     "an index must be an integer that is known while the model is read",
-                     {"it may use integers, 'let' constants and the indices of loops"}};
+    Fail(index.span, "an index must be an integer that is known while the model is read",
+         {"it may use integers, 'let' constants and the indices of loops"});
   const ZULTavModel::Variable& variable = mBuilder.GetVariable(symbol.data);
   const std::int64_t first = variable.firstIndex;
   const std::int64_t last = first + static_cast<std::int64_t>(variable.values.size()) - 1;
   const std::int64_t at = index.constant.integer;
   if (at < first || at > last)
-    throw ModelError{node.span,
-                     "index " + std::to_string(at) + " is outside the range " +
-                         std::to_string(first) + ".." + std::to_string(last) + " of '" + name + "'",
-                     {}};
+    Fail(node.span, "index " + std::to_string(at) + " is outside the range " +
+                        std::to_string(first) + ".." + std::to_string(last) + " of '" + name + "'");
   Value value;
   value.kind = Value::Kind::kExpression;
   value.index = mBuilder.LeafOf(symbol.data, static_cast<std::size_t>(at - first));
@@ -568,15 +567,14 @@ Value Interpreter::EvaluateCall(const Node& node, const Value* operands, const V
     if (!mRegistry.HasOperator(conversion)) {
       const Symbol::Kind kind = SymbolOf(node.data).kind;
       if (kind != Symbol::Kind::kUnknown && kind != Symbol::Kind::kBroken)
-        throw ModelError{node.span, "'" + name + "' is no operator that can be applied", {}};
+        Fail(node.span, "'" + name + "' is no operator that can be applied");
       FailUnknown(node, "unknown operator");
     }
     registered = mNames.Intern(conversion);
   }
   if (node.count > 2 || !mRegistry.HasOperator(mNames.GetName(registered), node.count)) {
-    throw ModelError{node.span,
-                     "no operator '" + name + "' takes " + std::to_string(node.count) + " operands",
-                     mRegistry.DescribeOperators(mNames.GetName(registered), nullptr, 0)};
+    Fail(node.span, "no operator '" + name + "' takes " + std::to_string(node.count) + " operands",
+         mRegistry.DescribeOperators(mNames.GetName(registered), nullptr, 0));
   }
   return Operate({registered, Op::kNone, node.span}, operands, node.count, target);
 }
@@ -584,16 +582,12 @@ Value Interpreter::EvaluateCall(const Node& node, const Value* operands, const V
 void Interpreter::CheckOperand(const Operation& operation, const Value& operand) const {
   if (operand.kind == Value::Kind::kArray) {
     const ZULTavModel::Variable& variable = mBuilder.GetVariable(operand.index);
-    throw ModelError{operand.span,
-                     "'" + variable.name + "' is an array; expected one element, such as " +
-                         variable.name + "[" + std::to_string(variable.firstIndex) + "]",
-                     {}};
+    Fail(operand.span, "'" + variable.name + "' is an array; expected one element, such as " +
+                           variable.name + "[" + std::to_string(variable.firstIndex) + "]");
   }
   if (operand.asserts && IsConnective(operation.op) && mBuilder.IsBoolean(operand))
-    throw ModelError{
-        operand.span,
-        "this comparison is stated, it has no truth value",
-        {"for the truth of a comparison write '==', '<<>>', '<<', '<==', '>>', '>=='"}};
+    Fail(operand.span, "this comparison is stated, it has no truth value",
+         {"for the truth of a comparison write '==', '<<>>', '<<', '<==', '>>', '>=='"});
 }
 
 Value Interpreter::Operate(const Operation& operation, const Value* operands, unsigned int count,
@@ -610,42 +604,41 @@ Value Interpreter::Operate(const Operation& operation, const Value* operands, un
                                             count == 2 ? &operands[1].constant : nullptr))
         return ConstantValue(*folded, operation.span);
     } catch (const ConstantError& error) {
-      throw ModelError{operation.span, error.message, {}};
+      Fail(operation.span, error.message);
     }
   }
   if (asserts && mConstantOnly > 0)
-    throw ModelError{
-        operation.span, "this comparison cannot be decided while the model is read", {}};
+    Fail(operation.span, "this comparison cannot be decided while the model is read");
   if (asserts) return mBuilder.Relate(operation, operands[0], operands[1]);
   return mBuilder.Apply(operation, operands, count, target);
 }
 
 // --- Aggregates -------------------------------------------------------------------------------
 
-/// The operands, arrays as their elements.
-std::vector<Value> Interpreter::Spread(const Value* operands, std::uint32_t count) {
-  std::vector<Value> result;
-  for (const Value* operand = operands; operand != operands + count; ++operand) {
-    if (operand->kind != Value::Kind::kArray) {
-      result.push_back(*operand);
-      continue;
-    }
-    const std::size_t size = mBuilder.GetVariable(operand->index).values.size();
-    for (std::size_t i = 0; i < size; ++i) {
-      CountIteration(operand->span);
-      Value element = *operand;
-      element.kind = Value::Kind::kExpression;
-      element.index = mBuilder.LeafOf(operand->index, i);
-      result.push_back(element);
-    }
+/// More terms than operators that could combine them are refused before they fill the memory.
+void Interpreter::AddTerm(std::vector<Value>& terms, const Value& value) {
+  if (terms.size() > mLimits.operations)
+    Fail(value.span, "more terms than the limit of " + std::to_string(mLimits.operations) +
+                         " operations allows");
+  terms.push_back(value);
+}
+
+/// Appends the value or, of an array, its elements.
+void Interpreter::SpreadInto(std::vector<Value>& terms, const Value& value) {
+  if (value.kind != Value::Kind::kArray) return AddTerm(terms, value);
+  const std::size_t size = mBuilder.GetVariable(value.index).values.size();
+  for (std::size_t i = 0; i < size; ++i) {
+    Value element = value;
+    element.kind = Value::Kind::kExpression;
+    element.index = mBuilder.LeafOf(value.index, i);
+    AddTerm(terms, element);
   }
-  return result;
 }
 
 std::vector<Value> Interpreter::CollectTerms(const Comprehension& comprehension) {
   std::vector<Value> terms;
   ForEach(comprehension.generators, comprehension.where,
-          [&] { terms.push_back(Evaluate(comprehension.body)); });
+          [&] { AddTerm(terms, Evaluate(comprehension.body)); });
   return terms;
 }
 
@@ -664,7 +657,7 @@ Value Interpreter::Combine(Aggregate aggregate, std::vector<Value> terms, Span s
     for (std::size_t i = 0; i < terms.size(); ++i)
       for (std::size_t j = i + 1; j < terms.size(); ++j) {
         const Value pair[2] = {terms[i], terms[j]};
-        pairs.push_back(Operate(OperationOf(Op::kIsUnequal, span), pair, 2, nullptr));
+        AddTerm(pairs, Operate(OperationOf(Op::kIsUnequal, span), pair, 2, nullptr));
       }
     terms = std::move(pairs);
   }
@@ -678,7 +671,7 @@ Value Interpreter::Combine(Aggregate aggregate, std::vector<Value> terms, Span s
         return ConstantValue(Constant::Boolean(false), span);
       case Aggregate::kMin:
       case Aggregate::kMax:
-        throw ModelError{span, "the least and the greatest of no terms are undefined", {}};
+        Fail(span, "the least and the greatest of no terms are undefined");
       default:
         return ConstantValue(Constant::Boolean(true), span);
     }
@@ -707,17 +700,15 @@ Value Interpreter::EvaluateConstant(NodeRange range) {
 std::int64_t Interpreter::EvaluateInteger(NodeRange range, std::string_view what) {
   const Value value = EvaluateConstant(range);
   if (!value.IsConstant() || !value.constant.IsInteger())
-    throw ModelError{Join(mSyntax->nodes[range.first].span, RootOf(range).span),
-                     std::string(what) + " must be an integer, known while the model is read",
-                     {}};
+    Fail(Join(mSyntax->nodes[range.first].span, RootOf(range).span),
+         std::string(what) + " must be an integer, known while the model is read");
   return value.constant.integer;
 }
 
 bool Interpreter::EvaluateTruth(NodeRange range) {
   const Value value = EvaluateConstant(range);
   if (!value.IsConstant() || !value.constant.IsBoolean())
-    throw ModelError{Join(mSyntax->nodes[range.first].span, RootOf(range).span),
-                     "a condition must be true or false, known while the model is read",
-                     {}};
+    Fail(Join(mSyntax->nodes[range.first].span, RootOf(range).span),
+         "a condition must be true or false, known while the model is read");
   return value.constant.IsTrue();
 }

@@ -63,6 +63,7 @@ class Interpreter {
   void AssertOne(NodeRange range, std::vector<NodeRange>& pending);
   void AssertComparison(NodeRange range);
   void AssertTruth(NodeRange range);
+  void AssertValue(const Value& value, NodeRange range);
   void AssertAllDifferent(const std::vector<Value>& terms, Span span);
 
   Value Evaluate(NodeRange range, const Value* target = nullptr);
@@ -72,7 +73,8 @@ class Interpreter {
   Value EvaluateCall(const Node& node, const Value* operands, const Value* target);
   Value EvaluateComprehension(const Comprehension& comprehension, Span span, const Value* target);
   std::vector<Value> CollectTerms(const Comprehension& comprehension);
-  std::vector<Value> Spread(const Value* operands, std::uint32_t count);
+  void AddTerm(std::vector<Value>& terms, const Value& value);
+  void SpreadInto(std::vector<Value>& terms, const Value& value);
   Value Combine(Aggregate aggregate, std::vector<Value> terms, Span span, const Value* target);
   Value Operate(const Operation& operation, const Value* operands, unsigned int count,
                 const Value* target);
@@ -88,6 +90,7 @@ class Interpreter {
   bool IsApplication(NodeRange range) const;
   NodeRange RightOperandOf(NodeRange range) const;
   NodeRange LeftOperandOf(NodeRange range) const;
+  std::vector<NodeRange> OperandsOf(NodeRange range) const;
   const Node& RootOf(NodeRange range) const { return mSyntax->nodes[range.last]; }
   void CountIteration(Span span);
   [[noreturn]] void FailUnknown(const Node& node, std::string_view what);

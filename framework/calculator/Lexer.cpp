@@ -130,23 +130,16 @@ Token Lexer::Sign() {
 
 void Lexer::Explain(const Token& bad) const {
   const std::string_view text = mText.substr(bad.span.position, bad.span.length);
-  const auto limited = [&](const char* what, std::size_t limit) {
-    return ModelError{
-        {bad.span.position, 1},
-        std::string(what) + " of " + std::to_string(text.size()) +
-            " bytes is longer than the limit of " + std::to_string(limit),
-        {                 }
-    };
+  const auto failByLimit = [&](const char* what, std::size_t limit) {
+    Fail({bad.span.position, 1}, std::string(what) + " of " + std::to_string(text.size()) +
+                                     " bytes is longer than the limit of " + std::to_string(limit));
   };
   if (text.substr(0, 2) == "/*")
-    throw ModelError{
-        {bad.span.position,                                   2},
-        "this comment has no end; expected '*/'", {                                                   }
-    };
-  if (IsNameStart(text[0])) throw limited("a name", mLimits->nameLength);
+    Fail({bad.span.position, 2}, "this comment has no end; expected '*/'");
+  if (IsNameStart(text[0])) failByLimit("a name", mLimits->nameLength);
   if (IsDigit(bad.span.position)) {
-    if (text.size() > mLimits->numberLength) throw limited("a number", mLimits->numberLength);
-    throw ModelError{bad.span, "'" + std::string(text) + "' is neither a number nor a name", {}};
+    if (text.size() > mLimits->numberLength) failByLimit("a number", mLimits->numberLength);
+    Fail(bad.span, "'" + std::string(text) + "' is neither a number nor a name");
   }
   ModelError error = {bad.span, "unexpected character '" + std::string(text) + "'", {}};
   if (text == "|" || text == "&") error.notes.push_back("the boolean operators are '&&' and '||'");

@@ -114,8 +114,7 @@ std::uint32_t ModelBuilder::AddVariable(ZULTavModel::Variable variable, std::siz
                                         const LocalValue& initial) {
   mElements += count;
   if (mElements > mLimits.variables)
-    throw ModelError{
-        {}, "more variables than the limit of " + std::to_string(mLimits.variables), {}};
+    Fail({}, "more variables than the limit of " + std::to_string(mLimits.variables));
   const auto index = static_cast<std::uint32_t>(mModel.mVariables.size());
   mLeaves.push_back(static_cast<std::uint32_t>(mModel.mExpressions.size()));
   variable.values.reserve(count);
@@ -169,10 +168,8 @@ void ModelBuilder::StoreConstant(ZULTaVoAny& object, const Value& value, Type ty
                                       : StoreReal(*real, number.lower, number.upper);
   }
   if (!stored)
-    throw ModelError{value.span,
-                     constant.Describe() + " is beyond the limits of '" + type->GetName() + "', " +
-                         RangeOf(*type),
-                     {}};
+    Fail(value.span, constant.Describe() + " is beyond the limits of '" + type->GetName() + "', " +
+                         RangeOf(*type));
 }
 
 /// The expression that is this constant as a value of the type.
@@ -207,11 +204,9 @@ ModelBuilder::Application ModelBuilder::Resolve(const Operation& operation, cons
     const Type other = count == 2 ? TypeOf(operands[1 - i]) : nullptr;
     choices[i] = mRegistry.ChooseTypes(operands[i].constant, other);
     if (choices[i][0] == nullptr)
-      throw ModelError{operands[i].span,
-                       "no module has the type '" +
-                           std::string(Registry::NameOfWanted(operands[i].constant)) +
-                           "' that this constant needs",
-                       {}};
+      Fail(operands[i].span, "no module has the type '" +
+                                 std::string(Registry::NameOfWanted(operands[i].constant)) +
+                                 "' that this constant needs");
   }
   const auto find = [&](const Type* types) {
     return mRegistry.FindOperator(operation.name, mNames.GetName(operation.name), types, count);
@@ -253,7 +248,7 @@ void ModelBuilder::FailToResolve(const Operation& operation, const Value* operan
     notes.insert(notes.begin(),
                  "the value of '=', '<>', '<', … is a number; for truth values write '==', "
                  "'<<>>', '<<', '<==', '>>', '>=='");
-  throw ModelError{operation.span, message, notes};
+  Fail(operation.span, message, notes);
 }
 
 /// Place in the table of the application, or of the free place where it belongs.
@@ -308,16 +303,13 @@ ZULTaVoAny* ModelBuilder::ResultObject(const Application& application, const Val
 
 void ModelBuilder::Post(const Application& application, ZULTaVoAny* result, Span span) {
   if (++mOperations > mLimits.operations)
-    throw ModelError{
-        span, "more operations than the limit of " + std::to_string(mLimits.operations), {}};
+    Fail(span, "more operations than the limit of " + std::to_string(mLimits.operations));
   ZULTaVoObject* operands[2] = {nullptr, nullptr};
   for (unsigned int i = 0; i < application.count; ++i)
     operands[i] = ObjectOf(application.operands[i]);
   if (!application.op->Post(mModel.mNetwork, operands, result))
-    throw ModelError{span,
-                     "the operator '" + std::string(application.op->GetName()) +
-                         "' cannot be added: memory ran out, or its module described it wrongly",
-                     {}};
+    Fail(span, "the operator '" + std::string(application.op->GetName()) +
+                   "' cannot be added: memory ran out, or its module described it wrongly");
 }
 
 Value ModelBuilder::Apply(const Operation& operation, const Value* operands, unsigned int count,

@@ -24,10 +24,8 @@ class Parser::Level {
  public:
   explicit Level(Parser& parser) : mParser(parser) {
     if (parser.mNesting >= parser.mLimits.nesting)
-      throw ModelError{parser.mToken.span,
-                       "nesting is deeper than the limit of " +
-                           std::to_string(parser.mLimits.nesting) + " levels",
-                       {}};
+      Fail(parser.mToken.span, "nesting is deeper than the limit of " +
+                                   std::to_string(parser.mLimits.nesting) + " levels");
     ++parser.mNesting;
   }
   ~Level() { --mParser.mNesting; }
@@ -60,29 +58,30 @@ bool Parser::Accept(TokenKind kind) {
 }
 
 Token Parser::Expect(TokenKind kind, std::string_view what) {
-  if (!Is(kind)) FailExpected(what);
+  if (!Is(kind)) {
+    // A forgotten ';' at the end of a line: the next line is a statement of its own.
+    mResumeHere = kind == TokenKind::kSemicolon && !Is(TokenKind::kBad) && IsOnNewLine();
+    FailExpected(what);
+  }
   const Token token = mToken;
   Advance();
   return token;
 }
 
+/// Whether the present token stands on a later line than the one before it.
+bool Parser::IsOnNewLine() const {
+  const std::uint32_t gap = mPrevious.End();
+  return TextOf({gap, mToken.span.position - gap}).find('\n') != std::string_view::npos;
+}
+
 /// What is missing at the end of a line is missing there, not where the next line begins.
 void Parser::FailExpected(std::string_view what) const {
   if (Is(TokenKind::kBad)) mLexer.Explain(mToken);
-  const std::uint32_t gap = mPrevious.End();
-  const std::string_view between = TextOf({gap, mToken.span.position - gap});
-  const std::string expected = "expected " + std::string(what);
-  if (Is(TokenKind::kEnd))
-    throw ModelError{
-        {gap,                                                 1},
-        expected + " before the end of the text", {                                                   }
-    };
-  if (between.find('\n') != std::string_view::npos)
-    throw ModelError{
-        {gap,                 1},
-        expected, {                   }
-    };
-  throw ModelError{mToken.span, expected + ", found " + Quote(TextOf(mToken.span)), {}};
+  const Span behind = {mPrevious.End(), 1};
+  std::string message = "expected " + std::string(what);
+  if (Is(TokenKind::kEnd)) Fail(behind, message + " before the end of the text");
+  if (IsOnNewLine()) Fail(behind, message);
+  Fail(mToken.span, message + ", found " + Quote(TextOf(mToken.span)));
 }
 
 // --- Statements -------------------------------------------------------------------------------
@@ -99,6 +98,7 @@ bool Parser::Next(Syntax& syntax) {
 }
 
 void Parser::Skip() {
+  if (std::exchange(mResumeHere, false) && mBraces == 0) return;
   for (; !Is(TokenKind::kEnd); Advance()) {
     if (Is(TokenKind::kOpenBrace)) ++mBraces;
     const bool closes = Is(TokenKind::kCloseBrace) && mBraces <= 1;
@@ -129,17 +129,15 @@ bool Parser::StartsDeclaration() {
 void Parser::ParseStatement(std::vector<Statement>& statements, bool inLoop) {
   const Level level(*this);
   if (!inLoop && Is(TokenKind::kLet)) return ParseLet(statements);
-  if (Is(TokenKind::kLet))
-    throw ModelError{mToken.span, "a constant cannot be named inside 'for'", {}};
+  if (Is(TokenKind::kLet)) Fail(mToken.span, "a constant cannot be named inside 'for'");
   Statement statement;
   statement.span = mToken.span;
   if (Is(TokenKind::kFor)) {
     ParseFor(statement);
   } else if (StartsDeclaration()) {
     if (inLoop)
-      throw ModelError{mToken.span,
-                       "a variable cannot be declared inside 'for'",
-                       {"declare an array before it: x[1..n] : int;"}};
+      Fail(mToken.span, "a variable cannot be declared inside 'for'",
+           {"declare an array before it: x[1..n] : int;"});
     ParseDeclaration(statement);
   } else {
     statement.expression = ParseExpression(kImplication);
@@ -174,10 +172,7 @@ void Parser::ParseDeclaration(Statement& statement) {
   } while (Accept(TokenKind::kComma));
   Expect(TokenKind::kColon, "':' and a type after the names");
   statement.type = Expect(TokenKind::kName, "a type").span;
-  while (Is(TokenKind::kName)) {
-    const std::uint32_t gap = mPrevious.End();
-    const std::string_view between = TextOf({gap, mToken.span.position - gap});
-    if (between.find('\n') != std::string_view::npos) break;
+  while (Is(TokenKind::kName) && !IsOnNewLine()) {
     statement.type.length = mToken.span.End() - statement.type.position;
     Advance();
   }
@@ -186,10 +181,7 @@ void Parser::ParseDeclaration(Statement& statement) {
     mPrevious = mToken.span;
     statement.value = mLexer.NextValue();
     if (statement.value.length == 0)
-      throw ModelError{
-          {mPrevious.End(),                                    1},
-          "expected an initial value after '='", {                                                  }
-      };
+      Fail({mPrevious.End(), 1}, "expected an initial value after '='");
     mPrevious = statement.value;
     mToken = mLexer.Next();
     Expect(TokenKind::kSemicolon, "';' after the initial value");
@@ -259,6 +251,10 @@ NodeRange Parser::WholeExpression(Syntax& syntax) {
 }
 
 NodeRange Parser::Emit(Node node) {
+  // An application has at most three nodes of its own; constants that fold are no way around.
+  if (mSyntax->nodes.size() / 3 > mLimits.operations)
+    Fail(node.span,
+         "a statement of more operations than the limit of " + std::to_string(mLimits.operations));
   const NodeRange result = {node.start, NextNode(), true};
   mSyntax->nodes.push_back(node);
   return result;
@@ -299,9 +295,8 @@ NodeRange Parser::ParseExpression(Precedence loosest) {
     result = EmitBinary(sign, result);
     if (precedence == kComparison && Is(TokenKind::kOperator) &&
         SignOf(mToken.op).precedence == kComparison)
-      throw ModelError{mToken.span,
-                       "comparisons cannot be chained",
-                       {"write 'a < b && b < c', or use parentheses"}};
+      Fail(mToken.span, "comparisons cannot be chained",
+           {"write 'a < b && b < c', or use parentheses"});
   }
   return result;
 }
@@ -360,7 +355,7 @@ NodeRange Parser::ParsePrimary() {
     case TokenKind::kInteger: {
       Advance();
       const auto integer = Constant::FromDigits(TextOf(token.span));
-      if (!integer) throw ModelError{token.span, "this integer is beyond the limit of 64 bits", {}};
+      if (!integer) Fail(token.span, "this integer is beyond the limit of 64 bits");
       return EmitConstant(*integer, token.span);
     }
     case TokenKind::kDecimal:

@@ -29,6 +29,7 @@ class Parser {
   bool Accept(TokenKind kind);
   Token Expect(TokenKind kind, std::string_view what);
   [[noreturn]] void FailExpected(std::string_view what) const;
+  bool IsOnNewLine() const;
   std::string_view TextOf(Span span) const { return mSource.GetText(span); }
   bool StartsDeclaration();
 
@@ -64,6 +65,7 @@ class Parser {
   Syntax* mSyntax = nullptr;
   std::size_t mNesting = 0;
   std::size_t mBraces = 0;
+  bool mResumeHere = false;
 };
 
 #endif

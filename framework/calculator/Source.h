@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "framework/calculator/ZULTavDiagnostic.h"
@@ -23,6 +24,10 @@ struct ModelError {
   std::string message;
   std::vector<std::string> notes;
 };
+
+[[noreturn]] inline void Fail(Span span, std::string message, std::vector<std::string> notes = {}) {
+  throw ModelError{span, std::move(message), std::move(notes)};
+}
 
 /// A text with a name, which finds lines and columns.
 class Source {

@@ -140,6 +140,7 @@ TEST(DiagnosticsTest, ReadingGoesOnBehindAnError) {
       {"for i in 1..2 : { x = ;\n y = i;\n}\n z = 3;\n",                   {1, 4}      },
       {"for i in 1..2 : {\n for j in 1..2 : { ) }\n y = i;\n}\n z = 3;\n", {2, 5}      },
       {"x : int;\nfor i in 1..1000 : x = q;\nx = r;\nx = q;",              {2, 3}      },
+      {"x : int;\nx = 1\nx = z;\ny : int\ny = $;",                         {2, 3, 4, 5}},
       {"}\nx = 1;",                                                        {1, 2}      },
       {"let a = 1 +;\nlet b = a;\nlet c = d;\nlet e = c;",                 {1, 2, 3}   },
   };
