@@ -224,8 +224,6 @@ TEST(PrimeNumberTest, WorksAsAnOperator) {
   EXPECT_EQ(type->GetNumberOfArguments(), 2U);
   EXPECT_EQ(type->GetArgument(0).name, ZULString("Value"));
   EXPECT_EQ(type->GetArgument(1).name, ZULString("Arg"));
-  EXPECT_EQ(type->GetArgument(1).type, ZULTaVoInteger::sDescriptor);
-  EXPECT_EQ(type->GetArgument(0).priority, 100);
 
   ZULTaVoNetwork network;
   const II range(0, 10);

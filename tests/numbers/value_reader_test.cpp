@@ -28,28 +28,16 @@ TEST(ValueReaderTest, ClassifiesText) {
   struct {
     const char* text;
     int number, boolean;
+    // clang-format off
     const char* restOfNumber;
   } rows[] = {
-      {"  [1",     1,  1,  "1"    },
-      {"{1",       8,  -1, "1"    },
-      {"Min",      2,  -1, ""     },
-      {"Maxi",     3,  -1, "i"    },
-      {" \n Any,", 4,  4,  ","    },
-      {"Nil",      5,  5,  ""     },
-      {"intMin",   6,  -1, ""     },
-      {"intMax]",  7,  -1, "]"    },
-      {"intAny",   -1, -1, ""     },
-      {"int\nMax", -1, -1, "\nMax"},
-      {"Mix",      -1, -1, ""     },
-      {"A\nny",    -1, -1, "\nny" },
-      {"42",       0,  -1, "42"   },
-      {"xyz",      0,  -1, "xyz"  },
-      {"",         0,  -1, ""     },
-      {"True",     0,  2,  "True" },
-      {"Truth",    0,  -1, "Truth"},
-      {"False",    0,  3,  "False"},
-      {"Falso",    0,  -1, "Falso"}
-  };
+      {"  [1", 1, 1, "1"}, {"{1", 8, -1, "1"}, {"Min", 2, -1, ""}, {"Maxi", 3, -1, "i"},
+      {" \n Any,", 4, 4, ","}, {"Nil", 5, 5, ""}, {"intMin", 6, -1, ""}, {"intMax]", 7, -1, "]"},
+      {"intAny", -1, -1, ""}, {"int\nMax", -1, -1, "\nMax"}, {"Mix", -1, -1, ""},
+      {"A\nny", -1, -1, "\nny"}, {"42", 0, -1, "42"}, {"xyz", 0, -1, "xyz"}, {"", 0, -1, ""},
+      {"True", 0, 2, "True"}, {"Truth", 0, -1, "Truth"}, {"False", 0, 3, "False"},
+      {"Falso", 0, -1, "Falso"}};
+    // clang-format on
   for (const auto& row : rows) {
     SCOPED_TRACE(row.text);
     std::istringstream numbers(row.text), booleans(row.text);
@@ -78,85 +66,44 @@ struct TextRow {
 };
 
 TEST(ValueReaderTest, SingleIntegers) {
+  // clang-format off
   const TextRow rows[] = {
-      {" -12 x",               "-12| x"},
-      {"  Any",                "Any|"  },
-      {"Nil",                  "Nil|"  },
-      {"Maxi",                 " Max|i"},
-      {" Min",                 " Min|" },
-      {"intMax",               " Max|" },
-      {"2147483646",           " Max|" },
-      {"2147483647",           "Any|"  },
-      {"-2147483647",          "Nil|"  },
-      {"2147483648",           "Nil!|" },
-      {"-9999999999",          "Nil!|" },
-      {"99999999999999999999", "Nil!|" },
-      {"xyz",                  "Nil!|" },
-      {"",                     "Nil!|" },
-      {"[1,2]",                "Nil!|" },
-      {"{1}",                  "Nil!|" },
-      {"Mux",                  "Nil!|" }
-  };
+      {" -12 x", "-12| x"}, {"  Any", "Any|"}, {"Nil", "Nil|"}, {"Maxi", " Max|i"},
+      {" Min", " Min|"}, {"intMax", " Max|"}, {"2147483646", " Max|"}, {"2147483647", "Any|"},
+      {"-2147483647", "Nil|"}, {"2147483648", "Nil!|"}, {"-9999999999", "Nil!|"},
+      {"99999999999999999999", "Nil!|"}, {"xyz", "Nil!|"}, {"", "Nil!|"}, {"[1,2]", "Nil!|"},
+      {"{1}", "Nil!|"}, {"Mux", "Nil!|"}};
+  // clang-format on
   for (const auto& row : rows) EXPECT_EQ(Read<SI>(row.text), row.result) << row.text;
 }
 
 TEST(ValueReaderTest, SingleBooleans) {
+  // clang-format off
   const TextRow rows[] = {
-      {" True",           "True|"  },
-      {"Falsey",          "False|y"},
-      {"  Any",           "Any|"   },
-      {"Nil",             "Nil|"   },
-      {"Truth",           "Nil!|"  },
-      {"[True]",          "Nil!|"  },
-      {"1",               "Nil!|"  },
-      {"Incorrect value", "Nil!|"  }
-  };
+      {" True", "True|"}, {"Falsey", "False|y"}, {"  Any", "Any|"}, {"Nil", "Nil|"},
+      {"Truth", "Nil!|"}, {"[True]", "Nil!|"}, {"1", "Nil!|"}, {"Incorrect value", "Nil!|"}};
+  // clang-format on
   for (const auto& row : rows) EXPECT_EQ(Read<SB>(row.text), row.result) << row.text;
 }
 
+// clang-format off
 const TextRow kSingleReals[] = {
-    {"2.5 3",      "2.5| 3"   },
-    {"-1.5e3,",    "-1500.0|,"},
-    {"  Any",      "Any|"     },
-    {"Nil",        "Nil|"     },
-    {" Max",       " Max|"    },
-    {"intMax",     "intMax|"  },
-    {"intMin ",    "intMin| " },
-    {"2147483646", "intMax|"  },
-    {"5e19",       "Any|"     },
-    {"1e21",       "Any|"     },
-    {"-1e21",      "Nil|"     },
-    {"1e400",      "Nil!|"    },
-    {"xyz",        "Nil!|"    },
-    {"",           "Nil!|"    },
-    {"[1,2]",      "Nil!|"    },
-    {"nan",        "Nil!|"    },
-    {"inf",        "Nil!|"    },
-    {"-inf",       "Nil!|"    },
-    {"Infinity",   "Nil!|"    }
-};
+      {"2.5 3", "2.5| 3"}, {"-1.5e3,", "-1500.0|,"}, {"  Any", "Any|"}, {"Nil", "Nil|"},
+      {" Max", " Max|"}, {"intMax", "intMax|"}, {"intMin ", "intMin| "},
+      {"2147483646", "intMax|"}, {"5e19", "Any|"}, {"1e21", "Any|"}, {"-1e21", "Nil|"},
+      {"1e400", "Nil!|"}, {"xyz", "Nil!|"}, {"", "Nil!|"}, {"[1,2]", "Nil!|"}, {"nan", "Nil!|"},
+      {"inf", "Nil!|"}, {"-inf", "Nil!|"}, {"Infinity", "Nil!|"}};
+// clang-format on
 
+// clang-format off
 const TextRow kRealIntervals[] = {
-    {"[1,2]",            "[1.0,2.0]|"    },
-    {" [ -1.5 , 2.5 ]x", "[-1.5,2.5]|x"  },
-    {"[ Min,intMax]",    "[ Min,intMax]|"},
-    {"[ Min, Max]",      "Any|"          },
-    {"2.5]",             "2.5|]"         },
-    {"Any",              "Any|"          },
-    {"Nil",              "Nil|"          },
-    {"Max",              " Max|"         },
-    {"[3,1]",            "Nil|"          },
-    {"[1,2",             "Nil!|"         },
-    {"[1 2]",            "Nil!|"         },
-    {"[1,2)",            "Nil!|"         },
-    {"[Nil,3]",          "Nil!|"         },
-    {"[1,Any]",          "Nil!|"         },
-    {"[[1,2],3]",        "Nil!|"         },
-    {"{[1,2]}",          "Nil!|"         },
-    {"[,2]",             "Nil!|"         },
-    {"[",                "Nil!|"         },
-    {"[1e21,2e21]",      " Max|"         }
-};
+      {"[1,2]", "[1.0,2.0]|"}, {" [ -1.5 , 2.5 ]x", "[-1.5,2.5]|x"},
+      {"[ Min,intMax]", "[ Min,intMax]|"}, {"[ Min, Max]", "Any|"}, {"2.5]", "2.5|]"},
+      {"Any", "Any|"}, {"Nil", "Nil|"}, {"Max", " Max|"}, {"[3,1]", "Nil|"}, {"[1,2", "Nil!|"},
+      {"[1 2]", "Nil!|"}, {"[1,2)", "Nil!|"}, {"[Nil,3]", "Nil!|"}, {"[1,Any]", "Nil!|"},
+      {"[[1,2],3]", "Nil!|"}, {"{[1,2]}", "Nil!|"}, {"[,2]", "Nil!|"}, {"[", "Nil!|"},
+      {"[1e21,2e21]", " Max|"}};
+// clang-format on
 
 TEST(ValueReaderTest, Reals) {
   for (const auto& row : kSingleReals) EXPECT_EQ(Read<SR>(row.text), row.result) << row.text;
@@ -205,23 +152,14 @@ TEST(ValueReaderTest, AStreamWithALocaleOfItsOwn) {
 }
 
 TEST(ValueReaderTest, IntegerIntervals) {
+  // clang-format off
   const TextRow rows[] = {
-      {"[-3, Max]",      "[-3, Max]|"  },
-      {"[ Min,3]",       "[ Min,3]|"   },
-      {" [ 1 , 5 ] ",    "[1,5]| "     },
-      {"7",              "[7,7]|"      },
-      {"intMax",         "[ Max, Max]|"},
-      {"Any",            "Any|"        },
-      {"Nil",            "Nil|"        },
-      {"[5,3]",          "Nil|"        },
-      {"[Nil,3]",        "Nil!|"       },
-      {"[1.5,3]",        "Nil!|"       },
-      {"[1;3]",          "Nil!|"       },
-      {"[1,3",           "Nil!|"       },
-      {"[1,9999999999]", "Nil!|"       },
-      {"[1,2147483647]", "[1, Max]|"   },
-      {"True",           "Nil!|"       }
-  };
+      {"[-3, Max]", "[-3, Max]|"}, {"[ Min,3]", "[ Min,3]|"}, {" [ 1 , 5 ] ", "[1,5]| "},
+      {"7", "[7,7]|"}, {"intMax", "[ Max, Max]|"}, {"Any", "Any|"}, {"Nil", "Nil|"},
+      {"[5,3]", "Nil|"}, {"[Nil,3]", "Nil!|"}, {"[1.5,3]", "Nil!|"}, {"[1;3]", "Nil!|"},
+      {"[1,3", "Nil!|"}, {"[1,9999999999]", "Nil!|"}, {"[1,2147483647]", "[1, Max]|"},
+      {"True", "Nil!|"}};
+  // clang-format on
   for (const auto& row : rows) EXPECT_EQ(Read<II>(row.text), row.result) << row.text;
 }
 
