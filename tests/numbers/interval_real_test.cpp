@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <limits>
 
 #include "numbers/ZULTavIntervalReal.h"
@@ -88,25 +89,26 @@ TEST(IntervalRealTest, RelationsHaveTheirTolerances) {
   constexpr auto kInverseLess = INVERSE(CalcInverseLessValue);
   constexpr double kStep = 0.1 * 1e-6;
   const Row rows[] = {
-      {kLessOrEqual,                       {0, 5},         {1, 3},         {0, 3}            },
-      {kLessOrEqual,                       {0, 3.0000005}, {1, 3},         {0, 3.0000005}    },
-      {kLessOrEqual,                       {5, 6},         {1, 2},         {5, 2}            }, // crossed bounds are Nil
-      {kInverseLessOrEqual,                {0, 5},         {1, 3},         {1, 5}            },
-      {kInverseLessOrEqual,                {0.9999995, 5}, {1, 3},         {0.9999995, 5}    },
-      {kLess,                              {1, 1},         {1, 1 + 1e-14}, kNil              },
-      {kLess,                              {0, 5},         {1, 3},         {0, 3 - kStep}    },
-      {kLess,                              {0, 2},         {1, 3},         {0, 2}            },
-      {kLess,                              {3, 5},         {1, 3},         kNil              },
-      {kLess,                              kAny,           {1, 1},         {-kMax, 1 - kStep}},
-      {kLess,                              kAny,           kAny,           kAny              },
-      {kLess,                              kNil,           {1, 2},         kNil              },
-      {kLess,                              {0, 1},         {5, 3},         kNil              },
-      {kInverseLess,                       {0, 5},         {1, 3},         {1 + kStep, 5}    },
-      {kInverseLess,                       {1, 1},         {1, 1},         kNil              },
-      {kInverseLess,                       {2, 5},         {1, 3},         {2, 5}            },
-      {TARGET(CalcNotLessAndUnequalValue), {0, 9},         {4, 4},         {4 + kStep, 9}    },
-      {TARGET(CalcNextValue),              {0, 1},         {5, 3},         kNil              },
-      {TARGET(CalcNextValue),              kNil,           {5, 3},         kNil              }
+      {kLessOrEqual,                       {0, 5},         {1, 3},                   {0, 3}            },
+      {kLessOrEqual,                       {0, 3.0000005}, {1, 3},                   {0, 3.0000005}    },
+      {kLessOrEqual,                       {5, 6},         {1, 2},                   {5, 2}            }, // crossed bounds are Nil
+      {kInverseLessOrEqual,                {0, 5},         {1, 3},                   {1, 5}            },
+      {kInverseLessOrEqual,                {0.9999995, 5}, {1, 3},                   {0.9999995, 5}    },
+      {kLess,                              {1, 1},         {1, 1 + 1e-14},           kNil              },
+      {kLess,                              {1, 1},         {1 + 8e-15, 1 + 1.6e-14}, kNil              },
+      {kLess,                              {0, 5},         {1, 3},                   {0, 3 - kStep}    },
+      {kLess,                              {0, 2},         {1, 3},                   {0, 2}            },
+      {kLess,                              {3, 5},         {1, 3},                   kNil              },
+      {kLess,                              kAny,           {1, 1},                   {-kMax, 1 - kStep}},
+      {kLess,                              kAny,           kAny,                     kAny              },
+      {kLess,                              kNil,           {1, 2},                   kNil              },
+      {kLess,                              {0, 1},         {5, 3},                   kNil              },
+      {kInverseLess,                       {0, 5},         {1, 3},                   {1 + kStep, 5}    },
+      {kInverseLess,                       {1, 1},         {1, 1},                   kNil              },
+      {kInverseLess,                       {2, 5},         {1, 3},                   {2, 5}            },
+      {TARGET(CalcNotLessAndUnequalValue), {0, 9},         {4, 4},                   {4 + kStep, 9}    },
+      {TARGET(CalcNextValue),              {0, 1},         {5, 3},                   kNil              },
+      {TARGET(CalcNextValue),              kNil,           {5, 3},                   kNil              }
   };
   for (const auto& [call, before, x, after] : rows) {
     SCOPED_TRACE(testing::Message() << before << ", " << x);
@@ -210,8 +212,10 @@ TEST(IntervalRealTest, ConvertsAndWritesBack) {
     EXPECT_EQ(IR(values.first, 0).GetSubdef(), set);
     EXPECT_EQ(IR(values.second, 0).GetSubdef(), set);
   }
-  OtherInteger wide(-3000000000, 3000000000);
-  EXPECT_EQ(IR().CalcInverseEqualValue(wide), 0);
+  OtherInteger wide(LONG_MIN, LONG_MAX);  // an infinite side says nothing about it
+  EXPECT_EQ(Interval({-kMax, 5}).CalcInverseEqualValue(wide), 1);
+  EXPECT_EQ(wide.lower, LONG_MIN);
+  EXPECT_EQ(wide.upper, 5);
   const ZULTavSingleBoolean truth;
   IR x = Interval({1, 2});
   EXPECT_EQ(x.CalcEqualValue(truth), 0);
