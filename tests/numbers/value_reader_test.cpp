@@ -37,7 +37,7 @@ TEST(ValueReaderTest, ClassifiesText) {
       {"A\nny", -1, -1, "\nny"}, {"42", 0, -1, "42"}, {"xyz", 0, -1, "xyz"}, {"", 0, -1, ""},
       {"True", 0, 2, "True"}, {"Truth", 0, -1, "Truth"}, {"False", 0, 3, "False"},
       {"Falso", 0, -1, "Falso"}};
-    // clang-format on
+  // clang-format on
   for (const auto& row : rows) {
     SCOPED_TRACE(row.text);
     std::istringstream numbers(row.text), booleans(row.text);

@@ -96,7 +96,7 @@ TEST(ValueWriterTest, Domains) {
       {Make<IR>(-1e19, 0.0), "[ Min,0.0]"}, {Make<IR>(2.5, 2.5), "2.5"}, {Make<IR>(),"Any"},
       {Nil<IR>(), "Nil"}, {Make<ZULTavAngle>(), "[0.0,6.283185]"},
       {Make<ZULTavPositive>(), "[0.0, Max]"}};
-    // clang-format on
+  // clang-format on
   for (const auto& row : rows) {
     std::ostringstream out;
     row.domain->PrintOn(out);
