@@ -251,35 +251,44 @@ void ModelBuilder::FailToResolve(const Operation& operation, const Value* operan
   Fail(operation.span, message, notes);
 }
 
-/// Place in the table of the application, or of the free place where it belongs.
-std::uint32_t& ModelBuilder::Slot(const Application& application) {
-  const auto objectOf = [this](std::uint32_t expression) {
-    return expression != kNone ? ObjectOf(expression) : nullptr;
+// Applications are equal when their operators and the objects of their operands are.
+
+std::uint32_t ModelBuilder::HashOf(const Application& application) const {
+  std::size_t hash = Mix(0, AddressOf(application.op));
+  for (unsigned int i = 0; i < application.count; ++i)
+    hash = Mix(hash, AddressOf(ObjectOf(application.operands[i])));
+  return static_cast<std::uint32_t>(hash);
+}
+
+/// The expression that is the same application, or none.
+std::uint32_t ModelBuilder::Find(const Application& application, std::uint32_t hash) const {
+  const auto isSame = [&](const ZULTavModel::Expression& known) {
+    if (known.op != application.op) return false;
+    for (unsigned int i = 0; i < application.count; ++i)
+      if (ObjectOf(known.operands[i]) != ObjectOf(application.operands[i])) return false;
+    return true;
   };
-  const ZULTaVoAny* objects[2] = {objectOf(application.operands[0]),
-                                  objectOf(application.operands[1])};
-  std::size_t place =
-      Mix(Mix(Mix(0, AddressOf(application.op)), AddressOf(objects[0])), AddressOf(objects[1]));
-  for (;; ++place) {
-    std::uint32_t& slot = mTable[place & (mTable.size() - 1)];
-    if (slot == kNone) return slot;
-    const ZULTavModel::Expression& known = mModel.mExpressions[slot];
-    if (known.op == application.op && objectOf(known.operands[0]) == objects[0] &&
-        objectOf(known.operands[1]) == objects[1])
-      return slot;
+  for (std::size_t place = hash;; ++place) {
+    const Entry& entry = mTable[place & (mTable.size() - 1)];
+    if (entry.expression == kNone ||
+        (entry.hash == hash && isSame(mModel.mExpressions[entry.expression])))
+      return entry.expression;
   }
 }
 
-void ModelBuilder::GrowTable() {
-  std::vector<std::uint32_t> old(mTable.size() * 2, kNone);
-  old.swap(mTable);
-  for (const std::uint32_t index : old) {
-    if (index == kNone) continue;
-    const ZULTavModel::Expression& known = mModel.mExpressions[index];
-    Slot({
-        known.op, 2, {known.operands[0], known.operands[1]}
-    }) = index;
+void ModelBuilder::Enter(std::uint32_t expression, std::uint32_t hash) {
+  const auto put = [this](Entry entry) {
+    std::size_t place = entry.hash;
+    while (mTable[place & (mTable.size() - 1)].expression != kNone) ++place;
+    mTable[place & (mTable.size() - 1)] = entry;
+  };
+  if (++mApplied * 2 > mTable.size()) {
+    std::vector<Entry> old(mTable.size() * 2, Entry{0, kNone});
+    old.swap(mTable);
+    for (const Entry& entry : old)
+      if (entry.expression != kNone) put(entry);
   }
+  put({hash, expression});
 }
 
 /// An object of the network that may be the result: that of the target, or a new one.
@@ -315,15 +324,15 @@ void ModelBuilder::Post(const Application& application, ZULTaVoAny* result, Span
 Value ModelBuilder::Apply(const Operation& operation, const Value* operands, unsigned int count,
                           const Value* target) {
   const Application application = Resolve(operation, operands, count);
-  if (const std::uint32_t known = Slot(application); known != kNone)
+  const std::uint32_t hash = HashOf(application);
+  if (const std::uint32_t known = Find(application, hash); known != kNone)
     return ExpressionValue(known, operation.span);
   ZULTaVoAny* object = ResultObject(application, target);
   Post(application, object, operation.span);
   const std::uint32_t index = Append({
       application.op, object, {application.operands[0], application.operands[1]}
   });
-  if (++mApplied * 2 > mTable.size()) GrowTable();
-  Slot(application) = index;
+  Enter(index, hash);
   return ExpressionValue(index, operation.span);
 }
 

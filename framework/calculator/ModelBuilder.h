@@ -57,7 +57,11 @@ class ModelBuilder {
 
   ModelBuilder(ZULTavModel& model, Registry& registry, const NameTable& names,
                const ZULTavCalculator::Limits& limits)
-      : mModel(model), mRegistry(registry), mNames(names), mLimits(limits), mTable(64, kNone) {}
+      : mModel(model),
+        mRegistry(registry),
+        mNames(names),
+        mLimits(limits),
+        mTable(64, Entry{0, kNone}) {}
 
   /// Adds `count` objects with the value of `initial`. Answers the index of the variable.
   std::uint32_t AddVariable(ZULTavModel::Variable variable, std::size_t count,
@@ -95,6 +99,10 @@ class ModelBuilder {
     unsigned int count;
     std::uint32_t operands[2];
   };
+  struct Entry {
+    std::uint32_t hash;
+    std::uint32_t expression;
+  };
   struct ConstantKey {
     Type type;
     std::uint64_t lower, upper;
@@ -117,8 +125,9 @@ class ModelBuilder {
   void Post(const Application& application, ZULTaVoAny* result, Span span);
   Value RelateResolved(const Operation& operation, const Application& application, bool record);
   std::uint32_t Append(const ZULTavModel::Expression& expression);
-  std::uint32_t& Slot(const Application& application);
-  void GrowTable();
+  std::uint32_t HashOf(const Application& application) const;
+  std::uint32_t Find(const Application& application, std::uint32_t hash) const;
+  void Enter(std::uint32_t expression, std::uint32_t hash);
 
   ZULTavModel& mModel;
   Registry& mRegistry;
@@ -126,7 +135,7 @@ class ModelBuilder {
   const ZULTavCalculator::Limits& mLimits;
   std::vector<std::uint32_t> mLeaves;  // of each variable: its first expression
   std::unordered_map<ConstantKey, std::uint32_t, ConstantHash> mConstants;
-  std::vector<std::uint32_t> mTable;  // open hash table of the expressions that apply operators
+  std::vector<Entry> mTable;  // open hash table of the expressions that apply operators
   std::size_t mApplied = 0;
   std::size_t mElements = 0;
   std::size_t mOperations = 0;
