@@ -435,7 +435,7 @@ class KnowingProof final : public ZULTavProof {
     network.PropagateValue(mX);
     return 1;
   }
-  bool Proves(const ZULTaVoNetwork&) override { return mX->GetLowerBound() == 3; }
+  bool Proves(const ZULTaVoNetwork&, ZULTavSolution*) override { return mX->GetLowerBound() == 3; }
 
  private:
   ZULTaVoReal* mX;
