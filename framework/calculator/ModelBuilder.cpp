@@ -201,7 +201,9 @@ ModelBuilder::Application ModelBuilder::Resolve(const Operation& operation, cons
       choices[i][0] = TypeOf(operands[i]);
       continue;
     }
-    const Type other = count == 2 ? TypeOf(operands[1 - i]) : nullptr;
+    Type other = count == 2 ? TypeOf(operands[1 - i]) : nullptr;
+    // An integer exponent narrows a real base further than a real number of the same value.
+    if (i == 1 && mNames.GetName(operation.name) == "^") other = mRegistry.IntegerTypeLike(other);
     choices[i] = mRegistry.ChooseTypes(operands[i].constant, other);
     if (choices[i][0] == nullptr)
       Fail(operands[i].span, "no module has the type '" +

@@ -156,6 +156,12 @@ bool Registry::IsReal(Type type) const {
          (type == Get(LiteralType::kIntervalReal) || type == Get(LiteralType::kSingleReal));
 }
 
+Registry::Type Registry::IntegerTypeLike(Type type) const {
+  const Type literal = LiteralTypeBelow(type);
+  if (!IsReal(literal)) return type;
+  return Get(IsSingle(literal) ? LiteralType::kSingleInteger : LiteralType::kIntervalInteger);
+}
+
 Registry::TypeChoice Registry::ChooseTypes(const Constant& literal, Type other) const {
   const Type intervalReal = Get(LiteralType::kIntervalReal);
   const Type singleReal = Get(LiteralType::kSingleReal);

@@ -43,6 +43,9 @@ class Registry {
   /// Names of operators that can be called, that is, which are words.
   std::vector<std::string> GetFunctionNames() const;
 
+  /// The integer literal type that is single or an interval as the real `type` is; any other type
+  /// is itself.
+  Type IntegerTypeLike(Type type) const;
   /// What a literal becomes beside an operand of type `other` (null: beside none).
   TypeChoice ChooseTypes(const Constant& literal, Type other) const;
   /// Whether values of the type are single values, not intervals.
