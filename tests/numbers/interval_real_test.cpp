@@ -28,10 +28,6 @@ IR Interval(const Set& set) {
   return interval;
 }
 
-#define ORACLE(call)                                            \
-  [](mpfr_ptr r, mpfr_srcptr x, [[maybe_unused]] mpfr_srcptr y, \
-     [[maybe_unused]] mpfr_rnd_t rounding) { call; }
-
 // r is the lesser (greater) of two numbers, and by far so, or there is no solution.
 void FarBelow(mpfr_ptr r, mpfr_srcptr x, mpfr_srcptr y, mpfr_rnd_t rounding) {
   mpfr_min(r, x, y, rounding);

@@ -44,6 +44,10 @@ Call MakeCall(Lambda call) {
 #define REAL_CALL(call) \
   points::MakeCall<ZULTaVoReal>([](auto& r, auto& x, [[maybe_unused]] auto& y) { return r.call; })
 
+#define ORACLE(call)                                            \
+  [](mpfr_ptr r, mpfr_srcptr x, [[maybe_unused]] mpfr_srcptr y, \
+     [[maybe_unused]] mpfr_rnd_t rounding) { call; }
+
 struct Operation {
   const char* name;
   /// r := f(x, y) rounded as told; NaN where there is no value.

@@ -10,11 +10,7 @@ using Set = SubdefReal;
 constexpr double kMax = 1e19;
 
 TEST(RealModuloTest, LosesNoSolution) {
-  points::Operation mod{"mod",
-                        [](mpfr_ptr r, mpfr_srcptr x, mpfr_srcptr y, mpfr_rnd_t rounding) {
-                          mpfr_fmod(r, x, y, rounding);
-                        },
-                        {}};
+  points::Operation mod{"mod", ORACLE(mpfr_fmod(r, x, y, rounding)), {}};
   mod.narrowing[0] = NUMBER_CALL(CalcModValue(x, y));
   mod.narrowing[1] = NUMBER_CALL(CalcFirstInverseModValue(x, y));
   mod.narrowing[2] = NUMBER_CALL(CalcSecondInverseModValue(x, y));
