@@ -107,8 +107,7 @@ TEST_F(NetworkTest, PassivationLastsForTheRun) {
   EXPECT_EQ(Run(), Log{x});
   world.network.ScheduleAll();
   EXPECT_EQ(Run(), Log{x});
-  SetTo(*y, "3,9");
-  world.network.PropagateValue(y);
+  world.Change(y, "3,9");
   EXPECT_EQ(Run(), Log{x}) << "a change that arrives through other constraints counts, too";
 }
 
@@ -133,11 +132,7 @@ TEST_F(NetworkTest, StatusesOfARunAndWhatFollows) {
 TEST_F(NetworkTest, LimitAndInterruptKeepWhatWasNarrowedAndCanGoOn) {
   ZULTaVoAny* x = world.Add("interval int", "0,1000");
   ZULTaVoAny* y = world.Add("interval int", "0,1000");
-  for (const auto& pair : {
-           std::vector<ZULTaVoObject*>{x, x, y},
-           {y, y, x}
-  })
-    ASSERT_TRUE(world.Post("LessTernary", {pair[0], pair[2], pair[0]}));
+  ASSERT_TRUE(world.Post("LessTernary", {x, y, x}) && world.Post("LessTernary", {y, x, y}));
   world.network.SetFilterLimit(100);
   EXPECT_EQ(world.network.Propagate(), Status::kLimit);
   EXPECT_EQ(world.network.GetStatistics().filters, 100U);
@@ -154,21 +149,18 @@ TEST_F(NetworkTest, LimitAndInterruptKeepWhatWasNarrowedAndCanGoOn) {
 }
 
 TEST_F(NetworkTest, SlowConvergenceOfRealsEnds) {
-  struct Row {
-    const char *left, *right, *from;
-    Status status;
-  } rows[] = {
-      {"0.999999", "1", "-1e9,1e9", Status::kConsistent}, // x = 0.999999 x shrinks for ever
-      {"0.999999", "1", "Any",      Status::kConsistent},
-      {"0.5",      "1", "-1e9,1e9", Status::kConsistent},
-      {"1.000001", "1", "1,1e9",    Status::kConsistent},
+  const std::pair<const char*, const char*> rows[] = {
+      {"0.999999", "-1e9,1e9"}, // x = 0.999999 x shrinks for ever
+      {"0.999999", "Any"     },
+      {"0.5",      "-1e9,1e9"},
+      {"1.000001", "1,1e9"   },
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.left);
+  for (const auto& [factor, from] : rows) {
+    SCOPED_TRACE(factor);
     World fresh;
-    ZULTaVoAny* x = fresh.Add("interval real", row.from);
-    ASSERT_TRUE(fresh.Post("Multiplication", {x, fresh.Add("interval real", row.left), x}));
-    EXPECT_EQ(fresh.network.Propagate(), row.status);
+    ZULTaVoAny* x = fresh.Add("interval real", from);
+    ASSERT_TRUE(fresh.Post("Multiplication", {x, fresh.Add("interval real", factor), x}));
+    EXPECT_EQ(fresh.network.Propagate(), Status::kConsistent);
     EXPECT_LT(fresh.network.GetStatistics().filters, 200000U);
     EXPECT_FALSE(x->IsNil());
   }
@@ -196,12 +188,10 @@ TEST_F(NetworkTest, ADisequalityIsCalledWheneverItCanRemoveAValue) {
                          : world.Post("UnequalTernary", {x, y, x}));
     ASSERT_TRUE(world.Post("LessOrEqualTernary", {low, y, low}));
     Run();
-    SetTo(*low, "5,9");
-    world.network.PropagateValue(low);
+    world.Change(low, "5,9");
     Run();
     EXPECT_EQ(Show(*y), "6,9") << "x was single before";
-    SetTo(*y, "Nil");
-    world.network.PropagateValue(y);
+    world.Change(y, "Nil");
     Run(Status::kContradiction);
     SetTo(*y, "6,9");
     Run();
@@ -226,9 +216,7 @@ TEST_F(NetworkTest, ADisequalityHoldsBetweenValuesOfAnyTwoTypes) {
                  std::pair{x, "5"  },
                  {y, other}
         }) {
-          world.network.SaveValue(value);
-          SetTo(*value, text);
-          world.network.PropagateValue(value);
+          world.Change(value, text);
         }
         Run(*other == '5' ? Status::kContradiction : Status::kConsistent);
         world.network.PopState();
@@ -252,7 +240,7 @@ TEST_F(NetworkTest, ConstantsAreKnownToConstraintsAndComeBackAfterAFailure) {
   AddScripted(early);
   AddScripted(late);
   world.network.SetConstant(late);
-  world.network.SetConstant(scripted.get() == nullptr ? nullptr : ScriptedConstraint::sLast);
+  world.network.SetConstant(ScriptedConstraint::sLast);
   Run();
   EXPECT_EQ(constants, 2);
   EXPECT_TRUE(world.network.IsConstant(early) && world.network.IsConstant(late));
@@ -262,9 +250,7 @@ TEST_F(NetworkTest, ConstantsAreKnownToConstraintsAndComeBackAfterAFailure) {
   ASSERT_TRUE(world.Post("LessTernary", {early, x, early}));  // 5 < x, the constant as receiver
   Run();
   world.network.PushState();
-  world.network.SaveValue(x);
-  SetTo(*x, "3");
-  world.network.PropagateValue(x);
+  world.Change(x, "3");
   Run(Status::kContradiction);
   world.network.PopState();
   EXPECT_EQ(Show(*early), "5");
@@ -291,16 +277,13 @@ TEST_F(NetworkTest, ObjectsAndConstraintsThatDoNotFitAreRefused) {
   World other;
   ZULTaVoAny* foreign = other.Add("bit int");
   ZULTaVoAny* truth = world.Add("single bool");
-  for (ZULTaVoObject* bad :
-       {static_cast<ZULTaVoObject*>(foreign), constraint, static_cast<ZULTaVoObject*>(truth),
-        static_cast<ZULTaVoObject*>(nullptr)})
+  for (ZULTaVoObject* bad : Log{foreign, constraint, truth, nullptr})
     EXPECT_FALSE(world.Post("Addition", {x, copy, bad}));
   EXPECT_FALSE(world.Post("Addition", {x, copy}));
   EXPECT_FALSE(world.Post("Missing", {x, copy}));
   EXPECT_EQ(network.GetNumberOfConstraints(), 1U);
   Run();
-  for (ZULTaVoObject* strange :
-       {static_cast<ZULTaVoObject*>(foreign), constraint, static_cast<ZULTaVoObject*>(nullptr)}) {
+  for (ZULTaVoObject* strange : Log{foreign, constraint, nullptr}) {
     network.PropagateValue(strange);
     network.SaveValue(strange);
     network.SetConstant(strange);
@@ -426,9 +409,7 @@ TEST(NetworkTrailTest, NestedLevelsComeBackBitForBit) {
         levels.push_back(bytes());
         world.network.PushState();
         ZULTaVoAny* value = model.values[random() % model.values.size()];
-        world.network.SaveValue(value);
-        SetTo(*value, std::to_string(random() % 8));
-        world.network.PropagateValue(value);
+        world.Change(value, std::to_string(random() % 8));
       } else if (!levels.empty()) {
         world.network.PopState();
         ASSERT_EQ(world.network.GetDepth(), levels.size() - 1);

@@ -31,6 +31,9 @@ struct World {
                                  static_cast<unsigned>(arguments.size())) != 0;
   }
 
+  /// Changes a value from outside, as a search does.
+  void Change(ZULTaVoAny* value, std::string_view text);
+
   ZULTaVoModuleManager manager;
   ZULTaVoNetwork network;
 };
@@ -75,6 +78,12 @@ inline ZULTaVoAny* World::Add(std::string_view type, std::string_view text) {
   ZULTaVoAny* value = network.AddObject(Type(type));
   if (value != nullptr) SetTo(*value, text);
   return value;
+}
+
+inline void World::Change(ZULTaVoAny* value, std::string_view text) {
+  network.SaveValue(value);
+  SetTo(*value, text);
+  network.PropagateValue(value);
 }
 
 #endif
