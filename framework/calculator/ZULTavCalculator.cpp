@@ -97,16 +97,20 @@ std::unique_ptr<ZULTavModel> ZULTavCalculator::Read(std::string_view text,
     diagnostic.message = message;
     diagnostic.file = fileName;
     errors.push_back(diagnostic);
-    return nullptr;
   };
-  if (text.size() > limit)
-    return refuse("the text of " + std::to_string(text.size()) +
-                  " bytes is longer than the limit of " + std::to_string(limit));
   try {
-    const Source source(fileName, text);
-    ErrorList list(errors, options.limits.errors);
-    return Reader(source, mModules, options, list).Read();
-  } catch (const std::exception&) {  // std::bad_alloc, or a length that no container can have
-    return refuse("there is not enough memory for this model");
+    try {
+      if (text.size() <= limit) {
+        const Source source(fileName, text);
+        ErrorList list(errors, options.limits.errors);
+        return Reader(source, mModules, options, list).Read();
+      }
+      refuse("the text of " + std::to_string(text.size()) + " bytes is longer than the limit of " +
+             std::to_string(limit));
+    } catch (const std::exception&) {  // std::bad_alloc, or a length that no container can have
+      refuse("there is not enough memory for this model");
+    }
+  } catch (const std::exception&) {  // nor for saying so
   }
+  return nullptr;
 }

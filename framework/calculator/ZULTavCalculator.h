@@ -43,7 +43,7 @@ class ZULTAV_CALCULATOR_API ZULTavCalculator {
   ~ZULTavCalculator();
 
   /// The model of the text, not yet propagated. Null when there are errors, which are appended
-  /// to `errors`; never throws.
+  /// to `errors`; never throws. (When memory runs out altogether, null may come without an error.)
   std::unique_ptr<ZULTavModel> Read(std::string_view text, std::string_view fileName,
                                     const Options& options,
                                     std::vector<ZULTavDiagnostic>& errors) const;
