@@ -71,8 +71,8 @@ ZULTaVoNetwork::Node* ZULTaVoNetwork::NodeOf(const ZULTaVoObject* object) {
 
 ZULTaVoNetwork::Node* ZULTaVoNetwork::FindNode(const ZULTaVoObject* object) const {
   if (object == nullptr || !mArena.Owns(object)) return nullptr;
+  if (!object->IsDerivedFrom(ZULTaVoAny::sIdent)) return nullptr;  // a constraint has no node
   Node* node = NodeOf(object);
-  if (!mArena.Owns(node)) return nullptr;  // a constraint at the beginning of a chunk
   return node->index < mNodes.size() && mNodes[node->index] == node ? node : nullptr;
 }
 
