@@ -11,7 +11,8 @@ target_compile_features(zultav_options INTERFACE cxx_std_20)
 # A fused multiply-add where the source has none would break the error-free transformations.
 target_compile_options(zultav_options INTERFACE
   -ffp-contract=off -fno-math-errno
-  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wconversion -Werror)
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wconversion -Werror
+  -Wno-missing-braces)  # clang asks for braces that aggregates of aggregates may leave out
 target_include_directories(zultav_options INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
 
 # zultav_library(NAME SOURCES … [DEPENDS …]): one shared library, symbols hidden by default.
@@ -27,7 +28,10 @@ function(zultav_library name)
   set_target_properties(${name} PROPERTIES
     CXX_EXTENSIONS OFF CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
     INSTALL_RPATH "$ORIGIN")
-  target_link_options(${name} PRIVATE -Wl,--no-undefined)
+  # Sanitizer runtimes are linked into the program, not into its libraries.
+  if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+    target_link_options(${name} PRIVATE -Wl,--no-undefined)
+  endif()
   set_property(GLOBAL APPEND PROPERTY ZULTAV_LIBRARIES ${name})
 endfunction()
 
