@@ -14,6 +14,9 @@
 // Every bound holds whether or not MulAdd is fused.
 namespace elementary {
 
+// The processor works on both bounds of an interval at once only where both are computed in line.
+#define ZULTAV_HOT [[gnu::always_inline]] inline
+
 /// A function value lies within `error` of hi + lo. Normalised: hi is hi + lo rounded to nearest.
 struct Approximation {
   DoubleDouble value;
@@ -37,9 +40,10 @@ inline double Nearest(double x) {
 ///
 /// exp(x) = 2^(k/128) exp(r), |r| <= log(2)/256 < 2^-8.52. The high part of log(2)/128 has 34
 /// bits, so that its product with k and the difference from x are exact; r errs by less than
-/// 2^-77. Errors of exp(r) - 1 - r = s^2 (1/2 + s/6 + ...), s = r rounded: 5.1 u s^2/2 < 2^-68.7;
-/// of adding the low part 2^-71; of ending the series 2^-72: together below 2^-68.3.
-inline ScaledApproximation Exp(double x, double xLow = 0) {
+/// 2^-77, and where |r| is below its low part, so does their sum. Errors of exp(r) - 1 - r = s^2
+/// (1/2 + s/6 + ...), s = r rounded: 5.1 u s^2/2 < 2^-68.7; of adding the low part 2^-71; of ending
+/// the series 2^-72: together below 2^-68.3.
+ZULTAV_HOT ScaledApproximation Exp(double x, double xLow = 0) {
   const double k = Nearest(x * 0x1.71547652b82fep+7);
   const double r = x - k * 0x1.62e42fefc0000p-8;
   const double rLow = xLow - k * -0x1.c610ca86c3899p-44;
@@ -47,7 +51,7 @@ inline ScaledApproximation Exp(double x, double xLow = 0) {
   const double square = s * s;
   const double even = MulAdd(s, 1.0 / 6, 1.0 / 2);
   const double odd = MulAdd(square, 1.0 / 720, MulAdd(s, 1.0 / 120, 1.0 / 24));
-  const DoubleDouble q = TwoSum(r, MulAdd(square, MulAdd(square, odd, even), rLow));
+  const DoubleDouble q = FastTwoSum(r, MulAdd(square, MulAdd(square, odd, even), rLow));
   const auto index = static_cast<std::int64_t>(k);
   const DoubleDouble power = kExpTable[index & 127];
   const DoubleDouble product = TwoProduct(power.hi, q.hi);
@@ -67,7 +71,7 @@ inline ScaledApproximation Exp(double x, double xLow = 0) {
 /// c = 1 and e = 0, |r| <= 2^-8, and r - r^2/2 is exact; the rest is r^3 (1/3 - r/4 + ...) with an
 /// error of 5.5 u + 3 u in sums, relative to the result 8.5 u r^2/3 < 2^-67.4. Farther away the
 /// result is at least 2^-9 and |r| < 2^-8.9, which leaves 2^-69. e * high part of log(2) is exact.
-inline Approximation Log(double x) {
+ZULTAV_HOT Approximation Log(double x) {
   constexpr std::uint64_t kFirst = std::uint64_t{0x3FE6} << 48;
   const bool subnormal = x < 0x1p-1022;
   const auto bits = std::bit_cast<std::uint64_t>(subnormal ? x * 0x1p54 : x);
@@ -94,55 +98,66 @@ inline Approximation Log(double x) {
   return {y, 0x1.8p-67 * std::fabs(y.hi)};
 }
 
-/// x = (256 quadrant + index + 512/pi r) pi/512 with index counting on from the quadrant.
+/// x = index pi/512 + r, up to whole turns.
 struct Angle {
-  std::int64_t quadrant;  ///< floor(x / (pi/2))
-  std::int64_t index;     ///< multiples of pi/512, modulo a turn
-  DoubleDouble r;         ///< the rest; errs by less than 2^-107
-  double error;           ///< relative error of the terms of a sine that is built on r
+  std::int64_t quadrant;  ///< floor(x / (pi/2)), turns included
+  std::int64_t index;     ///< within a turn, 0 to 1024
+  DoubleDouble r;
+  double error;      ///< of r, below 2^-60 |r|
+  double precision;  ///< relative error of the terms of a sine that is built on r
 };
 
 /// The largest argument whose quadrants are counted.
 constexpr double kMaxAngle = 1e19;
 
-/// Beyond 1e14, in fixed point.
-Angle ReduceHuge(double x);
+/// In fixed point, beyond 1e14 and for the few numbers that come very near to a multiple.
+Angle ReduceSlowly(double x);
 
 /// |x| <= kMaxAngle. No double but 0 is within 2^-62 of a multiple of pi/2, so that the sign of r
 /// is certain, and with it the quadrant.
 ///
-/// x - k pi/512 with pi/512 in three doubles: the products with the first two and all sums but
-/// the last are exact. The quotient k is found exactly to rounding in two steps; beyond 2^53, that
-/// is for |x| > 2^45, only even k can be had, and |r| may reach 1.5 pi/512.
-inline Angle Reduce(double x) {
+/// Up to 2^25, x - k pi/512 with pi/512 = a + b: x - (high part of k a) is exact, what is dropped
+/// or rounded is below 2^-112 k, and |r| <= pi/1024. Farther on the step is pi/256, so that k stays
+/// below 2^53, in three doubles. The quotient is rounded in two steps; the products with the first
+/// two and all sums but the last are exact, which leaves 2^-107.
+ZULTAV_HOT Angle Reduce(double x) {
+  constexpr double kInverse = 0x1.45f306dc9c883p+7;  // 512/pi
+  constexpr DoubleDouble kStep{0x1.921fb54442d18p-8, 0x1.1a62633145c07p-62};
   const double magnitude = std::fabs(x);
-  if (magnitude > 1e14) return ReduceHuge(x);
-  double k;
   if (magnitude < 0x1p25) {
-    k = Nearest(x * 0x1.45f306dc9c883p+7);
-  } else {
-    const DoubleDouble quotient = TwoProduct(x, 0x1.45f306dc9c883p+7);
-    const double shift = std::copysign(0x1p52, x);
-    const double first = (quotient.hi + shift) - shift;
-    const double low = MulAdd(x, -0x1.6b01ec5417056p-47, quotient.lo);
-    k = first + Nearest((quotient.hi - first) + low);
+    const double k = Nearest(x * kInverse);
+    const DoubleDouble first = TwoProduct(k, kStep.hi);
+    const DoubleDouble r = FastTwoSum(x - first.hi, -MulAdd(k, kStep.lo, first.lo));
+    const double error = 0x1p-112 * std::fabs(k);
+    if (std::fabs(r.hi) < 0x1p60 * error) [[unlikely]]
+      return ReduceSlowly(x);
+    const auto index = static_cast<std::int64_t>(k);
+    return {(index - (r.hi < 0)) >> 8, index & 1023, r, error, 0x1p-67};
   }
-  const DoubleDouble first = TwoProduct(k, 0x1.921fb54442d18p-8);
-  const DoubleDouble second = TwoProduct(k, 0x1.1a62633145c07p-62);
-  const DoubleDouble a = TwoSum(x - first.hi, -first.lo);
+  if (magnitude > 1e14) return ReduceSlowly(x);
+  const DoubleDouble quotient = TwoProduct(x, kInverse / 2);
+  const double shift = std::copysign(0x1p52, x);
+  const double whole = (quotient.hi + shift) - shift;
+  const double rest = MulAdd(x, -0x1.6b01ec5417056p-48, quotient.lo);
+  const double k = whole + Nearest((quotient.hi - whole) + rest);
+  const DoubleDouble first = TwoProduct(k, 2 * kStep.hi);
+  const DoubleDouble second = TwoProduct(k, 2 * kStep.lo);
+  const DoubleDouble a = FastTwoSum(x - first.hi, -first.lo);
   const DoubleDouble b = TwoSum(a.hi, -second.hi);
-  const double low = (a.lo + b.lo) - (second.lo + k * -0x1.f1976b7ed8fbcp-118);
+  const double low = (a.lo + b.lo) - (second.lo + k * -0x1.f1976b7ed8fbcp-117);
   const DoubleDouble r = FastTwoSum(b.hi, low);
+  if (std::fabs(r.hi) < 0x1p-47) [[unlikely]]
+    return ReduceSlowly(x);
   const auto index = static_cast<std::int64_t>(k);
-  return {(index - (r.hi < 0)) >> 8, index & 1023, r, magnitude < 0x1p45 ? 0x1p-67 : 0x1p-64};
+  return {(index - (r.hi < 0)) >> 7, 2 * index & 1023, r, 0x1p-107, 0x1p-65};
 }
 
 /// The sine of an angle moved on by `quarters` quarter turns.
 ///
-/// sin(a + r) = sin a + cos a r + sin a (cos r - 1) + cos a (sin r - r), a from the table. For
-/// |r| <= pi/1024 the errors are, relative to sin a, 7 u r^2/2 < 2^-67.8 and, relative to
-/// r cos a, 8 u r^2/6 < 2^-69; for |r| <= 1.5 pi/512 they stay below 2^-64.6 and 2^-66.
-inline Approximation Sin(const Angle& angle, std::int64_t quarters) {
+/// sin(a + r) = sin a + cos a r + sin a (cos r - 1) + cos a (sin r - r), a from the table. The
+/// errors are, relative to sin a, 7 u r^2/2, and, relative to r cos a, 8 u r^2/6: for
+/// |r| <= pi/1024 below 2^-67.8 and 2^-69, for pi/512 below 2^-65.8 and 2^-67.
+ZULTAV_HOT Approximation Sin(const Angle& angle, std::int64_t quarters) {
   const std::int64_t index = angle.index + 256 * quarters;
   const std::int64_t place = index & 255;
   const bool cofunction = index & 256;
@@ -158,27 +173,27 @@ inline Approximation Sin(const Angle& angle, std::int64_t quarters) {
   const double cosTail =
       MulAdd(square, MulAdd(square, MulAdd(square, -1.0 / 720, 1.0 / 24), -0.5), -(r.hi * r.lo));
   const DoubleDouble product = TwoProduct(cosine.hi, r.hi);
-  const DoubleDouble sum = TwoSum(sine.hi, product.hi);
+  const DoubleDouble sum = FastTwoSum(sine.hi, product.hi);
   const double low = MulAdd(sine.hi, cosTail, MulAdd(cosine.hi, sinTail, cosine.lo * r.hi));
   const DoubleDouble y = FastTwoSum(sum.hi, sum.lo + (product.lo + (sine.lo + low)));
   const double size = std::fabs(sine.hi) + std::fabs(product.hi);
-  return {y, MulAdd(angle.error, size, 0x1p-106)};
+  return {y, MulAdd(angle.precision, size, angle.error)};
 }
 
 /// The quotient of two approximations, the second of relative error below 2^-10.
-inline Approximation Divide(const Approximation& x, const Approximation& y) {
+ZULTAV_HOT Approximation Divide(const Approximation& x, const Approximation& y) {
   const DoubleDouble q = x.value / y.value;
   const double size = std::fabs(q.hi);
   const double error = (x.error + size * y.error) / std::fabs(y.value.hi);
   return {q, MulAdd(0x1p-99, size, 1.01 * error)};
 }
 
-inline Approximation Tan(const Angle& angle) { return Divide(Sin(angle, 0), Sin(angle, 1)); }
+ZULTAV_HOT Approximation Tan(const Angle& angle) { return Divide(Sin(angle, 0), Sin(angle, 1)); }
 
 /// base + atan(t), |t| <= 2^-7, base = 0 (then |t| <= 2^-8) or base >= 2^6 |t|. Relative error
 /// below 2^-67, that of t not counted: 5 u in t^3 (1/3 - t^2/5 + ...) and 2 u in sums of its size,
 /// relative to the result below 7 u 2^-17.6 = 2^-67.8.
-inline Approximation AddArcTangent(DoubleDouble base, DoubleDouble t) {
+ZULTAV_HOT Approximation AddArcTangent(DoubleDouble base, DoubleDouble t) {
   const double square = t.hi * t.hi;
   const double tail = MulAdd(
       t.hi * square,
@@ -204,7 +219,7 @@ struct AtanCell {
 
 /// atan(x) for 2^-300 < |x| < 2^300. Relative error below 2^-66.9.
 /// atan(x) = atan(c) + atan((x - c) / (1 + c x)), c the centre of the cell of x.
-inline Approximation Atan(double x) {
+ZULTAV_HOT Approximation Atan(double x) {
   const double magnitude = std::fabs(x);
   Approximation y;
   if (magnitude < 0x1p-8) {
@@ -213,12 +228,20 @@ inline Approximation Atan(double x) {
     y = AddArcTangent(kHalfPi, DoubleDouble{-1, 0} / DoubleDouble{magnitude, 0});
   } else {
     const AtanCell cell(magnitude);
+    const double n = magnitude - cell.centre;
+    const double inverse = 1 / MulAdd(cell.centre, magnitude, 1);
+    const double quotient = n * inverse;
+    // The quotient's rest, from the exact denominator; all but the last terms cancel.
     const DoubleDouble product = TwoProduct(cell.centre, magnitude);
-    const DoubleDouble denominator = TwoSum(1, product.hi);
-    y = AddArcTangent(cell.angle, DoubleDouble{magnitude - cell.centre, 0} /
-                                      FastTwoSum(denominator.hi, denominator.lo + product.lo));
+    const DoubleDouble d = TwoSum(1, product.hi);
+    const DoubleDouble qd = TwoProduct(quotient, d.hi);
+    const double rest = ((n - qd.hi) - qd.lo) - quotient * (d.lo + product.lo);
+    y = AddArcTangent(cell.angle, {quotient, rest * inverse});
   }
-  return x < 0 ? Approximation{-y.value, y.error} : y;
+  return {
+      {std::copysign(y.value.hi, x), x < 0 ? -y.value.lo : y.value.lo},
+      y.error
+  };
 }
 
 /// atan(n / d) in [0, pi/2] for n, d >= 0, not both 0, of relative error below 2^-90.

@@ -6,17 +6,20 @@
 
 namespace {
 
+using Limb = FixedPoint::Limb;
 using Limbs = FixedPoint::Limbs;
+using Wide = FixedPoint::Wide;
+using Words = std::array<std::uint32_t, 10>;
 
-constexpr FixedPoint kOne(Limbs{0, 0, 0, 0, 0, 0, 0, 0, 1, 0});
-constexpr FixedPoint kHalfPi(Limbs{0x76273644, 0x04177d4c, 0x14cf98e8, 0x52049c11, 0x01b839a2,
+constexpr FixedPoint kOne(Words{0, 0, 0, 0, 0, 0, 0, 0, 1, 0});
+constexpr FixedPoint kHalfPi(Words{0x76273644, 0x04177d4c, 0x14cf98e8, 0x52049c11, 0x01b839a2,
                                    0x898cc517, 0x42d18469, 0x921fb544, 1, 0});
-constexpr FixedPoint kTwoOverPi(Limbs{0xdebbc561, 0xfe5163ab, 0x3c439041, 0xdb629599, 0xf534ddc0,
+constexpr FixedPoint kTwoOverPi(Words{0xdebbc561, 0xfe5163ab, 0x3c439041, 0xdb629599, 0xf534ddc0,
                                       0xfc2757d1, 0x4e441529, 0xa2f9836e, 0, 0});
-constexpr FixedPoint kLogOfTwo(Limbs{0x8baafa2b, 0x8a0d175b, 0x7298b62d, 0x40f34326, 0x03f2f6af,
+constexpr FixedPoint kLogOfTwo(Words{0x8baafa2b, 0x8a0d175b, 0x7298b62d, 0x40f34326, 0x03f2f6af,
                                      0xc9e3b398, 0xd1cf79ab, 0xb17217f7, 0, 0});
 
-constexpr std::uint32_t Low(std::uint64_t x) { return static_cast<std::uint32_t>(x); }
+constexpr Limb Low(Wide x) { return static_cast<Limb>(x); }
 
 bool IsLess(const Limbs& x, const Limbs& y) {
   return std::lexicographical_compare(x.rbegin(), x.rend(), y.rbegin(), y.rend());
@@ -24,11 +27,11 @@ bool IsLess(const Limbs& x, const Limbs& y) {
 
 Limbs Add(const Limbs& x, const Limbs& y) {
   Limbs sum;
-  std::uint64_t carry = 0;
+  Wide carry = 0;
   for (std::size_t i = 0; i < sum.size(); ++i) {
-    carry += std::uint64_t{x[i]} + y[i];
+    carry += Wide{x[i]} + y[i];
     sum[i] = Low(carry);
-    carry >>= 32;
+    carry >>= FixedPoint::kLimbBits;
   }
   return sum;
 }
@@ -36,11 +39,11 @@ Limbs Add(const Limbs& x, const Limbs& y) {
 /// x - y for x >= y.
 Limbs Subtract(const Limbs& x, const Limbs& y) {
   Limbs difference;
-  std::uint64_t borrow = 0;
+  Wide borrow = 0;
   for (std::size_t i = 0; i < difference.size(); ++i) {
-    const std::uint64_t d = std::uint64_t{x[i]} - y[i] - borrow;
+    const Wide d = Wide{x[i]} - y[i] - borrow;
     difference[i] = Low(d);
-    borrow = d >> 63;
+    borrow = d >> (2 * FixedPoint::kLimbBits - 1);
   }
   return difference;
 }
@@ -67,12 +70,14 @@ FixedPoint SinOfQuadrant(const FixedPoint& x) {
 }  // namespace
 
 FixedPoint::FixedPoint(double x) : mNegative(x < 0) {
+  Words words;
   double rest = std::fabs(x) * 0x1p-64;
-  for (auto limb = mMagnitude.rbegin(); limb != mMagnitude.rend(); ++limb) {
+  for (auto word = words.rbegin(); word != words.rend(); ++word) {
     rest *= 0x1p32;
-    *limb = static_cast<std::uint32_t>(rest);
-    rest -= *limb;
+    *word = static_cast<std::uint32_t>(rest);
+    rest -= *word;
   }
+  mMagnitude = FixedPoint(words).mMagnitude;
 }
 
 FixedPoint FixedPoint::operator+(const FixedPoint& y) const {
@@ -84,13 +89,13 @@ FixedPoint FixedPoint::operator+(const FixedPoint& y) const {
 
 FixedPoint FixedPoint::operator*(const FixedPoint& y) const {
   constexpr std::size_t kSize = std::tuple_size_v<Limbs>;
-  std::array<std::uint32_t, 2 * kSize> product{};
+  std::array<Limb, 2 * kSize> product{};
   for (std::size_t i = 0; i < kSize; ++i) {
-    std::uint64_t carry = 0;
+    Wide carry = 0;
     for (std::size_t j = 0; j < kSize; ++j) {
-      carry += std::uint64_t{mMagnitude[i]} * y.mMagnitude[j] + product[i + j];
+      carry += Wide{mMagnitude[i]} * y.mMagnitude[j] + product[i + j];
       product[i + j] = Low(carry);
-      carry >>= 32;
+      carry >>= kLimbBits;
     }
     product[i + kSize] = Low(carry);
   }
@@ -102,29 +107,33 @@ FixedPoint FixedPoint::operator*(const FixedPoint& y) const {
 
 FixedPoint FixedPoint::operator*(std::uint32_t y) const {
   FixedPoint result = *this;
-  std::uint64_t carry = 0;
-  for (std::uint32_t& limb : result.mMagnitude) {
-    carry += std::uint64_t{limb} * y;
+  Wide carry = 0;
+  for (Limb& limb : result.mMagnitude) {
+    carry += Wide{limb} * y;
     limb = Low(carry);
-    carry >>= 32;
+    carry >>= kLimbBits;
   }
   return result;
 }
 
 FixedPoint FixedPoint::operator/(std::uint32_t y) const {
   FixedPoint result = *this;
-  std::uint64_t rest = 0;
+  std::uint64_t rest = 0;  // half a limb at a time, which needs no division of a wide number
   for (auto limb = result.mMagnitude.rbegin(); limb != result.mMagnitude.rend(); ++limb) {
-    rest = rest << 32 | *limb;
-    *limb = Low(rest / y);
-    rest %= y;
+    Limb quotient = 0;
+    for (int shift = kLimbBits - 32; shift >= 0; shift -= 32) {
+      rest = rest << 32 | static_cast<std::uint32_t>(*limb >> shift);
+      quotient |= Low(Wide{rest / y} << shift);
+      rest %= y;
+    }
+    *limb = quotient;
   }
   return result;
 }
 
 FixedPoint FixedPoint::Fraction() const {
   FixedPoint result = *this;
-  result.mMagnitude[kFractionLimbs] = result.mMagnitude[kFractionLimbs + 1] = 0;
+  std::fill(result.mMagnitude.begin() + kFractionLimbs, result.mMagnitude.end(), 0);
   return result;
 }
 
@@ -138,9 +147,12 @@ DoubleDouble FixedPoint::ToDoubleDouble() const {
   DoubleDouble sum{0, 0};
   double unit = 0x1p32;
   for (auto limb = mMagnitude.rbegin(); limb != mMagnitude.rend(); ++limb) {
-    const DoubleDouble head = FastTwoSum(sum.hi, *limb * unit);
-    sum = FastTwoSum(head.hi, head.lo + sum.lo);
-    unit *= 0x1p-32;
+    for (int shift = kLimbBits - 32; shift >= 0; shift -= 32) {
+      const DoubleDouble head =
+          FastTwoSum(sum.hi, static_cast<std::uint32_t>(*limb >> shift) * unit);
+      sum = FastTwoSum(head.hi, head.lo + sum.lo);
+      unit *= 0x1p-32;
+    }
   }
   return mNegative ? -sum : sum;
 }

@@ -12,12 +12,25 @@
 /// Slow and precise: it settles the few roundings that double-double arithmetic leaves open.
 class FixedPoint {
  public:
-  static constexpr std::size_t kFractionLimbs = 8;
-  using Limbs = std::array<std::uint32_t, kFractionLimbs + 2>;  // least significant first
+#ifdef __SIZEOF_INT128__
+  using Limb = std::uint64_t;
+  __extension__ using Wide = unsigned __int128;
+#else
+  using Limb = std::uint32_t;
+  using Wide = std::uint64_t;
+#endif
+  static constexpr int kLimbBits = static_cast<int>(8 * sizeof(Limb));
+  static constexpr std::size_t kFractionLimbs = 256 / kLimbBits;
+  using Limbs = std::array<Limb, 320 / kLimbBits>;  // least significant first
 
   constexpr FixedPoint() = default;
   constexpr explicit FixedPoint(const Limbs& magnitude, bool negative = false)
       : mMagnitude(magnitude), mNegative(negative) {}
+  /// 32 bits each, least significant first.
+  constexpr explicit FixedPoint(const std::array<std::uint32_t, 10>& words) {
+    for (std::size_t i = 0; i < words.size(); ++i)
+      mMagnitude[i * 32 / kLimbBits] |= Limb{words[i]} << (i * 32 % kLimbBits);
+  }
   /// |x| < 2^64; bits below 2^-256 are dropped.
   explicit FixedPoint(double x);
 
@@ -31,7 +44,10 @@ class FixedPoint {
 
   /// The magnitude's whole part, and the number with only its fraction left.
   std::uint64_t Whole() const {
-    return std::uint64_t{mMagnitude[kFractionLimbs + 1]} << 32 | mMagnitude[kFractionLimbs];
+    std::uint64_t whole = 0;
+    for (std::size_t i = mMagnitude.size(); i-- > kFractionLimbs;)
+      whole = static_cast<std::uint64_t>(Wide{whole} << kLimbBits | mMagnitude[i]);
+    return whole;
   }
   FixedPoint Fraction() const;
   bool IsNegative() const { return mNegative; }

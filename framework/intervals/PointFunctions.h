@@ -27,22 +27,28 @@ inline RealInterval AboveMagnitude(double x) {
                : RealInterval(x < 0 ? rounding::NextDown(x) : x, x);
 }
 
-inline RealInterval ExpAt(double x) {
-  if (std::fabs(x) < 0x1p-54)
-    return {x < 0 ? rounding::NextDown(1) : 1, x > 0 ? rounding::NextUp(1) : 1};
+[[gnu::noinline, gnu::cold]] inline RealInterval ExtremeExp(double x) {
   if (x > 710) return {x < HUGE_VAL ? DBL_MAX : x, HUGE_VAL};
   if (x < -746) return {0, x > -HUGE_VAL ? 0x1p-1074 : 0};
+  return {x < 0 ? rounding::NextDown(1) : 1, x > 0 ? rounding::NextUp(1) : 1};
+}
+ZULTAV_HOT RealInterval ExpAt(double x) {
+  if (std::fabs(x) < 0x1p-54 || x > 710 || x < -746) [[unlikely]]
+    return ExtremeExp(x);
   return RoundOutward(Exp(x), [x](double d) { return decide::Exp(x, d); });
 }
 
-inline RealInterval LogAt(double x) {
-  if (x == 1) return {0, 0};
-  if (x == 0) return {-HUGE_VAL, -HUGE_VAL};
-  if (x == HUGE_VAL) return {x, x};
+[[gnu::noinline, gnu::cold]] inline RealInterval ExtremeLog(double x) {
+  const double limit = x == 1 ? 0 : x == 0 ? -HUGE_VAL : HUGE_VAL;
+  return {limit, limit};
+}
+ZULTAV_HOT RealInterval LogAt(double x) {
+  if (x == 1 || x == 0 || x == HUGE_VAL) [[unlikely]]
+    return ExtremeLog(x);
   return RoundOutward(Log(x), [x](double d) { return decide::Log(x, d); });
 }
 
-inline RealInterval AtanAt(double x) {
+ZULTAV_HOT RealInterval AtanAt(double x) {
   if (std::fabs(x) < kTiny) return BelowMagnitude(x);
   if (std::fabs(x) >= 0x1p55) {  // nearer to pi/2 than the double below it
     constexpr RealInterval kAroundHalfPi(0x1.921fb54442d18p+0, 0x1.921fb54442d19p+0);
@@ -52,7 +58,7 @@ inline RealInterval AtanAt(double x) {
 }
 
 /// Sine of x plus `quarters` quarter turns, 0 or 1; `angle` is x reduced.
-inline RealInterval SinAt(double x, const Angle& angle, std::int64_t quarters) {
+ZULTAV_HOT RealInterval SinAt(double x, const Angle& angle, std::int64_t quarters) {
   if (std::fabs(x) < kTiny) {
     if (quarters == 0) return BelowMagnitude(x);
     return {x == 0 ? 1 : rounding::NextDown(1), 1};
@@ -60,7 +66,7 @@ inline RealInterval SinAt(double x, const Angle& angle, std::int64_t quarters) {
   return RoundOutward(Sin(angle, quarters), [=](double d) { return decide::Sin(x, quarters, d); });
 }
 
-inline RealInterval TanAt(double x, const Angle& angle) {
+ZULTAV_HOT RealInterval TanAt(double x, const Angle& angle) {
   if (std::fabs(x) < kTiny) return AboveMagnitude(x);
   return RoundOutward(Tan(angle), [x](double d) { return decide::Tan(x, d); });
 }

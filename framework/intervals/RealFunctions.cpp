@@ -23,10 +23,12 @@ using real_line::Whole;
 
 namespace {
 
-template <class Function>
-SubdefReal Increasing(const RealInterval& x, Function at) {
-  const RealInterval low = at(x.lower);
-  return Saturated(low.lower, x.IsScalar() ? low.upper : at(x.upper).upper);
+/// An increasing function that At encloses at points.
+template <RealInterval At(double)>
+SubdefReal Increasing(const RealInterval& x) {
+  if (x.IsEmpty()) return Empty();
+  const RealInterval part = Extended(x);
+  return Saturated(At(part.lower).lower, At(part.upper).upper);
 }
 
 /// Whether a number congruent to `residue` modulo 2^bits is in (after, to].
@@ -57,16 +59,14 @@ SubdefReal Wave(const RealInterval& x, std::int64_t quarters) {
 
 }  // namespace
 
-SubdefReal exp(const SubdefReal& x) {
-  return x.IsEmpty() ? Empty() : Increasing(Extended(x), ExpAt);
-}
+SubdefReal exp(const SubdefReal& x) { return Increasing<ExpAt>(x); }
 
 SubdefReal log(const SubdefReal& x) {
   if (x.IsEmpty() || x.upper <= 0) {
     SDRaiseError();
     return Empty();
   }
-  return Increasing(Extended({std::max(x.lower, 0.0), x.upper}), LogAt);
+  return Increasing<LogAt>({std::max(x.lower, 0.0), x.upper});
 }
 
 SubdefReal sqrt(const SubdefReal& x) {
@@ -77,7 +77,8 @@ SubdefReal sqrt(const SubdefReal& x) {
 
 SubdefReal sqr(const SubdefReal& x) {
   if (x.IsEmpty()) return Empty();
-  const RealInterval part = Extended(x.mf_Abs());
+  const RealInterval part =
+      Extended({std::max({x.lower, -x.upper, 0.0}), std::max(-x.lower, x.upper)});
   return Saturated(rounding::MultiplyDown(part.lower, part.lower),
                    rounding::MultiplyUp(part.upper, part.upper));
 }
@@ -98,6 +99,4 @@ SubdefReal tan(const SubdefReal& x) {
   return Saturated(low.lower, TanAt(x.upper, last).upper);
 }
 
-SubdefReal atan(const SubdefReal& x) {
-  return x.IsEmpty() ? Empty() : Increasing(Extended(x), AtanAt);
-}
+SubdefReal atan(const SubdefReal& x) { return Increasing<AtanAt>(x); }

@@ -24,20 +24,33 @@ namespace rounding {
 
 static_assert(FLT_EVAL_METHOD == 0, "error-free transformations need plain double arithmetic");
 
+/// What to add to the bits of x for its neighbour above, if `move`; else 0. There is no branch in
+/// it, for a rounding error is anyone's guess.
+inline std::int64_t StepUp(std::int64_t bits, bool move) {
+  return -std::int64_t{move} & (1 | bits >> 63);
+}
+
 /// The neighbour of a finite x in the direction named.
 inline double NextUp(double x) {
   const auto bits = std::bit_cast<std::int64_t>(x + 0.0);
-  return std::bit_cast<double>(bits + (bits >= 0 ? 1 : -1));
+  return std::bit_cast<double>(bits + StepUp(bits, true));
 }
 inline double NextDown(double x) { return -NextUp(-x); }
 
-/// A result rounded to nearest and a number with the sign of (exact - nearest).
+/// A result rounded to nearest and a number with the sign of (exact - nearest). A zero to which a
+/// tiny number was rounded has kept its sign.
 struct Rounded {
   double nearest;
   double error;
 
-  double Up() const { return error > 0 ? NextUp(nearest) : nearest; }
-  double Down() const { return error < 0 ? NextDown(nearest) : nearest; }
+  double Up() const {
+    const auto bits = std::bit_cast<std::int64_t>(nearest);
+    return std::bit_cast<double>(bits + StepUp(bits, error > 0));
+  }
+  double Down() const {
+    const auto bits = std::bit_cast<std::int64_t>(nearest);
+    return std::bit_cast<double>(bits - StepUp(bits, error < 0));
+  }
 };
 
 /// Knuth's two-sum. An infinite sum has the error NaN, which rounds nowhere.

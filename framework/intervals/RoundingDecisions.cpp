@@ -100,11 +100,11 @@ int Power(double x, double y, double d) {
 
 }  // namespace decide
 
-elementary::Angle elementary::ReduceHuge(double x) {
+elementary::Angle elementary::ReduceSlowly(double x) {
   const Quadrants angle = DivideByHalfPi(x);
   const FixedPoint place = angle.fraction * std::uint32_t{256};
   const auto index = static_cast<std::int64_t>((place + FixedPoint(0.5)).Whole());
   const FixedPoint rest = place - FixedPoint(static_cast<double>(index));
   const DoubleDouble r = (TimesHalfPi(rest) / 256).ToDoubleDouble();
-  return {angle.quadrant, ((angle.quadrant & 3) << 8) + index, r, 0x1p-67};
+  return {angle.quadrant, ((angle.quadrant & 3) << 8) + index, r, 0x1p-180, 0x1p-67};
 }

@@ -5,6 +5,7 @@
 #include <cfloat>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 
 #include "framework/intervals/ElementaryKernels.h"
 #include "framework/intervals/RealInterval.h"
@@ -33,28 +34,31 @@ int Power(double x, double y, double d);
 
 namespace elementary {
 
-/// The tightest enclosure of the number that y approximates; `sign(d)` decides the sign of the
-/// number minus d. Where it is unknown, the enclosure holds both neighbours of d.
+/// The same as below where the approximation leaves the side of d open.
 template <class Sign>
-inline RealInterval RoundOutward(const Approximation& y, Sign sign) {
-  const double d = y.value.hi;
-  double side = y.value.lo;
-  if (std::fabs(side) <= y.error) [[unlikely]] {
-    side = sign(d);
-    if (std::fabs(side) == decide::kUnknown) return {rounding::NextDown(d), rounding::NextUp(d)};
-  }
-  return {side < 0 ? rounding::NextDown(d) : d, side > 0 ? rounding::NextUp(d) : d};
+[[gnu::noinline, gnu::cold]] RealInterval RoundUndecided(double d, double step, Sign sign) {
+  const int side = sign(d);
+  const bool unknown = std::abs(side) == decide::kUnknown;
+  return {side < 0 || unknown ? d - step : d, side > 0 || unknown ? d + step : d};
 }
 
-/// The same for y * 2^exponent, which may be subnormal or overflow.
+/// The tightest enclosure of the number that y approximates, which is no subnormal, with an error
+/// below 2^-55 of it; `sign(d)` decides the sign of the number minus d. Where it is unknown, the
+/// enclosure holds both neighbours of d.
 template <class Sign>
-RealInterval RoundOutward(const ScaledApproximation& scaled, Sign sign) {
+ZULTAV_HOT RealInterval RoundOutward(const Approximation& y, Sign sign) {
+  const double d = y.value.hi;
+  const double step = std::fabs(d) * 0x1.0000000000001p-53;  // d ± step rounds to the neighbour
+  if (std::fabs(y.value.lo) <= y.error) [[unlikely]]
+    return RoundUndecided(d, step, sign);
+  const double outward = std::copysign(step, y.value.lo);  // no branch: it would be a guess
+  return {d + std::min(outward, 0.0), d + std::max(outward, 0.0)};
+}
+
+/// The same for y * 2^exponent where that may overflow or be subnormal.
+template <class Sign>
+[[gnu::noinline]] RealInterval RoundExtremeOutward(const ScaledApproximation& scaled, Sign sign) {
   const Approximation& y = scaled.y;
-  if (scaled.exponent >= -1021 && scaled.exponent < 1022) [[likely]] {
-    const double scale = std::bit_cast<double>((scaled.exponent + 1023) << 52);
-    const RealInterval bounds = RoundOutward(y, [&](double d) { return sign(d * scale); });
-    return {bounds.lower * scale, bounds.upper * scale};
-  }
   if (scaled.exponent > 1100) return {DBL_MAX, HUGE_VAL};
   const int exponent = static_cast<int>(std::max<std::int64_t>(scaled.exponent, -1100));
   if (exponent > 0) {
@@ -73,6 +77,16 @@ RealInterval RoundOutward(const ScaledApproximation& scaled, Sign sign) {
       return {(whole - 1) * 0x1p-1074, (whole + 1) * 0x1p-1074};
   }
   return {(side < 0 ? whole - 1 : whole) * 0x1p-1074, (side > 0 ? whole + 1 : whole) * 0x1p-1074};
+}
+
+/// The same for y * 2^exponent.
+template <class Sign>
+ZULTAV_HOT RealInterval RoundOutward(const ScaledApproximation& scaled, Sign sign) {
+  if (scaled.exponent < -1021 || scaled.exponent >= 1022) [[unlikely]]
+    return RoundExtremeOutward(scaled, sign);
+  const double scale = std::bit_cast<double>((scaled.exponent + 1023) << 52);
+  const RealInterval bounds = RoundOutward(scaled.y, [=](double d) { return sign(d * scale); });
+  return {bounds.lower * scale, bounds.upper * scale};
 }
 
 }  // namespace elementary

@@ -12,7 +12,7 @@ class ZULTAV_INTERVALS_API SubdefReal : public RealInterval {
   /// The whole line.
   SubdefReal();
   constexpr SubdefReal(double low, double high) : RealInterval(low, high) {}
-  constexpr SubdefReal(const RealInterval& set) : RealInterval(set) {}
+  constexpr SubdefReal(const RealInterval& set) : RealInterval(set.lower, set.upper) {}
 
   /// Intersection in place. Answers 1 exactly when a bound changed; raises the error flag when
   /// the result is empty.

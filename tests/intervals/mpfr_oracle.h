@@ -91,6 +91,11 @@ class HardDoubles {
     }
   }
   double NearMultipleOfHalfPi() {
+    // Those that come nearest of all, up to 2^-60.5.
+    constexpr double kNearest[] = {0x1.6c6cbc45dc8dep+5,  0x1.b951f1572eba5p+23,
+                                   0x1.065c829d68730p+39, 0x1.7512069b7430dp+47,
+                                   0x1.921fb54442d18p+0,  0x1.921fb54442d18p+1};
+    if (Below(4) == 0) return kNearest[Below(6)] * static_cast<double>(std::int64_t{1} << Below(9));
     Mpfr x;
     mpfr_const_pi(x, MPFR_RNDN);
     mpfr_mul_d(x, x, std::floor(std::ldexp(Fraction(), static_cast<int>(Below(62)))) / 2,
