@@ -112,7 +112,8 @@ TEST(ModuleManagerTest, FindsModulesAlongTheSearchPath) {
 }
 
 TEST(ModuleManagerTest, OpeningAThousandTimesDoesNotGrow) {
-  std::size_t mappings = 0, resident = 0;
+  std::size_t mappings = 0;
+  [[maybe_unused]] std::size_t resident = 0;
   for (int i = 0; i < 1000; ++i) {
     if (i == 100) {
       mappings = CountMappings();
