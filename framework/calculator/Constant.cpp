@@ -162,23 +162,10 @@ Result FoldBooleans(Op op, bool a, bool b) {
   }
 }
 
+/// The comparison that has a truth value; both kinds of signs stand in the same order.
 Op WithoutAssertion(Op op) {
-  switch (op) {
-    case Op::kEqual:
-      return Op::kIsEqual;
-    case Op::kUnequal:
-      return Op::kIsUnequal;
-    case Op::kLess:
-      return Op::kIsLess;
-    case Op::kLessOrEqual:
-      return Op::kIsLessOrEqual;
-    case Op::kGreater:
-      return Op::kIsGreater;
-    case Op::kGreaterOrEqual:
-      return Op::kIsGreaterOrEqual;
-    default:
-      return op;
-  }
+  constexpr int kDistance = static_cast<int>(Op::kIsEqual) - static_cast<int>(Op::kEqual);
+  return IsAsserting(op) ? static_cast<Op>(static_cast<int>(op) + kDistance) : op;
 }
 
 /// A comparison of two values that are known to be less, equal or greater, or of which only some

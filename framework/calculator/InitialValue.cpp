@@ -45,6 +45,7 @@ std::string ExampleOf(const ZULTaVoObjectDescriptor& type) {
     boolean->SetExactValue(1);
   }
   std::ostringstream text;
+  text.imbue(std::locale::classic());
   example->PrintOn(text);
   const LocalValue any(type);
   any->SetAny();

@@ -5,58 +5,6 @@
 
 #include "framework/calculator/Parser.h"
 #include "framework/calculator/Suggestion.h"
-#include "framework/solver/ZULTaVoBoolean.h"
-
-namespace {
-
-Op OpOf(Aggregate aggregate) {
-  switch (aggregate) {
-    case Aggregate::kSum:
-      return Op::kAdd;
-    case Aggregate::kProduct:
-      return Op::kMultiply;
-    case Aggregate::kMin:
-      return Op::kMinimum;
-    case Aggregate::kMax:
-      return Op::kMaximum;
-    case Aggregate::kExists:
-      return Op::kOr;
-    default:
-      return Op::kAnd;
-  }
-}
-
-bool IsAsserting(Op op) { return op >= Op::kEqual && op <= Op::kGreaterOrEqual; }
-bool IsConnective(Op op) {
-  return op == Op::kAnd || op == Op::kOr || op == Op::kImplies || op == Op::kNot;
-}
-
-Value ConstantValue(const Constant& constant, Span span) {
-  Value value;
-  value.constant = constant;
-  value.span = span;
-  return value;
-}
-
-/// The text between two spans' ends, both included.
-Span Join(Span a, Span b) {
-  const std::uint32_t begin = std::min(a.position, b.position);
-  return {begin, std::max(a.End(), b.End()) - begin};
-}
-
-}  // namespace
-
-/// Evaluates what must be known while the model is read as long as it lives.
-class Interpreter::Scope {
- public:
-  explicit Scope(unsigned int& depth) : mDepth(depth) { ++mDepth; }
-  ~Scope() { --mDepth; }
-  Scope(const Scope&) = delete;
-  Scope& operator=(const Scope&) = delete;
-
- private:
-  unsigned int& mDepth;
-};
 
 Interpreter::Interpreter(ModelBuilder& builder, Registry& registry, NameTable& names,
                          const ZULTavCalculator::Limits& limits)
@@ -257,72 +205,65 @@ void Interpreter::CountIteration(Span span) {
     Fail(span, "the loops take more steps than the limit of " + std::to_string(mLimits.iterations));
 }
 
-void Interpreter::RethrowWithIndices(ModelError error, const std::vector<Generator>& generators) {
-  if (!error.message.empty()) {
-    std::string note = "with ";
-    for (const Generator& generator : generators) {
-      const Symbol& symbol = SymbolOf(generator.name);
-      if (symbol.kind != Symbol::Kind::kIndex) continue;
-      if (note.back() != ' ') note += ", ";
-      note += mNames.GetName(generator.name) + " = " + std::to_string(symbol.value);
-    }
-    if (note.back() != ' ') error.notes.push_back(note);
+/// Notes the values that the indices have.
+void Interpreter::NoteIndices(ModelError& error, const std::vector<Generator>& generators) {
+  std::string values;
+  for (const Generator& generator : generators) {
+    const Symbol& symbol = SymbolOf(generator.name);
+    if (symbol.kind != Symbol::Kind::kIndex) continue;
+    values += (values.empty() ? "with " : ", ") + mNames.GetName(generator.name) + " = " +
+              std::to_string(symbol.value);
   }
-  throw error;
+  if (!values.empty()) error.notes.push_back(values);
+}
+
+/// Introduces the index with its first value; answers the last one.
+std::int64_t Interpreter::Enter(const Generator& generator) {
+  const std::int64_t low = EvaluateInteger(generator.low, "a range");
+  const std::int64_t high = EvaluateInteger(generator.high, "a range");
+  if (low <= high &&
+      static_cast<std::uint64_t>(high) - static_cast<std::uint64_t>(low) >= mLimits.iterations)
+    Fail(generator.span, "the range " + std::to_string(low) + ".." + std::to_string(high) +
+                             " is longer than the limit of " + std::to_string(mLimits.iterations) +
+                             " steps");
+  Symbol symbol;
+  symbol.kind = Symbol::Kind::kIndex;
+  symbol.value = low;
+  Introduce(generator.name, generator.span, symbol);
+  return high;
 }
 
 /// Calls `body` for every combination of index values that satisfies `where`, the last index
 /// running fastest. Ranges may depend on the indices before them.
-template <class Body>
-void Interpreter::ForEach(const std::vector<Generator>& generators, NodeRange where, Body body) {
-  std::vector<std::int64_t> last(generators.size());
-  std::size_t level = 0;
-  const auto enter = [&] {
-    const Generator& generator = generators[level];
-    const std::int64_t low = EvaluateInteger(generator.low, "a range");
-    last[level] = EvaluateInteger(generator.high, "a range");
-    if (low <= last[level] &&
-        static_cast<std::uint64_t>(last[level]) - static_cast<std::uint64_t>(low) >=
-            mLimits.iterations)
-      Fail(generator.span, "the range " + std::to_string(low) + ".." + std::to_string(last[level]) +
-                               " is longer than the limit of " +
-                               std::to_string(mLimits.iterations) + " steps");
-    Symbol symbol;
-    symbol.kind = Symbol::Kind::kIndex;
-    symbol.value = low;
-    Introduce(generator.name, generator.span, symbol);
+void Interpreter::ForEach(const std::vector<Generator>& generators, NodeRange where,
+                          const std::function<void()>& body) {
+  std::vector<std::int64_t> last;  // of each index that is introduced
+  const auto indexAt = [&](std::size_t level) -> Symbol& {
+    return SymbolOf(generators[level].name);
   };
-  const auto leave = [&](std::size_t down) {
-    for (; level > down; --level) SymbolOf(generators[level - 1].name) = Symbol();
+  const auto leave = [&] {
+    last.pop_back();
+    indexAt(last.size()) = Symbol();
   };
-  // `level` counts the indices that are introduced.
   try {
-    enter();
-    level = 1;
-    while (level > 0) {
-      const Generator& generator = generators[level - 1];
-      const std::int64_t value = SymbolOf(generator.name).value;
-      if (value <= last[level - 1]) {
-        CountIteration(generator.span);
-        if (level < generators.size()) {
-          enter();
-          ++level;
+    last.push_back(Enter(generators[0]));
+    while (!last.empty()) {
+      if (indexAt(last.size() - 1).value <= last.back()) {
+        CountIteration(generators[last.size() - 1].span);
+        if (last.size() < generators.size()) {
+          last.push_back(Enter(generators[last.size()]));
           continue;
         }
         if (!where.present || EvaluateTruth(where)) body();
       }
       // On to the next value of the innermost index that has one.
-      while (level > 0 && SymbolOf(generators[level - 1].name).value >= last[level - 1])
-        leave(level - 1);
-      if (level > 0) ++SymbolOf(generators[level - 1].name).value;
+      while (!last.empty() && indexAt(last.size() - 1).value >= last.back()) leave();
+      if (!last.empty()) ++indexAt(last.size() - 1).value;
     }
-  } catch (const ModelError& error) {
-    try {
-      RethrowWithIndices(error, generators);
-    } catch (...) {
-      leave(0);
-      throw;
-    }
+  } catch (ModelError& error) {
+    NoteIndices(error, generators);
+    while (!last.empty()) leave();
+    throw;
   }
 }
 
@@ -423,7 +364,7 @@ void Interpreter::AssertComparison(NodeRange range) {
 }
 
 void Interpreter::AssertTruth(NodeRange range) {
-  const Value truth = ConstantValue(Constant::Boolean(true), RootOf(range).span);
+  const Value truth = Value::Of(Constant::Boolean(true), RootOf(range).span);
   AssertValue(Evaluate(range, &truth), range);
 }
 
@@ -433,7 +374,7 @@ void Interpreter::AssertValue(const Value& value, NodeRange range) {
   const bool isBoolean =
       value.IsConstant() ? value.constant.IsBoolean() : mBuilder.IsBoolean(value);
   if (!isBoolean)
-    Fail(Join(mSyntax->nodes[range.first].span, RootOf(range).span),
+    Fail(SpanOf(range),
          "a statement is a comparison or a boolean expression; this is " +
              (value.IsConstant()
                   ? value.constant.Describe()
@@ -452,263 +393,4 @@ void Interpreter::AssertAllDifferent(const std::vector<Value>& terms, Span span)
       }
       mBuilder.State(unequal, terms[i], terms[j], mLine);
     }
-}
-
-// --- Expressions ------------------------------------------------------------------------------
-
-Value Interpreter::Evaluate(NodeRange range, const Value* target) {
-  for (std::uint32_t i = range.first; i <= range.last; ++i) {
-    const Node& node = mSyntax->nodes[i];
-    Value value;
-    std::size_t operands = 0;
-    if (node.kind == Node::Kind::kBegin) {
-      const Comprehension& comprehension = mSyntax->comprehensions[node.data];
-      i = comprehension.end;
-      value = EvaluateComprehension(comprehension, node.span, i == range.last ? target : nullptr);
-    } else {
-      operands = node.count;
-      value = EvaluateNode(node, mStack.data() + (mStack.size() - operands),
-                           i == range.last ? target : nullptr);
-    }
-    mStack.resize(mStack.size() - operands);
-    mStack.push_back(value);
-  }
-  const Value result = mStack.back();
-  mStack.pop_back();
-  return result;
-}
-
-Value Interpreter::EvaluateNode(const Node& node, const Value* operands, const Value* target) {
-  switch (node.kind) {
-    case Node::Kind::kConstant:
-      return ConstantValue(mSyntax->constants[node.data], node.span);
-    case Node::Kind::kName:
-      return EvaluateName(node);
-    case Node::Kind::kElement:
-      return EvaluateElement(node, operands[0]);
-    case Node::Kind::kPrefix:
-    case Node::Kind::kBinary:
-      return Operate({node.data, node.op, node.span}, operands, node.count, target);
-    case Node::Kind::kCall:
-      return EvaluateCall(node, operands, target);
-    default: {
-      std::vector<Value> terms;
-      for (std::uint32_t i = 0; i < node.count; ++i) SpreadInto(terms, operands[i]);
-      return Combine(node.aggregate, std::move(terms), node.span, target);
-    }
-  }
-}
-
-Value Interpreter::EvaluateName(const Node& node) {
-  const Symbol symbol = SymbolOf(node.data);
-  Value value;
-  switch (symbol.kind) {
-    case Symbol::Kind::kIndex:
-      return ConstantValue(Constant::Integer(symbol.value), node.span);
-    case Symbol::Kind::kConstant: {
-      const auto definition = mDefinitions.find(node.data);
-      if (definition != mDefinitions.end()) definition->second.used = true;
-      value = mConstants[symbol.data];
-      value.span = node.span;
-      return value;
-    }
-    case Symbol::Kind::kVariable: {
-      if (mConstantOnly > 0)
-        Fail(node.span, "'" + mNames.GetName(node.data) +
-                            "' is a variable; expected what is known while the model is read");
-      const bool isArray = mBuilder.GetVariable(symbol.data).isArray;
-      value.kind = isArray ? Value::Kind::kArray : Value::Kind::kExpression;
-      value.index = isArray ? symbol.data : mBuilder.LeafOf(symbol.data, 0);
-      value.span = node.span;
-      return value;
-    }
-    default:
-      break;
-  }
-  if (symbol.kind == Symbol::Kind::kUnknown && mRegistry.HasOperator(mNames.GetName(node.data), 0))
-    return mBuilder.Apply({node.data, Op::kNone, node.span}, nullptr, 0, nullptr);
-  FailUnknown(node, mRegistry.HasOperator(mNames.GetName(node.data))
-                        ? "expected '(' and operands after the operator"
-                        : "unknown name");
-}
-
-Value Interpreter::EvaluateElement(const Node& node, const Value& index) {
-  const Symbol symbol = SymbolOf(node.data);
-  const std::string& name = mNames.GetName(node.data);
-  if (symbol.kind == Symbol::Kind::kUnknown || symbol.kind == Symbol::Kind::kBroken)
-    FailUnknown(node, "unknown array");
-  if (symbol.kind != Symbol::Kind::kVariable || !mBuilder.GetVariable(symbol.data).isArray)
-    Fail(node.span, "'" + name + "' is no array");
-  if (mConstantOnly > 0)
-    Fail(node.span, "'" + name + "' is a variable; expected what is known while the model is read");
-  if (!index.IsConstant() || !index.constant.IsInteger())
-    Fail(index.span, "an index must be an integer that is known while the model is read",
-         {"it may use integers, 'let' constants and the indices of loops"});
-  const ZULTavModel::Variable& variable = mBuilder.GetVariable(symbol.data);
-  const std::int64_t first = variable.firstIndex;
-  const std::int64_t last = first + static_cast<std::int64_t>(variable.values.size()) - 1;
-  const std::int64_t at = index.constant.integer;
-  if (at < first || at > last)
-    Fail(node.span, "index " + std::to_string(at) + " is outside the range " +
-                        std::to_string(first) + ".." + std::to_string(last) + " of '" + name + "'");
-  Value value;
-  value.kind = Value::Kind::kExpression;
-  value.index = mBuilder.LeafOf(symbol.data, static_cast<std::size_t>(at - first));
-  value.span = node.span;
-  return value;
-}
-
-/// A registered operator by its name; `real(x)` is the operator "(real)".
-Value Interpreter::EvaluateCall(const Node& node, const Value* operands, const Value* target) {
-  const std::string name = mNames.GetName(node.data);
-  std::uint32_t registered = node.data;
-  if (!mRegistry.HasOperator(name)) {
-    const std::string conversion = "(" + name + ")";
-    if (!mRegistry.HasOperator(conversion)) {
-      const Symbol::Kind kind = SymbolOf(node.data).kind;
-      if (kind != Symbol::Kind::kUnknown && kind != Symbol::Kind::kBroken)
-        Fail(node.span, "'" + name + "' is no operator that can be applied");
-      FailUnknown(node, "unknown operator");
-    }
-    registered = mNames.Intern(conversion);
-  }
-  if (node.count > 2 || !mRegistry.HasOperator(mNames.GetName(registered), node.count)) {
-    Fail(node.span, "no operator '" + name + "' takes " + std::to_string(node.count) + " operands",
-         mRegistry.DescribeOperators(mNames.GetName(registered), nullptr, 0));
-  }
-  return Operate({registered, Op::kNone, node.span}, operands, node.count, target);
-}
-
-void Interpreter::CheckOperand(const Operation& operation, const Value& operand) const {
-  if (operand.kind == Value::Kind::kArray) {
-    const ZULTavModel::Variable& variable = mBuilder.GetVariable(operand.index);
-    Fail(operand.span, "'" + variable.name + "' is an array; expected one element, such as " +
-                           variable.name + "[" + std::to_string(variable.firstIndex) + "]");
-  }
-  if (operand.asserts && IsConnective(operation.op) && mBuilder.IsBoolean(operand))
-    Fail(operand.span, "this comparison is stated, it has no truth value",
-         {"for the truth of a comparison write '==', '<<>>', '<<', '<==', '>>', '>=='"});
-}
-
-Value Interpreter::Operate(const Operation& operation, const Value* operands, unsigned int count,
-                           const Value* target) {
-  bool constant = count > 0;
-  for (unsigned int i = 0; i < count; ++i) {
-    CheckOperand(operation, operands[i]);
-    constant = constant && operands[i].IsConstant();
-  }
-  const bool asserts = IsAsserting(operation.op);
-  if (constant && operation.op != Op::kNone && (!asserts || mConstantOnly > 0)) {
-    try {
-      if (const auto folded = FoldConstants(operation.op, operands[0].constant,
-                                            count == 2 ? &operands[1].constant : nullptr))
-        return ConstantValue(*folded, operation.span);
-    } catch (const ConstantError& error) {
-      Fail(operation.span, error.message);
-    }
-  }
-  if (asserts && mConstantOnly > 0)
-    Fail(operation.span, "this comparison cannot be decided while the model is read");
-  if (asserts) return mBuilder.Relate(operation, operands[0], operands[1]);
-  return mBuilder.Apply(operation, operands, count, target);
-}
-
-// --- Aggregates -------------------------------------------------------------------------------
-
-/// More terms than operators that could combine them are refused before they fill the memory.
-void Interpreter::AddTerm(std::vector<Value>& terms, const Value& value) {
-  if (terms.size() > mLimits.operations)
-    Fail(value.span, "more terms than the limit of " + std::to_string(mLimits.operations) +
-                         " operations allows");
-  terms.push_back(value);
-}
-
-/// Appends the value or, of an array, its elements.
-void Interpreter::SpreadInto(std::vector<Value>& terms, const Value& value) {
-  if (value.kind != Value::Kind::kArray) return AddTerm(terms, value);
-  const std::size_t size = mBuilder.GetVariable(value.index).values.size();
-  for (std::size_t i = 0; i < size; ++i) {
-    Value element = value;
-    element.kind = Value::Kind::kExpression;
-    element.index = mBuilder.LeafOf(value.index, i);
-    AddTerm(terms, element);
-  }
-}
-
-std::vector<Value> Interpreter::CollectTerms(const Comprehension& comprehension) {
-  std::vector<Value> terms;
-  ForEach(comprehension.generators, comprehension.where,
-          [&] { AddTerm(terms, Evaluate(comprehension.body)); });
-  return terms;
-}
-
-Value Interpreter::EvaluateComprehension(const Comprehension& comprehension, Span span,
-                                         const Value* target) {
-  return Combine(comprehension.aggregate, CollectTerms(comprehension), span, target);
-}
-
-/// Folds the terms pairwise, so that what depends on all of them lies only a few operators away
-/// from each.
-Value Interpreter::Combine(Aggregate aggregate, std::vector<Value> terms, Span span,
-                           const Value* target) {
-  const Operation operation = OperationOf(OpOf(aggregate), span);
-  if (aggregate == Aggregate::kAllDifferent) {
-    std::vector<Value> pairs;
-    for (std::size_t i = 0; i < terms.size(); ++i)
-      for (std::size_t j = i + 1; j < terms.size(); ++j) {
-        const Value pair[2] = {terms[i], terms[j]};
-        AddTerm(pairs, Operate(OperationOf(Op::kIsUnequal, span), pair, 2, nullptr));
-      }
-    terms = std::move(pairs);
-  }
-  if (terms.empty()) {
-    switch (aggregate) {
-      case Aggregate::kSum:
-        return ConstantValue(Constant::Integer(0), span);
-      case Aggregate::kProduct:
-        return ConstantValue(Constant::Integer(1), span);
-      case Aggregate::kExists:
-        return ConstantValue(Constant::Boolean(false), span);
-      case Aggregate::kMin:
-      case Aggregate::kMax:
-        Fail(span, "the least and the greatest of no terms are undefined");
-      default:
-        return ConstantValue(Constant::Boolean(true), span);
-    }
-  }
-  while (terms.size() > 1) {
-    std::size_t used = 0;
-    for (std::size_t i = 0; i < terms.size(); i += 2, ++used)
-      terms[used] = i + 1 < terms.size()
-                        ? Operate(operation, &terms[i], 2, terms.size() == 2 ? target : nullptr)
-                        : terms[i];
-    terms.resize(used);
-  }
-  CheckOperand(operation, terms[0]);
-  return terms[0];
-}
-
-// --- Constants --------------------------------------------------------------------------------
-
-Value Interpreter::EvaluateConstant(NodeRange range) {
-  const Scope constantOnly(mConstantOnly);
-  const Value value = Evaluate(range);
-  CheckOperand({}, value);
-  return value;
-}
-
-std::int64_t Interpreter::EvaluateInteger(NodeRange range, std::string_view what) {
-  const Value value = EvaluateConstant(range);
-  if (!value.IsConstant() || !value.constant.IsInteger())
-    Fail(Join(mSyntax->nodes[range.first].span, RootOf(range).span),
-         std::string(what) + " must be an integer, known while the model is read");
-  return value.constant.integer;
-}
-
-bool Interpreter::EvaluateTruth(NodeRange range) {
-  const Value value = EvaluateConstant(range);
-  if (!value.IsConstant() || !value.constant.IsBoolean())
-    Fail(Join(mSyntax->nodes[range.first].span, RootOf(range).span),
-         "a condition must be true or false, known while the model is read");
-  return value.constant.IsTrue();
 }

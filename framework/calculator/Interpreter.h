@@ -2,6 +2,7 @@
 #define ZULTAV_CALCULATOR_INTERPRETER_H
 
 #include <array>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -52,9 +53,10 @@ class Interpreter {
   void ExecuteLet(const Statement& statement);
   void ExecuteDeclaration(const Statement& statement);
   void Declare(const Declarator& declarator, ModelBuilder::Type type, const LocalValue& initial);
-  template <class Body>
-  void ForEach(const std::vector<Generator>& generators, NodeRange where, Body body);
-  [[noreturn]] void RethrowWithIndices(ModelError error, const std::vector<Generator>& generators);
+  void ForEach(const std::vector<Generator>& generators, NodeRange where,
+               const std::function<void()>& body);
+  std::int64_t Enter(const Generator& generator);
+  void NoteIndices(ModelError& error, const std::vector<Generator>& generators);
 
   void ReadInitialValue(Span text, const LocalValue& value);
   std::string EvaluateValuePiece(Span piece, bool isLower, bool isUpper, bool isSingle);
@@ -91,6 +93,7 @@ class Interpreter {
   NodeRange RightOperandOf(NodeRange range) const;
   NodeRange LeftOperandOf(NodeRange range) const;
   std::vector<NodeRange> OperandsOf(NodeRange range) const;
+  Span SpanOf(NodeRange range) const;
   const Node& RootOf(NodeRange range) const { return mSyntax->nodes[range.last]; }
   void CountIteration(Span span);
   [[noreturn]] void FailUnknown(const Node& node, std::string_view what);

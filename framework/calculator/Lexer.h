@@ -36,6 +36,12 @@ enum class Op : std::uint8_t {
   kPower
 };
 
+/// Whether it states a comparison, rather than asks for its truth.
+constexpr bool IsAsserting(Op op) { return op >= Op::kEqual && op <= Op::kGreaterOrEqual; }
+constexpr bool IsConnective(Op op) {
+  return op == Op::kAnd || op == Op::kOr || op == Op::kImplies || op == Op::kNot;
+}
+
 /// Binding strength, loosest first.
 enum Precedence : std::uint8_t {
   kNoOperator,

@@ -31,6 +31,7 @@ std::string RangeOf(const ZULTaVoObjectDescriptor& type) {
   greatest->SetAny();
   greatest->CalcMaxValue();
   std::ostringstream text;
+  text.imbue(std::locale::classic());
   if (const auto* integer = ZULTaVoCast<ZULTaVoInteger>(least.Get()))
     text << integer->GetLowerBound() << " to "
          << ZULTaVoCast<ZULTaVoInteger>(greatest.Get())->GetUpperBound();
@@ -61,30 +62,10 @@ bool StoreReal(ZULTaVoReal& object, double lower, double upper) {
          object.GetUpperBound() >= upper;
 }
 
+/// Kinds of statements stand in the order of the comparisons that they state.
 ZULTavModel::Statement::Kind StatementKindOf(Op op) {
-  using Kind = ZULTavModel::Statement::Kind;
-  switch (op) {
-    case Op::kUnequal:
-      return Kind::kUnequal;
-    case Op::kLess:
-      return Kind::kLess;
-    case Op::kLessOrEqual:
-      return Kind::kLessOrEqual;
-    case Op::kGreater:
-      return Kind::kGreater;
-    case Op::kGreaterOrEqual:
-      return Kind::kGreaterOrEqual;
-    default:
-      return Kind::kEqual;
-  }
-}
-
-Value ExpressionValue(std::uint32_t index, Span span) {
-  Value value;
-  value.kind = Value::Kind::kExpression;
-  value.index = index;
-  value.span = span;
-  return value;
+  return static_cast<ZULTavModel::Statement::Kind>(static_cast<int>(op) -
+                                                   static_cast<int>(Op::kEqual));
 }
 
 }  // namespace
@@ -328,14 +309,14 @@ Value ModelBuilder::Apply(const Operation& operation, const Value* operands, uns
   const Application application = Resolve(operation, operands, count);
   const std::uint32_t hash = HashOf(application);
   if (const std::uint32_t known = Find(application, hash); known != kNone)
-    return ExpressionValue(known, operation.span);
+    return Value::OfExpression(known, operation.span);
   ZULTaVoAny* object = ResultObject(application, target);
   Post(application, object, operation.span);
   const std::uint32_t index = Append({
       application.op, object, {application.operands[0], application.operands[1]}
   });
   Enter(index, hash);
-  return ExpressionValue(index, operation.span);
+  return Value::OfExpression(index, operation.span);
 }
 
 // --- Comparisons ------------------------------------------------------------------------------
@@ -359,7 +340,7 @@ Value ModelBuilder::RelateResolved(const Operation& operation, const Application
   }
   if (object == nullptr) object = NewObject(type);
   Post(application, object, operation.span);
-  Value result = ExpressionValue(kNone, operation.span);
+  Value result = Value::OfExpression(kNone, operation.span);
   result.asserts = true;
   if (record)
     result.index = Append({
@@ -380,10 +361,7 @@ void ModelBuilder::State(const Operation& operation, const Value& left, const Va
 }
 
 void ModelBuilder::StateTrue(const Operation& equality, const Value& value, std::uint32_t line) {
-  Value truth;
-  truth.constant = Constant::Boolean(true);
-  truth.span = value.span;
-  const Value operands[2] = {value, truth};
+  const Value operands[2] = {value, Value::Of(Constant::Boolean(true), value.span)};
   const Application application = Resolve(equality, operands, 2);
   if (ObjectOf(application.operands[0]) != ObjectOf(application.operands[1]))
     RelateResolved(equality, application, false);

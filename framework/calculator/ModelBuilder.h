@@ -18,6 +18,19 @@ struct Value {
   Constant constant;
   Span span;
 
+  static Value Of(const Constant& constant, Span span) {
+    Value value;
+    value.constant = constant;
+    value.span = span;
+    return value;
+  }
+  static Value OfExpression(std::uint32_t index, Span span) {
+    Value value;
+    value.kind = Kind::kExpression;
+    value.index = index;
+    value.span = span;
+    return value;
+  }
   bool IsConstant() const { return kind == Kind::kConstant; }
   bool IsExpression() const { return kind == Kind::kExpression; }
 };
