@@ -235,7 +235,8 @@ class Reader {
 
   void AddStrategy(CLI::App& app) {
     AddChoice(app, "--select", mOptions.search.choice, kSelections,
-              "Which variable is split: first, largest, smallest or\nround-robin (first)");
+              "Which variable is split: first, largest, smallest or\nround-robin (the first; reals "
+              "in turn)");
     AddChoice(app, "--split", mOptions.search.selection, kSplits,
               "What is tried first: lower or upper half, least or greatest\nvalue (lower)");
     app.add_option_function<std::string>(

@@ -148,6 +148,10 @@ RealEvaluation::RealEvaluation(const RealSystem& system) : mSystem(system) {
   for (const std::uint32_t slot : system.GetUnknowns()) leaf[slot] = false;
   for (std::uint32_t slot = 0; slot < count; ++slot)
     if (leaf[slot]) mLeaves.push_back(slot);
+  mVaries.resize(count);
+  for (const std::uint32_t slot : system.GetUnknowns()) mVaries[slot] = true;
+  for (const auto& [function, target, first, second] : system.GetOperations())
+    mVaries[target] = mVaries[first] || mVaries[second];
   mValues.resize(count);
   mCenters.resize(count);
   mAdjoints.resize(count, kZero);
@@ -213,12 +217,13 @@ SubdefReal RealEvaluation::Hull(std::uint32_t slot) const {
 RealEvaluation::Slopes RealEvaluation::PowerSlopes(const RealSystem::Operation& operation) const {
   const SubdefReal x = Hull(operation.first), y = Hull(operation.second);
   if (!IsPowerContinuous(x, y)) return {};
-  if (y == SubdefReal(2, 2))
+  if (y == SubdefReal(2, 2) && !mVaries[operation.second])
     return {mValues[operation.first].AddIntToInt(mCenters[operation.first]), kZero, true};
-  if (y == SubdefReal(kZero)) return {kZero, kZero, true};
+  if (y == SubdefReal(kZero) && !mVaries[operation.second]) return {kZero, kZero, true};
   const SubdefReal lower = y.SubIntFromInt(kOne);
   const SubdefReal first = y.MultIntByInt(Evaluate(Function::kPower, x, lower));
-  if (y.IsScalar()) return {first, kZero, true};
+  if (!mVaries[operation.second]) return {first, kZero, true};
+  if (x.lower <= 0) return {};
   const SubdefReal& base = mCenters[operation.first];
   return {first, pow(base, y).MultIntByInt(log(base)), true};
 }

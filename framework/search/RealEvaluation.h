@@ -52,6 +52,7 @@ class RealEvaluation {
 
   const RealSystem& mSystem;
   std::vector<std::uint32_t> mLeaves;
+  std::vector<bool> mVaries;  // whether the value depends on unknowns
   std::vector<SubdefReal> mValues, mCenters, mAdjoints;
   std::vector<Slopes> mSlopes;
 };

@@ -7,6 +7,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "framework/intervals/SubdefReal.h"
 #include "framework/solver/FrameworkConstraints.h"
 #include "framework/solver/ZULTaVoInteger.h"
 
@@ -123,9 +124,16 @@ bool IsDiscrete(const ZULTaVoObject* object) {
          object->IsDerivedFrom(ZULTaVoBoolean::sIdent);
 }
 
-/// A number that a model names: one double, or the two that enclose a decimal fraction.
+/// A number that a model names, such as a decimal fraction that no double holds.
 bool IsLiteral(const RealInterval& domain) {
-  return !domain.IsEmpty() && std::nextafter(domain.lower, HUGE_VAL) >= domain.upper;
+  constexpr double kWidth = 1e-15;  // relative
+  const double magnitude = std::max(std::fabs(domain.lower), std::fabs(domain.upper));
+  return domain.upper - domain.lower <= kWidth * magnitude;
+}
+
+/// The result of an operator may be anything at first.
+bool IsBounded(const RealInterval& domain) {
+  return domain.lower > -SubdefReal::sMaxValue && domain.upper < SubdefReal::sMaxValue;
 }
 
 }  // namespace
@@ -144,7 +152,9 @@ class RealSystemBuilder {
   void Build() {
     for (std::size_t i = 0; i < mNetwork.GetNumberOfConstraints(); ++i) Read(i);
     for (std::uint32_t slot = 0; slot < mSystem.mSlots.size(); ++slot) {
-      const RealSystem::Slot& each = mSystem.mSlots[slot];
+      RealSystem::Slot& each = mSystem.mSlots[slot];
+      if (each.real != nullptr && slot >= mDeclared && IsBounded(each.initial))
+        each.constant = true;
       const bool known = each.real == nullptr || each.constant;
       if (known || slot < mDeclared) SetKnown(slot);
       if (!known && slot < mDeclared) mSystem.mUnknowns.push_back(slot);
@@ -287,6 +297,7 @@ class RealSystemBuilder {
 
   void Relate(Relation relation, ZULTaVoObject* left, ZULTaVoObject* right, const Guard& guard) {
     if (relation == Relation::kEqual) {
+      if (left == right) return;
       AddFormula(Function::kIdentity, left, right, right, guard);
     } else {
       mSystem.mConditions.push_back({relation, SlotOf(left), SlotOf(right), guard});

@@ -28,11 +28,31 @@ std::uint32_t SearchTree::FirstOpen(std::size_t from, std::size_t to,
   return kNone;
 }
 
+/// A real is rarely decided by narrowing it alone, so that reals take turns; integers come first,
+/// for they decide which constraints hold.
+std::uint32_t SearchTree::ChooseByKind(const WidthLimit& limit) const {
+  const auto first = [&](bool discrete, std::size_t from, std::size_t to) {
+    while (from < to &&
+           !(mVariables[from].IsDiscrete() == discrete && mVariables[from].IsOpen(limit)))
+      ++from;
+    return from < to ? static_cast<std::uint32_t>(from) : kNone;
+  };
+  // Once a real was split no integer was open, and before an integer no other one.
+  const std::size_t last = mPath.empty() ? 0 : mPath.back().decision.variable;
+  const bool takesTurns = !mPath.empty() && !mVariables[last].IsDiscrete();
+  const std::uint32_t discrete = takesTurns ? kNone : first(true, last, mDeclared);
+  if (discrete != kNone) return discrete;
+  const std::size_t next = takesTurns ? last + 1 : 0;
+  const std::uint32_t real = first(false, next, mDeclared);
+  return real != kNone ? real : first(false, 0, next);
+}
+
 std::uint32_t SearchTree::ChooseDeclared(ZULTavSearch::VariableChoice choice,
                                          const WidthLimit& limit) const {
   using Choice = ZULTavSearch::VariableChoice;
   // Nothing before the variable split last was open then, so nothing before it is open now.
   const std::size_t last = mPath.empty() ? 0 : mPath.back().decision.variable;
+  if (choice == Choice::kByKind) return ChooseByKind(limit);
   if (choice == Choice::kFirst) return FirstOpen(last, mDeclared, limit);
   if (choice == Choice::kRoundRobin) {
     const std::size_t next = mPath.empty() ? 0 : std::min(last + 1, mDeclared);

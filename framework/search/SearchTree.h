@@ -61,6 +61,7 @@ class SearchTree {
     Arena::Mark mark;
   };
   std::uint32_t FirstOpen(std::size_t from, std::size_t to, const WidthLimit& limit) const;
+  std::uint32_t ChooseByKind(const WidthLimit& limit) const;
   void Close(Step& step);
   void RemoveLast();
 

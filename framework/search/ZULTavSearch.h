@@ -28,6 +28,7 @@ class ZULTavProof;
 class ZULTAV_UTILITIES_API ZULTavSearch {
  public:
   enum class VariableChoice {
+    kByKind,     ///< the first undecided integer or boolean, then the next undecided real
     kFirst,      ///< the first undecided variable, as declared
     kLargest,    ///< the widest domain; the first of equals
     kSmallest,   ///< the narrowest domain; the first of equals
@@ -62,7 +63,7 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
   };
 
   struct Options {
-    VariableChoice choice = VariableChoice::kFirst;
+    VariableChoice choice = VariableChoice::kByKind;
     /// Which part of a domain is explored first. Reals are always halved.
     ZULTaVoAny::ValueSelection selection = ZULTaVoAny::kLowerHalf;
     std::uint64_t solutions = 1;

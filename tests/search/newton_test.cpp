@@ -1,0 +1,268 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <iomanip>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "framework/calculator/ZULTavCalculator.h"
+#include "framework/search/ZULTavUtilities.h"
+#include "framework/solver/ZULTavAbstractTypes.h"
+
+namespace {
+
+struct Box {
+  std::vector<double> lower, upper;
+  bool proven = false;
+
+  bool Contains(const std::vector<double>& point, double slack = 0) const {
+    for (std::size_t i = 0; i < point.size(); ++i)
+      if (point[i] < lower[i] - slack || point[i] > upper[i] + slack) return false;
+    return true;
+  }
+};
+
+/// All boxes of a model in text over reals.
+std::vector<Box> Solve(const std::string& text, double width = 1e-6) {
+  static ZULTaVoModuleManager manager;
+  static ZULTaVoModule* module = [] {
+    manager.AddSearchDirectory(ZULTAV_TEST_MODULES);
+    return manager.OpenModule("ZULTavNumbers");
+  }();
+  std::vector<ZULTavDiagnostic> errors;
+  const auto model = ZULTavCalculator({module}).Read(text, "inline", {}, errors);
+  if (model == nullptr) {
+    ADD_FAILURE() << errors.front().message << " in " << text;
+    return {};
+  }
+  std::vector<ZULTaVoAny*> declared;
+  for (const auto& variable : model->Variables())
+    declared.insert(declared.end(), variable.values.begin(), variable.values.end());
+  ZULTavNewton newton(model->Network(), declared);
+  ZULTavSearch::Options options;
+  options.solutions = 300;
+  options.nodes = 20000;
+  options.absoluteWidth = width;
+  options.proof = &newton;
+  ZULTavSearch search(model->Network(), declared, options);
+  std::vector<Box> boxes;
+  search.Run([&](const ZULTavSolution& solution) {
+    Box box;
+    for (std::size_t i = 0; i < solution.GetSize(); ++i)
+      if (const auto* real = ZULTaVoCast<const ZULTaVoReal>(&solution.GetValue(i))) {
+        box.lower.push_back(real->GetLowerBound());
+        box.upper.push_back(real->GetUpperBound());
+      }
+    box.proven = solution.IsProven();
+    boxes.push_back(box);
+    return true;
+  });
+  return boxes;
+}
+
+struct ProofCase {
+  std::string model;
+  std::vector<std::vector<double>> solutions;
+};
+
+void PrintTo(const ProofCase& row, std::ostream* out) { *out << row.model; }
+
+class ProvenTest : public testing::TestWithParam<ProofCase> {};
+
+TEST_P(ProvenTest, FindsAndProvesEachSolution) {
+  const auto& [model, solutions] = GetParam();
+  SCOPED_TRACE(model);
+  const std::vector<Box> boxes = Solve(model);
+  EXPECT_EQ(boxes.size(), solutions.size());
+  for (const Box& box : boxes) EXPECT_TRUE(box.proven);
+  for (const std::vector<double>& solution : solutions) {
+    // The solutions below are rounded.
+    const auto holds = [&](const Box& box) { return box.Contains(solution, 1e-15); };
+    EXPECT_EQ(std::count_if(boxes.begin(), boxes.end(), holds), 1) << solution[0];
+  }
+}
+
+const double kRoot2 = std::sqrt(2.0);
+
+INSTANTIATE_TEST_SUITE_P(
+    Systems, ProvenTest,
+    testing::Values(
+        ProofCase{
+            "x : real = [-9, 9]; x^2 = 2;", {{-kRoot2}, {kRoot2}}
+},
+        // Exact bounds, solutions on a bound, and solutions where boxes are split.
+        ProofCase{"x : real = [0, 2]; x^2 = 4;", {{2}}},
+        ProofCase{"x, y : real = [-8, 8]; x^3 = x; y^2 + x = 2;",
+                  {{-1, -std::sqrt(3.0)},
+                   {-1, std::sqrt(3.0)},
+                   {0, -kRoot2},
+                   {0, kRoot2},
+                   {1, -1},
+                   {1, 1}}},
+        ProofCase{"x, y : real = [-4, 4]; x + y = 0; x = 3 * y + sin(x);", {{0, 0}}},
+        // Numbers that no double holds.
+        ProofCase{"x : real = [-9, 9]; 0.1 * x = 0.3;", {{3}}},
+        ProofCase{"x : real = [0, 9]; x * x = 2 * Pi();", {{2.5066282746310002}}},
+        // Conditions.
+        ProofCase{"x : real = [-9, 9]; x^2 = 2; x^3 < 2.83; x >= 1;", {{kRoot2}}},
+        ProofCase{"x : real = [-9, 9]; b : bool; x^2 = 2; b == (x >> 0); ~b;", {{-kRoot2}}},
+        ProofCase{"x : real = [-9, 9]; sign(x) = -1; x^2 = 2; x <> 1;", {{-kRoot2}}},
+        // Each function.
+        ProofCase{"x : real = [0.5, 9]; x^1.5 = 3;", {{std::cbrt(9.0)}}},
+        ProofCase{"x : real = [0, 9]; 2^x = 3;", {{1.5849625007211562}}},
+        ProofCase{"x : real = [-9, 9]; x^-2 = 3;", {{-1 / std::sqrt(3.0)}, {1 / std::sqrt(3.0)}}},
+        ProofCase{"x : real = [-9, 9]; exp(x) + x = 3;", {{0.79205996843067700}}},
+        ProofCase{"x : real = [0.1, 9]; ln(x) + x = 3;", {{2.2079400315693230}}},
+        ProofCase{"x : real = [0, 9]; sqrt(x) + x = 3;", {{1.6972243622680054}}},
+        ProofCase{"x : real = [0, 1]; cos(x) = x;", {{0.73908513321516064}}},
+        ProofCase{"x : real = [2, 4.6]; tan(x) = x;", {{4.4934094579090642}}},
+        ProofCase{"x : real = [-9, 0]; abs(x) * x = -2;", {{-kRoot2}}},
+        ProofCase{"x : real = [1, 9]; 1 / x = x - 1;", {{1.6180339887498949}}},
+        ProofCase{"x : real = [0, 9]; (x /\\ 5) * (x \\/ 1) = 2;", {{kRoot2}}},
+        ProofCase{"x : real = [0, 9]; floor(x) * x = 5; ceil(x) = 3; round(x) = 3;", {{2.5}}},
+        ProofCase{"x : real = [2.1, 3.9]; x * (x mod 2) = 3;", {{3}}}));
+
+TEST(NewtonTest, WhatIsNoSolutionIsNeverProven) {
+  const std::string rows[] = {
+      // Tangents: a solution that the slightest change takes away.
+      "x, y : real = [-3, 3]; x^2 + y^2 = 2; x + y = 2;",
+      "x : real = [-3, 4]; x^2 - 2 * x * sqrt(2) + 2 = 0;",
+      // As narrow as the boxes are, nothing tells that there is none.
+      "x, y : real = [-3, 3]; x^2 + y^2 = 2; x + y = 2.00000000001;",
+      "x : real = [-3, 4]; x * x - 2 * x + 1.0000000001 = 0;",
+      // Within the tolerance of comparisons, but wrong.
+      "x : real = [0, 9]; x^2 = 2; x^3 <= 2.8284271;",
+      "x : real = [-9, 9]; x^2 = 2; x^3 + x^2 >= 4.8284272;",
+      // One equation too many, whether it follows from the others or not.
+      "x : real = [1, 9]; x^2 = 2; x^4 - 1e-15 * x = 4;",
+      // Known to the precision only.
+      "x : real = [1, 9]; y : single real; x^2 = 2; next(x) = y;",
+  };
+  for (const std::string& model : rows) {
+    SCOPED_TRACE(model);
+    for (const double width : {1e-2, 1e-5, 1e-9})
+      for (const Box& box : Solve(model, width)) EXPECT_FALSE(box.proven) << box.lower[0];
+  }
+}
+
+TEST(NewtonTest, PointsOfAContinuumAreProven) {
+  const std::vector<Box> boxes =
+      Solve("x, y, z : real = [-2, 2]; x^2 + y^2 = 1; z = x * y; z >= 0.25;", 0.01);
+  EXPECT_GT(boxes.size(), 30u);
+  const auto proven =
+      std::count_if(boxes.begin(), boxes.end(), [](const Box& b) { return b.proven; });
+  EXPECT_GT(proven * 10, static_cast<long>(boxes.size()) * 8);
+}
+
+// --- Random systems ---------------------------------------------------------------------------
+
+/// Quadratic equations in kCount unknowns, with coefficients that doubles hold.
+constexpr std::size_t kCount = 3;
+struct Quadratic {
+  std::array<std::array<int, kCount>, kCount> square;
+  std::array<int, kCount> linear;
+  double right;
+
+  template <class T>
+  T At(const std::array<T, kCount>& x) const {
+    T sum = -static_cast<T>(right);
+    for (std::size_t i = 0; i < kCount; ++i) {
+      sum += static_cast<T>(linear[i]) * x[i];
+      for (std::size_t j = i; j < kCount; ++j) sum += static_cast<T>(square[i][j]) * x[i] * x[j];
+    }
+    return sum;
+  }
+  std::string Text() const {
+    std::string text;
+    for (std::size_t i = 0; i < kCount; ++i) {
+      const auto name = [](std::size_t index) { return "x" + std::to_string(index); };
+      text += std::to_string(linear[i]) + " * " + name(i) + " + ";
+      for (std::size_t j = i; j < kCount; ++j)
+        text += std::to_string(square[i][j]) + " * " + name(i) + " * " + name(j) + " + ";
+    }
+    std::ostringstream exact;
+    exact << std::setprecision(17) << text << "0 = " << right << ";\n";
+    return exact.str();
+  }
+};
+using System = std::array<Quadratic, kCount>;
+using Reals = std::array<long double, kCount>;
+
+/// Newton's method in long double with differences; false when it does not converge.
+bool Polish(const System& system, Reals& x) {
+  for (int step = 0; step < 50; ++step) {
+    std::array<std::array<long double, kCount + 1>, kCount> m{};
+    for (std::size_t i = 0; i < kCount; ++i) {
+      m[i][kCount] = -system[i].At(x);
+      for (std::size_t j = 0; j < kCount; ++j) {
+        Reals above = x, below = x;
+        above[j] += 0.5L;
+        below[j] -= 0.5L;
+        m[i][j] = system[i].At(above) - system[i].At(below);  // exact for a quadratic
+      }
+    }
+    for (std::size_t k = 0; k < kCount; ++k) {
+      std::size_t pivot = k;
+      for (std::size_t i = k; i < kCount; ++i)
+        if (std::fabs(m[i][k]) > std::fabs(m[pivot][k])) pivot = i;
+      std::swap(m[k], m[pivot]);
+      if (m[k][k] == 0) return false;
+      for (std::size_t i = 0; i < kCount; ++i)
+        for (std::size_t j = kCount + 1; i != k && j-- > k;) m[i][j] -= m[i][k] / m[k][k] * m[k][j];
+    }
+    long double longest = 0;
+    for (std::size_t k = 0; k < kCount; ++k) {
+      x[k] += m[k][kCount] / m[k][k];
+      longest = std::max(longest, std::fabs(m[k][kCount] / m[k][k]));
+    }
+    if (longest < 1e-17L) return true;
+  }
+  return false;
+}
+
+TEST(NewtonTest, KeepsConstructedSolutionsAndProvesNothingElse) {
+  std::mt19937 random(7);
+  std::uniform_int_distribution<int> coefficient(-3, 3), place(-256, 256);
+  int provenBoxes = 0, found = 0;
+  for (int round = 0; round < 150; ++round) {
+    std::array<double, kCount> solution;
+    for (double& x : solution) x = place(random) / 128.0;
+    System system;
+    std::string model = "x0, x1, x2 : real = [-4, 4];\n";
+    for (Quadratic& equation : system) {
+      for (auto& row : equation.square)
+        for (int& factor : row) factor = random() % 2 == 0 ? coefficient(random) : 0;
+      for (int& factor : equation.linear) factor = coefficient(random);
+      equation.right = 0;
+      equation.right = equation.At(solution);  // exact
+      model += equation.Text();
+    }
+    SCOPED_TRACE(model);
+    const std::vector<Box> boxes = Solve(model);
+    if (boxes.size() >= 300) continue;  // a continuum
+    ++found;
+    const std::vector<double> point(solution.begin(), solution.end());
+    EXPECT_TRUE(std::any_of(boxes.begin(), boxes.end(),
+                            [&](const Box& box) { return box.Contains(point); }));
+    for (const Box& box : boxes) {
+      if (!box.proven) continue;
+      ++provenBoxes;
+      Reals root;
+      for (std::size_t i = 0; i < kCount; ++i)
+        root[i] = (static_cast<long double>(box.lower[i]) + box.upper[i]) / 2;
+      ASSERT_TRUE(Polish(system, root));
+      for (std::size_t i = 0; i < kCount; ++i) {
+        EXPECT_LE(box.lower[i] - 1e-16L, root[i]);
+        EXPECT_GE(box.upper[i] + 1e-16L, root[i]);
+      }
+    }
+  }
+  EXPECT_GT(found, 120);
+  EXPECT_GT(provenBoxes, found);
+}
+
+}  // namespace
