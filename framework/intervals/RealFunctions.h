@@ -3,8 +3,11 @@
 
 #include "framework/intervals/SubdefReal.h"
 
-// Elementary functions on real intervals. Each bound is at most one unit in the last place wider
-// than the tightest enclosure, never wrong, and exact where the result is exact.
+// Elementary functions on real intervals. Every result is the tightest enclosure, exact where the
+// result is exact and monotone with the argument: where double-double arithmetic leaves a rounding
+// open, fixed-point arithmetic settles it. Where even that should not suffice, for a value within
+// about 2^-180 of a double, a bound is one unit in the last place wider. An empty argument gives
+// an empty result.
 
 ZULTAV_INTERVALS_API SubdefReal exp(const SubdefReal& x);
 /// Natural logarithm of the positive part of x; empty (flag up) when there is none.

@@ -1,0 +1,133 @@
+// Compares the library with MPFR on as many points as asked for and prints what docs/accuracy.md
+// records: accuracy_long [POINTS PER OPERATION [SEED]]. Fails when a bound is wrong or more than
+// one unit in the last place beyond the tightest.
+
+#include <cinttypes>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+
+#include "framework/intervals/ZULTavIntervals.h"
+#include "tests/intervals/mpfr_oracle.h"
+
+namespace {
+
+constexpr double kMax = 1e19;
+constexpr double kHalfPi = 1.5707963267948968;  // rounded up
+constexpr double kPi = 3.1415926535897936;
+
+struct Operation {
+  const char* name;
+  double reach;   ///< magnitude of the first argument
+  bool positive;  ///< whether it must be positive
+  double secondReach;
+  SubdefReal (*interval)(const SubdefReal& x, const SubdefReal& y);
+  int (*oracle)(mpfr_ptr z, mpfr_srcptr x, mpfr_srcptr y, mpfr_rnd_t direction);
+};
+
+// clang-format off
+#define UNARY(function)                                                       \
+  [](const SubdefReal& x, const SubdefReal&) { return function(x); },         \
+      [](mpfr_ptr z, mpfr_srcptr x, mpfr_srcptr, mpfr_rnd_t d) {              \
+        return mpfr_##function(z, x, d);                                      \
+      }
+#define BINARY(method, function)                                              \
+  [](const SubdefReal& x, const SubdefReal& y) { return SubdefReal(x.method(y)); }, mpfr_##function
+/// The principal branch.
+#define INVERSE(function, low, high)                                          \
+  [](const SubdefReal& x, const SubdefReal&) {                                \
+    return function(x, SubdefReal(low, high));                                \
+  },                                                                          \
+      [](mpfr_ptr z, mpfr_srcptr x, mpfr_srcptr, mpfr_rnd_t d) {              \
+        return mpfr_##function(z, x, d);                                      \
+      }
+
+const Operation kOperations[] = {
+    {"sum",         kMax / 2, false, kMax / 2, BINARY(AddIntToInt, add)},
+    {"difference",  kMax / 2, false, kMax / 2, BINARY(SubIntFromInt, sub)},
+    {"product",     kMax / 2, false, kMax / 2, BINARY(MultIntByInt, mul)},
+    {"quotient",    kMax / 2, false, kMax / 2, BINARY(DivIntByInt, div)},
+    {"sqrt",        kMax,     true,  0,        UNARY(sqrt)},
+    {"sqr",         kMax,     false, 0,        UNARY(sqr)},
+    {"exp",         kMax,     false, 0,        UNARY(exp)},
+    {"log",         kMax,     true,  0,        UNARY(log)},
+    {"sin",         kMax,     false, 0,        UNARY(sin)},
+    {"cos",         kMax,     false, 0,        UNARY(cos)},
+    {"tan",         1e14,     false, 0,        UNARY(tan)},
+    {"atan",        kMax,     false, 0,        UNARY(atan)},
+    {"asin(z, x)",  1,        false, 0,        INVERSE(asin, -kHalfPi, kHalfPi)},
+    {"acos(z, x)",  1,        false, 0,        INVERSE(acos, 0, kPi)},
+    {"atan(z, x)",  1e15,     false, 0,        INVERSE(atan, -kHalfPi, kHalfPi)},
+    {"pow(x, y)",   kMax / 2, true,  kMax / 2,
+     [](const SubdefReal& x, const SubdefReal& y) { return pow(x, y); }, mpfr_pow},
+    {"base(z, 3)",  kMax / 2, false, 0,
+     [](const SubdefReal& z, const SubdefReal&) { return base(z, 3.0); },
+     [](mpfr_ptr z, mpfr_srcptr x, mpfr_srcptr, mpfr_rnd_t d) { return mpfr_cbrt(z, x, d); }},
+};
+// clang-format on
+
+/// How many doubles high is above low.
+double DoublesBetween(double low, double high) {
+  const auto place = [](double x) {
+    const auto bits = std::bit_cast<std::int64_t>(x + 0.0);
+    return static_cast<double>(bits >= 0 ? bits : std::numeric_limits<std::int64_t>::min() - bits);
+  };
+  return place(high) - place(low);
+}
+
+struct Tally {
+  std::int64_t points = 0, wrong = 0, wider = 0;
+  double widest = 0;
+
+  void Count(const SubdefReal& found, const SubdefReal& tightest) {
+    ++points;
+    for (const double excess : {DoublesBetween(found.lower, tightest.lower),
+                                DoublesBetween(tightest.upper, found.upper)}) {
+      wrong += !(excess >= 0);
+      wider += excess > 0;
+      widest = std::max(widest, excess);
+    }
+  }
+};
+
+Tally Run(const Operation& operation, std::int64_t points, std::uint64_t seed) {
+  HardDoubles doubles(seed);
+  Tally tally;
+  mpfr_t a, b, c;
+  for (mpfr_ptr number : {a, b}) mpfr_init2(number, 53);
+  mpfr_init2(c, 64);
+  while (tally.points < points) {
+    double x = doubles.Draw(operation.reach);
+    const double y = operation.secondReach > 0 ? doubles.Draw(operation.secondReach) : 0;
+    if (operation.positive) x = std::fabs(x);
+    if (x == 0 || std::fabs(x) >= kMax || (operation.secondReach > 0 && y == 0)) continue;
+    mpfr_set_d(a, x, MPFR_RNDN);
+    mpfr_set_d(b, y, MPFR_RNDN);
+    const int inexact = operation.oracle(c, a, b, MPFR_RNDD);
+    const double low = mpfr_get_d(c, MPFR_RNDD);
+    double high = mpfr_get_d(c, MPFR_RNDU);
+    if (inexact != 0 && mpfr_cmp_d(c, high) == 0) high = std::nextafter(high, HUGE_VAL);
+    tally.Count(operation.interval(SubdefReal(x, x), SubdefReal(y, y)),
+                SubdefReal(std::clamp(low, -kMax, kMax), std::clamp(high, -kMax, kMax)));
+  }
+  for (mpfr_ptr number : {a, b, c}) mpfr_clear(number);
+  return tally;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::int64_t points = argc > 1 ? std::atoll(argv[1]) : 1000000;
+  const std::uint64_t seed = argc > 2 ? std::strtoull(argv[2], nullptr, 10) : 1;
+  SetTrigLimits(-3e18, 3e18);
+  bool failed = false;
+  std::printf("%-12s %12s %8s %8s %10s\n", "operation", "points", "wrong", "wider", "widest/ulp");
+  for (const Operation& operation : kOperations) {
+    const Tally tally = Run(operation, points, seed);
+    std::printf("%-12s %12" PRId64 " %8" PRId64 " %8" PRId64 " %10g\n", operation.name,
+                tally.points, tally.wrong, tally.wider, tally.widest);
+    std::fflush(stdout);
+    failed |= tally.wrong > 0 || tally.widest > 1;
+  }
+  return failed;
+}
