@@ -9,6 +9,7 @@
 
 #include "framework/intervals/SubdefReal.h"
 #include "framework/solver/FrameworkConstraints.h"
+#include "framework/solver/LocalCopy.h"
 #include "framework/solver/ZULTaVoInteger.h"
 
 namespace {
@@ -16,6 +17,9 @@ namespace {
 using Function = RealSystem::Function;
 using Relation = RealSystem::Relation;
 using Guard = RealSystem::Guard;
+
+// What a type of single values answers as the cardinality of Any.
+constexpr long kSingleAny = -1;
 
 constexpr RealInterval kPi = {0x1.921fb54442d18p+1, 0x1.921fb54442d19p+1};
 constexpr RealInterval kE = {0x1.5bf0a8b145769p+1, 0x1.5bf0a8b14576ap+1};
@@ -252,12 +256,24 @@ class RealSystemBuilder {
         mSystem.mDiscrete.push_back(static_cast<const ZULTaVoAny*>(argument));
       } else {
         discrete = false;
-        numbers = numbers && argument->IsDerivedFrom(ZULTaVoReal::sIdent);
+        numbers = numbers && argument->IsDerivedFrom(ZULTaVoReal::sIdent) &&
+                  !IsSingle(static_cast<const ZULTaVoAny&>(*argument));
       }
     }
     if (discrete) return;  // decided by propagation once its arguments are single values
     if (!numbers || !ReadReals(mNetwork.GetConstraint(index).GetDescriptor(), arguments))
       mSystem.mComplete = false;
+  }
+
+  /// Whether the type holds one value only. Such values are compared with a tolerance, which makes
+  /// solutions of what has none in true reals.
+  bool IsSingle(const ZULTaVoAny& value) {
+    const auto [place, isNew] = mSingles.try_emplace(value.GetDescriptor(), true);
+    if (!isNew) return place->second;
+    LocalCopy any(value);
+    if (!any) return true;
+    any->SetAny();
+    return place->second = any->GetCardinality() == kSingleAny;
   }
 
   bool ReadReals(const ZULTaVoObjectDescriptor* type, std::span<ZULTaVoObject* const> arguments) {
@@ -386,6 +402,7 @@ class RealSystemBuilder {
   const ZULTaVoNetwork& mNetwork;
   std::uint32_t mDeclared = 0;
   std::unordered_map<const ZULTaVoObject*, std::uint32_t> mSlotOf;
+  std::unordered_map<const ZULTaVoObjectDescriptor*, bool> mSingles;
   std::vector<Formula> mFormulas;
   std::vector<std::vector<std::uint32_t>> mUses;  // formulas of each slot
   std::vector<bool> mKnown;

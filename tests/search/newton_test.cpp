@@ -149,6 +149,11 @@ TEST(NewtonTest, WhatIsNoSolutionIsNeverProven) {
   }
 }
 
+TEST(NewtonTest, KeepsWhatTheToleranceOfSingleRealsAccepts) {
+  EXPECT_EQ(
+      Solve("x : single real; y : real = [0, 3]; x = 1.0000001; 10 * x = 10; y^2 = 2;").size(), 1u);
+}
+
 TEST(NewtonTest, PointsOfAContinuumAreProven) {
   const std::vector<Box> boxes =
       Solve("x, y, z : real = [-2, 2]; x^2 + y^2 = 1; z = x * y; z >= 0.25;", 0.01);
