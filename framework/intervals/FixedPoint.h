@@ -24,7 +24,7 @@ class FixedPoint {
   using Limbs = std::array<Limb, 320 / kLimbBits>;  // least significant first
 
   constexpr FixedPoint() = default;
-  constexpr explicit FixedPoint(const Limbs& magnitude, bool negative = false)
+  constexpr FixedPoint(const Limbs& magnitude, bool negative)
       : mMagnitude(magnitude), mNegative(negative) {}
   /// 32 bits each, least significant first.
   constexpr explicit FixedPoint(const std::array<std::uint32_t, 10>& words) {
