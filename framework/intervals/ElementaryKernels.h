@@ -113,8 +113,8 @@ constexpr double kMaxAngle = 1e19;
 /// In fixed point, beyond 1e14 and for the few numbers that come very near to a multiple.
 Angle ReduceSlowly(double x);
 
-/// |x| <= kMaxAngle. No double but 0 is within 2^-62 of a multiple of pi/2, so that the sign of r
-/// is certain, and with it the quadrant.
+/// |x| <= kMaxAngle. As r is known to 2^-60 of itself, its sign is certain, and with it the
+/// quadrant. No double but 0 is within 2^-62 of a multiple of pi/2.
 ///
 /// Up to 2^25, x - k pi/512 with pi/512 = a + b: x - (high part of k a) is exact, what is dropped
 /// or rounded is below 2^-112 k, and |r| <= pi/1024. Farther on the step is pi/256, so that k stays
