@@ -44,9 +44,11 @@ struct alignas(Arena::kAlignment) ZULTaVoNetwork::Node {
   std::uint32_t depth;  // of the last level that has saved the value
   bool constant;
   bool narrowed;  // by the filter that is running
+  bool single;    // whether the object held one value when it was last looked at
 
   ZULTaVoAny* Object() { return reinterpret_cast<ZULTaVoAny*>(this + 1); }
   void Remember() {
+    single = IsSingleValue(*Object());
     if (real == nullptr) return;
     lower = real->GetLowerBound();
     upper = real->GetUpperBound();
@@ -93,8 +95,9 @@ ZULTaVoAny* ZULTaVoNetwork::Add(const ZULTaVoObjectDescriptor* type, Init init) 
   const Arena::Mark mark = mArena.GetMark();
   auto* node = static_cast<Node*>(mArena.Allocate(sizeof(Node) + RoundUp(type->GetObjectSize())));
   if (node == nullptr) return nullptr;
-  new (node) Node{type,  nullptr, 0, 0,     static_cast<std::uint32_t>(mNodes.size()),
-                  kNone, kNone,   0, false, false};
+  new (node)
+      Node{type, nullptr, 0,     0,    static_cast<std::uint32_t>(mNodes.size()), kNone, kNone,
+           0,    false,   false, false};
   const bool made = init(node->Object()) != nullptr;
   if (!made || !Append(mNodes, node)) {
     if (made) type->DestroyObject(node->Object());
@@ -194,6 +197,7 @@ void ZULTaVoNetwork::Spare(Link& link, int flags) {
 
 /// Enters the link in the node's list of dependents, at its end.
 bool ZULTaVoNetwork::Depend(Node& node, std::uint32_t link) {
+  node.single = IsSingleValue(*node.Object());
   const auto edge = static_cast<std::uint32_t>(mEdges.size());
   if (!Append(mEdges, {link, kNone})) return false;
   (node.lastEdge == kNone ? node.firstEdge : mEdges[node.lastEdge].next) = edge;
@@ -265,6 +269,7 @@ bool ZULTaVoNetwork::TakeNext(std::uint32_t& index) {
 }
 
 void ZULTaVoNetwork::ScheduleAll() {
+  for (Node* node : mNodes) node->single = IsSingleValue(*node->Object());
   for (std::uint32_t i = 0; i < mLinks.size(); ++i) {
     mLinks[i].constraint->Reactivate();
     if (!mLinks[i].queued) Enqueue(i);
@@ -309,23 +314,22 @@ void ZULTaVoNetwork::PropagateValue(const ZULTaVoObject* object) {
   if (node == nullptr) node = FindNode(object);
   if (node == nullptr) return;
   node->narrowed = true;
+  node->single = IsSingleValue(*node->Object());
   const bool running = mRunning != kNoLink;
   if (running) ++mStatistics.narrowings;
   if (!WorthPropagating(*node) && running) return;
-  const bool single = IsSingleValue(*node->Object());
   for (std::uint32_t edge = node->firstEdge; edge != kNone; edge = mEdges[edge].next) {
     const std::uint32_t link = mEdges[edge].link;
     if (!running) Wake(link, object);
-    const bool spared = (mLinks[link].waits && !single && !HasSingleArgument(mLinks[link])) ||
+    const bool spared = (mLinks[link].waits && !HasSingleArgument(mLinks[link])) ||
                         (link == mRunning && mLinks[link].idempotent);
     if (!spared) Schedule(link);
   }
 }
 
 bool ZULTaVoNetwork::HasSingleArgument(const Link& link) const {
-  return std::any_of(link.arguments, link.arguments + link.count, [](const ZULTaVoObject* object) {
-    return IsSingleValue(*static_cast<const ZULTaVoAny*>(object));
-  });
+  return std::any_of(link.arguments, link.arguments + link.count,
+                     [](const ZULTaVoObject* object) { return NodeOf(object)->single; });
 }
 
 /// A change from outside ends the passivity of a constraint.
