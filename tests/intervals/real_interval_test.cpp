@@ -37,8 +37,9 @@ TEST_P(RealArithmeticTest, IsTheHullOfTheCorners) {
     SubdefReal hull(kMax, -kMax);
     for (const double a : {x.lower, x.upper}) {
       for (const double b : {y.lower, y.upper}) {
-        const SubdefReal corner = Tightest(
-            [&](mpfr_ptr z, mpfr_rnd_t direction) { oracle(z, Mpfr(a), Mpfr(b), direction); });
+        const SubdefReal corner = Tightest([&, exact = oracle](mpfr_ptr z, mpfr_rnd_t direction) {
+          exact(z, Mpfr(a), Mpfr(b), direction);
+        });
         hull = SubdefReal(std::min(hull.lower, corner.lower), std::max(hull.upper, corner.upper));
       }
     }
