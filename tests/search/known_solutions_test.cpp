@@ -1,0 +1,761 @@
+// Random models with a solution that is known by construction: expressions over every registered
+// operator are evaluated at a random point by MPFR, and what comes out is stated of them. However
+// the boxes around the point lie, neither propagation nor the search may lose it.
+//
+// ZULTAV_CASES=1000000 ZULTAV_SEED=5 search_test --gtest_filter='KnownSolutions*' runs longer.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <optional>
+#include <random>
+#include <set>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "framework/calculator/ZULTavCalculator.h"
+#include "framework/search/ZULTavUtilities.h"
+#include "framework/solver/ZULTavAbstractTypes.h"
+#include "tests/intervals/mpfr_oracle.h"
+
+namespace {
+
+// --- What the operators mean
+// ----------------------------------------------------------------------
+
+/// A number or truth value that lies between two; the two are equal where it is known exactly.
+struct Known {
+  Mpfr low, high;
+
+  bool IsExact() const { return mpfr_equal_p(low, high) != 0; }
+  bool IsInteger() const { return IsExact() && mpfr_integer_p(low) != 0; }
+  bool IsTrue() const { return mpfr_sgn(static_cast<mpfr_srcptr>(low)) != 0; }
+  bool Above(double x) const { return mpfr_cmp_d(low, x) > 0; }
+  bool Below(double x) const { return mpfr_cmp_d(high, x) < 0; }
+  bool Within(double x) const { return mpfr_cmp_d(low, -x) >= 0 && mpfr_cmp_d(high, x) <= 0; }
+};
+using MaybeKnown = std::optional<Known>;
+Known Exactly(double x) { return {x, x}; }
+
+enum Type { kBoolean, kInteger, kIntegers, kReal, kReals, kTypes };
+constexpr const char* kTypeNames[] = {"single bool", "single int", "interval int", "single real",
+                                      "interval real"};
+bool IsReal(Type type) { return type >= kReal; }
+constexpr double kPrecision = 1e-6;  // the solver's default
+
+/// One application of an operator.
+struct Application {
+  Known l, r;
+  Type left, right, result;
+  int branch;  // which of several values
+};
+using Rounded = int (*)(mpfr_ptr, mpfr_srcptr, mpfr_srcptr, mpfr_rnd_t);
+
+/// The values of a function that is monotone in each operand.
+Known Monotone(const Known& l, const Known& r, Rounded f) {
+  Known known{HUGE_VAL, -HUGE_VAL};
+  for (const Mpfr* x : {&l.low, &l.high})
+    for (const Mpfr* y : {&r.low, &r.high}) {
+      Mpfr value;
+      f(value, *x, *y, MPFR_RNDD);
+      mpfr_min(known.low, known.low, value, MPFR_RNDD);
+      f(value, *x, *y, MPFR_RNDU);
+      mpfr_max(known.high, known.high, value, MPFR_RNDU);
+    }
+  return known;
+}
+#define VALUES(CALL)                                                             \
+  [](mpfr_ptr z, [[maybe_unused]] mpfr_srcptr a, [[maybe_unused]] mpfr_srcptr b, \
+     [[maybe_unused]] mpfr_rnd_t to) { return CALL; }
+constexpr Rounded kSum = VALUES(mpfr_add(z, a, b, to)), kDifference = VALUES(mpfr_sub(z, a, b, to)),
+                  kProduct = VALUES(mpfr_mul(z, a, b, to));
+
+/// Sine and cosine change by no more than their argument does.
+Known Wave(const Known& x, Rounded f) {
+  Known known = Monotone(x, x, f);
+  const Mpfr width = Monotone(x, x, kDifference).high;
+  mpfr_sub(known.low, known.low, width, MPFR_RNDD);
+  mpfr_add(known.high, known.high, width, MPFR_RNDU);
+  return known;
+}
+Known Sine(const Known& x) { return Wave(x, VALUES(mpfr_sin(z, a, to))); }
+Known Cosine(const Known& x) { return Wave(x, VALUES(mpfr_cos(z, a, to))); }
+Known PiTimes(int factor) {
+  const Known pi = Monotone({}, {}, VALUES(mpfr_const_pi(z, to)));
+  return Monotone(pi, Exactly(factor), kProduct);
+}
+/// The angle itself, its mirror image where `mirror`, and so many turns more.
+Known Turned(const Known& angle, bool mirror, int halfTurns) {
+  return Monotone(PiTimes(halfTurns), angle, mirror ? kDifference : kSum);
+}
+
+Known Absolute(const Known& x) {
+  const Known negative = Monotone(Exactly(0), x, kDifference);
+  return Monotone(x, negative, VALUES(mpfr_max(z, a, b, to)));
+}
+
+MaybeKnown Tangent(const Known& x) {
+  const Known cosine = Cosine(x);
+  if (!cosine.Above(0) && !cosine.Below(0)) return {};
+  return Monotone(x, x, VALUES(mpfr_tan(z, a, to)));
+}
+
+MaybeKnown Power(const Application& at) {
+  constexpr Rounded kPower = VALUES(mpfr_pow(z, a, b, to));
+  const auto& [x, n] = std::tie(at.l, at.r);
+  if (x.IsExact() && mpfr_zero_p(static_cast<mpfr_srcptr>(x.low)))
+    return n.Above(0)                     ? MaybeKnown(Exactly(0))
+           : n.IsInteger() && !n.Below(0) ? MaybeKnown(Exactly(1))
+                                          : MaybeKnown();
+  // By intention, bases just below zero count as zero.
+  if (x.Above(0) || (x.Below(-1e-13) && n.IsInteger())) return Monotone(x, n, kPower);
+  return {};
+}
+
+MaybeKnown Remainder(const Application& at) {
+  const auto& [x, m] = std::tie(at.l, at.r);
+  if (!m.Above(0) && !m.Below(0)) return {};
+  Known quotient = Monotone(x, m, VALUES(mpfr_div(z, a, b, to)));
+  mpfr_trunc(quotient.low, quotient.low);
+  mpfr_trunc(quotient.high, quotient.high);
+  if (!quotient.IsExact()) return {};
+  const Known rest = Monotone(x, Monotone(quotient, m, kProduct), kDifference);
+  if (!IsReal(at.result)) return rest;
+  // Real remainders take what is smaller than this for zero.
+  constexpr double kSmall = 1e-13;
+  if (m.Within(kSmall) || x.Within(kSmall)) return {};
+  // Those of single reals round the quotient.
+  const Known gap = Monotone(Absolute(m), Absolute(rest), kDifference);
+  const bool clear = gap.Above(1e-3) && !rest.Within(1e-3);
+  return clear || at.result != kReal ? MaybeKnown(rest) : MaybeKnown();
+}
+
+enum Order { kLess, kSame, kGreater };
+/// How the operands compare; nothing where that depends on the tolerance of comparisons.
+std::optional<Order> Compare(const Application& at) {
+  // Variables are made equal to expressions whose value no number of finite length is.
+  if (mpfr_equal_p(at.l.low, at.r.low) != 0 && mpfr_equal_p(at.l.high, at.r.high) != 0)
+    return kSame;
+  const Known difference = Monotone(at.l, at.r, kDifference);
+  const double size = std::max(std::fabs(mpfr_get_d(at.l.low, MPFR_RNDN)), 1.0);
+  const double margin = IsReal(at.left) || IsReal(at.right) ? 5 * kPrecision + 1e-13 * size : 0;
+  if (difference.Below(-margin)) return kLess;
+  if (difference.Above(margin)) return kGreater;
+  return {};
+}
+using Orders = std::set<Order>;
+/// The truth value of a comparison.
+MaybeKnown Truth(const Application& at, const Orders& wanted) {
+  const auto order = Compare(at);
+  return order ? MaybeKnown(Exactly(wanted.count(*order) != 0)) : MaybeKnown();
+}
+/// A comparison that holds has the value of one side.
+MaybeKnown Stated(const Application& at, const Orders& wanted, const Known& value) {
+  const MaybeKnown truth = Truth(at, wanted);
+  return truth && truth->IsTrue() ? MaybeKnown(value) : MaybeKnown();
+}
+
+MaybeKnown Sign(const Known& x) {
+  if (x.Above(0)) return Exactly(1);
+  if (x.Below(0)) return Exactly(-1);
+  return x.IsExact() ? MaybeKnown(x) : MaybeKnown();
+}
+Known Step(const Application& at, int direction) {
+  const double step = at.result == kReals ? kPrecision : at.result == kReal ? 2 * kPrecision : 1;
+  return Monotone(at.l, Exactly(direction * step), kSum);
+}
+
+using Meaning = std::function<MaybeKnown(const Application&)>;
+// clang-format off
+#define MEANS(VALUE) []([[maybe_unused]] const Application& at) -> MaybeKnown { return VALUE; }
+#define WHERE(CONDITION, VALUE) MEANS((CONDITION) ? MaybeKnown(VALUE) : MaybeKnown())
+const std::map<std::pair<std::string_view, unsigned>, Meaning> kMeanings = {
+    {{"+", 2},           MEANS(Monotone(at.l, at.r, kSum))},
+    {{"-", 2},           MEANS(Monotone(at.l, at.r, kDifference))},
+    {{"*", 2},           MEANS(Monotone(at.l, at.r, kProduct))},
+    {{"/", 2},           WHERE(at.r.Above(0) || at.r.Below(0),
+                               Monotone(at.l, at.r, VALUES(mpfr_div(z, a, b, to))))},
+    {{"mod", 2},         Remainder},
+    {{"^", 2},           Power},
+    {{"/\\", 2},         MEANS(Monotone(at.l, at.r, VALUES(mpfr_min(z, a, b, to))))},
+    {{"\\/", 2},         MEANS(Monotone(at.l, at.r, VALUES(mpfr_max(z, a, b, to))))},
+    {{"&&", 2},          MEANS(Exactly(at.l.IsTrue() && at.r.IsTrue()))},
+    {{"||", 2},          MEANS(Exactly(at.l.IsTrue() || at.r.IsTrue()))},
+    {{"->", 2},          MEANS(Exactly(!at.l.IsTrue() || at.r.IsTrue()))},
+    {{"~", 1},           MEANS(Exactly(!at.l.IsTrue()))},
+    {{"=", 2},           MEANS(Stated(at, {kSame}, at.r))},
+    {{"<>", 2},          MEANS(Stated(at, {kLess, kGreater}, at.r))},
+    {{">=", 2},          MEANS(Stated(at, {kSame, kGreater}, at.r))},
+    {{">", 2},           MEANS(Stated(at, {kGreater}, at.r))},
+    {{"<=", 2},          MEANS(Stated(at, {kLess, kSame}, at.l))},
+    {{"<", 2},           MEANS(Stated(at, {kLess}, at.l))},
+    {{"==", 2},          MEANS(Truth(at, {kSame}))},
+    {{"<<>>", 2},        MEANS(Truth(at, {kLess, kGreater}))},
+    {{">==", 2},         MEANS(Truth(at, {kSame, kGreater}))},
+    {{">>", 2},          MEANS(Truth(at, {kGreater}))},
+    {{"<==", 2},         MEANS(Truth(at, {kLess, kSame}))},
+    {{"<<", 2},          MEANS(Truth(at, {kLess}))},
+    {{"-", 1},           MEANS(Monotone(Exactly(0), at.l, kDifference))},
+    {{"abs", 1},         MEANS(Absolute(at.l))},
+    {{"sign", 1},        MEANS(Sign(at.l))},
+    {{"next", 1},        MEANS(Step(at, 1))},
+    {{"prev", 1},        MEANS(Step(at, -1))},
+    {{"exp", 1},         MEANS(Monotone(at.l, at.l, VALUES(mpfr_exp(z, a, to))))},
+    {{"ln", 1},          WHERE(at.l.Above(0), Monotone(at.l, at.l, VALUES(mpfr_log(z, a, to))))},
+    {{"sqrt", 1},        WHERE(mpfr_sgn(static_cast<mpfr_srcptr>(at.l.low)) >= 0,
+                               Monotone(at.l, at.l, VALUES(mpfr_sqrt(z, a, to))))},
+    {{"sin", 1},         MEANS(Sine(at.l))},
+    {{"cos", 1},         MEANS(Cosine(at.l))},
+    {{"tan", 1},         MEANS(Tangent(at.l))},
+    // The inverses stand for every angle that has the given sine, cosine or tangent.
+    {{"asin", 1},        WHERE(at.l.Within(1),
+                               Turned(Monotone(at.l, at.l, VALUES(mpfr_asin(z, a, to))),
+                                      at.branch % 2 != 0, at.branch))},
+    {{"acos", 1},        WHERE(at.l.Within(1),
+                               Turned(Monotone(at.l, at.l, VALUES(mpfr_acos(z, a, to))),
+                                      at.branch % 2 != 0, at.branch / 2 * 2))},
+    {{"atan", 1},        MEANS(Turned(Monotone(at.l, at.l, VALUES(mpfr_atan(z, a, to))), false,
+                                      at.branch))},
+    {{"floor", 1},       MEANS(Monotone(at.l, at.l, VALUES(mpfr_rint_floor(z, a, to))))},
+    {{"ceil", 1},        MEANS(Monotone(at.l, at.l, VALUES(mpfr_rint_ceil(z, a, to))))},
+    {{"round", 1},       MEANS(Monotone(at.l, at.l, VALUES(mpfr_rint_round(z, a, to))))},
+    {{"Pi", 0},          MEANS(PiTimes(1))},
+    {{"E", 0},           MEANS(Monotone(Exactly(1), {}, VALUES(mpfr_exp(z, a, to))))},
+    {{"(real)", 1},      MEANS(at.l)},
+    {{"(int)", 1},       MEANS(at.l)},
+    {{"PrimeNumber", 1}, WHERE(at.l.Within(1000), Exactly([](long n) {
+                           for (long d = 2; d * d <= n; ++d)
+                             if (n % d == 0) return false;
+                           return n > 1;
+                         }(mpfr_get_si(at.l.low, MPFR_RNDN))))},
+};
+#undef WHERE
+#undef MEANS
+// clang-format on
+
+/// What the operator makes of its operands, where its type can hold it and the rounding errors of
+/// what comes before have not grown large.
+MaybeKnown Evaluate(const Meaning& meaning, const Application& at) {
+  MaybeKnown known = meaning(at);
+  if (!known || mpfr_number_p(known->low) == 0 || mpfr_number_p(known->high) == 0) return {};
+  if (at.result == kBoolean) return known->Within(1) && !known->Below(0) ? known : MaybeKnown();
+  if (!IsReal(at.result))
+    return known->IsInteger() && known->Within(2147483646) ? known : MaybeKnown();
+  const double size = std::max(std::fabs(mpfr_get_d(known->low, MPFR_RNDN)), 1.0);
+  if (at.result == kReal) {
+    // A double near the value, compared within the precision: large and tiny ones are none of it,
+    // nor are powers, which are compared as they are.
+    const bool isDouble = mpfr_get_d(known->low, MPFR_RNDD) == mpfr_get_d(known->high, MPFR_RNDU);
+    const bool isPower = &meaning == &kMeanings.at({"^", 2});
+    if (!known->Within(1e4) || (!isDouble && (isPower || known->Within(1e-3)))) return {};
+    const double error = isDouble ? 0 : 0x1p-48 * size;
+    mpfr_sub_d(known->low, known->low, error, MPFR_RNDD);
+    mpfr_add_d(known->high, known->high, error, MPFR_RNDU);
+  }
+  Mpfr width;
+  mpfr_sub(width, known->high, known->low, MPFR_RNDU);
+  return known->Within(1e18) && mpfr_cmp_d(width, 1e-4 * size) < 0 ? known : MaybeKnown();
+}
+
+// --- Models -----------------------------------------------------------------------------------
+
+constexpr double kInfinity = 1e19;
+
+/// Shortest decimals that read back exactly.
+std::string Shortest(double x, bool integer = false) {
+  char text[40];
+  if (integer) return std::to_string(static_cast<long>(x));
+  return {text, std::to_chars(text, text + sizeof text, x).ptr};
+}
+
+/// An operator over earlier nodes, a variable in a box, or a literal.
+struct Node {
+  Type type = kReals;
+  Known known = {};
+  const ZULTaVoOperatorDescriptor* op = nullptr;
+  std::array<int, 2> operands = {-1, -1};
+  std::string literal = {};
+  std::string typeName = {};  // as a variable
+  double lower = 0, upper = 0;
+
+  bool IsVariable() const { return op == nullptr && literal.empty(); }
+  bool Holds(double low, double high) const {
+    return (low <= -kInfinity || mpfr_cmp_d(known.high, low) >= 0) &&
+           (high >= kInfinity || mpfr_cmp_d(known.low, high) <= 0);
+  }
+};
+
+struct Model {
+  std::vector<Node> nodes;
+  std::vector<int> statements;  // comparisons, and boolean expressions that are true
+
+  std::string Expression(int index) const {
+    const Node& node = nodes[static_cast<std::size_t>(index)];
+    if (node.IsVariable()) return "v" + std::to_string(index);
+    if (!node.literal.empty()) return node.literal;
+    const std::string name = node.op->GetName();
+    const auto [l, r] = node.operands;
+    if (r >= 0) return "(" + Expression(l) + " " + name + " " + Expression(r) + ")";
+    if (l < 0) return name + "()";
+    return name == "-" || name == "~" ? "(" + name + Expression(l) + ")"
+           : name.front() == '('      ? "(" + name + " " + Expression(l) + ")"
+                                      : name + "(" + Expression(l) + ")";
+  }
+  /// The variables that the statements are about.
+  std::set<int> Variables() const {
+    std::set<int> found;
+    std::vector<int> open = statements;
+    while (!open.empty()) {
+      const int index = open.back();
+      open.pop_back();
+      if (index < 0) continue;
+      const Node& node = nodes[static_cast<std::size_t>(index)];
+      if (node.IsVariable()) found.insert(index);
+      open.insert(open.end(), node.operands.begin(), node.operands.end());
+    }
+    return found;
+  }
+  std::string Text() const {
+    std::string text;
+    for (const int index : Variables()) {
+      const Node& node = nodes[static_cast<std::size_t>(index)];
+      const auto number = [&](double x) { return Shortest(x, !IsReal(node.type)); };
+      text += "v" + std::to_string(index) + " : " + node.typeName;
+      if (node.type == kBoolean)
+        text += node.lower < node.upper ? "" : node.lower != 0 ? " = True" : " = False";
+      else if (node.type == kInteger || node.type == kReal)
+        text += node.lower < node.upper ? "" : " = " + number(node.lower);
+      else
+        text += " = [" + (node.lower <= -kInfinity ? "Min" : number(node.lower)) + ", " +
+                (node.upper >= kInfinity ? "Max" : number(node.upper)) + "]";
+      text += ";\n";
+    }
+    for (const int index : statements) text += Expression(index) + ";\n";
+    return text;
+  }
+};
+
+const ZULTaVoModule& Module() {
+  static ZULTaVoModuleManager manager;
+  static const ZULTaVoModule* module = [] {
+    manager.AddSearchDirectory(ZULTAV_TEST_MODULES);
+    return manager.OpenModule("ZULTavNumbers");
+  }();
+  return *module;
+}
+
+class RandomModel {
+ public:
+  RandomModel(std::uint64_t seed, bool singleReals) : mRandom(seed), mSingleReals(singleReals) {
+    for (std::size_t i = 1 + Below(3); i > 0; --i) Variable(AnyType());
+    for (std::size_t i = 1 + Below(8); i > 0; --i) Grow();
+    std::set<int> used;
+    for (const Node& node : mModel.nodes) used.insert(node.operands.begin(), node.operands.end());
+    const int count = static_cast<int>(mModel.nodes.size());
+    for (int index = 0; index < count; ++index)
+      if (At(index).op != nullptr && used.count(index) == 0) State(index);
+    std::erase(mModel.statements, -1);  // beyond what can be told apart from its tolerance
+  }
+  const Model& Get() const { return mModel; }
+  std::size_t Below(std::size_t n) { return mRandom() % n; }
+
+ private:
+  using Operator = const ZULTaVoOperatorDescriptor*;
+  struct Variant {
+    Operator op;
+    std::array<Type, 2> operands;
+    Type result;
+  };
+  /// The variants of each operator that expressions can name, without those over abstract types.
+  static std::vector<std::vector<Variant>> AllOperators(bool singleReals) {
+    std::vector<std::vector<Variant>> all;
+    for (const auto& [key, meaning] : kMeanings) {
+      all.emplace_back();
+      for (const Operator op : Module().FindOperators(key.first)) {
+        Variant variant{
+            op, {kTypes, kTypes},
+             TypeOf(op->GetResultType())
+        };
+        std::array<const ZULTaVoObjectDescriptor*, 2> types = {};
+        // A hidden single integer would be asked for by inexact inverses, see Enclose.
+        bool fits = variant.result != (singleReals ? kTypes : kReal) &&
+                    !(singleReals && key.first == "(int)");
+        for (unsigned i = 0; i < key.second; ++i) {
+          types[i] = op->GetOperandType(i);
+          variant.operands[i] = TypeOf(types[i]);
+          fits = fits && variant.operands[i] != kTypes &&
+                 (singleReals || variant.operands[i] != kReal);
+        }
+        if (fits && Module().FindOperator(key.first, types.data(), key.second) == op)
+          all.back().push_back(variant);
+      }
+      if (all.back().empty()) all.pop_back();
+    }
+    return all;
+  }
+  const std::vector<std::vector<Variant>>& Operators() const {
+    static const std::vector<std::vector<Variant>> kWithout = AllOperators(false),
+                                                   kWith = AllOperators(true);
+    return mSingleReals ? kWith : kWithout;
+  }
+  static Type TypeOf(const ZULTaVoObjectDescriptor* type) {
+    if (type == nullptr) return kTypes;
+    const auto* end = std::end(kTypeNames);
+    return static_cast<Type>(
+        std::find(std::begin(kTypeNames), end, std::string_view(type->GetName())) - kTypeNames);
+  }
+
+  bool Chance(std::size_t percent) { return Below(100) < percent; }
+  Node& At(int index) { return mModel.nodes[static_cast<std::size_t>(index)]; }
+  int Add(Node node) {
+    mModel.nodes.push_back(std::move(node));
+    return static_cast<int>(mModel.nodes.size()) - 1;
+  }
+  Type AnyType() {
+    const Type type = static_cast<Type>(Below(kTypes + 3));
+    return type < kTypes && (type != kReal || mSingleReals) ? type : kReals;
+  }
+
+  double DrawReal(bool moderate) {
+    const double sign = Chance(50) ? 1 : -1;
+    const double fraction = std::ldexp(static_cast<double>(mRandom() >> 11), -53);
+    constexpr double kSpecial[] = {0, 0.5, 1, 2, 3, 0.1, 1e-9, 10, 0.25, 100};
+    switch (Below(moderate ? 6 : 8)) {
+      case 0:
+        return sign * kSpecial[Below(std::size(kSpecial))];
+      case 1:
+        return sign * static_cast<double>(Below(12));
+      case 2:
+        return sign * static_cast<double>(Below(1000)) / 8;
+      case 3:
+      case 4:
+      case 5:
+        return sign * fraction * (Chance(50) ? 1 : 10);
+      case 6:
+        return sign * std::ldexp(fraction, static_cast<int>(Below(60)));
+      default:
+        return sign * std::ldexp(fraction, -static_cast<int>(Below(80)));
+    }
+  }
+  Known Draw(Type type) {
+    if (type == kBoolean) return Exactly(static_cast<double>(Below(2)));
+    if (IsReal(type)) return Exactly(DrawReal(mSingleReals));
+    constexpr std::size_t kSizes[] = {3, 10, 10, 50, 1000, 2147483647};
+    return Exactly((Chance(50) ? 1 : -1) *
+                   static_cast<double>(Below(kSizes[Below(mSingleReals ? 5 : 6)])));
+  }
+
+  int Variable(Type type) { return Variable(type, Draw(type)); }
+  int Variable(Type type, const Known& known) {
+    Node node{.type = type, .known = known};
+    Enclose(node);
+    return Add(std::move(node));
+  }
+  /// Gives the node a box around its value, should it be a variable.
+  void Enclose(Node& node) {
+    const double low = mpfr_get_d(node.known.low, MPFR_RNDD);
+    const double high = mpfr_get_d(node.known.high, MPFR_RNDU);
+    node.typeName = node.type == kReals && Chance(10)               ? "angle"
+                    : node.type == kReals && low >= 0 && Chance(10) ? "positive"
+                                                                    : kTypeNames[node.type];
+    if (node.type == kReals || node.type == kIntegers) {
+      const double limit = node.type == kReals ? kInfinity : 2147483646;
+      node.lower = std::clamp(-Widened(-low, node.type), -limit, limit);
+      node.upper = std::clamp(Widened(high, node.type), -limit, limit);
+    } else if (node.type == kBoolean) {
+      node.lower = Chance(50) ? 0 : low;
+      node.upper = Chance(50) ? 1 : high;
+    } else {  // Any, or one value
+      node.lower = node.upper = (low + high) / 2;
+      // What single reals make of an inverse is inexact, and no integer if it misses one by an ulp.
+      if (!mSingleReals && Chance(25)) ++node.upper;
+    }
+  }
+  double Widened(double bound, Type type) {
+    const double further = static_cast<double>(1 + Below(20));
+    switch (Below(8)) {
+      case 0:
+        return 2 * kInfinity;
+      case 1:
+        return std::max(bound, 0.0);
+      case 2:
+        return bound + further * 1e5;
+      case 3:
+        return type == kReals ? std::nextafter(bound, HUGE_VAL) : bound + 1;
+      case 4:
+        return type == kReals ? bound + std::ldexp(further, -static_cast<int>(Below(50)))
+                              : bound + further;
+      case 5:
+        return bound + (type == kReals ? further / 8 : further);
+      default:
+        return bound;
+    }
+  }
+
+  int Literal(Type type) {
+    Node node{.type = type};
+    if (!IsReal(type)) {
+      node.known = Exactly(static_cast<double>(Below(12)));
+      node.literal = Shortest(mpfr_get_d(node.known.low, MPFR_RNDN), true);
+    } else {
+      node.literal = std::to_string(Below(20)) + "." + std::to_string(Below(1000));
+      mpfr_set_str(node.known.low, node.literal.c_str(), 10, MPFR_RNDD);
+      mpfr_set_str(node.known.high, node.literal.c_str(), 10, MPFR_RNDU);
+      if (type == kReal) node.known = Exactly(std::strtod(node.literal.c_str(), nullptr));
+    }
+    return Add(std::move(node));
+  }
+
+  /// An operand of that type: mostly a node that is there already.
+  int Operand(Type type) {
+    std::vector<int> fitting;
+    for (std::size_t i = 0; i < mModel.nodes.size(); ++i)
+      if (mModel.nodes[i].type == type && mModel.nodes[i].literal.empty() &&
+          !(type == kBoolean && IsStated(mModel.nodes[i])))
+        fitting.push_back(static_cast<int>(i));
+    if (fitting.empty() || Chance(20)) return Variable(type);
+    return Chance(50) ? fitting.back() : fitting[Below(fitting.size())];
+  }
+
+  /// One more application of a random operator.
+  void Grow() {
+    const auto& operators = Operators();
+    for (int attempt = 0; attempt < 20; ++attempt) {
+      const auto& variants = operators[Below(operators.size())];
+      const Variant& variant = variants[Below(variants.size())];
+      const std::size_t before = mModel.nodes.size();
+      const std::string_view name = variant.op->GetName();
+      std::array<int, 2> operands = {-1, -1};
+      const auto [left, right] = variant.operands;
+      if (left != kTypes) operands[0] = Operand(left);
+      if (right != kTypes) {
+        // A literal takes the type of its neighbour, but an exponent stays an integer.
+        const bool literal =
+            right != kBoolean && Chance(25) &&
+            (left == right || (name == "^" && right == kIntegers && left == kReals));
+        const bool equal = left == right && name.find('=') != name.npos && Chance(60);
+        operands[1] = literal ? Literal(right)
+                      : equal ? Variable(right, Known(At(operands[0]).known))
+                              : Operand(right);
+        if (literal && left == right && Chance(30)) std::swap(operands[0], operands[1]);
+      }
+      if (Apply(variant, operands) >= 0) return;
+      mModel.nodes.resize(before);
+    }
+  }
+
+  int Apply(const Variant& variant, const std::array<int, 2>& operands) {
+    Application at{{}, {}, variant.operands[0], variant.operands[1], variant.result, 0};
+    if (operands[0] >= 0) at.l = At(operands[0]).known;
+    if (operands[1] >= 0) at.r = At(operands[1]).known;
+    // Equal expressions are one, so that they have one value.
+    at.branch = static_cast<int>(std::hash<double>()(mpfr_get_d(at.l.low, MPFR_RNDD)) % 7) - 3;
+    const auto meaning =
+        kMeanings.find({variant.op->GetName(), variant.op->GetNumberOfArguments()});
+    const MaybeKnown known = Evaluate(meaning->second, at);
+    if (!known) return -1;
+    Node node{.type = variant.result, .known = *known, .op = variant.op, .operands = operands};
+    Enclose(node);
+    return Add(std::move(node));
+  }
+
+  static bool IsStated(const Node& node) {
+    static const std::set<std::string_view> kStated = {"=", "<>", "<", "<=", ">", ">="};
+    return node.op != nullptr && kStated.count(node.op->GetName()) != 0;
+  }
+  /// States what holds of a node at the point.
+  void State(int index) {
+    const Node node = At(index);
+    if (IsStated(node)) {
+      mModel.statements.push_back(index);
+    } else if (node.type == kBoolean && Chance(60)) {
+      mModel.statements.push_back(node.known.IsTrue() ? index : Applied("~", index, -1));
+    } else {
+      const int value = Variable(node.type, node.known);
+      if (node.type == kReal && Chance(25)) ++At(value).upper;
+      mModel.statements.push_back(
+          Applied(node.type == kBoolean && Chance(30) ? "==" : "=", index, value));
+    }
+  }
+  int Applied(const char* name, int l, int r) {
+    for (const auto& variants : Operators())
+      for (const Variant& variant : variants)
+        if (std::string_view(name) == variant.op->GetName() && variant.operands[0] == At(l).type &&
+            variant.operands[1] == (r < 0 ? kTypes : At(r).type))
+          return Apply(variant, {l, r});
+    return -1;
+  }
+
+  std::mt19937_64 mRandom;
+  bool mSingleReals;
+  Model mModel;
+};
+
+// --- What becomes of them -----------------------------------------------------------------------
+
+struct Bounds {
+  double lower, upper;
+};
+Bounds BoundsOf(const ZULTaVoAny& value) {
+  if (const auto* boolean = ZULTaVoCast<ZULTaVoBoolean>(&value))
+    return {boolean->IsTrue() ? 1.0 : 0.0, boolean->IsFalse() ? 0.0 : 1.0};
+  if (value.IsAny()) return {-kInfinity, kInfinity};
+  if (const auto* integer = ZULTaVoCast<ZULTaVoInteger>(&value))
+    return {static_cast<double>(integer->GetLowerBound()),
+            static_cast<double>(integer->GetUpperBound())};
+  const auto& real = *ZULTaVoCast<ZULTaVoReal>(&value);
+  return {real.GetLowerBound(), real.GetUpperBound()};
+}
+
+struct Counts {
+  int exhausted = 0, boxes = 0;
+};
+
+/// How the model loses its solution; empty when it keeps it.
+std::string Loss(const Model& model, std::uint64_t seed, Counts* counts = nullptr) {
+  std::vector<ZULTavDiagnostic> errors;
+  const auto read = ZULTavCalculator({&Module()}).Read(model.Text(), "random", {}, errors);
+  if (read == nullptr) return "cannot be read: " + errors.front().message;
+  std::vector<ZULTaVoAny*> declared;
+  for (const auto& variable : read->Variables()) declared.push_back(variable.values.front());
+  const std::set<int> indices = model.Variables();
+  const auto holds = [&](int index, const ZULTaVoAny& value) {
+    const Bounds bounds = BoundsOf(value);
+    const Node& node = model.nodes[static_cast<std::size_t>(index)];
+    const double slack = node.type == kReal ? 1e-4 : 0;
+    return node.Holds(bounds.lower - slack, bounds.upper + slack);
+  };
+
+  std::mt19937_64 random(seed);
+  read->Network().SetFilterLimit(5000);  // some converge by one value at a time
+  ZULTavNewton newton(read->Network(), declared);
+  ZULTavSearch::Options options;
+  options.solutions = 500;
+  options.nodes = 60;
+  options.hiddenNodes = 20;
+  options.absoluteWidth = std::pow(10.0, static_cast<double>(random() % 9) - 6);
+  options.selection = random() % 2 == 0 ? ZULTaVoAny::kLowerHalf : ZULTaVoAny::kUpperHalf;
+  options.choice = static_cast<ZULTavSearch::VariableChoice>(random() % 5);
+  options.proof = &newton;
+  ZULTavSearch search(read->Network(), declared, options);
+
+  ZULTavSearch::Verdict verdict;
+  if (random() % 2 == 0) {
+    const auto outcome = search.Propagate(verdict);
+    if (outcome == ZULTavSearch::Outcome::kBadModel) return "is a bad model";
+    if (verdict == ZULTavSearch::Verdict::kContradiction) return "is refuted by propagation";
+    auto index = indices.begin();
+    for (const ZULTaVoAny* value : declared) {
+      if (!holds(*index, *value)) return "loses v" + std::to_string(*index) + " by propagation";
+      ++index;
+    }
+  }
+  bool found = false;
+  const auto outcome = search.Run([&](const ZULTavSolution& solution) {
+    auto index = indices.begin();
+    bool inside = true;
+    for (std::size_t i = 0; i < solution.GetSize(); ++i)
+      inside &= holds(*index++, solution.GetValue(i));
+    found |= inside;
+    return true;
+  });
+  if (outcome != ZULTavSearch::Outcome::kExhausted) return {};
+  if (counts != nullptr) {
+    ++counts->exhausted;
+    counts->boxes += static_cast<int>(search.GetStatistics().solutions);
+  }
+  return found                                   ? ""
+         : search.GetStatistics().solutions == 0 ? "is refuted by the search"
+                                                 : "is lost by the search";
+}
+
+/// A model as small as can be that loses its solution, too.
+Model Shrunk(Model model, std::uint64_t seed) {
+  const auto accept = [&](const Model& smaller) {
+    if (Loss(smaller, seed).empty()) return false;
+    model = smaller;
+    return true;
+  };
+  const auto shrinkOnce = [&] {
+    for (std::size_t i = 0; model.statements.size() > 1 && i < model.statements.size(); ++i) {
+      Model smaller = model;
+      smaller.statements.erase(smaller.statements.begin() + static_cast<long>(i));
+      if (accept(smaller)) return true;
+    }
+    for (std::size_t i = 0; i < model.nodes.size(); ++i) {
+      const auto& statements = model.statements;
+      const auto& node = model.nodes[i];
+      Model smaller = model;
+      if (node.op != nullptr && std::find(statements.begin(), statements.end(),
+                                          static_cast<int>(i)) == statements.end()) {
+        // Its value, instead of the expression.
+        Node& variable = smaller.nodes[i];
+        variable.op = nullptr;
+        variable.operands = {-1, -1};
+        if (smaller.Text() != model.Text() && accept(smaller)) return true;
+      }
+      if (!node.IsVariable() || node.lower == node.upper) continue;
+      const double low = mpfr_get_d(node.known.low, MPFR_RNDD);
+      const double high = mpfr_get_d(node.known.high, MPFR_RNDU);
+      if (node.lower == low && node.upper == high) continue;
+      smaller.nodes[i].lower = low;
+      smaller.nodes[i].upper = node.type == kReal ? low : high;
+      if (smaller.Text() != model.Text() && accept(smaller)) return true;
+    }
+    return false;
+  };
+  while (shrinkOnce()) {
+  }
+  return model;
+}
+
+std::uint64_t FromEnvironment(const char* name, std::uint64_t otherwise) {
+  const char* text = std::getenv(name);
+  return text == nullptr ? otherwise : std::strtoull(text, nullptr, 10);
+}
+
+void KeepSolutions(bool singleReals, std::uint64_t cases) {
+  const std::uint64_t first = FromEnvironment("ZULTAV_SEED", 1) << 32;
+  const std::uint64_t count = FromEnvironment("ZULTAV_CASES", cases);
+  Counts counts;
+  int failures = 0;
+  for (std::uint64_t seed = first; seed < first + count && failures < 5; ++seed) {
+    const RandomModel random(seed, singleReals);
+    if (random.Get().statements.empty() || Loss(random.Get(), seed, &counts).empty()) continue;
+    ++failures;
+    const Model model = Shrunk(random.Get(), seed);
+    std::string point;
+    for (const int index : model.Variables()) {
+      const Mpfr& value = model.nodes[static_cast<std::size_t>(index)].known.low;
+      point +=
+          "// v" + std::to_string(index) + " = " + Shortest(mpfr_get_d(value, MPFR_RNDN)) + '\n';
+    }
+    ADD_FAILURE() << "seed " << seed << ": the solution " << Loss(model, seed) << '\n'
+                  << point << model.Text();
+  }
+  // Enough of them must be searched to the end, and not all of these trivial.
+  EXPECT_GT(counts.exhausted, static_cast<int>(count / 4));
+  EXPECT_GT(counts.boxes, 2 * counts.exhausted);
+}
+
+TEST(KnownSolutionsTest, KnowTheMeaningOfEveryOperator) {
+  for (const ZULTaVoObjectDescriptor* descriptor : Module().GetDescriptors()) {
+    const auto* op = dynamic_cast<const ZULTaVoOperatorDescriptor*>(descriptor);
+    if (op == nullptr) continue;
+    EXPECT_EQ(kMeanings.count({op->GetName(), op->GetNumberOfArguments()}), 1u) << op->GetName();
+  }
+}
+
+TEST(KnownSolutionsTest, AreKept) { KeepSolutions(false, 5000); }
+
+TEST(KnownSolutionsTest, AreKeptWithinTheToleranceOfSingleReals) { KeepSolutions(true, 3000); }
+
+}  // namespace
