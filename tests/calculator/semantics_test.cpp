@@ -2,9 +2,7 @@
 
 #include <cstdlib>
 #include <functional>
-#include <random>
 
-#include "framework/solver/ZULTaVoInteger.h"
 #include "tests/calculator/calculator_world.h"
 
 // Brute force is the oracle: with every variable fixed, propagation finds a model consistent if
@@ -132,133 +130,6 @@ TEST(SemanticsTest, Booleans) {
             {"x; False;",                       [](int,   int,   int) { return false; }            },
             {"let t = 1 = 1; t == x; y \\/ z;", [](int x, int y, int z) { return x && (y || z); }  },
   });
-}
-
-/// Draws statements over x, y, z, each with its truth as C++ computes it.
-class RandomModel {
- public:
-  explicit RandomModel(unsigned int seed) : mRandom(seed) {
-    for (unsigned int i = Draw(3) + 1; i > 0; --i) Add(Draw(2) == 0 ? Comparison(0) : Truth(2));
-    if (Draw(2) == 0) Add(Comparison(0));  // often the same subexpressions once more
-  }
-  const Row& Get() const { return mRow; }
-
- private:
-  using Function = std::function<int(int, int, int)>;
-  struct Expression {
-    std::string text;
-    Function value;
-  };
-  template <class Operation>
-  static Expression Join(const Expression& a, const std::string& op, const Expression& b,
-                         Operation operation) {
-    return {"(" + a.text + " " + op + " " + b.text + ")",
-            [f = a.value, g = b.value, operation](int x, int y, int z) {
-              return static_cast<int>(operation(f(x, y, z), g(x, y, z)));
-            }};
-  }
-
-  unsigned int Draw(unsigned int below) { return static_cast<unsigned int>(mRandom() % below); }
-
-  void Add(const Expression& statement) {
-    mRow.source += statement.text + "; ";
-    mRow.holds = [before = mRow.holds, f = statement.value](int x, int y, int z) {
-      return (!before || before(x, y, z)) && f(x, y, z) != 0;
-    };
-  }
-
-  Expression Number(int depth) {
-    if (depth == 0 || Draw(4) == 0) {
-      const int constant = static_cast<int>(Draw(5)) - 1;
-      switch (Draw(4)) {
-        case 0:
-          return {"x", [](int x, int, int) { return x; }};
-        case 1:
-          return {"y", [](int, int y, int) { return y; }};
-        case 2:
-          return {"z", [](int, int, int z) { return z; }};
-        default:
-          return {std::to_string(constant), [constant](int, int, int) { return constant; }};
-      }
-    }
-    const Expression a = Number(depth - 1);
-    const Expression b = Number(depth - 1);
-    const Expression three = {"3", [](int, int, int) { return 3; }};
-    switch (Draw(7)) {
-      case 0:
-        return Join(a, "-", b, std::minus<int>());
-      case 1:
-        return Join(a, "*", b, std::multiplies<int>());
-      case 2:
-        return Join(a, "/\\", b, [](int u, int v) { return std::min(u, v); });
-      case 3:
-        return Join(a, "\\/", b, [](int u, int v) { return std::max(u, v); });
-      case 4:
-        return Join(a, "mod", three, std::modulus<int>());
-      case 5:
-        return {"abs(" + a.text + ")",
-                [f = a.value](int x, int y, int z) { return std::abs(f(x, y, z)); }};
-      default:
-        return Join(a, "+", b, std::plus<int>());
-    }
-  }
-
-  /// A comparison, stated or with a truth value.
-  Expression Comparison(std::size_t form) {
-    const Expression a = Number(2);
-    const Expression b = Number(2);
-    const unsigned int relation = Draw(6);
-    constexpr const char* kSigns[][6] = {
-        {"=",  "<>",   "<",  "<=",  ">",  ">=" },
-        {"==", "<<>>", "<<", "<==", ">>", ">=="}
-    };
-    return Join(a, kSigns[form][relation], b, [relation](int u, int v) {
-      const bool truths[] = {u == v, u != v, u<v, u <= v, u> v, u >= v};
-      return truths[relation];
-    });
-  }
-
-  Expression Truth(int depth) {
-    if (depth == 0 || Draw(3) == 0) return Comparison(1);
-    const Expression a = Truth(depth - 1);
-    const Expression b = Truth(depth - 1);
-    switch (Draw(5)) {
-      case 0:
-        return Join(a, "&&", b, std::logical_and<int>());
-      case 1:
-        return Join(a, "->", b, [](int u, int v) { return u == 0 || v != 0; });
-      case 2:
-        return Join(a, "==", b, std::equal_to<int>());
-      case 3:
-        return {"~" + a.text,
-                [f = a.value](int x, int y, int z) { return f(x, y, z) == 0 ? 1 : 0; }};
-      default:
-        return Join(a, "||", b, std::logical_or<int>());
-    }
-  }
-
-  std::mt19937 mRandom;
-  Row mRow;
-};
-
-TEST(SemanticsTest, RandomModelsHoldWhereTheyShouldAndLoseNoSolution) {
-  for (unsigned int seed = 0; seed < 500; ++seed) {
-    const RandomModel model(seed);
-    const Row& row = model.Get();
-    ASSERT_EQ(FirstDifference("int", -1, 2, row), "");
-    const Reading reading = ReadModel("x, y, z : int = [-1, 2]; " + row.source);
-    const auto status = reading.model->Network().Propagate();
-    const auto holds = [&](const char* name, int value) {
-      return dynamic_cast<ZULTaVoInteger&>(reading.Value(name)).GetLowerBound() <= value &&
-             dynamic_cast<ZULTaVoInteger&>(reading.Value(name)).GetUpperBound() >= value;
-    };
-    for (int x = -1; x <= 2; ++x)
-      for (int y = -1; y <= 2; ++y)
-        for (int z = -1; z <= 2; ++z)
-          ASSERT_TRUE(!row.holds(x, y, z) || (status == ZULTaVoNetwork::Status::kConsistent &&
-                                              holds("x", x) && holds("y", y) && holds("z", z)))
-              << row.source << x << ", " << y << ", " << z;
-  }
 }
 
 TEST(SemanticsTest, EmptyInitialValueIsAContradiction) {
