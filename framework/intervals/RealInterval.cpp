@@ -24,13 +24,6 @@ RealInterval Mirrored(const RealInterval& x) { return {-x.upper, -x.lower}; }
 
 }  // namespace
 
-int RealInterval::Intersect(const RealInterval& other) {
-  const RealInterval before = *this;
-  lower = std::max(lower, other.lower);
-  upper = std::min(upper, other.upper);
-  return !(*this == before);
-}
-
 RealInterval RealInterval::AddIntToInt(const RealInterval& b) const {
   if (IsEmpty() || b.IsEmpty()) return Empty();
   const RealInterval x = Extended(*this);

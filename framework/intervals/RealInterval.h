@@ -22,7 +22,12 @@ class ZULTAV_INTERVALS_API RealInterval {
   }
 
   /// Plain intersection in place; never raises the error flag. Answers 1 when a bound changed.
-  int Intersect(const RealInterval& other);
+  int Intersect(const RealInterval& other) {
+    const RealInterval before = *this;
+    if (other.lower > lower) lower = other.lower;
+    if (other.upper < upper) upper = other.upper;
+    return !(*this == before);
+  }
 
   RealInterval AddIntToInt(const RealInterval& b) const;
   RealInterval SubIntFromInt(const RealInterval& b) const;

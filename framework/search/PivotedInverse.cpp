@@ -8,6 +8,8 @@ namespace {
 
 // What is left of a row that depends on others is not zero but rounding errors.
 constexpr double kNegligible = 1e-11;
+// Nor does what is so much less than another entry of the row make the inverse a worse one.
+constexpr double kDecidesNothing = 1e-15;
 
 }  // namespace
 
@@ -20,45 +22,51 @@ void PivotedInverse::Compute(std::span<const double> matrix, std::size_t columns
   }
 }
 
-/// Gaussian elimination with complete pivoting on rows scaled to the maximum 1.
+/// Gaussian elimination with complete pivoting on rows scaled to the maximum 1. Each row knows its
+/// largest entry, for most rows of a sparse matrix stay as they are from step to step.
 void PivotedInverse::PickPart(std::span<const double> matrix, std::size_t columns,
                               std::span<const double> weights) {
   const std::size_t rows = columns == 0 ? 0 : matrix.size() / columns;
   mRows.clear();
   mColumns.clear();
   mWork.assign(matrix.begin(), matrix.end());
+  mPivots.resize(rows);
   for (std::size_t i = 0; i < rows; ++i) {
     double* row = &mWork[i * columns];
-    double largest = 0;
-    for (std::size_t j = 0; j < columns; ++j) {
-      row[j] *= weights[j];
-      largest = std::max(largest, std::fabs(row[j]));
-    }
+    for (std::size_t j = 0; j < columns; ++j) row[j] *= weights[j];
+    FindPivot(i, columns);
+    const double largest = mPivots[i].magnitude;
     for (std::size_t j = 0; j < columns && largest > 0; ++j) row[j] /= largest;
+    mPivots[i].magnitude = largest > 0 ? 1 : 0;
   }
   while (mRows.size() < std::min(rows, columns)) {
-    std::size_t pivotRow = 0, pivotColumn = 0;
-    double largest = kNegligible;
-    for (std::size_t i = 0; i < rows; ++i)
-      for (std::size_t j = 0; j < columns; ++j)
-        if (const double entry = std::fabs(mWork[i * columns + j]); entry > largest) {
-          largest = entry;
-          pivotRow = i;
-          pivotColumn = j;
-        }
-    if (largest == kNegligible) return;
+    const auto best =
+        std::max_element(mPivots.begin(), mPivots.end(),
+                         [](const Pivot& a, const Pivot& b) { return a.magnitude < b.magnitude; });
+    if (best->magnitude <= kNegligible) return;
+    const auto pivotRow = static_cast<std::size_t>(best - mPivots.begin());
+    const std::size_t pivotColumn = best->column;
     mRows.push_back(pivotRow);
     mColumns.push_back(pivotColumn);
-    double* pivot = &mWork[pivotRow * columns];
+    const double* pivot = &mWork[pivotRow * columns];
     for (std::size_t i = 0; i < rows; ++i) {
       double* row = &mWork[i * columns];
+      if (mPivots[i].magnitude == 0 || i == pivotRow || row[pivotColumn] == 0) continue;
       const double factor = row[pivotColumn] / pivot[pivotColumn];
-      if (i == pivotRow || factor == 0) continue;
       for (std::size_t j = 0; j < columns; ++j) row[j] -= factor * pivot[j];
       row[pivotColumn] = 0;
+      FindPivot(i, columns);
     }
-    std::fill_n(pivot, columns, 0.0);  // no pivot any more
+    best->magnitude = 0;  // no pivot any more
   }
+}
+
+void PivotedInverse::FindPivot(std::size_t row, std::size_t columns) {
+  Pivot best = {0, 0};
+  for (std::size_t j = 0; j < columns; ++j)
+    if (const double entry = std::fabs(mWork[row * columns + j]); entry > best.magnitude)
+      best = {entry, j};
+  mPivots[row] = best;
 }
 
 /// Gauss-Jordan elimination on (part | unit matrix); the pivots are on the diagonal already.
@@ -86,5 +94,22 @@ bool PivotedInverse::Invert(std::span<const double> matrix, std::size_t columns)
       }
     }
   }
+  Thin(matrix, columns);
   return std::all_of(mInverse.begin(), mInverse.end(), [](double x) { return std::isfinite(x); });
+}
+
+/// The inverse of a sparse matrix is full of entries that decide nothing, but cost.
+void PivotedInverse::Thin(std::span<const double> matrix, std::size_t columns) {
+  const std::size_t n = mRows.size();
+  mScales.assign(n, 0.0);
+  for (std::size_t j = 0; j < n; ++j)
+    for (std::size_t k = 0; k < columns; ++k)
+      mScales[j] = std::max(mScales[j], std::fabs(matrix[mRows[j] * columns + k]));
+  for (std::size_t i = 0; i < n; ++i) {
+    double* row = &mInverse[i * n];
+    double largest = 0;
+    for (std::size_t j = 0; j < n; ++j) largest = std::max(largest, std::fabs(row[j]) * mScales[j]);
+    for (std::size_t j = 0; j < n; ++j)
+      if (std::fabs(row[j]) * mScales[j] < kDecidesNothing * largest) row[j] = 0;
+  }
 }

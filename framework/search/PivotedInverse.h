@@ -24,11 +24,19 @@ class PivotedInverse {
   }
 
  private:
+  struct Pivot {
+    double magnitude;  // 0 for a row that is used up
+    std::size_t column;
+  };
   void PickPart(std::span<const double> matrix, std::size_t columns,
                 std::span<const double> weights);
+  void FindPivot(std::size_t row, std::size_t columns);
+  void Thin(std::span<const double> matrix, std::size_t columns);
   bool Invert(std::span<const double> matrix, std::size_t columns);
 
   std::vector<std::size_t> mRows, mColumns;
+  std::vector<Pivot> mPivots;  // of the rows
+  std::vector<double> mScales;
   std::vector<double> mWork, mInverse;
 };
 

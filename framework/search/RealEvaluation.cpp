@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "framework/intervals/ZULTavIntervals.h"
-#include "framework/solver/ZULTaVoInteger.h"
+#include "framework/search/RealFunction.h"
 
 namespace {
 
@@ -12,131 +12,6 @@ using Function = RealSystem::Function;
 
 constexpr RealInterval kZero = {0, 0};
 constexpr RealInterval kOne = {1, 1};
-
-bool IsFinite(const RealInterval& x) {
-  return x.lower > -SubdefReal::sMaxValue && x.upper < SubdefReal::sMaxValue && !x.IsEmpty();
-}
-
-bool IsWhole(double value) { return value == std::floor(value); }
-
-/// All that the rounding of a number in x may give.
-template <double (*Round)(double)>
-RealInterval Rounded(const RealInterval& x) {
-  return x.IsEmpty() ? x : RealInterval(Round(x.lower), Round(x.upper));
-}
-
-double RoundDown(double x) { return std::floor(x); }
-double RoundUp(double x) { return std::ceil(x); }
-/// Halves away from zero.
-double RoundNearest(double x) { return std::round(x); }
-
-SubdefReal Quotient(const SubdefReal& x, const SubdefReal& y) { return x.DivIntByInt(y); }
-
-/// The one whole number to which all quotients are truncated; false when there are several.
-bool TruncatedQuotient(const SubdefReal& x, const SubdefReal& y, double& whole) {
-  if (y.Contains(0)) return false;
-  const SubdefReal quotient = Quotient(x, y);
-  whole = std::trunc(quotient.lower);
-  // Truncation is continuous inside of (-1, 1) and between other neighbours.
-  return IsFinite(quotient) && whole == std::trunc(quotient.upper) &&
-         (whole == 0 || (quotient.lower != whole && quotient.upper != whole));
-}
-
-SubdefReal Remainder(const SubdefReal& x, const SubdefReal& y) {
-  double whole = 0;
-  if (TruncatedQuotient(x, y, whole)) return x.SubIntFromInt(y.MultIntByInt({whole, whole}));
-  const SubdefReal magnitude = y.mf_Abs();
-  SubdefReal result = {x.lower < 0 ? -magnitude.upper : 0, x.upper > 0 ? magnitude.upper : 0};
-  result.Intersect({std::fmin(x.lower, 0), std::fmax(x.upper, 0)});
-  return result;
-}
-
-SubdefReal Evaluate(Function function, const SubdefReal& x, const SubdefReal& y) {
-  switch (function) {
-    case Function::kIdentity:
-      return x;
-    case Function::kSum:
-      return x.AddIntToInt(y);
-    case Function::kDifference:
-      return x.SubIntFromInt(y);
-    case Function::kProduct:
-      return x.MultIntByInt(y);
-    case Function::kQuotient:
-      return Quotient(x, y);
-    case Function::kNegative:
-      return x.mf_Neg();
-    case Function::kPower:
-      return y.IsScalar() ? pow(x, y.lower) : pow(x, y);
-    case Function::kRemainder:
-      return Remainder(x, y);
-    case Function::kMinimum:
-      return x.mf_Min(y);
-    case Function::kMaximum:
-      return x.mf_Max(y);
-    case Function::kAbsolute:
-      return x.mf_Abs();
-    case Function::kExp:
-      return exp(x);
-    case Function::kLog:
-      return log(x);
-    case Function::kSquare:
-      return sqr(x);
-    case Function::kSqrt:
-      return sqrt(x);
-    case Function::kSine:
-      return sin(x);
-    case Function::kCosine:
-      return cos(x);
-    case Function::kTangent:
-      return tan(x);
-    case Function::kRound:
-      return Rounded<RoundNearest>(x);
-    case Function::kFloor:
-      return Rounded<RoundDown>(x);
-    case Function::kCeil:
-      return Rounded<RoundUp>(x);
-  }
-  return {};
-}
-
-/// Whether x^y is defined and continuous for all of x and y.
-bool IsPowerContinuous(const SubdefReal& x, const SubdefReal& y) {
-  if (!y.IsScalar() || !IsWhole(y.lower)) return x.lower > 0;
-  return y.lower >= 0 || !x.Contains(0);
-}
-
-/// Whether rounding is one and the same for all of x and its neighbourhood.
-bool IsRoundingContinuous(Function function, const SubdefReal& x) {
-  // A bound at a jump lies on one side of it, but its neighbourhood does not.
-  const double shift = function == Function::kRound ? 0.5 : 0;
-  const RealInterval moved = x.AddNumToInt(shift);
-  return std::floor(moved.lower) == std::floor(moved.upper) && !IsWhole(moved.lower) &&
-         !IsWhole(moved.upper);
-}
-
-/// Whether the function is defined and continuous for all arguments. Poles show themselves by
-/// values that are not finite.
-bool IsContinuous(Function function, const SubdefReal& x, const SubdefReal& y) {
-  double whole = 0;
-  switch (function) {
-    case Function::kQuotient:
-      return !y.Contains(0);
-    case Function::kPower:
-      return IsPowerContinuous(x, y);
-    case Function::kRemainder:
-      return TruncatedQuotient(x, y, whole);
-    case Function::kLog:
-      return x.lower > 0;
-    case Function::kSqrt:
-      return x.lower >= 0;
-    case Function::kRound:
-    case Function::kFloor:
-    case Function::kCeil:
-      return x.IsScalar() || IsRoundingContinuous(function, x);
-    default:
-      return true;
-  }
-}
 
 }  // namespace
 
@@ -158,22 +33,11 @@ RealEvaluation::RealEvaluation(const RealSystem& system) : mSystem(system) {
   mSlopes.resize(system.GetOperations().size());
 }
 
-RealInterval RealEvaluation::Domain(const RealSystem::Slot& slot) const {
-  if (const auto* integer =
-          slot.object != nullptr ? ZULTaVoCast<const ZULTaVoInteger>(slot.object) : nullptr)
-    return {static_cast<double>(integer->GetLowerBound()),
-            static_cast<double>(integer->GetUpperBound())};
-  if (const auto* real =
-          slot.object != nullptr ? ZULTaVoCast<const ZULTaVoReal>(slot.object) : nullptr)
-    return {real->GetLowerBound(), real->GetUpperBound()};
-  return slot.initial;
-}
-
 /// The values of what is neither an unknown nor computed.
 RealInterval RealEvaluation::Leaf(const RealSystem::Slot& slot, Mode mode) const {
-  if (!slot.constant) return Domain(slot);
+  if (!slot.constant) return slot.GetDomain();
   RealInterval value = slot.initial;
-  if (mode == Mode::kSolutions && slot.object != nullptr) value.Intersect(Domain(slot));
+  if (mode == Mode::kSolutions && slot.object != nullptr) value.Intersect(slot.GetDomain());
   return value;
 }
 
@@ -187,7 +51,7 @@ bool RealEvaluation::SetBox(std::span<const RealInterval> box, Mode mode) {
   for (const auto& [function, target, first, second] : mSystem.GetOperations()) {
     SubdefReal value = Evaluate(function, mValues[first], mValues[second]);
     if (mode == Mode::kSolutions) {
-      if (slots[target].object != nullptr) value.Intersect(Domain(slots[target]));
+      if (slots[target].object != nullptr) value.Intersect(slots[target].GetDomain());
       if (value.IsEmpty()) return false;
     } else if (!IsFinite(value) || !IsContinuous(function, mValues[first], mValues[second])) {
       return false;
@@ -245,7 +109,7 @@ RealEvaluation::Slopes RealEvaluation::SlopesOf(const RealSystem::Operation& ope
       return {y0, x, true};
     case Function::kQuotient: {
       if (Hull(second).Contains(0)) return {};
-      const SubdefReal inverse = Quotient(kOne, y);
+      const SubdefReal inverse = kOne.DivIntByInt(y);
       return {inverse, mCenters[target].MultIntByInt(inverse).mf_Neg(), true};
     }
     case Function::kNegative:
@@ -272,12 +136,12 @@ RealEvaluation::Slopes RealEvaluation::SlopesOf(const RealSystem::Operation& ope
     case Function::kExp:
       return one(exp(Hull(first)));
     case Function::kLog:
-      return Hull(first).lower > 0 ? one(Quotient(kOne, Hull(first))) : Slopes{};
+      return Hull(first).lower > 0 ? one(kOne.DivIntByInt(Hull(first))) : Slopes{};
     case Function::kSquare:
       return one(x.AddIntToInt(x0));
     case Function::kSqrt: {
       const SubdefReal sum = sqrt(x).AddIntToInt(sqrt(x0));
-      return Hull(first).lower >= 0 && sum.lower > 0 ? one(Quotient(kOne, sum)) : Slopes{};
+      return Hull(first).lower >= 0 && sum.lower > 0 ? one(kOne.DivIntByInt(sum)) : Slopes{};
     }
     case Function::kSine:
       return one(cos(Hull(first)));
@@ -295,11 +159,11 @@ RealEvaluation::Slopes RealEvaluation::SlopesOf(const RealSystem::Operation& ope
   return {};
 }
 
-RealInterval RealEvaluation::GetDefect(const RealSystem::Equation& equation) const {
+RealInterval RealEvaluation::GetDefect(const RealSystem::Statement& equation) const {
   return mCenters[equation.left].SubIntFromInt(mCenters[equation.right]);
 }
 
-bool RealEvaluation::GetSlopes(const RealSystem::Equation& equation, RealInterval* slopes) {
+bool RealEvaluation::GetSlopes(const RealSystem::Statement& equation, RealInterval* slopes) {
   if (equation.left == equation.right) return false;
   mAdjoints[equation.left] = kOne;
   mAdjoints[equation.right] = SubdefReal(-1, -1);

@@ -34,10 +34,10 @@ class RealEvaluation {
 
   const SubdefReal& GetValue(std::uint32_t slot) const { return mValues[slot]; }
   /// left - right at the point.
-  RealInterval GetDefect(const RealSystem::Equation& equation) const;
+  RealInterval GetDefect(const RealSystem::Statement& equation) const;
   /// Slopes of left - right for equation.unknowns, in their order. False when there are none that
   /// are finite.
-  bool GetSlopes(const RealSystem::Equation& equation, RealInterval* slopes);
+  bool GetSlopes(const RealSystem::Statement& equation, RealInterval* slopes);
 
  private:
   struct Slopes {
@@ -45,7 +45,6 @@ class RealEvaluation {
     bool usable = false;
   };
   RealInterval Leaf(const RealSystem::Slot& slot, Mode mode) const;
-  RealInterval Domain(const RealSystem::Slot& slot) const;
   SubdefReal Hull(std::uint32_t slot) const;
   Slopes SlopesOf(const RealSystem::Operation& operation) const;
   Slopes PowerSlopes(const RealSystem::Operation& operation) const;

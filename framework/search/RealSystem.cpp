@@ -10,7 +10,6 @@
 #include "framework/intervals/SubdefReal.h"
 #include "framework/solver/FrameworkConstraints.h"
 #include "framework/solver/LocalCopy.h"
-#include "framework/solver/ZULTaVoInteger.h"
 
 namespace {
 
@@ -169,8 +168,9 @@ class RealSystemBuilder {
     auto& discrete = mSystem.mDiscrete;
     std::sort(discrete.begin(), discrete.end(), std::less<>());
     discrete.erase(std::unique(discrete.begin(), discrete.end()), discrete.end());
-    for (Trace trace(mSystem); RealSystem::Equation & equation : mSystem.mEquations)
-      trace.Complete(equation);
+    Trace trace(mSystem);
+    for (RealSystem::Statement& equation : mSystem.mEquations) trace.Complete(equation);
+    for (RealSystem::Statement& condition : mSystem.mConditions) trace.Complete(condition);
   }
 
  private:
@@ -190,7 +190,7 @@ class RealSystemBuilder {
     }
   };
 
-  /// Finds what equations depend on.
+  /// Finds what statements depend on.
   class Trace {
    public:
     explicit Trace(const RealSystem& system)
@@ -204,22 +204,22 @@ class RealSystemBuilder {
         mUnknownOf[system.mUnknowns[i]] = i;
     }
 
-    void Complete(RealSystem::Equation& equation) {
+    void Complete(RealSystem::Statement& statement) {
       ++mRound;
-      mOpen = {equation.left, equation.right};
+      mOpen = {statement.left, statement.right};
       while (!mOpen.empty()) {
         const std::uint32_t slot = mOpen.back();
         mOpen.pop_back();
         if (std::exchange(mSeen[slot], mRound) == mRound) continue;
-        if (mUnknownOf[slot] != RealSystem::kNone) equation.unknowns.push_back(mUnknownOf[slot]);
+        if (mUnknownOf[slot] != RealSystem::kNone) statement.unknowns.push_back(mUnknownOf[slot]);
         const std::uint32_t operation = mOperationOf[slot];
         if (operation == RealSystem::kNone) continue;
-        equation.operations.push_back(operation);
+        statement.operations.push_back(operation);
         mOpen.push_back(mSystem.mOperations[operation].first);
         mOpen.push_back(mSystem.mOperations[operation].second);
       }
-      std::sort(equation.operations.rbegin(), equation.operations.rend());
-      std::sort(equation.unknowns.begin(), equation.unknowns.end());
+      std::sort(statement.operations.rbegin(), statement.operations.rend());
+      std::sort(statement.unknowns.begin(), statement.unknowns.end());
     }
 
    private:
@@ -232,10 +232,9 @@ class RealSystemBuilder {
     RealSystem::Slot slot;
     slot.object = object;
     slot.real = object != nullptr ? ZULTaVoCast<ZULTaVoReal>(object) : nullptr;
-    if (slot.real != nullptr) {
-      slot.initial = {slot.real->GetLowerBound(), slot.real->GetUpperBound()};
-      slot.constant = IsLiteral(slot.initial);
-    }
+    slot.integer = object != nullptr ? ZULTaVoCast<const ZULTaVoInteger>(object) : nullptr;
+    slot.initial = slot.GetDomain();
+    slot.constant = slot.real != nullptr && IsLiteral(slot.initial);
     mSystem.mSlots.push_back(slot);
     mUses.emplace_back();
     mKnown.push_back(false);
@@ -316,7 +315,7 @@ class RealSystemBuilder {
       if (left == right) return;
       AddFormula(Function::kIdentity, left, right, right, guard);
     } else {
-      mSystem.mConditions.push_back({relation, SlotOf(left), SlotOf(right), guard});
+      mSystem.mConditions.push_back({relation, SlotOf(left), SlotOf(right), guard, {}, {}});
     }
   }
 
@@ -364,7 +363,7 @@ class RealSystemBuilder {
     Function inverse = formula.function;
     if (!InvertFunction(formula.function, inverse)) return;
     if (inverse == Function::kSquare)
-      mSystem.mConditions.push_back({Relation::kLessOrEqual, Zero(), result, {}});
+      mSystem.mConditions.push_back({Relation::kLessOrEqual, Zero(), result, {}, {}, {}});
     const bool isFirst = !mKnown[formula.first];
     const std::uint32_t other = isFirst ? formula.second : formula.first;
     Define(formula, inverse, isFirst ? formula.first : formula.second, result,
@@ -374,9 +373,21 @@ class RealSystemBuilder {
   void Define(Formula& formula, Function function, std::uint32_t target, std::uint32_t first,
               std::uint32_t second) {
     formula.used = true;
-    mSystem.mOperations.push_back({function, target, first, second});
+    AddOperation(function, target, first, second);
     SetKnown(target);
   }
+
+  void AddOperation(Function function, std::uint32_t target, std::uint32_t first,
+                    std::uint32_t second) {
+    const bool isSquare = (function == Function::kProduct && first == second) ||
+                          (function == Function::kPower && IsTwo(mSystem.mSlots[second]));
+    if (isSquare)
+      mSystem.mOperations.push_back({Function::kSquare, target, first, first});
+    else
+      mSystem.mOperations.push_back({function, target, first, second});
+  }
+
+  static bool IsTwo(const RealSystem::Slot& slot) { return slot.initial == RealInterval(2, 2); }
 
   std::uint32_t Zero() {
     if (mZero == RealSystem::kNone) {
@@ -392,10 +403,12 @@ class RealSystemBuilder {
     std::uint32_t left = formula.first;
     if (formula.function != Function::kIdentity) {
       left = NewSlot(nullptr);
-      mSystem.mSlots[left].object = mSystem.mSlots[formula.result].object;
-      mSystem.mOperations.push_back({formula.function, left, formula.first, formula.second});
+      RealSystem::Slot& slot = mSystem.mSlots[left];
+      slot = mSystem.mSlots[formula.result];
+      slot.constant = true;  // the equation says what else there is to say of it
+      AddOperation(formula.function, left, formula.first, formula.second);
     }
-    mSystem.mEquations.push_back({left, formula.result, formula.guard, {}, {}});
+    mSystem.mEquations.push_back({Relation::kEqual, left, formula.result, formula.guard, {}, {}});
   }
 
   RealSystem& mSystem;
@@ -409,6 +422,14 @@ class RealSystemBuilder {
   std::deque<std::uint32_t> mReady;
   std::uint32_t mZero = RealSystem::kNone;
 };
+
+RealInterval RealSystem::Slot::GetDomain() const {
+  if (real != nullptr) return {real->GetLowerBound(), real->GetUpperBound()};
+  if (integer != nullptr)
+    return {static_cast<double>(integer->GetLowerBound()),
+            static_cast<double>(integer->GetUpperBound())};
+  return initial;
+}
 
 RealSystem::RealSystem(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared) {
   RealSystemBuilder(*this, network, declared).Build();

@@ -7,6 +7,7 @@
 
 #include "framework/intervals/RealInterval.h"
 #include "framework/solver/ZULTaVoBoolean.h"
+#include "framework/solver/ZULTaVoInteger.h"
 #include "framework/solver/ZULTaVoNetwork.h"
 #include "framework/solver/ZULTaVoReal.h"
 
@@ -46,10 +47,14 @@ class RealSystem {
 
   /// A real or an integer of the network, or the value of a function without an object.
   struct Slot {
-    ZULTaVoAny* object = nullptr;  ///< whose domain holds the value in every solution
-    ZULTaVoReal* real = nullptr;   ///< the object, where it is a real
-    RealInterval initial;          ///< before any propagation
-    bool constant = false;         ///< any number of `initial`, and no other
+    ZULTaVoAny* object = nullptr;             ///< whose domain holds the value in every solution
+    ZULTaVoReal* real = nullptr;              ///< the object, where it is a real
+    const ZULTaVoInteger* integer = nullptr;  ///< the object, where it is an integer
+    RealInterval initial;                     ///< before any propagation
+    bool constant = false;                    ///< any number of `initial`, and no other
+
+    /// The present domain of the object.
+    RealInterval GetDomain() const;
   };
   /// target := function(first, second).
   struct Operation {
@@ -63,13 +68,9 @@ class RealSystem {
 
     bool Holds() const { return truth == nullptr || (wanted ? truth->IsTrue() : truth->IsFalse()); }
   };
-  struct Condition {
+  /// `left relation right`, with the operations and the unknowns that it depends on.
+  struct Statement {
     Relation relation;
-    std::uint32_t left, right;
-    Guard guard;
-  };
-  /// left = right, with the operations and the unknowns that it depends on.
-  struct Equation {
     std::uint32_t left, right;
     Guard guard;
     std::vector<std::uint32_t> operations;  ///< last one first
@@ -84,8 +85,9 @@ class RealSystem {
   /// The slots of the unknowns.
   const std::vector<std::uint32_t>& GetUnknowns() const { return mUnknowns; }
   const std::vector<Operation>& GetOperations() const { return mOperations; }
-  const std::vector<Equation>& GetEquations() const { return mEquations; }
-  const std::vector<Condition>& GetConditions() const { return mConditions; }
+  /// Statements that two values are equal; all others are conditions.
+  const std::vector<Statement>& GetEquations() const { return mEquations; }
+  const std::vector<Statement>& GetConditions() const { return mConditions; }
   /// Integers and booleans that constraints depend on.
   const std::vector<const ZULTaVoAny*>& GetDiscrete() const { return mDiscrete; }
   /// Whether equations and conditions say all that the constraints on reals say.
@@ -97,8 +99,7 @@ class RealSystem {
   std::vector<Slot> mSlots;
   std::vector<std::uint32_t> mUnknowns;
   std::vector<Operation> mOperations;
-  std::vector<Equation> mEquations;
-  std::vector<Condition> mConditions;
+  std::vector<Statement> mEquations, mConditions;
   std::vector<const ZULTaVoAny*> mDiscrete;
   bool mComplete = true;
 };

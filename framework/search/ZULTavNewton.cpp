@@ -7,7 +7,9 @@
 
 #include "framework/intervals/ZULTavIntervals.h"
 #include "framework/search/PivotedInverse.h"
+#include "framework/search/RealContractor.h"
 #include "framework/search/RealEvaluation.h"
+#include "framework/search/RealFunction.h"
 #include "framework/search/RealSystem.h"
 #include "framework/search/ZULTavSolution.h"
 #include "framework/solver/SingleValue.h"
@@ -24,10 +26,6 @@ constexpr double kWorthwhile = 0.1;
 constexpr std::size_t kMaxSparse = 16;
 constexpr int kNewtonSteps = 20;
 constexpr int kInflations = 8;
-
-bool IsFinite(const RealInterval& x) {
-  return x.lower > -SubdefReal::sMaxValue && x.upper < SubdefReal::sMaxValue && !x.IsEmpty();
-}
 
 double Middle(const RealInterval& x) {
   return std::clamp(0.5 * x.lower + 0.5 * x.upper, x.lower, x.upper);
@@ -48,15 +46,11 @@ RealInterval Point(double x) { return {x, x}; }
 /// The hull of the t in x - middle with slope * t + rest = 0, as part of x.
 RealInterval Solve(const RealInterval& x, double middle, const RealInterval& slope,
                    const RealInterval& rest) {
-  const RealInterval numerator = rest.mf_Neg();
-  const auto part = [&](const RealInterval& divisor) {
-    RealInterval result = numerator.DivIntByInt(divisor).AddNumToInt(middle);
-    result.Intersect(x);
-    return result;
-  };
-  if (!(slope.lower < 0 && slope.upper > 0)) return part(slope);
-  if (numerator.Contains(0)) return x;
-  return part({slope.lower, 0}).mf_Union(part({0, slope.upper}));
+  const RealInterval step =
+      QuotientsWithin(x.subNumFromInt(middle), rest.mf_Neg(), slope).AddNumToInt(middle);
+  RealInterval result = x;
+  result.Intersect(step);
+  return result;
 }
 
 bool Holds(Relation relation, const RealInterval& x, const RealInterval& y) {
@@ -84,13 +78,14 @@ class ZULTavNewton::Work {
   Work(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared)
       : mDeclared(declared.begin(), declared.end()),
         mSystem(network, declared),
-        mEvaluation(mSystem) {
+        mEvaluation(mSystem),
+        mContractor(mSystem) {
     const std::size_t count = mSystem.GetUnknowns().size();
     mBox.resize(count);
     mMiddle.resize(count);
     mColumnOf.resize(count);
     mSlopes.resize(count);
-    for (const RealSystem::Equation& equation : mSystem.GetEquations())
+    for (const RealSystem::Statement& equation : mSystem.GetEquations())
       if (mWitness == kNone && !equation.unknowns.empty()) mWitness = equation.unknowns.front();
   }
 
@@ -101,7 +96,7 @@ class ZULTavNewton::Work {
   static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
   /// An equation with its slopes from mEntries[first] on, one for each of its unknowns.
   struct Row {
-    const RealSystem::Equation* equation;
+    const RealSystem::Statement* equation;
     RealInterval defect;
     std::size_t first;
   };
@@ -111,6 +106,8 @@ class ZULTavNewton::Work {
     return *mSystem.GetSlots()[mSystem.GetUnknowns()[unknown]].real;
   }
   void ReadBox();
+  void ReadContractor();
+  bool Newton();
   void SelectColumns(Points points);
   void SelectRows();
   void FillMatrix();
@@ -132,6 +129,7 @@ class ZULTavNewton::Work {
   std::vector<ZULTaVoAny*> mDeclared;
   RealSystem mSystem;
   RealEvaluation mEvaluation;
+  RealContractor mContractor;
   PivotedInverse mInverse;
   std::vector<RealInterval> mBox;      // of the unknowns
   std::vector<double> mMiddle;         // a point of it
@@ -167,7 +165,7 @@ void ZULTavNewton::Work::SelectColumns(Points points) {
 void ZULTavNewton::Work::SelectRows() {
   mRows.clear();
   mEntries.clear();
-  for (const RealSystem::Equation& equation : mSystem.GetEquations()) {
+  for (const RealSystem::Statement& equation : mSystem.GetEquations()) {
     if (!equation.guard.Holds()) continue;
     const RealInterval defect = mEvaluation.GetDefect(equation);
     if (!IsFinite(defect) || !mEvaluation.GetSlopes(equation, mSlopes.data())) continue;
@@ -193,16 +191,42 @@ void ZULTavNewton::Work::FillMatrix() {
 // --- Contraction ------------------------------------------------------------------------------
 
 int ZULTavNewton::Work::Contract(ZULTaVoNetwork& network) {
-  if (mWitness == kNone || mBox.size() > kMaxUnknowns) return 0;
+  if (mWitness == kNone) return 0;
   ReadBox();
-  SelectColumns(Points::kConstant);
-  if (mColumns.empty()) return 0;
-  if (!mEvaluation.SetBox(mBox, RealEvaluation::Mode::kSolutions)) return Refute(network);
-  mEvaluation.SetPoint(mMiddle);
-  mEvaluation.CalcSlopes();
-  SelectRows();
-  if (!NarrowByRows() || !NarrowByInverse()) return Refute(network);
+  if (!mContractor.Begin()) return 0;
+  if (!mContractor.Propagate() || !mContractor.Shave() || !Newton()) return Refute(network);
+  ReadContractor();
   return Store(network);
+}
+
+void ZULTavNewton::Work::ReadContractor() {
+  for (std::size_t i = 0; i < mBox.size(); ++i) {
+    mBox[i] = mContractor.GetValue(i);
+    mMiddle[i] = Middle(mBox[i]);
+  }
+}
+
+/// Newton steps and propagation in turn, as long as they are worth it.
+bool ZULTavNewton::Work::Newton() {
+  if (mBox.size() > kMaxUnknowns) return true;
+  for (;;) {
+    ReadContractor();
+    SelectColumns(Points::kConstant);
+    if (mColumns.empty()) return true;
+    if (!mEvaluation.SetBox(mBox, RealEvaluation::Mode::kSolutions)) return false;
+    mEvaluation.SetPoint(mMiddle);
+    mEvaluation.CalcSlopes();
+    SelectRows();
+    if (!NarrowByRows() || !NarrowByInverse()) return false;
+    bool worthwhile = false;
+    for (const std::size_t i : mColumns) {
+      const RealInterval before = mContractor.GetValue(i);
+      worthwhile = worthwhile || IsMuchNarrower(mBox[i], before, 0.5);
+      mContractor.Narrow(i, mBox[i]);
+    }
+    if (!mContractor.Propagate()) return false;
+    if (!worthwhile) return true;
+  }
 }
 
 /// Solves each equation for each of its unknowns. False when there is no solution.
@@ -265,21 +289,19 @@ bool ZULTavNewton::Work::NarrowByInverse() {
   return true;
 }
 
+/// Answers 1 when much was narrowed.
 int ZULTavNewton::Work::Store(ZULTaVoNetwork& network) {
-  const bool worthwhile = std::any_of(mColumns.begin(), mColumns.end(), [&](std::size_t i) {
-    const double before = mOriginal[i].upper - mOriginal[i].lower;
-    return before - (mBox[i].upper - mBox[i].lower) >= kWorthwhile * before;
-  });
-  if (!worthwhile) return 0;
-  for (const std::size_t i : mColumns) {
+  bool worthwhile = false;
+  for (std::size_t i = 0; i < mBox.size(); ++i) {
     if (mBox[i] == mOriginal[i]) continue;
+    worthwhile = worthwhile || IsMuchNarrower(mBox[i], mOriginal[i], kWorthwhile);
     ZULTaVoReal& value = Object(i);
     network.SaveValue(&value);
     if (mBox[i].lower != mOriginal[i].lower) value.SetLowerBound(mBox[i].lower);
     if (mBox[i].upper != mOriginal[i].upper) value.SetUpperBound(mBox[i].upper);
     network.PropagateValue(&value);
   }
-  return 1;
+  return worthwhile;
 }
 
 int ZULTavNewton::Work::Refute(ZULTaVoNetwork& network) {
@@ -299,7 +321,7 @@ bool ZULTavNewton::Work::IsDecided() const {
 }
 
 bool ZULTavNewton::Work::Proves(ZULTavSolution* box) {
-  if (!IsDecided()) return false;
+  if (!IsDecided() || mBox.size() > kMaxProven) return false;
   // Bounds that are single points may be exact, or what rounding has left of an interval.
   for (const Points points : {Points::kConstant, Points::kUnknown}) {
     ReadBox();
@@ -414,16 +436,16 @@ bool ZULTavNewton::Work::HoldsOnCertified() {
     if (slots[i].real != nullptr && !slots[i].constant &&
         !IsWithin(mEvaluation.GetValue(i), slots[i].initial))
       return false;
-  for (const RealSystem::Condition& condition : mSystem.GetConditions())
+  for (const RealSystem::Statement& condition : mSystem.GetConditions())
     if (condition.guard.Holds() && !Holds(condition.relation, mEvaluation.GetValue(condition.left),
                                           mEvaluation.GetValue(condition.right)))
       return false;
-  const auto isSolved = [&](const RealSystem::Equation& equation) {
+  const auto isSolved = [&](const RealSystem::Statement& equation) {
     const auto rows = mInverse.GetRows();
     return std::any_of(rows.begin(), rows.end(),
                        [&](std::size_t row) { return mRows[row].equation == &equation; });
   };
-  for (const RealSystem::Equation& equation : mSystem.GetEquations())
+  for (const RealSystem::Statement& equation : mSystem.GetEquations())
     if (equation.guard.Holds() && !isSolved(equation) &&
         !Holds(Relation::kEqual, mEvaluation.GetValue(equation.left),
                mEvaluation.GetValue(equation.right)))

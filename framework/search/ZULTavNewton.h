@@ -9,16 +9,18 @@
 
 /// The interval Newton method for the equations over reals of a network.
 ///
-/// Contract makes Hansen-Sengupta steps with slopes, preconditioned by the inverse of the midpoint
-/// matrix. Proves applies the Krawczyk operator to a small box around an approximate solution and
-/// then tests every other constraint on it. A proof holds for the model over the true reals,
-/// without any tolerance; decimal fractions and Pi are true numbers, too.
+/// Contract narrows by the single equations, shaves, and makes Hansen-Sengupta steps with slopes,
+/// preconditioned by the inverse of the midpoint matrix. Proves applies the Krawczyk operator to a
+/// small box around an approximate solution and then tests every other constraint on it. A proof
+/// holds for the model over the true reals, without any tolerance; decimal fractions and Pi are
+/// true numbers, too.
 ///
-/// Networks without equations over reals cost nothing. Dense matrices limit contraction to
-/// kMaxUnknowns unknowns.
+/// Networks without equations over reals cost nothing. Dense matrices limit Newton's method to
+/// kMaxUnknowns unknowns and proofs, made less often, to kMaxProven.
 class ZULTAV_UTILITIES_API ZULTavNewton final : public ZULTavProof {
  public:
-  static constexpr std::size_t kMaxUnknowns = 200;
+  static constexpr std::size_t kMaxUnknowns = 500;
+  static constexpr std::size_t kMaxProven = 1000;
 
   /// To be made before the first propagation, when the network is complete; must not outlive it.
   ZULTavNewton(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared);

@@ -7,7 +7,7 @@ class ZULTaVoNetwork;
 class ZULTavSolution;
 
 /// What the search asks about boxes of reals, where propagation alone cannot tell that a solution
-/// exists: an interval Newton test, for example. Both functions find the network at a fixpoint.
+/// exists: an interval Newton test, for example.
 class ZULTAV_UTILITIES_API ZULTavProof {
  public:
   ZULTavProof() = default;
@@ -16,9 +16,11 @@ class ZULTAV_UTILITIES_API ZULTavProof {
   ZULTavProof& operator=(const ZULTavProof&) = delete;
 
   /// Narrows values without losing a solution: SaveValue before and PropagateValue after each
-  /// change. Answers 1 when a change is worth another propagation, else 0.
+  /// change. Called before each propagation; answers 1 when there should be another call after it,
+  /// else 0.
   virtual int Contract(ZULTaVoNetwork& network) = 0;
-  /// Whether a solution certainly lies within the present values; leaves them as they are.
+  /// Whether a solution certainly lies within the present values, which propagation no longer
+  /// narrows; leaves them as they are.
   /// @param box  null, or copies of the declared values, which may then be widened a little so
   ///             that they hold a solution that lies at or just beyond a bound
   virtual bool Proves(const ZULTaVoNetwork& network, ZULTavSolution* box) = 0;

@@ -157,9 +157,11 @@ bool ZULTavSearch::HasEmptyValue() const {
   return false;
 }
 
-/// Propagates and contracts in turn until neither narrows. kDone when nothing was refuted.
+/// Contracts and propagates in turn until neither narrows. kDone when nothing was refuted.
 ZULTavSearch::Visit ZULTavSearch::Fixpoint() {
   for (int round = 0;; ++round) {
+    const bool contracted = mOptions.proof != nullptr && round < kContractions &&
+                            mOptions.proof->Contract(mNetwork) != 0;
     const ZULTaVoNetwork::Status status = mNetwork.Propagate();
     mAtFixpoint = status == ZULTaVoNetwork::Status::kConsistent;
     switch (status) {
@@ -177,9 +179,7 @@ ZULTavSearch::Visit ZULTavSearch::Fixpoint() {
         mOutcome = Outcome::kBadModel;
         return Visit::kEnded;
     }
-    if (mOptions.proof == nullptr || round == kContractions ||
-        mOptions.proof->Contract(mNetwork) == 0)
-      return Visit::kDone;
+    if (!contracted) return Visit::kDone;
   }
 }
 

@@ -115,8 +115,47 @@ INSTANTIATE_TEST_SUITE_P(
                   {{"x", 0.5865780057233}, {"y", -1.380552875917}},
                   {{"x", 0.6746811897409}, {"y", 1.339703434425}},
                   {{"x", 1.339703434425}, {"y", 0.6746811897409}}}},
+        RealCase{
+            "broyden_banded", "", {{{"x[1]", -0.4283028635872503}, {"x[3]", -0.5196524636468618}}}},
+        RealCase{"trigexp", "", {{{"x[1]", 1}, {"x[50]", 1}, {"x[100]", 1}}}},
         RealCase{"no_contact", "", {}}),
     [](const auto& row) { return row.param.name + std::to_string(row.index); });
+
+bool AreDisjoint(const json& one, const json& other) {
+  if (one.is_array()) {
+    for (std::size_t i = 0; i < one.size(); ++i)
+      if (AreDisjoint(one[i], other[i])) return true;
+    return false;
+  }
+  return one["hi"] < other["lo"] || other["hi"] < one["lo"];
+}
+
+// How many solutions these systems have is known from algebra.
+TEST(RealExamplesTest, AsManySolutionsAsThereAreAreProven) {
+  const std::pair<const char*, std::size_t> rows[] = {
+      {"caprasse",    18  },
+      {"cyclohexane", 16  },
+      {"kinematics",  16  },
+      {"squares",     1024}
+  };
+  for (const auto& [name, count] : rows) {
+    SCOPED_TRACE(name);
+    const json document = Zultav("solve " + Example(name) + " -a --eps 1e-6 --format json").Json();
+    EXPECT_EQ(document["status"], "ALL_SOLUTIONS");
+    const json& solutions = document["solutions"];
+    EXPECT_EQ(solutions.size(), count);
+    for (std::size_t i = 0; i < solutions.size(); ++i) {
+      EXPECT_EQ(solutions[i]["proven"], true);
+      for (std::size_t k = 0; k < i; ++k) {
+        const json &one = solutions[i]["values"], &other = solutions[k]["values"];
+        bool disjoint = false;
+        for (const auto& [variable, value] : one.items())
+          disjoint = disjoint || AreDisjoint(value, other[variable]);
+        EXPECT_TRUE(disjoint) << one << other;
+      }
+    }
+  }
+}
 
 TEST(RealExamplesTest, TheThermostatSwitchesWhereItsTemperatureSays) {
   const json document =
