@@ -18,6 +18,8 @@ constexpr int kSlices = 16;
 constexpr double kGain = 0.1;
 constexpr std::size_t kVain = 2;
 constexpr std::size_t kVainPart = 4;
+// Revisions for each statement; intervals that lose ever less need not be followed to the end.
+constexpr std::size_t kRounds = 100, kSupposedRounds = 20;
 // Narrower intervals, relative to their magnitude, are Newton's business.
 constexpr double kNarrowest = 1e-6;
 
@@ -121,7 +123,8 @@ void RealContractor::ClearQueue() {
 }
 
 bool RealContractor::Propagate() {
-  while (mQueueSize > 0) {
+  std::size_t budget = (mSupposing ? kSupposedRounds : kRounds) * mStatements.size();
+  for (; mQueueSize > 0 && budget > 0; --budget) {
     const std::uint32_t statement = mQueue[mQueueHead];
     mQueueHead = (mQueueHead + 1) % mQueue.size();
     --mQueueSize;
@@ -132,6 +135,7 @@ bool RealContractor::Propagate() {
     }
     mQueued[statement] = false;
   }
+  ClearQueue();
   return true;
 }
 

@@ -281,3 +281,12 @@ bool IsContinuous(Function function, const SubdefReal& x, const SubdefReal& y) {
       return true;
   }
 }
+
+bool IsMuchNarrower(const RealInterval& now, const RealInterval& before, double share) {
+  if (now == before) return false;
+  if (IsFinite(before)) return now.upper - now.lower <= (1 - share) * (before.upper - before.lower);
+  const auto moved = [share](double bound, double old) {
+    return bound != old && std::fabs(bound - old) >= share * std::fabs(old);
+  };
+  return moved(now.lower, before.lower) || moved(now.upper, before.upper);
+}

@@ -32,11 +32,8 @@ inline bool IsFinite(const RealInterval& x) {
   return x.lower > -SubdefReal::sMaxValue && x.upper < SubdefReal::sMaxValue && !x.IsEmpty();
 }
 
-/// Whether an interval has lost this share of its width, or an infinite side.
-inline bool IsMuchNarrower(const RealInterval& now, const RealInterval& before, double share) {
-  if (now == before) return false;
-  if (!IsFinite(before)) return true;
-  return now.upper - now.lower <= (1 - share) * (before.upper - before.lower);
-}
+/// Whether an interval has lost this share of its width; an unbounded one, an infinite side or this
+/// share of a bound.
+bool IsMuchNarrower(const RealInterval& now, const RealInterval& before, double share);
 
 #endif

@@ -22,6 +22,8 @@ constexpr RealInterval kZero = {0, 0};
 constexpr RealInterval kOne = {1, 1};
 // A contraction must take this share of a width, so that the effort is not wasted on crumbs.
 constexpr double kWorthwhile = 0.1;
+// A Newton step must halve a width to be followed by another one at once.
+constexpr double kConverging = 0.5;
 // Equations of more unknowns are left to the preconditioned system.
 constexpr std::size_t kMaxSparse = 16;
 constexpr int kNewtonSteps = 20;
@@ -209,7 +211,7 @@ void ZULTavNewton::Work::ReadContractor() {
 /// Newton steps and propagation in turn, as long as they are worth it.
 bool ZULTavNewton::Work::Newton() {
   if (mBox.size() > kMaxUnknowns) return true;
-  for (;;) {
+  for (int step = 0; step < kNewtonSteps; ++step) {
     ReadContractor();
     SelectColumns(Points::kConstant);
     if (mColumns.empty()) return true;
@@ -221,12 +223,13 @@ bool ZULTavNewton::Work::Newton() {
     bool worthwhile = false;
     for (const std::size_t i : mColumns) {
       const RealInterval before = mContractor.GetValue(i);
-      worthwhile = worthwhile || IsMuchNarrower(mBox[i], before, 0.5);
+      worthwhile = worthwhile || IsMuchNarrower(mBox[i], before, kConverging);
       mContractor.Narrow(i, mBox[i]);
     }
     if (!mContractor.Propagate()) return false;
-    if (!worthwhile) return true;
+    if (!worthwhile) break;
   }
+  return true;
 }
 
 /// Solves each equation for each of its unknowns. False when there is no solution.
