@@ -67,8 +67,7 @@ RealContractor::RealContractor(const RealSystem& system) : mSystem(system) {
   mParts.resize(unknowns);
 }
 
-bool RealContractor::Begin() {
-  if (!HasChanged()) return false;
+void RealContractor::Begin() {
   ClearQueue();
   const auto& slots = mSystem.GetSlots();
   for (std::size_t i = 0; i < slots.size(); ++i) {
@@ -82,7 +81,6 @@ bool RealContractor::Begin() {
     mQueue[mQueueSize++] = i;
     mQueued[i] = true;
   }
-  return true;
 }
 
 bool RealContractor::HasChanged() const {
@@ -212,14 +210,26 @@ void RealContractor::NoteChanges(const RealSystem::Statement& statement) {
 bool RealContractor::Shave() {
   const std::size_t count = mSystem.GetUnknowns().size();
   const std::size_t patience = std::max(kVain, count / kVainPart);
+  const std::size_t widest = FindWidest();
   std::size_t vain = 0;
   for (std::size_t i = 0; i < count && vain < patience; ++i) {
     mGained = false;
-    if (!ShaveUnknown(mNextShaved)) return false;
-    mNextShaved = static_cast<std::uint32_t>((mNextShaved + 1) % count);
+    if (!ShaveUnknown(static_cast<std::uint32_t>((widest + i) % count))) return false;
     vain = mGained ? 0 : vain + 1;
   }
   return true;
+}
+
+std::size_t RealContractor::FindWidest() const {
+  std::size_t widest = 0;
+  double width = 0;
+  for (std::size_t i = 0; i < mSystem.GetUnknowns().size(); ++i) {
+    const RealInterval x = GetValue(i);
+    if (!IsFinite(x) || WidthOf(x) <= width) continue;
+    widest = i;
+    width = WidthOf(x);
+  }
+  return widest;
 }
 
 /// Slices from either end until one holds, and the rest between them.

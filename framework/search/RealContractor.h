@@ -18,9 +18,11 @@ class RealContractor {
  public:
   explicit RealContractor(const RealSystem& system);
 
-  /// Takes the present domains of the network, and guards as they are. False, without doing so,
-  /// when they are nearly those in which the last contraction has ended.
-  bool Begin();
+  /// Whether the domains of the network are others than those in which the last contraction has
+  /// ended, or much narrower.
+  bool HasChanged() const;
+  /// Takes the present domains of the network, and guards as they are.
+  void Begin();
   /// One interval for each unknown, in their order.
   RealInterval GetValue(std::size_t unknown) const { return mValues[SlotOf(unknown)]; }
   /// Intersects; the statements about the unknown wait for the next Propagate.
@@ -28,7 +30,8 @@ class RealContractor {
 
   /// Narrows until no interval loses much any more. False when there is no solution.
   bool Propagate();
-  /// Shaves unknowns in turn, as long as that narrows. False when there is no solution.
+  /// Shaves unknowns in turn, the widest first, as long as that narrows. False when there is no
+  /// solution.
   bool Shave();
 
  private:
@@ -37,7 +40,6 @@ class RealContractor {
     RealInterval value;
   };
 
-  bool HasChanged() const;
   std::uint32_t SlotOf(std::size_t unknown) const { return mSystem.GetUnknowns()[unknown]; }
   void Wake(std::uint32_t unknown);
   void ClearQueue();
@@ -48,6 +50,7 @@ class RealContractor {
   void NoteChanges(const RealSystem::Statement& statement);
   SubdefReal& Operand(std::uint32_t slot, SubdefReal& copy);
 
+  std::size_t FindWidest() const;
   bool ShaveUnknown(std::uint32_t unknown);
   bool Suppose(std::uint32_t unknown, const RealInterval& part);
   bool MayGain() const;
@@ -73,7 +76,6 @@ class RealContractor {
   std::vector<RealInterval> mHull;     // of the parts, for unknowns that all narrowed
   std::vector<std::uint32_t> mParts;   // how many parts narrowed the unknown
   std::uint32_t mPart = 0;
-  std::uint32_t mNextShaved = 0;  // goes on from node to node, so that all get their turn
   bool mGained = false;
 };
 

@@ -91,7 +91,7 @@ class ZULTavNewton::Work {
       if (mWitness == kNone && !equation.unknowns.empty()) mWitness = equation.unknowns.front();
   }
 
-  int Contract(ZULTaVoNetwork& network);
+  int Contract(ZULTaVoNetwork& network, bool again);
   bool Proves(ZULTavSolution* box);
 
  private:
@@ -192,10 +192,11 @@ void ZULTavNewton::Work::FillMatrix() {
 
 // --- Contraction ------------------------------------------------------------------------------
 
-int ZULTavNewton::Work::Contract(ZULTaVoNetwork& network) {
+int ZULTavNewton::Work::Contract(ZULTaVoNetwork& network, bool again) {
   if (mWitness == kNone) return 0;
   ReadBox();
-  if (!mContractor.Begin()) return 0;
+  if (again && !mContractor.HasChanged()) return 0;
+  mContractor.Begin();
   if (!mContractor.Propagate() || !mContractor.Shave() || !Newton()) return Refute(network);
   ReadContractor();
   return Store(network);
@@ -481,9 +482,9 @@ ZULTavNewton::ZULTavNewton(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* 
 
 ZULTavNewton::~ZULTavNewton() = default;
 
-int ZULTavNewton::Contract(ZULTaVoNetwork& network) {
+int ZULTavNewton::Contract(ZULTaVoNetwork& network, bool again) {
   const SDErrorScope errors;
-  return mWork->Contract(network);
+  return mWork->Contract(network, again);
 }
 
 bool ZULTavNewton::Proves(const ZULTaVoNetwork&, ZULTavSolution* box) {

@@ -26,7 +26,7 @@ class ZULTAV_UTILITIES_API ZULTavNewton final : public ZULTavProof {
   ZULTavNewton(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared);
   ~ZULTavNewton() override;
 
-  int Contract(ZULTaVoNetwork& network) override;
+  int Contract(ZULTaVoNetwork& network, bool again) override;
   bool Proves(const ZULTaVoNetwork& network, ZULTavSolution* box) override;
 
  private:

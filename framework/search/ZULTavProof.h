@@ -18,7 +18,10 @@ class ZULTAV_UTILITIES_API ZULTavProof {
   /// Narrows values without losing a solution: SaveValue before and PropagateValue after each
   /// change. Called before each propagation; answers 1 when there should be another call after it,
   /// else 0.
-  virtual int Contract(ZULTaVoNetwork& network) = 0;
+  /// @param again  whether there was a call for this node before: it need not be repeated where
+  ///               little has changed. What other nodes were like must not matter, so that an
+  ///               interrupted search can be continued.
+  virtual int Contract(ZULTaVoNetwork& network, bool again) = 0;
   /// Whether a solution certainly lies within the present values, which propagation no longer
   /// narrows; leaves them as they are.
   /// @param box  null, or copies of the declared values, which may then be widened a little so

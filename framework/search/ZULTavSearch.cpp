@@ -112,7 +112,7 @@ void ZULTavSearch::Explore(SearchTree& tree, PendingBoxes& pending,
 /// Goes down the stored path. What lies beside it is either open or explored already.
 bool ZULTavSearch::Replay(SearchTree& tree) {
   for (const Decision& decision : mOpenPath) {
-    const Visit visit = Fixpoint();
+    const Visit visit = Fixpoint(false);
     if (visit == Visit::kEnded) return false;
     if (visit == Visit::kRefuted) {
       mNetwork.ScheduleAll();  // so that the visit to come refutes the node once more
@@ -158,10 +158,10 @@ bool ZULTavSearch::HasEmptyValue() const {
 }
 
 /// Contracts and propagates in turn until neither narrows. kDone when nothing was refuted.
-ZULTavSearch::Visit ZULTavSearch::Fixpoint() {
+ZULTavSearch::Visit ZULTavSearch::Fixpoint(bool again) {
   for (int round = 0;; ++round) {
     const bool contracted = mOptions.proof != nullptr && round < kContractions &&
-                            mOptions.proof->Contract(mNetwork) != 0;
+                            mOptions.proof->Contract(mNetwork, again || round > 0) != 0;
     const ZULTaVoNetwork::Status status = mNetwork.Propagate();
     mAtFixpoint = status == ZULTaVoNetwork::Status::kConsistent;
     switch (status) {
@@ -190,7 +190,7 @@ ZULTavSearch::Visit ZULTavSearch::Settle() {
   for (int round = 0; round < kSettlings && !mSettled; ++round) {
     const std::uint64_t before = mNetwork.GetStatistics().narrowings;
     mNetwork.ScheduleAll();
-    if (const Visit visit = Fixpoint(); visit != Visit::kDone) return visit;
+    if (const Visit visit = Fixpoint(true); visit != Visit::kDone) return visit;
     if (!mAtFixpoint) break;
     mSettled = mNetwork.GetStatistics().narrowings == before;
   }
@@ -198,7 +198,7 @@ ZULTavSearch::Visit ZULTavSearch::Settle() {
 }
 
 ZULTavSearch::Visit ZULTavSearch::VisitNode(SearchTree& tree, PendingBoxes& pending) {
-  if (const Visit visit = Fixpoint(); visit != Visit::kDone) return visit;
+  if (const Visit visit = Fixpoint(false); visit != Visit::kDone) return visit;
   const WidthLimit limit = LimitOf(mOptions);
   if (!tree.InHidden()) {
     const std::uint32_t variable = tree.ChooseDeclared(mOptions.choice, limit);

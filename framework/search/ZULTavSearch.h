@@ -128,7 +128,7 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
   void Explore(SearchTree& tree, PendingBoxes& pending, const SolutionCallback& report);
   bool Replay(SearchTree& tree);
   Visit VisitNode(SearchTree& tree, PendingBoxes& pending);
-  Visit Fixpoint();
+  Visit Fixpoint(bool again);
   Visit Settle();
   Visit Branch(SearchTree& tree, std::uint32_t variable, ZULTaVoAny::ValueSelection selection);
   bool IsProven(const SearchTree& tree, ZULTavSolution* box) const;

@@ -427,7 +427,7 @@ TEST(SearchTest, BoxesThatTouchBecomeOneWhereTheLimitAllows) {
 class KnowingProof final : public ZULTavProof {
  public:
   explicit KnowingProof(ZULTaVoReal* x) : mX(x) {}
-  int Contract(ZULTaVoNetwork& network) override {
+  int Contract(ZULTaVoNetwork& network, bool /*again*/) override {
     if (mX->GetLowerBound() == mX->GetUpperBound()) return 0;
     network.SaveValue(mX);
     mX->SetLowerBound(3);
