@@ -13,13 +13,10 @@ using Relation = RealSystem::Relation;
 // A loss of this share of a width is passed on to the other statements.
 constexpr double kWorthwhile = 0.05;
 constexpr int kSlices = 16;
-// A shaving must take this share of a width, or it was in vain. So many may be in vain, one after
-// the other, or this part of all unknowns, before shaving ends.
-constexpr double kGain = 0.1;
-constexpr std::size_t kVain = 2;
-constexpr std::size_t kVainPart = 4;
 // Revisions for each statement; intervals that lose ever less need not be followed to the end.
 constexpr std::size_t kRounds = 100, kSupposedRounds = 20;
+// Revisions for all of a shaving. In long chains each supposition may concern everything.
+constexpr std::size_t kShavingRounds = 100, kShavingRevisions = 20000;
 // Narrower intervals, relative to their magnitude, are Newton's business.
 constexpr double kNarrowest = 1e-6;
 
@@ -122,7 +119,7 @@ void RealContractor::ClearQueue() {
 
 bool RealContractor::Propagate() {
   std::size_t budget = (mSupposing ? kSupposedRounds : kRounds) * mStatements.size();
-  for (; mQueueSize > 0 && budget > 0; --budget) {
+  for (; mQueueSize > 0 && budget > 0; --budget, ++mRevisions) {
     const std::uint32_t statement = mQueue[mQueueHead];
     mQueueHead = (mQueueHead + 1) % mQueue.size();
     --mQueueSize;
@@ -209,14 +206,11 @@ void RealContractor::NoteChanges(const RealSystem::Statement& statement) {
 
 bool RealContractor::Shave() {
   const std::size_t count = mSystem.GetUnknowns().size();
-  const std::size_t patience = std::max(kVain, count / kVainPart);
+  const std::size_t limit = kShavingRounds * mStatements.size() + kShavingRevisions;
   const std::size_t widest = FindWidest();
-  std::size_t vain = 0;
-  for (std::size_t i = 0; i < count && vain < patience; ++i) {
-    mGained = false;
+  mRevisions = 0;
+  for (std::size_t i = 0; i < count && mRevisions < limit; ++i)
     if (!ShaveUnknown(static_cast<std::uint32_t>((widest + i) % count))) return false;
-    vain = mGained ? 0 : vain + 1;
-  }
   return true;
 }
 
@@ -251,10 +245,7 @@ bool RealContractor::ShaveUnknown(std::uint32_t unknown) {
   else if (last > first + 1)
     return true;
   for (const std::uint32_t i : mJoined)
-    if (mParts[i] == mPart) {
-      mGained = mGained || IsMuchNarrower(mHull[i], mValues[SlotOf(i)], kGain);
-      Narrow(i, mHull[i]);
-    }
+    if (mParts[i] == mPart) Narrow(i, mHull[i]);
   return Propagate();
 }
 

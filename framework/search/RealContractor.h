@@ -30,8 +30,8 @@ class RealContractor {
 
   /// Narrows until no interval loses much any more. False when there is no solution.
   bool Propagate();
-  /// Shaves unknowns in turn, the widest first, as long as that narrows. False when there is no
-  /// solution.
+  /// Shaves one unknown after the other, the widest first, within a limit on the effort that is
+  /// linear in the size of the system. False when there is no solution.
   bool Shave();
 
  private:
@@ -68,6 +68,7 @@ class RealContractor {
   std::vector<std::uint32_t> mQueue;  // a ring
   std::size_t mQueueHead = 0, mQueueSize = 0;
   std::vector<bool> mQueued;
+  std::size_t mRevisions = 0;
 
   bool mSupposing = false;
   std::vector<Change> mTrail;  // values before the supposition
@@ -76,7 +77,6 @@ class RealContractor {
   std::vector<RealInterval> mHull;     // of the parts, for unknowns that all narrowed
   std::vector<std::uint32_t> mParts;   // how many parts narrowed the unknown
   std::uint32_t mPart = 0;
-  bool mGained = false;
 };
 
 #endif
