@@ -1,0 +1,404 @@
+// Systems of equations over reals: all solutions to a width of 1e-6, beside Gecode's FloatVar on
+// the same equations with the same branching; and how the cost of propagation grows with the
+// number of unknowns.
+//
+//   systems_bench [--limit SECONDS] [NAME …]     rows whose name contains one of the words
+
+#include <algorithm>
+#include <cfenv>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <gecode/float.hh>
+#include <gecode/minimodel.hh>
+#include <gecode/search.hh>
+#include <map>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "bench/fixture.h"
+#include "framework/calculator/ZULTavCalculator.h"
+#include "framework/search/ZULTavUtilities.h"
+
+namespace {
+
+constexpr double kWidth = 1e-6;
+double limit = 20;  // seconds for a search
+
+using Clock = std::chrono::steady_clock;
+double Since(Clock::time_point begin) {
+  return std::chrono::duration<double>(Clock::now() - begin).count();
+}
+
+using Definitions = std::map<std::string, std::string>;
+struct System {
+  const char* name;
+  const char* file;  // in examples/
+  Definitions definitions = {};
+};
+const System kSystems[] = {
+    {"two circles",                  "two_circles"            },
+    {"circle, parabola",             "circle_parabola"        },
+    {"folium, circle",               "folium"                 },
+    {"sphere, cylinder",             "sphere_cylinder_plane"  },
+    {"combustion",                   "combustion"             },
+    {"Broyden tri. 10",              "broyden",                 {{"n", "10"}}},
+    {"Broyden tri. 10, [-2,2]",                              "broyden",                               {{"n", "10"}, {"limit", "2"}}},
+    {"Broyden tri. 20", "broyden",{{"n", "20"}}},
+    {"Broyden banded 10",                     "broyden_banded",                                      {{"n", "10"}}},
+    {"Caprasse",            "caprasse"},
+    {"cyclohexane",                              "cyclohexane"                                             },
+    {"kinematics",                              "kinematics"                                          },
+    {"Trigexp1 100",                              "trigexp",{{"n", "100"}}},
+    {"ten squares",                              "squares"},
+};
+
+std::unique_ptr<ZULTavModel> Read(const std::string& text, const Definitions& definitions) {
+  ZULTavCalculator::Options options;
+  options.definitions = definitions;
+  std::vector<ZULTavDiagnostic> errors;
+  auto model = ZULTavCalculator({&bench::OpenNumbers()}).Read(text, "bench", options, errors);
+  for (const ZULTavDiagnostic& error : errors) error.Print(std::cerr);
+  if (model == nullptr) std::exit(1);
+  return model;
+}
+
+std::vector<ZULTaVoAny*> ValuesOf(const ZULTavModel& model) {
+  std::vector<ZULTaVoAny*> values;
+  for (const auto& variable : model.Variables())
+    values.insert(values.end(), variable.values.begin(), variable.values.end());
+  return values;
+}
+
+struct Range {
+  double lower, upper;
+};
+using Box = std::vector<Range>;
+
+Range RangeOf(const ZULTaVoAny& value) {
+  if (const auto* integer = ZULTaVoCast<ZULTaVoInteger>(&value))
+    return {static_cast<double>(integer->GetLowerBound()),
+            static_cast<double>(integer->GetUpperBound())};
+  const auto* real = ZULTaVoCast<ZULTaVoReal>(&value);
+  return {real->GetLowerBound(), real->GetUpperBound()};
+}
+
+/// What a search came to.
+struct Run {
+  std::uint64_t boxes = 0, nodes = 0;
+  std::vector<Box> proven;  // of Gecode: those of the other one that its boxes meet
+  bool complete = false;
+  double seconds = HUGE_VAL;
+};
+
+/// The fastest of several runs, if they are short.
+Run Fastest(const std::function<Run()>& run) {
+  Run best = run();
+  for (double spent = best.seconds; best.complete && spent < 0.5; spent += best.seconds) {
+    const Run next = run();
+    best.seconds = std::min(best.seconds, next.seconds);
+    spent += 1e-3;
+  }
+  return best;
+}
+
+Run Solve(const std::string& text, const Definitions& definitions) {
+  const auto model = Read(text, definitions);
+  const std::vector<ZULTaVoAny*> values = ValuesOf(*model);
+  const Clock::time_point begin = Clock::now();
+  ZULTavNewton newton(model->Network(), values);
+  ZULTavSearch::Options options;
+  options.solutions = ZULTavSearch::kUnlimited;
+  options.absoluteWidth = kWidth;
+  options.relativeWidth = 0;
+  options.seconds = limit;
+  options.proof = &newton;
+  ZULTavSearch search(model->Network(), values, options);
+  Run run;
+  run.complete = search.Run([&](const ZULTavSolution& solution) {
+    ++run.boxes;
+    if (!solution.IsProven()) return true;
+    run.proven.emplace_back();
+    for (std::size_t i = 0; i < solution.GetSize(); ++i)
+      run.proven.back().push_back(RangeOf(solution.GetValue(i)));
+    return true;
+  }) == ZULTavSearch::Outcome::kExhausted;
+  run.seconds = Since(begin);
+  run.nodes = search.GetStatistics().nodes;
+  return run;
+}
+
+// --- The peer -------------------------------------------------------------------------------
+
+/// Halves the variables in turn until none is wider than kWidth.
+class HalveInTurn : public Gecode::Brancher {
+ public:
+  using Views = Gecode::ViewArray<Gecode::Float::FloatView>;
+
+  HalveInTurn(Gecode::Home home, Views& views) : Gecode::Brancher(home), mViews(views) {}
+  HalveInTurn(Gecode::Space& home, HalveInTurn& other)
+      : Gecode::Brancher(home, other), mNext(other.mNext) {
+    mViews.update(home, other.mViews);
+  }
+  static void Post(Gecode::Home home, const Gecode::FloatVarArgs& variables) {
+    Views views(home, variables);
+    new (home) HalveInTurn(home, views);
+  }
+
+  bool status(const Gecode::Space&) const override { return FindWide() >= 0; }
+  const Gecode::Choice* choice(Gecode::Space&) override {
+    const int place = FindWide();
+    return new Half(*this, place, mViews[place].med());
+  }
+  const Gecode::Choice* choice(const Gecode::Space&, Gecode::Archive&) override { return nullptr; }
+  Gecode::ExecStatus commit(Gecode::Space& home, const Gecode::Choice& choice,
+                            unsigned int alternative) override {
+    const auto& half = static_cast<const Half&>(choice);
+    mNext = (half.place + 1) % mViews.size();
+    const Gecode::ModEvent event = alternative == 0 ? mViews[half.place].lq(home, half.middle)
+                                                    : mViews[half.place].gq(home, half.middle);
+    return Gecode::me_failed(event) ? Gecode::ES_FAILED : Gecode::ES_OK;
+  }
+  Gecode::Actor* copy(Gecode::Space& home) override { return new (home) HalveInTurn(home, *this); }
+
+ private:
+  struct Half : Gecode::Choice {
+    Half(const Gecode::Brancher& brancher, int where, double value)
+        : Gecode::Choice(brancher, 2), place(where), middle(value) {}
+    int place;
+    double middle;
+  };
+
+  int FindWide() const {
+    for (int i = 0; i < mViews.size(); ++i) {
+      const int place = (mNext + i) % mViews.size();
+      if (mViews[place].size() > kWidth && !mViews[place].assigned()) return place;
+    }
+    return -1;
+  }
+
+  Views mViews;
+  int mNext = 0;
+};
+
+/// The statements of a model, posted as they stand.
+class Peer : public Gecode::Space {
+ public:
+  explicit Peer(const ZULTavModel& model) : mModel(&model) {
+    const std::vector<ZULTaVoAny*> values = ValuesOf(model);
+    mVariables = Gecode::FloatVarArray(*this, static_cast<int>(values.size()));
+    int next = 0;
+    for (const auto& variable : model.Variables()) {
+      mFirsts.push_back(next);
+      for (const ZULTaVoAny* value : variable.values) {
+        const auto [lower, upper] = RangeOf(*value);
+        mVariables[next++] = Gecode::FloatVar(*this, lower, upper);
+      }
+    }
+    for (const auto& statement : model.Statements()) {
+      using Kind = ZULTavModel::Statement::Kind;
+      if (statement.kind != Kind::kEqual) Refuse("a statement that is no equation");
+      Gecode::rel(*this, Make(statement.left) == Make(statement.right));
+    }
+    mProducts.clear();
+    HalveInTurn::Post(*this, mVariables);
+  }
+  Peer(Peer& other) : Gecode::Space(other) { mVariables.update(*this, other.mVariables); }
+  Gecode::Space* copy() override { return new Peer(*this); }
+
+  bool Meets(const Box& box) const {
+    for (int i = 0; i < mVariables.size(); ++i) {
+      const Range& range = box[static_cast<std::size_t>(i)];
+      if (mVariables[i].max() < range.lower || mVariables[i].min() > range.upper) return false;
+    }
+    return true;
+  }
+
+ private:
+  using Expression = Gecode::LinFloatExpr;
+
+  [[noreturn]] static void Refuse(const std::string& what) {
+    std::cerr << "the peer is not told " << what << '\n';
+    std::exit(1);
+  }
+
+  /// Sums stay linear expressions, each posted as one constraint.
+  Expression Make(std::uint32_t index) {
+    const ZULTavModel::Expression& e = mModel->Expressions()[index];
+    if (e.IsVariable()) return mVariables[mFirsts[e.operands[0]] + static_cast<int>(e.operands[1])];
+    if (e.IsConstant()) return ConstantOf(index);
+    const std::string_view name = e.op->GetName();
+    if (name == "+") return Make(e.operands[0]) + Make(e.operands[1]);
+    if (name == "-" && e.op->GetNumberOfArguments() == 2)
+      return Make(e.operands[0]) - Make(e.operands[1]);
+    if (name == "-") return -Make(e.operands[0]);
+    if (name == "*" && mModel->Expressions()[e.operands[0]].IsConstant())
+      return ConstantOf(e.operands[0]) * Make(e.operands[1]);
+    const auto known = mProducts.find(index);
+    if (known != mProducts.end()) return known->second;
+    // Without these bounds, coefficients let sums overflow, which is an error to the peer.
+    const Gecode::FloatVar value = Gecode::expr(*this, MakeProduct(e));
+    Gecode::rel(*this, value, Gecode::FRT_GQ, -1e100);
+    Gecode::rel(*this, value, Gecode::FRT_LQ, 1e100);
+    mProducts.emplace(index, value);
+    return value;
+  }
+  Expression MakeProduct(const ZULTavModel::Expression& e) {
+    const std::string_view name = e.op->GetName();
+    const Expression left = Make(e.operands[0]);
+    if (e.op->GetNumberOfArguments() == 1) {
+      using Function = Expression (*)(const Expression&);
+      static const std::map<std::string_view, Function> kFunctions = {
+          {"sqrt", [](const Expression& x) { return Gecode::sqrt(x); }},
+          {"exp",  [](const Expression& x) { return Gecode::exp(x); } },
+          {"ln",   [](const Expression& x) { return Gecode::log(x); } },
+          {"sin",  [](const Expression& x) { return Gecode::sin(x); } },
+          {"cos",  [](const Expression& x) { return Gecode::cos(x); } },
+          {"tan",  [](const Expression& x) { return Gecode::tan(x); } },
+      };
+      const auto function = kFunctions.find(name);
+      if (function == kFunctions.end()) Refuse(std::string(name));
+      return function->second(left);
+    }
+    if (name == "*") return left * Make(e.operands[1]);
+    if (name == "/") return left / Make(e.operands[1]);
+    if (name != "^") Refuse(std::string(name));
+    const double exponent = ConstantOf(e.operands[1]).min();
+    if (exponent != std::floor(exponent) || exponent < 2) Refuse("such a power");
+    return exponent == 2 ? Gecode::sqr(left) : Gecode::pow(left, static_cast<int>(exponent));
+  }
+  Gecode::FloatVal ConstantOf(std::uint32_t index) const {
+    const auto [lower, upper] = RangeOf(*mModel->Expressions()[index].object);
+    return {lower, upper};
+  }
+
+  // To set up the root only:
+  const ZULTavModel* mModel = nullptr;
+  std::vector<int> mFirsts;  // by variable, where its values lie
+  std::map<std::uint32_t, Gecode::FloatVar> mProducts;
+
+  Gecode::FloatVarArray mVariables;
+};
+
+Run SolveByPeer(const std::string& text, const Definitions& definitions,
+                const std::vector<Box>& solutions) {
+  const auto model = Read(text, definitions);
+  const Clock::time_point begin = Clock::now();
+  const auto root = std::make_unique<Peer>(*model);
+  Gecode::Search::TimeStop stop(limit * 1000);
+  Gecode::Search::Options options;
+  options.threads = 1;
+  options.stop = &stop;
+  Gecode::DFS<Peer> search(root.get(), options);
+  Run run;
+  std::vector<bool> met(solutions.size());
+  while (const std::unique_ptr<Peer> box{search.next()}) {
+    ++run.boxes;
+    for (std::size_t i = 0; i < solutions.size(); ++i) met[i] = met[i] || box->Meets(solutions[i]);
+  }
+  run.seconds = Since(begin);
+  run.complete = !search.stopped();
+  run.nodes = search.statistics().node;
+  std::fesetround(FE_TONEAREST);  // which FloatVar leaves as it pleases
+  for (std::size_t i = 0; i < solutions.size(); ++i)
+    if (met[i]) run.proven.push_back(solutions[i]);
+  return run;
+}
+
+// --- Tables -----------------------------------------------------------------------------------
+
+void CompareSystem(const System& system) {
+  std::ifstream file(std::string(ZULTAV_EXAMPLES) + "/" + system.file + ".zul");
+  std::ostringstream text;
+  if (!file || !(text << file.rdbuf())) {
+    std::printf("| %-23s | no model of that name\n", system.name);
+    return;
+  }
+  const Run ours = Fastest([&] { return Solve(text.str(), system.definitions); });
+  const Run theirs =
+      Fastest([&] { return SolveByPeer(text.str(), system.definitions, ours.proven); });
+  const auto unless = [](bool complete) { return complete ? ' ' : '>'; };
+  std::printf(
+      "| %-23s | %5llu | %5zu | %7llu | %c%8.4f | %8llu | %5zu | %9llu | %c%8.4f | %c%8.1f |\n",
+      system.name, static_cast<unsigned long long>(ours.boxes), ours.proven.size(),
+      static_cast<unsigned long long>(ours.nodes), unless(ours.complete), ours.seconds,
+      static_cast<unsigned long long>(theirs.boxes), theirs.proven.size(),
+      static_cast<unsigned long long>(theirs.nodes), unless(theirs.complete), theirs.seconds,
+      unless(theirs.complete), theirs.seconds / ours.seconds);
+  std::fflush(stdout);
+}
+
+constexpr char kBroyden[] = R"(
+let n = 10;
+x[0..n+1] : real = [-1, 0];
+x[0] = 0;
+x[n+1] = 0;
+for i in 1..n : (3 - 2 * x[i]) * x[i] - x[i-1] - 2 * x[i+1] + 1 = 0;
+)";
+
+void Scale(int unknowns) {
+  const Definitions definitions = {
+      {"n", std::to_string(unknowns)}
+  };
+  double reading = HUGE_VAL, propagating = HUGE_VAL, width = 0;
+  std::uint64_t calls = 0;
+  bool complete = true;
+  for (int repetition = 0; repetition < 5 && complete; ++repetition) {
+    Clock::time_point begin = Clock::now();
+    const auto model = Read(kBroyden, definitions);
+    reading = std::min(reading, Since(begin));
+    const std::vector<ZULTaVoAny*> values = ValuesOf(*model);
+    begin = Clock::now();
+    ZULTavNewton newton(model->Network(), values);
+    ZULTavSearch::Options options;
+    options.proof = &newton;
+    options.seconds = limit;
+    ZULTavSearch search(model->Network(), values, options);
+    ZULTavSearch::Verdict verdict;
+    complete = search.Propagate(verdict) == ZULTavSearch::Outcome::kExhausted;
+    propagating = std::min(propagating, Since(begin));
+    calls = search.GetStatistics().propagations;
+    width = 0;
+    for (const ZULTaVoAny* value : values) width = std::max(width, value->GetWidth());
+  }
+  std::printf("| %8d | %9.6f | %c%9.6f | %9.3f | %9.1f | %9.3g |\n", unknowns, reading,
+              complete ? ' ' : '>', propagating, propagating / unknowns * 1e6,
+              static_cast<double>(calls) / unknowns, width);
+  std::fflush(stdout);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::vector<std::string> words;
+  for (int i = 1; i < argc; ++i) {
+    if (std::string_view(argv[i]) == "--limit" && i + 1 < argc)
+      limit = std::atof(argv[++i]);
+    else
+      words.emplace_back(argv[i]);
+  }
+  const auto wanted = [&](std::string_view name) {
+    return words.empty() || std::any_of(words.begin(), words.end(), [&](const std::string& word) {
+             return name.find(word) != name.npos;
+           });
+  };
+
+  std::printf("All solutions to a width of %g, %g s at most; seconds and nodes of both\n", kWidth,
+              limit);
+  std::printf(
+      "| system                  | boxes | prov. |   nodes |   seconds | peer box |  meet |"
+      "     nodes |   seconds |     ratio |\n");
+  for (const System& system : kSystems)
+    if (wanted(system.name)) CompareSystem(system);
+
+  if (!wanted("scaling")) return 0;
+  std::printf("\nBroyden tridiagonal, propagate-only from [-1, 0]\n");
+  std::printf("| unknowns | s to read |  s to prop | us/unkn.  | calls/un. | max width |\n");
+  for (const int unknowns : {10, 100, 1000, 10000}) Scale(unknowns);
+}
