@@ -238,7 +238,7 @@ bool ZULTavNewton::Work::NarrowByRows() {
   for (const Row& row : mRows) {
     const auto& unknowns = row.equation->unknowns;
     if (unknowns.size() > kMaxSparse) continue;
-    const RealInterval* slopes = &mEntries[row.first];
+    const RealInterval* slopes = mEntries.data() + row.first;
     for (std::size_t j = 0; j < unknowns.size(); ++j) {
       RealInterval rest = row.defect;
       for (std::size_t k = 0; k < unknowns.size(); ++k)

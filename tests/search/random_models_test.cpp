@@ -92,20 +92,20 @@ const Form kForms[] = {
     {"($0 >> $1)",     "bnn", VALUE(x > y)},
     {"($0 >== $1)",    "bnn", VALUE(x >= y)},
     {"PrimeNumber($0)", "bi", VALUE(IsPrime(x))},
-    {"($0 && $1)",     "bbb", VALUE(x && y)},
-    {"($0 || $1)",     "bbb", VALUE(x || y)},
-    {"($0 /\\ $1)",    "bbb", VALUE(x && y)},
-    {"($0 \\/ $1)",    "bbb", VALUE(x || y)},
-    {"($0 -> $1)",     "bbb", VALUE(!x || y)},
+    {"($0 && $1)",     "bbb", VALUE(std::min(x, y))},
+    {"($0 || $1)",     "bbb", VALUE(std::max(x, y))},
+    {"($0 /\\ $1)",    "bbb", VALUE(std::min(x, y))},
+    {"($0 \\/ $1)",    "bbb", VALUE(std::max(x, y))},
+    {"($0 -> $1)",     "bbb", VALUE(std::max(1 - x, y))},
     {"($0 == $1)",     "bbb", VALUE(x == y)},
     {"($0 <<>> $1)",   "bbb", VALUE(x != y)},
-    {"(~$0)",          "bb",  VALUE(!x)},
+    {"(~$0)",          "bb",  VALUE(1 - x)},
     {"(sum(i in 1..3) $0)",     "nn", VALUE(x + y), true},
     {"(product(i in 1..3) $0)", "nn", VALUE(x * y), true},
     {"(min(i in 1..3) $0)",     "nn", VALUE(std::min(x, y)), true},
     {"(max(i in 1..3) $0)",     "nn", VALUE(std::max(x, y)), true},
-    {"(forall(i in 1..3) $0)",  "bb", VALUE(x && y), true},
-    {"(exists(i in 1..3) $0)",  "bb", VALUE(x || y), true},
+    {"(forall(i in 1..3) $0)",  "bb", VALUE(std::min(x, y)), true},
+    {"(exists(i in 1..3) $0)",  "bb", VALUE(std::max(x, y)), true},
     {"sum(q)",                  "nq", VALUE(x + y), true},
     {"max(q)",                  "nq", VALUE(std::max(x, y)), true},
     {"alldifferent(q)",         "bq", nullptr, true},
@@ -134,7 +134,7 @@ const Form kStatements[] = {
 #undef VALUE
 
 /// Values of the variables: x y z k, q[1..3], b c, p[1..3]; and of the loop index.
-constexpr std::size_t kX = 0, kZ = 2, kQ = 4, kB = 7, kP = 9, kIndex = 12, kVariables = 12;
+constexpr std::size_t kZ = 2, kQ = 4, kB = 7, kP = 9, kIndex = 12, kVariables = 12;
 using Values = std::array<double, kVariables + 1>;
 
 struct Expression {
