@@ -33,6 +33,7 @@ Examples
   zultav solve model.zul -n 3 -D total=12 three solutions with another constant
   zultav solve model.zul --propagate-only what propagation alone finds out
   zultav solve - -t 10 --format json      a model from standard input, ten seconds, JSON
+  zultav solve model.zul -a --checkpoint run.zck   a run that can be interrupted and resumed
 
 Each solution is printed as `name = value` lines and ends with ----------. The last line is
   ==========               all solutions were printed
@@ -40,6 +41,22 @@ Each solution is printed as `name = value` lines and ends with ----------. The l
   =====UNKNOWN=====        a limit ended the search (exit status 4)
 and is missing when as many solutions as asked for were printed. A solution marked
 "// possible" is a box that may hold a solution, but was not proven to.)";
+
+constexpr char kResumeFooter[] =
+    R"(Goes on with a run that `zultav solve --checkpoint` or an earlier resume has saved. Prints the
+solutions that remain: together with those printed before they are those of one run. The model
+file is not read again. The checkpoint is kept up to date.
+
+Examples
+  zultav solve model.zul -a --checkpoint run.zck    interrupted by Ctrl-C, say
+  zultav resume run.zck                             the rest of the solutions
+  zultav resume run.zck -t 3600                     an hour's part of the rest)";
+
+constexpr char kShowFooter[] = R"(Prints what was found, and how far the run came.
+
+Examples
+  zultav show run.zck
+  zultav show run.zck --format json)";
 
 constexpr char kCheckFooter[] = R"(Examples
   zultav check model.zul
@@ -134,6 +151,9 @@ class Reader {
     mApp.set_version_flag("--version", "zultav " ZULTAV_VERSION, "Print the version");
     mApp.set_help_flag("-h,--help", "Print this help");
     AddSolve();
+    AddResume();
+    AddOutput(AddCheckpointArgument(
+        AddCommand(Command::kShow, "show", "Say what a checkpoint holds", kShowFooter)));
     AddModelArgument(
         AddCommand(Command::kCheck, "check", "Read a model and say what it holds", kCheckFooter));
     AddCommand(Command::kOperators, "operators", "List the operators that the module registered",
@@ -213,24 +233,68 @@ class Reader {
     AddSolutions(app);
     AddStrategy(app);
     AddLimits(app);
+    AddOutput(app);
+    app.add_option("--checkpoint", mOptions.checkpointFile,
+                   "Save the run in this file, every now and then and when it is\ninterrupted; "
+                   "`zultav resume FILE` goes on with it")
+        ->type_name("FILE")
+        ->excludes("--propagate-only");
+    AddEvery(app);
+  }
+
+  void AddResume() {
+    CLI::App& app = AddCheckpointArgument(
+        AddCommand(Command::kResume, "resume", "Go on with a saved run", kResumeFooter));
+    AddSolutionCount(app, "as many as the run still wants");
+    AddLimits(app);
+    AddOutput(app);
+    AddEvery(app);
+  }
+
+  CLI::App& AddCheckpointArgument(CLI::App& app) {
+    app.add_option("FILE", mOptions.checkpointFile, "Checkpoint file")->required();
+    return app;
+  }
+
+  void AddOutput(CLI::App& app) {
     app.add_flag("-s,--stats", mOptions.statistics, "Print statistics (JSON has them always)");
     AddChoice(app, "--digits", mOptions.digits, kDigits,
               "Digits of printed reals: to the precision, or full so that they\nread back exactly");
   }
 
+  void AddEvery(CLI::App& app) {
+    app.add_option_function<std::string>(
+           "--every",
+           [this](const std::string& text) {
+             mOptions.savePeriod =
+                 ReadNumberOption("--every", text, "a positive number of seconds", IsPositive);
+           },
+           "Time between two savings of the run (60)")
+        ->type_name("SECONDS");
+  }
+
   void AddSolutions(CLI::App& app) {
-    auto* count = app.add_option("-n,--solutions", mOptions.search.solutions,
-                                 "Stop after so many solutions (1)")
-                      ->type_name("N")
-                      ->check(AtLeastOne());
-    auto* all = app.add_flag_callback(
-        "-a,--all", [this] { mOptions.search.solutions = ZULTavSearch::kUnlimited; },
-        "Find all solutions");
+    const auto [count, all] = AddSolutionCount(app, "1");
     app.add_flag("--propagate-only", mOptions.propagateOnly,
                  "Only propagate, and print what the variables may still be")
         ->excludes(count)
         ->excludes(all);
+  }
+
+  std::pair<CLI::Option*, CLI::Option*> AddSolutionCount(CLI::App& app,
+                                                         const std::string& usually) {
+    const auto want = [this](std::uint64_t solutions) {
+      mOptions.search.solutions = solutions;
+      mOptions.solutionsGiven = true;
+    };
+    auto* count = app.add_option_function<std::uint64_t>(
+                         "-n,--solutions", want, "Stop after so many solutions (" + usually + ")")
+                      ->type_name("N")
+                      ->check(AtLeastOne());
+    auto* all = app.add_flag_callback(
+        "-a,--all", [want] { want(ZULTavSearch::kUnlimited); }, "Find all solutions");
     count->excludes(all);
+    return {count, all};
   }
 
   void AddStrategy(CLI::App& app) {

@@ -18,7 +18,7 @@ enum ExitStatus : int {
   kInternal = 5
 };
 
-enum class Command { kSolve, kCheck, kOperators, kTypes };
+enum class Command { kSolve, kResume, kShow, kCheck, kOperators, kTypes };
 enum class Format { kText, kJson };
 /// How text output prints reals: as the module does, to the precision, or so that they read back.
 enum class Digits { kPrecision, kFull };
@@ -38,6 +38,9 @@ struct Options {
   std::optional<std::pair<double, double>> trigLimits;
   std::optional<double> ratio;
   ZULTavSearch::Options search;
+  bool solutionsGiven = false;
+  std::string checkpointFile;  ///< empty: the run is not saved
+  double savePeriod = 60;      ///< seconds
 };
 
 #endif

@@ -56,7 +56,16 @@ class TextReport final : public Report {
     } else if (ending.searched && ending.status == Ending::Status::kAllSolutions) {
       std::cout << "==========\n";
     }
-    if (!mStatistics) return;
+    if (!ending.model.empty()) {
+      std::cout << "// model        " << ending.model << "\n// open         "
+                << ending.openDecisions << " decisions\n";
+    }
+    if (!ending.checkpoint.empty()) {
+      std::cout.flush();
+      std::cerr << "zultav: the run is saved; go on with: zultav resume " << ending.checkpoint
+                << '\n';
+    }
+    if (!mStatistics && ending.model.empty()) return;
     ForEachStatistic(ending.statistics, [](const char* name, auto value) {
       std::cout << "// " << std::left << std::setw(12) << name << ' ' << value << '\n';
     });
@@ -108,7 +117,13 @@ class JsonReport final : public Report {
                      [&](const char* name, auto value) { statistics[name] = value; });
     std::cout << ",\n  \"status\": \"" << NameOf(ending.status)
               << "\",\n  \"statistics\": " << statistics.dump() << ",\n  \"errors\": "
-              << JsonOf(mErrors).dump(-1, ' ', false, Json::error_handler_t::replace) << "\n}\n";
+              << JsonOf(mErrors).dump(-1, ' ', false, Json::error_handler_t::replace);
+    if (!ending.checkpoint.empty())
+      std::cout << ",\n  \"checkpoint\": " << Quote(ending.checkpoint);
+    if (!ending.model.empty())
+      std::cout << ",\n  \"model\": " << Quote(ending.model)
+                << ",\n  \"open_decisions\": " << ending.openDecisions;
+    std::cout << "\n}\n";
   }
 
  private:

@@ -21,6 +21,10 @@ struct Ending {
   bool searched = false;  ///< solutions were looked for
   bool limited = false;   ///< a limit came before the end
   ZULTavSearch::Statistics statistics;
+  std::string checkpoint;  ///< file with which the run can go on, if any
+  // Of a checkpoint that is shown:
+  std::string model;  ///< the file it was made from
+  std::size_t openDecisions = 0;
 };
 
 /// Writes the outcome of `zultav solve` to standard output while it comes about.

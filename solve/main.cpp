@@ -3,17 +3,34 @@
 #include <new>
 
 #include "solve/CatalogueCommand.h"
+#include "solve/CheckCommand.h"
 #include "solve/CommandLine.h"
-#include "solve/ModelCommand.h"
+#include "solve/SearchCommand.h"
+
+namespace {
+
+int Execute(const Options& options) {
+  switch (options.command) {
+    case Command::kSolve:
+    case Command::kResume:
+    case Command::kShow:
+      return RunSearchCommand(options);
+    case Command::kCheck:
+      return RunCheckCommand(options);
+    case Command::kOperators:
+    case Command::kTypes:
+      return RunCatalogueCommand(options);
+  }
+  return kInternal;
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
   try {
     int status = kUsage;
     const auto options = ReadCommandLine(argc, argv, status);
-    if (options) {
-      const bool reads = options->command == Command::kSolve || options->command == Command::kCheck;
-      status = reads ? RunModelCommand(*options) : RunCatalogueCommand(*options);
-    }
+    if (options) status = Execute(*options);
     std::cout.flush();
     if (std::cout) return status;
     std::cerr << "zultav: cannot write to standard output\n";

@@ -3,6 +3,8 @@
 
 #include <cstdint>
 #include <iosfwd>
+#include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,6 +12,10 @@
 #include "framework/calculator/Export.h"
 #include "framework/solver/ZULTaVoNetwork.h"
 #include "framework/solver/ZULTaVoOperatorDescriptor.h"
+
+class ZULTaVoModule;
+class ZULipstream;
+class ZULopstream;
 
 /// A model that was read: its network, its named variables, and what it states, as expressions.
 class ZULTAV_CALCULATOR_API ZULTavModel {
@@ -72,6 +78,14 @@ class ZULTAV_CALCULATOR_API ZULTavModel {
   const std::vector<Expression>& Expressions() const { return mExpressions; }
   /// In the order of the source.
   const std::vector<Statement>& Statements() const { return mStatements; }
+
+  /// Writes the network and the named variables, so that Read makes an equal model. To be called
+  /// before any propagation: initial values tell constants from what was found out.
+  void Write(ZULopstream& out) const;
+  /// A model as it was written, without expressions and statements; null when the bytes are no
+  /// model of these modules: in.Reason() says why.
+  static std::unique_ptr<ZULTavModel> Read(ZULipstream& in,
+                                           std::span<const ZULTaVoModule* const> modules);
 
   /// Writes an expression with every application in parentheses, such as "((x ^ 2) + y)".
   void PrintExpression(std::ostream& out, std::uint32_t expression) const;

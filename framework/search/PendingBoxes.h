@@ -20,6 +20,8 @@ class PendingBoxes {
 
   void Add(ZULTavSolution box);
   std::size_t GetSize() const { return mBoxes.size(); }
+  /// In the order in which they came.
+  std::deque<ZULTavSolution>& GetBoxes() { return mBoxes; }
   ZULTavSolution TakeFirst();
   /// Takes out the first box for which `final` holds, or the oldest where too many wait; false
   /// when there is none.

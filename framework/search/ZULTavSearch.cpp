@@ -4,6 +4,8 @@
 #include <new>
 #include <utility>
 
+#include "framework/base/ZULipstream.h"
+#include "framework/base/ZULopstream.h"
 #include "framework/search/PendingBoxes.h"
 #include "framework/search/SearchTimer.h"
 #include "framework/search/SearchTree.h"
@@ -34,6 +36,10 @@ ZULTavSearch::~ZULTavSearch() { mNetwork.SetInterrupt(nullptr); }
 void ZULTavSearch::Begin() {
   mBegin = Clock::now();
   mNextProgress = mBegin + kProgressPeriod;
+  constexpr double kLongest = 1e9;  // seconds that a clock can surely count
+  mSavePeriod = std::chrono::duration_cast<Clock::duration>(
+      std::chrono::duration<double>(std::min(mOptions.savePeriod, kLongest)));
+  mNextSave = mBegin + mSavePeriod;
   mBefore = mNetwork.GetStatistics();
   mStatistics = {};
   if (mTimeUp.exchange(false)) mInterrupt = false;  // an earlier run's time, not a call of Stop
@@ -74,11 +80,12 @@ ZULTavSearch::Outcome ZULTavSearch::Run(const SolutionCallback& report) {
     const SearchTimer timer(mOptions.seconds, mTimeUp, mInterrupt);
     SearchTree tree(mNetwork, mDeclared);
     PendingBoxes pending(tree.GetDeclared(), LimitOf(mOptions));
-    if (!HasEmptyValue()) Explore(tree, pending, report);
-    while (pending.GetSize() != 0 && mOutcome != Outcome::kStopped) {
-      ++mStatistics.solutions;
-      if (!report(pending.TakeFirst()) && pending.GetSize() != 0) mOutcome = Outcome::kStopped;
-    }
+    pending.GetBoxes().swap(mKept);
+    mExplored = mExplored || HasEmptyValue();
+    if (!mExplored) Explore(tree, pending, report);
+    if (mExplored || !mOptions.resumable) ReportRest(pending, report);
+    if (mOptions.resumable) pending.GetBoxes().swap(mKept);
+    mExplored = mExplored && mOptions.resumable;
   } catch (const std::bad_alloc&) {
     mOutcome = Outcome::kOutOfMemory;
   }
@@ -88,10 +95,22 @@ ZULTavSearch::Outcome ZULTavSearch::Run(const SolutionCallback& report) {
   return mOutcome;
 }
 
+void ZULTavSearch::ReportRest(PendingBoxes& pending, const SolutionCallback& report) {
+  while (pending.GetSize() != 0 && mOutcome != Outcome::kStopped) {
+    if (mOptions.resumable && mStatistics.solutions >= mOptions.solutions) {
+      mOutcome = Outcome::kSolutionLimit;
+      return;
+    }
+    ++mStatistics.solutions;
+    if (!report(pending.TakeFirst()) && pending.GetSize() != 0) mOutcome = Outcome::kStopped;
+  }
+}
+
 void ZULTavSearch::Explore(SearchTree& tree, PendingBoxes& pending,
                            const SolutionCallback& report) {
   if (!Replay(tree)) return;
   while (!LimitReached()) {
+    SaveIfDue(tree, pending);
     const Visit visit = VisitNode(tree, pending);
     if (visit == Visit::kEnded) break;
     ++mStatistics.nodes;
@@ -102,6 +121,7 @@ void ZULTavSearch::Explore(SearchTree& tree, PendingBoxes& pending,
     if (visit == Visit::kDone) Flush(tree, pending, report);
     if (!tree.Backtrack()) {
       if (mOutcome == Outcome::kSolutionLimit) mOutcome = Outcome::kExhausted;
+      mExplored = true;
       break;
     }
     if (mOutcome != Outcome::kExhausted) break;
@@ -112,7 +132,8 @@ void ZULTavSearch::Explore(SearchTree& tree, PendingBoxes& pending,
 /// Goes down the stored path. What lies beside it is either open or explored already.
 bool ZULTavSearch::Replay(SearchTree& tree) {
   for (const Decision& decision : mOpenPath) {
-    const Visit visit = Fixpoint(false);
+    Visit visit = Fixpoint(false);
+    if (visit == Visit::kDone && tree.IsHidden(decision.variable)) visit = Settle();
     if (visit == Visit::kEnded) return false;
     if (visit == Visit::kRefuted) {
       mNetwork.ScheduleAll();  // so that the visit to come refutes the node once more
@@ -240,7 +261,9 @@ bool ZULTavSearch::IsProven(const SearchTree& tree, ZULTavSolution* box) const {
 /// Reports what no later box can touch, or everything once enough was found.
 void ZULTavSearch::Flush(const SearchTree& tree, PendingBoxes& pending,
                          const SolutionCallback& report) {
-  const bool enough = mStatistics.solutions + pending.GetSize() >= mOptions.solutions;
+  // What is kept for a run that goes on need not be cut short.
+  const bool enough =
+      !mOptions.resumable && mStatistics.solutions + pending.GetSize() >= mOptions.solutions;
   const auto final = [&](const ZULTavSolution& box) {
     return enough || !tree.ReachesOpenHalf(box);
   };
@@ -249,5 +272,65 @@ void ZULTavSearch::Flush(const SearchTree& tree, PendingBoxes& pending,
   while (mOutcome != Outcome::kStopped && pending.TakeIf(final, solution)) {
     ++mStatistics.solutions;
     if (!report(solution)) mOutcome = Outcome::kStopped;
+    if (mOptions.resumable && mOutcome == Outcome::kExhausted &&
+        mStatistics.solutions >= mOptions.solutions) {
+      mOutcome = Outcome::kSolutionLimit;
+      return;
+    }
   }
+}
+
+void ZULTavSearch::SaveIfDue(SearchTree& tree, PendingBoxes& pending) {
+  if (!mOptions.save) return;
+  const Clock::time_point now = Clock::now();
+  if (now < mNextSave) return;
+  mOpenPath = tree.GetPath();
+  UpdateStatistics();
+  pending.GetBoxes().swap(mKept);
+  mOptions.save();
+  pending.GetBoxes().swap(mKept);
+  mNextSave = Clock::now() + mSavePeriod;
+}
+
+void ZULTavSearch::WriteState(ZULopstream& out) const {
+  out.WriteUnsigned(mExplored);
+  out.WriteUnsigned(mHiddenNodes);
+  out.WriteUnsigned(mOpenPath.size());
+  for (const Decision& decision : mOpenPath) {
+    out.WriteUnsigned(decision.variable);
+    out.WriteUnsigned(static_cast<std::uint64_t>(decision.selection));
+    out.WriteUnsigned(decision.second);
+  }
+  out.WriteUnsigned(mKept.size());
+  for (const ZULTavSolution& box : mKept) box.Write(out);
+}
+
+bool ZULTavSearch::ReadState(ZULipstream& in) {
+  std::uint64_t explored = 0, count = 0;
+  in.ReadUnsigned(explored, 1);
+  in.ReadUnsigned(mHiddenNodes);
+  mExplored = explored != 0;
+  mOpenPath.clear();
+  mKept.clear();
+  in.ReadUnsigned(count);
+  for (; count > 0 && in.Good(); --count) {
+    std::uint64_t variable = 0, selection = 0, second = 0;
+    in.ReadUnsigned(variable, mNetwork.GetNumberOfObjects());
+    in.ReadUnsigned(selection, ZULTaVoAny::kGreatestValue);
+    in.ReadUnsigned(second, 1);
+    mOpenPath.push_back({static_cast<std::uint32_t>(variable),
+                         static_cast<ZULTaVoAny::ValueSelection>(selection), second != 0});
+  }
+  in.ReadUnsigned(count);
+  for (; count > 0 && in.Good(); --count) {
+    ZULTavSolution box = MakeSolution();
+    if (box.Read(in)) mKept.push_back(std::move(box));
+  }
+  return in.Good();
+}
+
+ZULTavSolution ZULTavSearch::MakeSolution() const {
+  std::vector<SearchVariable> variables;
+  for (ZULTaVoAny* value : mDeclared) variables.emplace_back(value, mNetwork.GetType(value));
+  return ZULTavSolution(variables);
 }

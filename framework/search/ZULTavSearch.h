@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <limits>
 #include <memory>
@@ -81,6 +82,12 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
     ZULTavProof* proof = nullptr;
     /// Called about twice a second while the search runs; may be empty.
     std::function<void(const Statistics&)> progress;
+    /// Called every savePeriod seconds between two nodes, for WriteState; may be empty.
+    std::function<void()> save;
+    double savePeriod = std::numeric_limits<double>::infinity();
+    /// Whether a run that ends early keeps boxes that later ones may join for the run that goes
+    /// on; otherwise it reports them.
+    bool resumable = false;
   };
 
   /// One split on the path from the root: which variable (declared ones first, then hidden ones),
@@ -117,10 +124,17 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
   const Statistics& GetStatistics() const { return mStatistics; }
   /// After a Run that ended early: the path to the node where the search would go on.
   const std::vector<Decision>& GetOpenPath() const { return mOpenPath; }
+
+  /// Within Options::save, or after a Run with Options::resumable: writes what the next Run needs
+  /// to go on, the path and the boxes not reported yet.
+  void WriteState(ZULopstream& out) const;
   /// Makes the next Run go on where an earlier one over an equal network and with equal options
-  /// ended: what was explored before is left out. Boxes that the earlier run had reported are not
-  /// merged with later ones.
-  void SetOpenPath(std::vector<Decision> path) { mOpenPath = std::move(path); }
+  /// was: together they report what one uninterrupted run reports. False when the bytes are no such
+  /// state: in.Reason() says why.
+  bool ReadState(ZULipstream& in);
+  /// A solution of this search's types, for ZULTavSolution::Read. Throws std::bad_alloc when memory
+  /// ran out.
+  ZULTavSolution MakeSolution() const;
 
  private:
   enum class Visit { kBranched, kRefuted, kDone, kEnded };
@@ -135,6 +149,8 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
   void Flush(const SearchTree& tree, PendingBoxes& pending, const SolutionCallback& report);
   bool HasEmptyValue() const;
   bool LimitReached();
+  void ReportRest(PendingBoxes& pending, const SolutionCallback& report);
+  void SaveIfDue(SearchTree& tree, PendingBoxes& pending);
   void UpdateStatistics();
   void Begin();
 
@@ -142,7 +158,11 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
   std::vector<ZULTaVoAny*> mDeclared;
   Options mOptions;
   Statistics mStatistics;
+  // Where the next run goes on.
   std::vector<Decision> mOpenPath;
+  std::deque<ZULTavSolution> mKept;  // boxes not reported yet
+  std::uint64_t mHiddenNodes = 0;
+  bool mExplored = false;  // only boxes are left
 
   std::atomic<bool> mInterrupt{false};
   std::atomic<bool> mTimeUp{false};
@@ -150,8 +170,8 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
   bool mAtFixpoint = false;
   bool mSettled = false;  // every constraint has accepted the present values
   ZULTavSolution mCandidate;
-  std::uint64_t mHiddenNodes = 0;
-  std::chrono::steady_clock::time_point mBegin, mNextProgress;
+  std::chrono::steady_clock::time_point mBegin, mNextProgress, mNextSave;
+  std::chrono::steady_clock::duration mSavePeriod{};
   ZULTaVoNetwork::Statistics mBefore;
 };
 

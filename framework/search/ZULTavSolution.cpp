@@ -3,6 +3,8 @@
 #include <new>
 #include <utility>
 
+#include "framework/base/ZULipstream.h"
+#include "framework/base/ZULopstream.h"
 #include "framework/search/SearchVariable.h"
 #include "framework/search/ZULTavProof.h"
 
@@ -38,6 +40,20 @@ ZULTavSolution& ZULTavSolution::operator=(ZULTavSolution&& other) noexcept {
   std::swap(mEntries, other.mEntries);
   mProven = other.mProven;
   return *this;
+}
+
+void ZULTavSolution::Write(ZULopstream& out) const {
+  out.WriteUnsigned(mProven);
+  for (const Entry& entry : mEntries) out.WriteObject(*entry.value);
+}
+
+bool ZULTavSolution::Read(ZULipstream& in) {
+  std::uint64_t proven = 0;
+  in.ReadUnsigned(proven, 1);
+  mProven = proven != 0;
+  for (const Entry& entry : mEntries)
+    if (!in.ReadObject(*entry.value)) return false;
+  return in.Good();
 }
 
 void ZULTavSolution::Destroy() noexcept {

@@ -10,6 +10,8 @@
 #include "framework/solver/ZULTaVoAny.h"
 
 class SearchVariable;
+class ZULipstream;
+class ZULopstream;
 
 /// Copies of the searched values, in the order in which they were given to the search. Lives
 /// independently of the network, but not longer than the module that made its types.
@@ -25,6 +27,10 @@ class ZULTAV_UTILITIES_API ZULTavSolution {
   std::size_t GetSize() const { return mEntries.size(); }
   const ZULTaVoAny& GetValue(std::size_t index) const { return *mEntries[index].value; }
   ZULTaVoAny& GetValue(std::size_t index) { return *mEntries[index].value; }
+
+  void Write(ZULopstream& out) const;
+  /// Reads what was written of a solution of the same types, into this one's values.
+  bool Read(ZULipstream& in);
 
   /// Whether a solution of the model certainly lies within the values. When it is false, one may.
   bool IsProven() const { return mProven; }

@@ -86,7 +86,7 @@ struct Found {
   std::vector<std::string> solutions;
   std::vector<bool> proven;
   ZULTavSearch::Statistics statistics;
-  std::vector<ZULTavSearch::Decision> openPath;
+  std::string state;  // for a search that goes on
 };
 
 ZULTavSearch::Options All() {
@@ -96,9 +96,13 @@ ZULTavSearch::Options All() {
 }
 
 Found Search(Model& model, const Values& declared, const ZULTavSearch::Options& options,
-             std::vector<ZULTavSearch::Decision> path = {}) {
+             const std::string& state = {}) {
   ZULTavSearch search(model.Network(), declared, options);
-  search.SetOpenPath(std::move(path));
+  if (!state.empty()) {
+    std::istringstream bytes(state);
+    ZULipstream in(bytes);
+    EXPECT_TRUE(search.ReadState(in)) << in.Reason();
+  }
   Found found;
   found.outcome = search.Run([&](const ZULTavSolution& solution) {
     std::string text;
@@ -108,7 +112,10 @@ Found Search(Model& model, const Values& declared, const ZULTavSearch::Options& 
     return true;
   });
   found.statistics = search.GetStatistics();
-  found.openPath = search.GetOpenPath();
+  std::ostringstream bytes;
+  ZULopstream out(bytes);
+  search.WriteState(out);
+  found.state = bytes.str();
   return found;
 }
 
@@ -268,13 +275,13 @@ TEST(SearchTest, GoesOnWhereItEnded) {
     for (options.nodes = 1; options.nodes < expected.statistics.nodes; ++options.nodes) {
       SCOPED_TRACE(options.nodes);
       std::vector<std::string> solutions;
-      std::vector<ZULTavSearch::Decision> path;
+      std::string state;
       Outcome outcome = Outcome::kNodeLimit;
       for (int part = 0; part < 40 && outcome == Outcome::kNodeLimit; ++part) {
         Pairs pairs;  // a new network, as after a restart
-        const Found found = Search(pairs.model, pairs.xy, options, path);
+        const Found found = Search(pairs.model, pairs.xy, options, state);
         solutions.insert(solutions.end(), found.solutions.begin(), found.solutions.end());
-        path = found.openPath;
+        state = found.state;
         outcome = found.outcome;
       }
       EXPECT_EQ(outcome, Outcome::kExhausted);

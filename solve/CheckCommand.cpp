@@ -1,0 +1,59 @@
+#include "solve/CheckCommand.h"
+
+#include <iostream>
+
+#include "solve/LoadedModel.h"
+#include "solve/Report.h"
+
+namespace {
+
+void PrintHolding(const ZULTavModel& model, const std::string& file) {
+  std::cout << file << ": " << ValuesOf(model).size() << " variables, " << model.Statements().size()
+            << " statements, " << model.Network().GetNumberOfConstraints() << " constraints\n";
+  for (const ZULTavModel::Variable& variable : model.Variables()) {
+    std::cout << "  " << variable.name;
+    if (variable.isArray)
+      std::cout << '[' << variable.firstIndex << ".."
+                << variable.firstIndex + static_cast<long>(variable.values.size()) - 1 << ']';
+    std::cout << " : " << variable.typeName << '\n';
+  }
+}
+
+nlohmann::ordered_json JsonOf(const ZULTavModel& model) {
+  nlohmann::ordered_json variables = nlohmann::ordered_json::array();
+  for (const ZULTavModel::Variable& variable : model.Variables()) {
+    nlohmann::ordered_json item = {
+        {"name", variable.name    },
+        {"type", variable.typeName}
+    };
+    if (variable.isArray) {
+      item["first"] = variable.firstIndex;
+      item["size"] = variable.values.size();
+    }
+    variables.push_back(std::move(item));
+  }
+  return {
+      {"variables",   std::move(variables)                    },
+      {"statements",  model.Statements().size()               },
+      {"constraints", model.Network().GetNumberOfConstraints()}
+  };
+}
+
+}  // namespace
+
+int RunCheckCommand(const Options& options) {
+  LoadedModel model;
+  std::vector<ZULTavDiagnostic> errors;
+  const int status = model.Load(options, errors);
+  if (options.format == Format::kJson) {
+    auto document = status == kAnswered ? JsonOf(model.Get()) : nlohmann::ordered_json::object();
+    document["errors"] = JsonOf(errors);
+    std::cout << document.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace)
+              << '\n';
+  } else if (status == kAnswered) {
+    PrintHolding(model.Get(), options.modelFile);
+  } else {
+    PrintErrors(errors);
+  }
+  return status;
+}

@@ -1,0 +1,88 @@
+#include "solve/LoadedModel.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+
+namespace {
+
+/// Reads no more than the reader of models would take anyway.
+bool ReadText(std::istream& in, std::size_t limit, std::string& text) {
+  constexpr std::size_t kPiece = 1 << 16;
+  for (std::size_t size = 0; size <= limit;) {
+    text.resize(size + kPiece);
+    in.read(text.data() + size, kPiece);
+    size += static_cast<std::size_t>(in.gcount());
+    text.resize(size);
+    if (!in) return in.eof();
+  }
+  return true;
+}
+
+bool ReadModelText(const std::string& name, std::size_t limit, std::string& text,
+                   std::string& reason) {
+  errno = 0;
+  if (name == "-") {
+    if (ReadText(std::cin, limit, text)) return true;
+    reason = "cannot read standard input";
+    return false;
+  }
+  std::ifstream file(name, std::ios::binary);
+  if (file && ReadText(file, limit, text)) return true;
+  reason = "cannot read '" + name + "'";
+  if (errno != 0) reason += std::string(": ") + std::strerror(errno);
+  return false;
+}
+
+}  // namespace
+
+ZULTavDiagnostic Failure(const std::string& message, const std::string& file) {
+  ZULTavDiagnostic failure;
+  failure.message = message;
+  failure.file = file;
+  return failure;
+}
+
+std::vector<ZULTaVoAny*> ValuesOf(const ZULTavModel& model) {
+  std::vector<ZULTaVoAny*> values;
+  for (const ZULTavModel::Variable& variable : model.Variables())
+    values.insert(values.end(), variable.values.begin(), variable.values.end());
+  return values;
+}
+
+int LoadedModel::OpenModules(const Options& options, std::vector<ZULTavDiagnostic>& errors) {
+  std::string reason;
+  if (mModules.Open(options, reason)) return kAnswered;
+  errors.push_back(Failure(reason));
+  return options.moduleGiven ? kUsage : kInternal;
+}
+
+int LoadedModel::Load(const Options& options, std::vector<ZULTavDiagnostic>& errors) {
+  if (const int status = OpenModules(options, errors); status != kAnswered) return status;
+  ZULTavCalculator::Options reading;
+  reading.definitions = options.definitions;
+  const std::string name = options.modelFile == "-" ? "<stdin>" : options.modelFile;
+  std::string reason, text;
+  if (!ReadModelText(options.modelFile, reading.limits.sourceBytes, text, reason)) {
+    errors.push_back(Failure(reason, name));
+    return kUsage;
+  }
+  mModel = ZULTavCalculator(mModules.All()).Read(text, name, reading, errors);
+  if (mModel == nullptr) return kModelError;
+  if (options.ratio) mModel->Network().SetNarrowingFraction(*options.ratio);
+  return kAnswered;
+}
+
+int LoadedModel::Load(const Options& options, const Checkpoint& checkpoint,
+                      std::vector<ZULTavDiagnostic>& errors) {
+  if (const int status = OpenModules(options, errors); status != kAnswered) return status;
+  std::string reason;
+  mModel = checkpoint.MakeModel(mModules.All(), reason);
+  if (mModel == nullptr) {
+    errors.push_back(Failure("the checkpoint cannot be used: " + reason, options.checkpointFile));
+    return kUsage;
+  }
+  if (options.ratio) mModel->Network().SetNarrowingFraction(*options.ratio);
+  return kAnswered;
+}
