@@ -1,3 +1,4 @@
+#include <csignal>
 #include <exception>
 #include <iostream>
 #include <new>
@@ -27,6 +28,7 @@ int Execute(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::signal(SIGXFSZ, SIG_IGN);  // a file that may not grow is a failed write, not the end
   try {
     int status = kUsage;
     const auto options = ReadCommandLine(argc, argv, status);

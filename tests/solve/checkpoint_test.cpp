@@ -1,0 +1,282 @@
+#include "solve/Checkpoint.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <random>
+
+#include "framework/search/ZULTavNewton.h"
+#include "solve/LoadedModel.h"
+#include "tests/solve/zultav_program.h"
+
+namespace {
+
+constexpr int kInterrupted = 4, kUnusable = 2;
+
+/// A file name of this test's own; the file is removed with it.
+class TemporaryFile {
+ public:
+  TemporaryFile() : mName(testing::TempDir() + "zultav_run_" + std::to_string(getpid())) {
+    std::filesystem::remove(mName);
+  }
+  ~TemporaryFile() { std::filesystem::remove(mName); }
+  const std::string& Name() const { return mName; }
+  bool Exists() const { return std::filesystem::exists(mName); }
+  std::string Bytes() const {
+    std::ifstream in(mName, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+  }
+  void Set(std::string_view bytes) const { std::ofstream(mName, std::ios::binary) << bytes; }
+
+ private:
+  std::string mName;
+};
+
+/// What is printed of solutions, and the last line unless a limit was reached.
+std::string Solutions(const Result& result) {
+  std::string text;
+  for (const std::string& line : result.Lines())
+    if (line != "=====UNKNOWN=====" && (line.rfind("//", 0) != 0 || line == "// possible"))
+      text += line + '\n';
+  return text;
+}
+
+// --- Interrupted and resumed --------------------------------------------------------------------
+
+struct RunCase {
+  std::string example;
+  std::vector<int> nodes;  // after so many a part of the run ends
+  std::string arguments;
+};
+void PrintTo(const RunCase& row, std::ostream* out) { *out << row.example; }
+
+class ResumeTest : public testing::TestWithParam<RunCase> {};
+
+TEST_P(ResumeTest, PartsAreTogetherTheWholeRun) {
+  const auto& [example, steps, arguments] = GetParam();
+  const std::string run = "solve " + Example(example) + " -a --digits full " + arguments;
+  const std::string whole = Solutions(Zultav(run));
+  for (const int nodes : steps) {
+    SCOPED_TRACE(nodes);
+    const TemporaryFile file;
+    const std::string limit = " --max-nodes " + std::to_string(nodes);
+    Result part = Zultav(run + limit + " --checkpoint " + file.Name());
+    std::string parts = Solutions(part);
+    for (int i = 0; part.status == kInterrupted && i < 200; ++i) {
+      part = Zultav("resume " + file.Name() + " --digits full" + limit);
+      parts += Solutions(part);
+    }
+    EXPECT_EQ(part.status, 0) << part.err;
+    EXPECT_EQ(parts, whole);
+    EXPECT_EQ(Solutions(Zultav("show --digits full " + file.Name())), whole);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Examples, ResumeTest,
+    testing::Values(
+        RunCase{
+            "broyden", {1, 2},
+             ""
+},
+        RunCase{"broyden_banded", {1, 4}, ""}, RunCase{"caprasse", {60, 333}, ""},
+        RunCase{"change_making", {20, 101}, ""}, RunCase{"chinese_remainder", {1, 2}, ""},
+        RunCase{"circle_parabola", {1}, ""}, RunCase{"combustion", {1, 3}, "--eps 1e-30,1e-9"},
+        RunCase{"compound_interest", {1}, ""}, RunCase{"continuum", {300, 999}, "--eps 1e-2"},
+        RunCase{"cyclohexane", {3, 50}, ""}, RunCase{"folium", {1, 2}, ""},
+        RunCase{"gear_train", {5, 31}, ""}, RunCase{"kepler", {1}, ""},
+        RunCase{"kinematics", {1, 10}, ""}, RunCase{"logic_puzzle", {1}, ""},
+        RunCase{"magic_square", {60}, ""}, RunCase{"no_contact", {1}, ""},
+        RunCase{"party", {1}, ""}, RunCase{"pythagorean", {1, 9}, ""},
+        RunCase{"queens8", {13, 200}, ""}, RunCase{"robot_arm", {1}, ""},
+        RunCase{"rounding", {1}, ""}, RunCase{"scheduling", {1, 3}, ""},
+        RunCase{"send_more_money", {1, 5}, ""}, RunCase{"sphere_cylinder_plane", {1, 2}, ""},
+        RunCase{"squares", {500}, ""}, RunCase{"thermostat", {1}, "-D hours=8"},
+        RunCase{"trigexp", {1}, "-D n=20"}, RunCase{"twin_primes", {10}, ""},
+        RunCase{"two_circles", {1}, ""}, RunCase{"unsatisfiable", {1}, ""}),
+    [](const auto& row) { return row.param.example; });
+
+TEST(CheckpointTest, CoversEveryExample) {
+  std::size_t models = 0;
+  for (const auto& entry :
+       std::filesystem::directory_iterator(std::filesystem::path(Example("x")).parent_path()))
+    models += entry.path().extension() == ".zul";
+  EXPECT_EQ(models, 31u + 1) << "one is misspelt on purpose; add new ones above";
+}
+
+TEST(CheckpointTest, SolutionsAreCountedOn) {
+  const TemporaryFile file;
+  const std::string first =
+      Solutions(Zultav("solve " + Example("queens8") + " -n 5 --checkpoint " + file.Name()));
+  const std::string two = Solutions(Zultav("resume -n 2 " + file.Name()));
+  const std::string rest = Solutions(Zultav("resume -a " + file.Name()));
+  EXPECT_EQ(first + two + rest, Solutions(Zultav("solve -a " + Example("queens8"))));
+  EXPECT_EQ(Zultav("resume -a " + file.Name()).out, "==========\n");
+}
+
+TEST(CheckpointTest, ASignalSavesTheRunAndSaysHowToGoOn) {
+  const TemporaryFile file;
+  for (const char* signal : {"INT", "TERM"}) {
+    const Result result =
+        Zultav("solve " + Example("queens8") + " -a -D n=14 --checkpoint " + file.Name(), "",
+               std::string("timeout -s ") + signal + " 0.3");
+    EXPECT_NE(result.err.find("go on with: zultav resume " + file.Name()), std::string::npos)
+        << result.err;
+    const auto shown = Zultav("show --format json " + file.Name()).Json();
+    EXPECT_GT(shown["open_decisions"], 0);
+    EXPECT_EQ(shown["solutions"].size(), shown["statistics"]["solutions"]);
+    EXPECT_EQ(Zultav("resume --max-nodes 100 " + file.Name()).status, kInterrupted);
+  }
+}
+
+TEST(CheckpointTest, AKilledRunCanBeResumed) {
+  const std::string run = "solve " + Example("queens8") + " -a -D n=9";
+  const std::string whole = Solutions(Zultav(run));
+  std::mt19937 random(4);
+  int resumed = 0;
+  for (int i = 0; i < 100; ++i) {
+    const TemporaryFile file;
+    const std::string moment = std::to_string(0.004 + 0.0005 * static_cast<double>(random() % 100));
+    Zultav(run + " --every 0.001 --checkpoint " + file.Name(), "", "timeout -s KILL " + moment);
+    std::filesystem::remove(file.Name() + ".part");
+    if (!file.Exists()) continue;  // killed before it had begun
+    std::string recorded = Solutions(Zultav("show " + file.Name()));
+    if (const auto end = recorded.rfind("==========\n"); end != std::string::npos)
+      recorded.resize(end);
+    const Result rest = Zultav("resume " + file.Name());
+    EXPECT_EQ(rest.status, 0) << rest.err;
+    EXPECT_EQ(recorded + Solutions(rest), whole) << moment;
+    ++resumed;
+  }
+  EXPECT_GT(resumed, 50);
+}
+
+TEST(CheckpointTest, ACheckpointThatCannotBeWrittenDoesNotEndTheRun) {
+  const std::string run = "solve -a " + Example("queens8");
+  const std::string whole = Solutions(Zultav(run));
+  const std::pair<std::string, const char*> rows[] = {
+      {"/nowhere/run",          "No such file or directory"},
+      {testing::TempDir(),      "directory"                },
+      {"/proc/zultav_test_run", "No such file or directory"},
+  };
+  for (const auto& [place, reason] : rows) {
+    SCOPED_TRACE(place);
+    const Result result = Zultav(run + " --every 0.001 --checkpoint " + place);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(Solutions(result), whole);
+    EXPECT_NE(result.err.find(reason), std::string::npos) << result.err;
+  }
+  const TemporaryFile file;
+  Zultav(run + " --max-nodes 100 --checkpoint " + file.Name());
+  const std::string before = file.Bytes();
+  const Result full = Zultav("resume --max-nodes 3 " + file.Name(), "", "ulimit -f 1;");
+  EXPECT_EQ(full.status, kInterrupted);
+  EXPECT_NE(full.err.find("File too large"), std::string::npos) << full.err;
+  EXPECT_EQ(file.Bytes(), before);
+}
+
+// --- Hostile files ------------------------------------------------------------------------------
+
+std::string WithChecksum(std::string bytes) {
+  std::uint64_t hash = 0xcbf29ce484222325;
+  for (const char byte : bytes) hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001b3;
+  for (int i = 0; i < 8; ++i) bytes += static_cast<char>(hash >> 8 * i);
+  return bytes;
+}
+
+/// Reads the file and goes on a little. Answers whether that was possible.
+bool GoesOn(const std::string& file) {
+  std::string reason;
+  const auto refused = [&reason] {
+    EXPECT_FALSE(reason.empty());
+    return false;
+  };
+  const auto checkpoint = Checkpoint::Read(file, reason);
+  if (checkpoint == nullptr) return refused();
+  Options options;
+  checkpoint->Restore(options);
+  Modules modules;
+  Options module;  // the file may name another one, which is nothing to try here
+  if (!modules.Open(module, reason)) return refused();
+  const auto model = checkpoint->MakeModel(modules.All(), reason);
+  if (model == nullptr) return refused();
+  model->Network().SetFilterLimit(1000);
+  options.search.nodes = 5;
+  ZULTavNewton newton(model->Network(), ValuesOf(*model));
+  options.search.proof = &newton;
+  ZULTavSearch search(model->Network(), ValuesOf(*model), options.search);
+  if (!checkpoint->RestoreSearch(search, reason)) return refused();
+  search.Run([](const ZULTavSolution&) { return true; });
+  return true;
+}
+
+class HostileCheckpointTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    Zultav("solve - -a --max-nodes 9 --checkpoint " + mFile.Name(),
+           "i, j : int = [1, 9]; s : single int; x : real = [0, 4]; a : angle; p : positive;"
+           "b : bool; b == (i >> 4); s = i + j; x^2 = i; sin(a) = 0.5; p = x + 1; t : single real;"
+           "t = 1.5;");
+    mBytes = mFile.Bytes();
+    ASSERT_GT(mBytes.size(), 500u);
+    ASSERT_TRUE(GoesOn(mFile.Name()));
+  }
+  TemporaryFile mFile;
+  std::string mBytes;
+};
+
+TEST_F(HostileCheckpointTest, DamageIsFound) {
+  for (std::size_t size = 0; size < mBytes.size(); ++size) {
+    mFile.Set(mBytes.substr(0, size));
+    ASSERT_FALSE(GoesOn(mFile.Name())) << size;
+  }
+  std::mt19937 random(7);
+  for (std::size_t i = 0; i < mBytes.size(); ++i) {
+    std::string bytes = mBytes;
+    bytes[i] = static_cast<char>(bytes[i] ^ (1 << random() % 8));
+    mFile.Set(bytes);
+    ASSERT_FALSE(GoesOn(mFile.Name())) << i;
+  }
+}
+
+// Where the checksum was made to fit, the reader must still take nothing for granted.
+TEST_F(HostileCheckpointTest, ForgeriesDoNoHarm) {
+  const std::string content = mBytes.substr(0, mBytes.size() - 8);
+  int refused = 0;
+  for (std::size_t i = 0; i < content.size(); ++i) {
+    for (int bit = 0; bit < 8; ++bit) {
+      std::string bytes = content;
+      bytes[i] = static_cast<char>(bytes[i] ^ (1 << bit));
+      mFile.Set(WithChecksum(bytes));
+      refused += !GoesOn(mFile.Name());
+    }
+    mFile.Set(WithChecksum(content.substr(0, i)));
+    ASSERT_FALSE(GoesOn(mFile.Name())) << i;
+  }
+  EXPECT_GT(refused, static_cast<int>(content.size()));
+}
+
+TEST_F(HostileCheckpointTest, TheProgramSaysWhatIsWrong) {
+  const struct {
+    std::string bytes, reason;
+  } rows[] = {
+      {"",                       "cannot read checkpoint"},
+      {"x : int;",               "damaged"               },
+      {mBytes.substr(1),         "damaged"               },
+      {WithChecksum("x : int;"), "not an object stream"      },
+  };
+  for (const auto& [bytes, reason] : rows) {
+    mFile.Set(bytes);
+    for (const char* command : {"resume ", "show "}) {
+      const Result result = Zultav(command + mFile.Name());
+      EXPECT_EQ(result.status, kUnusable);
+      EXPECT_NE(result.err.find(reason), std::string::npos) << result.err;
+    }
+  }
+}
+
+}  // namespace
