@@ -66,6 +66,7 @@ void ZULTavIntervalReal::Write(ZULopstream& out) const { out << mSet.lower << mS
 void ZULTavIntervalReal::Read(ZULipstream& in) {
   SubdefReal set;
   in >> set.lower >> set.upper;
+  if (std::isnan(set.lower) || std::isnan(set.upper)) in.Fail("a bound is no number");
   SetSubdef(set);
 }
 

@@ -50,7 +50,8 @@ void ZULTavSingleBoolean::Write(ZULopstream& out) const { out << int{mSet.code};
 void ZULTavSingleBoolean::Read(ZULipstream& in) {
   int code = 0;
   in >> code;
-  mSet = SubdefBool(code);
+  if (code < SubdefBool::kFalse || code > SubdefBool::kNil) in.Fail("a truth value is none");
+  mSet = in.Good() ? SubdefBool(code) : SubdefBool(SubdefBool::kNil);
 }
 
 // Sets -----------------------------------------------------------------------------------------

@@ -51,6 +51,7 @@ void ZULTavSingleReal::Write(ZULopstream& out) const { out << mValue; }
 void ZULTavSingleReal::Read(ZULipstream& in) {
   double value = 0;
   in >> value;
+  if (std::isnan(value)) in.Fail("a value is no number");
   SetExactValue(value);
   CheckValue();
 }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstddef>
 #include <memory>
 #include <new>
@@ -122,14 +123,21 @@ TEST(ValueTypesTest, InitialValuesAndSizes) {
   EXPECT_TRUE(IR().IsAny() && II().IsAny() && SR().IsAny() && SI().IsAny() && SB().IsAny());
 }
 
-TEST(ValueTypesTest, ACodeThatIsNoneIsNotHidden) {
-  std::stringstream bytes;
-  ZULopstream out(bytes);
-  SB::writeRef(out, SB(static_cast<SubdefBool::Code>(7)));
-  ZULipstream in(bytes);
-  SB read;
-  SB::readRef(in, read);
-  EXPECT_EQ(read.GetSet().code, 7);
+TEST(ValueTypesTest, RecordsOfNoValueAreRefused) {
+  const auto refuses = [](auto value, auto... fields) {
+    std::stringstream bytes;
+    ZULopstream out(bytes);
+    (out << ... << fields);
+    ZULipstream in(bytes);
+    value.Read(in);
+    EXPECT_STRNE(in.Reason(), "");
+    EXPECT_TRUE(value.IsNil());
+  };
+  refuses(SB(), 4);
+  refuses(SB(), -1);
+  refuses(SR(1.0), std::nan(""));
+  refuses(IR(), 1.0, std::nan(""));
+  refuses(ZULTavAngle(), -std::nan(""), 1.0);
 }
 
 // Identity ---------------------------------------------------------------------------------------
