@@ -15,6 +15,12 @@ target_compile_options(zultav_options INTERFACE
   -Wno-missing-braces)  # clang asks for braces that aggregates of aggregates may leave out
 target_include_directories(zultav_options INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
 
+# Sanitizer runtimes are linked into the program, not into its libraries.
+set(zultav_link_options)
+if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+  set(zultav_link_options -Wl,--no-undefined)
+endif()
+
 # zultav_library(NAME SOURCES … [DEPENDS …]): one shared library, symbols hidden by default.
 function(zultav_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
@@ -28,10 +34,7 @@ function(zultav_library name)
   set_target_properties(${name} PROPERTIES
     CXX_EXTENSIONS OFF CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
     INSTALL_RPATH "$ORIGIN")
-  # Sanitizer runtimes are linked into the program, not into its libraries.
-  if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
-    target_link_options(${name} PRIVATE -Wl,--no-undefined)
-  endif()
+  target_link_options(${name} PRIVATE ${zultav_link_options})
   set_property(GLOBAL APPEND PROPERTY ZULTAV_LIBRARIES ${name})
 endfunction()
 

@@ -7,6 +7,10 @@ cd "$root"
 build_packages=(cmake ninja-build g++ ccache libcli11-dev nlohmann-json3-dev)
 test_packages=(libgtest-dev libmpfr-dev libgmp-dev libgecode-dev pkg-config locales)
 
+as_root() {
+  if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
+}
+
 need_packages() {
   local missing=() package
   for package in "$@"; do
@@ -14,20 +18,22 @@ need_packages() {
       missing+=("$package")
   done
   [ ${#missing[@]} -eq 0 ] && return 0
-  local become=()
-  [ "$(id -u)" -eq 0 ] || become=(sudo)
   echo "Installing: ${missing[*]}"
-  "${become[@]}" apt-get update -qq
-  DEBIAN_FRONTEND=noninteractive "${become[@]}" apt-get install -y -qq --no-install-recommends \
+  as_root apt-get update -qq
+  as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
     "${missing[@]}" >/dev/null
+}
+
+# What a 32-bit target needs beside the compiler: its own C and C++ libraries and the oracles.
+need_m32_packages() {
+  dpkg --print-foreign-architectures | grep -qx i386 || as_root dpkg --add-architecture i386
+  need_packages g++-multilib googletest libmpfr-dev:i386 libgmp-dev:i386
 }
 
 # A locale whose decimal point is a comma: value syntax must not depend on it.
 need_comma_locale() {
   locale -a | grep -qi '^de_DE\.utf-\?8$' && return 0
-  local become=()
-  [ "$(id -u)" -eq 0 ] || become=(sudo)
-  "${become[@]}" localedef -i de_DE -f UTF-8 de_DE.UTF-8
+  as_root localedef -i de_DE -f UTF-8 de_DE.UTF-8
 }
 
 # configure_and_build PRESET [cmake option …]

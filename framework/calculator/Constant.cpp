@@ -223,12 +223,11 @@ std::optional<Constant> Constant::FromDigits(std::string_view text) {
 
 Constant Constant::AsReal() const {
   if (IsReal()) return *this;
-  const auto rounded = static_cast<double>(integer);
-  // Compared as integers: 2^63 is the only double of an int64 that the cast back cannot take.
-  const bool above = rounded >= 0x1p63 || static_cast<std::int64_t>(rounded) > integer;
-  const bool below = rounded < 0x1p63 && static_cast<std::int64_t>(rounded) < integer;
-  return Real(above ? std::nextafter(rounded, -kInfinity) : rounded,
-              below ? std::nextafter(rounded, kInfinity) : rounded, rounded);
+  // By its halves, since a 32-bit x86 may keep the double nearest to an integer in a register that
+  // is wider than a double.
+  const Rounded real = Add(0x1p32 * static_cast<std::int32_t>(integer >> 32),
+                           static_cast<std::uint32_t>(integer));
+  return Real(Down(real), Up(real), real.value);
 }
 
 std::string Constant::Describe() const {

@@ -58,7 +58,7 @@ template <class Item>
 Item* ReadItem(ZULipstream& in, const std::vector<Item*>& items) {
   std::uint64_t number = 0;
   in.ReadUnsigned(number);
-  if (in.Good() && number < items.size()) return items[number];
+  if (in.Good() && number < items.size()) return items[static_cast<std::size_t>(number)];
   in.Fail("a number refers to nothing");
   return nullptr;
 }

@@ -2,6 +2,7 @@
 #define ZULTAV_INTERVALS_DOUBLE_DOUBLE_H
 
 #include <cmath>
+#include <cstdint>
 
 /// A number of about 106 bits: the unevaluated sum of two doubles, the second much the smaller.
 struct DoubleDouble {
@@ -22,6 +23,12 @@ inline DoubleDouble TwoSum(double x, double y) {
   const double sum = x + y;
   const double second = sum - x;
   return {sum, (x - (sum - second)) + (y - second)};
+}
+
+/// n = hi + lo exactly. By its halves, since a 32-bit x86 may keep the double nearest to n in a
+/// register that is wider than a double.
+inline DoubleDouble FromInteger(std::int64_t n) {
+  return FastTwoSum(0x1p32 * static_cast<std::int32_t>(n >> 32), static_cast<std::uint32_t>(n));
 }
 
 #if defined(__FMA__) || defined(__FP_FAST_FMA)

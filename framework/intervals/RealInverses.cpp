@@ -38,9 +38,7 @@ DoubleDouble Complement(double z) {
 /// m pi + y.
 Approximation AddHalfTurns(std::int64_t m, const Approximation& y) {
   constexpr DoubleDouble kPi{0x1.921fb54442d18p+1, 0x1.1a62633145c07p-53};
-  const auto high = static_cast<double>(m);
-  const auto low = static_cast<double>(m - static_cast<std::int64_t>(high));
-  const DoubleDouble sum = DoubleDouble{high, low} * kPi + y.value;
+  const DoubleDouble sum = FromInteger(m) * kPi + y.value;
   return {sum, MulAdd(0x1p-98, std::fabs(sum.hi), y.error)};
 }
 

@@ -9,8 +9,6 @@ namespace {
 
 using Function = RealSystem::Function;
 
-constexpr RealInterval kZero = {0, 0};
-
 bool IsWhole(double value) { return value == std::floor(value); }
 
 /// All that the rounding of a number in x may give.

@@ -1,6 +1,7 @@
 #ifndef ZULTAV_TESTS_INTERVALS_MPFR_ORACLE_H
 #define ZULTAV_TESTS_INTERVALS_MPFR_ORACLE_H
 
+#define MPFR_USE_INTMAX_T
 #include <mpfr.h>
 
 #include <algorithm>

@@ -93,7 +93,7 @@ TEST(RealFunctionsTest, CountExtremesAndPolesBetweenTheBounds) {
       mpfr_sub_d(y, y, offset, MPFR_RNDN);
       mpfr_div_d(y, y, period, MPFR_RNDN);
       mpfr_floor(y, y);
-      return mpfr_get_si(y, MPFR_RNDN);
+      return mpfr_get_sj(y, MPFR_RNDN);
     };
     return count(a) != count(b);
   };

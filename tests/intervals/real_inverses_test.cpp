@@ -32,9 +32,10 @@ class RealInverseTest : public testing::TestWithParam<InverseCase> {
   static Mpfr Root(double z, std::int64_t k, bool minus, mpfr_rnd_t direction) {
     const mpfr_rnd_t opposite = direction == MPFR_RNDD ? MPFR_RNDU : MPFR_RNDD;
     Mpfr root;
-    Mpfr arc;
+    Mpfr arc, halfTurns;
+    mpfr_set_sj(halfTurns, k, MPFR_RNDN);
     mpfr_const_pi(root, MPFR_RNDN);
-    mpfr_mul_si(root, root, k, direction);
+    mpfr_mul(root, root, halfTurns, direction);
     GetParam().principal(arc, Mpfr(z), minus ? opposite : direction);
     (minus ? mpfr_sub : mpfr_add)(root, root, arc, direction);
     return root;
@@ -44,7 +45,7 @@ class RealInverseTest : public testing::TestWithParam<InverseCase> {
     Mpfr y;
     mpfr_const_pi(y, MPFR_RNDN);
     mpfr_d_div(y, x, y, MPFR_RNDN);
-    return mpfr_get_si(y, MPFR_RNDN);
+    return mpfr_get_sj(y, MPFR_RNDN);
   }
 
   /// The hull of the arcs of solutions within x, one period after the other.

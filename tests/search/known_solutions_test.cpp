@@ -365,7 +365,7 @@ class RandomModel {
     std::erase(mModel.statements, -1);  // beyond what can be told apart from its tolerance
   }
   const Model& Get() const { return mModel; }
-  std::size_t Below(std::size_t n) { return mRandom() % n; }
+  std::size_t Below(std::size_t n) { return static_cast<std::size_t>(mRandom() % n); }
 
  private:
   using Operator = const ZULTaVoOperatorDescriptor*;
