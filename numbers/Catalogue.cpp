@@ -221,11 +221,16 @@ ZULTaVoOperatorDescriptor* Make(const ZULString& name, const Row& row, const Tup
 
 }  // namespace
 
-void AddOperators(ZULTaVoModule& module) {
+bool AddOperators(ZULTaVoModule& module) {
   for (const Row& row : kRows) {
     if (row.constraint == &ZULTavPrimeNumber::sDescriptor)
       module.AddObjectDescriptor(ZULTavPrimeNumber::MakeDescriptor());
     const ZULString name(row.name);
-    for (const Tuple& types : row.types) module.AddObjectDescriptor(Make(name, row, types));
+    for (const Tuple& types : row.types) {
+      const ZULTaVoObjectDescriptor* const made = Make(name, row, types);
+      if (made == nullptr) return false;
+      module.AddObjectDescriptor(made);
+    }
   }
+  return true;
 }

@@ -28,8 +28,7 @@ int InitModule(ZULTaVoModule* module, ZULTaVoModuleManager* manager) {
   module->AddObjectDescriptor(ZULTavAngle::MakeDescriptor());
 
   InitNumbers();
-  AddOperators(*module);
-  return 1;
+  return AddOperators(*module) ? 1 : 0;
 }
 
 void InitNumbers() {

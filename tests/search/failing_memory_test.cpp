@@ -1,0 +1,121 @@
+// Memory that runs out at any moment of a whole run: it ends in a clear error, or the answer is
+// the right one. In a program of its own, since its memory fails.
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <new>
+#include <sstream>
+
+#include "framework/calculator/ZULTavCalculator.h"
+#include "framework/search/ZULTavUtilities.h"
+#include "framework/solver/ZULTavAbstractTypes.h"
+
+extern long gAllocationsUntilFailure;
+extern bool gAllFailThen;
+
+namespace {
+
+/// What objects of the solver get, counted like all other memory.
+void* AllocateObject(std::size_t size) {
+  try {
+    return ::operator new(size);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+constexpr const char* kModel =
+    "a, c : int = [0, 20]; family : bool; r : real = [0, 5]; s : real;"
+    "8 * a + 3 * c = 60; family == (c >> a); r^2 + s = 2; s = r;";
+
+std::string Refusal(const ZULipstream& in) {
+  EXPECT_STRNE(in.Reason(), "");
+  return {};
+}
+
+/// The solutions of a run that is cut, written, read and resumed; empty when memory ran out.
+std::string Solve(const ZULTaVoModule& numbers) {
+  std::vector<const ZULTaVoModule*> modules = {&numbers};
+  for (const ZULTaVoModule* module : numbers.GetLoadedModules()) modules.push_back(module);
+  std::vector<ZULTavDiagnostic> errors;
+  auto model = ZULTavCalculator(modules).Read(kModel, "model", {}, errors);
+  if (model == nullptr) return {};
+  std::stringstream file;
+  file.exceptions(std::ios::badbit);  // a string stream keeps it to itself that memory ran out
+  std::ostringstream found;
+  found.exceptions(std::ios::badbit);
+  const auto report = [&](const ZULTavSolution& solution) {
+    for (std::size_t i = 0; i < solution.GetSize(); ++i) found << solution.GetValue(i) << ' ';
+    found << (solution.IsProven() ? "\n" : "possible\n");
+    return true;
+  };
+  for (const bool resumed : {false, true}) {
+    if (resumed) {
+      ZULipstream in(file);
+      model = ZULTavModel::Read(in, modules);
+      if (model == nullptr) return Refusal(in);
+    } else {
+      ZULopstream out(file);
+      model->Write(out);
+      if (!out.Good()) return {};
+    }
+    std::vector<ZULTaVoAny*> values;
+    for (const auto& variable : model->Variables()) values.push_back(variable.values[0]);
+    ZULTavNewton newton(model->Network(), values);
+    ZULTavSearch::Options options;
+    options.solutions = ZULTavSearch::kUnlimited;
+    options.nodes = resumed ? ZULTavSearch::kUnlimited : 3;
+    options.resumable = true;
+    options.proof = &newton;
+    ZULTavSearch search(model->Network(), values, options);
+    if (resumed) {
+      ZULipstream in(file);
+      if (!search.ReadState(in)) return Refusal(in);
+    }
+    const auto outcome = search.Run(report);
+    if (outcome == ZULTavSearch::Outcome::kOutOfMemory) return {};
+    if (resumed) {
+      EXPECT_EQ(outcome, ZULTavSearch::Outcome::kExhausted);
+    } else {
+      ZULopstream out(file);
+      search.WriteState(out);
+      if (!out.Good()) return {};
+    }
+  }
+  return found.str();
+}
+
+TEST(FailingMemoryTest, EveryRunEndsInAnErrorOrTheAnswer) {
+  ZULTaVoModuleManager manager;
+  const ZULTaVoModule* numbers = manager.OpenModule("ZULTavNumbers");
+  ASSERT_NE(numbers, nullptr) << manager.GetReason();
+  const std::string expected = Solve(*numbers);
+  EXPECT_NE(expected.find("[3,3] [12,12] True [1.0,1.0] [1.0,1.0]"), std::string::npos) << expected;
+  ZULTaVoBase::SetAllocator(&AllocateObject);
+  for (const bool all : {false, true}) {
+    int survived = 0;
+    for (long n = 0;; ++n) {
+      gAllFailThen = all;
+      gAllocationsUntilFailure = n;
+      std::string found;
+      try {
+        found = Solve(*numbers);
+      } catch (const std::bad_alloc&) {     // where a constructor says so
+      } catch (const std::ios::failure&) {  // the test's own streams
+      }
+      const bool failed = gAllocationsUntilFailure < (all ? 1 : 0);
+      gAllocationsUntilFailure = -1;
+      if (!found.empty()) {
+        ++survived;
+        ASSERT_EQ(found, expected) << "allocation " << n;
+      }
+      if (!failed) break;
+      ASSERT_LT(n, 100000);
+    }
+    EXPECT_GT(survived, 0);
+  }
+  ZULTaVoBase::SetAllocator(nullptr);
+}
+
+}  // namespace
