@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include "framework/intervals/ZULTavIntervals.h"
@@ -26,7 +27,13 @@ constexpr double kWorthwhile = 0.1;
 constexpr double kConverging = 0.5;
 // Equations of more unknowns are left to the preconditioned system.
 constexpr std::size_t kMaxSparse = 16;
+// More unknowns are solved for in windows of so many neighbours, which overlap by half: what
+// is farther away decides little in most large systems, and the cost stays linear.
+constexpr std::size_t kMaxDense = 100;
+constexpr std::size_t kWindow = 48;
 constexpr int kNewtonSteps = 20;
+// Of an unknown beside that of the largest one, when a point is looked for.
+constexpr double kLeastWeight = 1e-8;
 constexpr int kInflations = 8;
 
 double Middle(const RealInterval& x) {
@@ -44,6 +51,7 @@ bool IsInside(const RealInterval& inner, const RealInterval& outer) {
 RealInterval Add(const RealInterval& x, const RealInterval& y) { return x.AddIntToInt(y); }
 RealInterval Multiply(const RealInterval& x, const RealInterval& y) { return x.MultIntByInt(y); }
 RealInterval Point(double x) { return {x, x}; }
+double Magnitude(const RealInterval& x) { return std::max(std::fabs(x.lower), std::fabs(x.upper)); }
 
 /// The hull of the t in x - middle with slope * t + rest = 0, as part of x.
 RealInterval Solve(const RealInterval& x, double middle, const RealInterval& slope,
@@ -115,6 +123,7 @@ class ZULTavNewton::Work {
   void FillMatrix();
   bool NarrowByRows();
   bool NarrowByInverse();
+  bool NarrowByWindows();
   void Combine(std::span<const double> weights);
   int Store(ZULTaVoNetwork& network);
   int Refute(ZULTaVoNetwork& network);
@@ -143,6 +152,7 @@ class ZULTavNewton::Work {
   std::vector<RealInterval> mCombined;  // a preconditioned row
   RealInterval mCombinedDefect;
   std::vector<RealInterval> mOriginal, mCertified;
+  std::vector<double> mRadii;    // of the box to be certified, by row of the inverse
   std::size_t mWitness = kNone;  // an unknown that a constraint looks at
 };
 
@@ -211,7 +221,6 @@ void ZULTavNewton::Work::ReadContractor() {
 
 /// Newton steps and propagation in turn, as long as they are worth it.
 bool ZULTavNewton::Work::Newton() {
-  if (mBox.size() > kMaxUnknowns) return true;
   for (int step = 0; step < kNewtonSteps; ++step) {
     ReadContractor();
     SelectColumns(Points::kConstant);
@@ -220,7 +229,8 @@ bool ZULTavNewton::Work::Newton() {
     mEvaluation.SetPoint(mMiddle);
     mEvaluation.CalcSlopes();
     SelectRows();
-    if (!NarrowByRows() || !NarrowByInverse()) return false;
+    if (!NarrowByRows()) return false;
+    if (!(mColumns.size() > kMaxDense ? NarrowByWindows() : NarrowByInverse())) return false;
     bool worthwhile = false;
     for (const std::size_t i : mColumns) {
       const RealInterval before = mContractor.GetValue(i);
@@ -293,6 +303,46 @@ bool ZULTavNewton::Work::NarrowByInverse() {
   return true;
 }
 
+/// The same for one window after the other, each with the equations that have no unknowns outside.
+bool ZULTavNewton::Work::NarrowByWindows() {
+  const std::vector<std::size_t> columns = mColumns;
+  const std::vector<std::size_t> columnOf =
+      std::exchange(mColumnOf, std::vector<std::size_t>(mColumnOf.size(), kNone));
+  const std::vector<Row> rows = mRows;
+  struct Reach {
+    std::size_t first, last;  // columns
+    std::size_t row;
+  };
+  std::vector<Reach> reaches;
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    Reach reach = {kNone, 0, i};
+    for (const std::uint32_t unknown : rows[i].equation->unknowns) {
+      if (columnOf[unknown] == kNone) continue;
+      reach.first = std::min(reach.first, columnOf[unknown]);
+      reach.last = std::max(reach.last, columnOf[unknown]);
+    }
+    if (reach.first != kNone) reaches.push_back(reach);
+  }
+  std::sort(reaches.begin(), reaches.end(), [](const Reach& a, const Reach& b) {
+    return a.first != b.first ? a.first < b.first : a.row < b.row;
+  });
+  auto next = reaches.begin();
+  for (std::size_t begin = 0; begin + kWindow / 2 < columns.size(); begin += kWindow / 2) {
+    const std::size_t end = std::min(begin + kWindow, columns.size());
+    while (next != reaches.end() && next->first < begin) ++next;
+    mRows.clear();
+    for (auto reach = next; reach != reaches.end() && reach->first < end; ++reach)
+      if (reach->last < end) mRows.push_back(rows[reach->row]);
+    mColumns.assign(columns.begin() + static_cast<std::ptrdiff_t>(begin),
+                    columns.begin() + static_cast<std::ptrdiff_t>(end));
+    for (std::size_t j = 0; j < mColumns.size(); ++j) mColumnOf[mColumns[j]] = j;
+    if (!NarrowByInverse()) return false;
+    for (const std::size_t unknown : mColumns) mColumnOf[unknown] = kNone;
+  }
+  mColumns = columns;
+  return true;
+}
+
 /// Answers 1 when much was narrowed.
 int ZULTavNewton::Work::Store(ZULTaVoNetwork& network) {
   bool worthwhile = false;
@@ -359,6 +409,9 @@ double ZULTavNewton::Work::StepToPoint() {
     const RealInterval& x = mOriginal[mColumns[j]];
     mWeights[j] = std::max(std::fabs(mMiddle[mColumns[j]]), x.upper - x.lower) + 1e-300;
   }
+  // An unknown that is exactly 0 has no scale of its own, but is one to solve for.
+  const double largest = mWeights.empty() ? 0 : *std::max_element(mWeights.begin(), mWeights.end());
+  for (double& weight : mWeights) weight = std::max(weight, kLeastWeight * largest);
   for (std::size_t i = 0; i < mBox.size(); ++i) mBox[i] = Point(mMiddle[i]);
   if (!mEvaluation.SetBox(mBox, RealEvaluation::Mode::kBox)) return -1;
   mEvaluation.SetPoint(mMiddle);
@@ -383,9 +436,17 @@ double ZULTavNewton::Work::StepToPoint() {
 /// inside. By Brouwer's theorem there is a solution in the image then.
 bool ZULTavNewton::Work::Krawczyk() {
   for (std::size_t i = 0; i < mBox.size(); ++i) mBox[i] = Point(mMiddle[i]);
-  if (mInverse.GetRank() == 0) {
-    mCertified = mBox;
-    return true;
+  const std::size_t rank = mInverse.GetRank();
+  mCertified = mBox;
+  if (rank == 0) return true;
+  // The error of the point, as far as it is known, and some units in the last place.
+  mRadii.resize(rank);
+  for (std::size_t i = 0; i < rank; ++i) {
+    const double middle = mMiddle[mColumns[mInverse.GetColumns()[i]]];
+    mRadii[i] = std::fabs(middle) * std::numeric_limits<double>::epsilon() + 1e-280;
+    for (std::size_t k = 0; k < rank; ++k)
+      mRadii[i] +=
+          std::fabs(mInverse.GetRow(i)[k]) * Magnitude(mRows[mInverse.GetRows()[k]].defect);
   }
   double factor = 2;
   for (int i = 0; i < kInflations; ++i, factor *= 16)
@@ -393,18 +454,13 @@ bool ZULTavNewton::Work::Krawczyk() {
   return false;
 }
 
+/// One attempt. Where the image sticks out, the next box is at least as large as the image: an
+/// unknown that is exactly 0 has no size of its own.
 bool ZULTavNewton::Work::Inflate(double factor) {
   const std::size_t rank = mInverse.GetRank();
   for (std::size_t i = 0; i < rank; ++i) {
     const std::size_t unknown = mColumns[mInverse.GetColumns()[i]];
-    // The error of the point, as far as it is known, and some units in the last place.
-    double error = std::fabs(mMiddle[unknown]) * std::numeric_limits<double>::epsilon() + 1e-280;
-    for (std::size_t k = 0; k < rank; ++k) {
-      const RealInterval& defect = mRows[mInverse.GetRows()[k]].defect;
-      error += std::fabs(mInverse.GetRow(i)[k]) *
-               std::max(std::fabs(defect.lower), std::fabs(defect.upper));
-    }
-    mBox[unknown] = {mMiddle[unknown] - factor * error, mMiddle[unknown] + factor * error};
+    mBox[unknown] = {mMiddle[unknown] - factor * mRadii[i], mMiddle[unknown] + factor * mRadii[i]};
     if (!IsFinite(mBox[unknown])) return false;
   }
   if (!mEvaluation.SetBox(mBox, RealEvaluation::Mode::kBox)) return false;
@@ -413,7 +469,7 @@ bool ZULTavNewton::Work::Inflate(double factor) {
   const std::size_t before = mRows.size();
   SelectRows();
   if (mRows.size() != before) return false;
-  mCertified = mBox;
+  bool isInside = true;
   for (std::size_t i = 0; i < rank; ++i) {
     Combine(mInverse.GetRow(i));
     const std::size_t unknown = mColumns[mInverse.GetColumns()[i]];
@@ -426,9 +482,11 @@ bool ZULTavNewton::Work::Inflate(double factor) {
       image = Add(image, Multiply(rest, mBox[mColumns[column]].subNumFromInt(middle)));
     }
     mCertified[unknown] = image.AddNumToInt(mMiddle[unknown]);
-    if (!IsInside(mCertified[unknown], mBox[unknown])) return false;
+    if (IsInside(mCertified[unknown], mBox[unknown])) continue;
+    isInside = false;
+    mRadii[i] = std::max(mRadii[i], Magnitude(image));
   }
-  return true;
+  return isInside;
 }
 
 /// Whether everything but the square part of the equations holds wherever in mCertified the

@@ -15,11 +15,11 @@
 /// holds for the model over the true reals, without any tolerance; decimal fractions and Pi are
 /// true numbers, too.
 ///
-/// Networks without equations over reals cost nothing. Dense matrices limit Newton's method to
-/// kMaxUnknowns unknowns and proofs, made less often, to kMaxProven.
+/// Networks without equations over reals cost nothing. Large systems are narrowed in windows of
+/// unknowns that were declared near each other, at a cost that grows linearly; the dense matrix of a
+/// proof limits proofs to kMaxProven unknowns.
 class ZULTAV_UTILITIES_API ZULTavNewton final : public ZULTavProof {
  public:
-  static constexpr std::size_t kMaxUnknowns = 500;
   static constexpr std::size_t kMaxProven = 1000;
 
   /// To be made before the first propagation, when the network is complete; must not outlive it.

@@ -270,4 +270,34 @@ TEST(NewtonTest, KeepsConstructedSolutionsAndProvesNothingElse) {
   EXPECT_GT(provenBoxes, found);
 }
 
+// Systems that are narrowed in windows: products with near and far neighbours, and a solution whose
+// right sides are exact.
+TEST(LargeSystemTest, KeepsTheSolution) {
+  std::mt19937 random(20);
+  int proven = 0;
+  for (int round = 0; round < 30; ++round) {
+    const std::size_t count = 101 + random() % 150;
+    std::vector<double> solution(count);
+    for (double& x : solution) x = static_cast<double>(random() % 64) / 64 - 0.5;
+    const double reach = round % 3 == 0 ? 0.5 : 0.05;
+    std::ostringstream model;
+    model.precision(17);
+    model << "x[0.." << count - 1 << "] : real = [-1, 1];\n";
+    for (std::size_t i = 0; i < count; ++i) {
+      const std::size_t l = (i + 1 + random() % 3) % count;
+      const std::size_t r = random() % 20 == 0 ? random() % count : (i + count - 1) % count;
+      const double right = 3 * solution[i] + solution[i] * solution[i] - solution[l] * solution[r];
+      model << "x[" << i << "] >= " << solution[i] - reach << "; x[" << i
+            << "] <= " << solution[i] + reach << ";\n3 * x[" << i << "] + x[" << i << "]^2 - x["
+            << l << "] * x[" << r << "] = " << right << ";\n";
+    }
+    const std::vector<Box> boxes = Solve(model.str());
+    ASSERT_TRUE(std::any_of(boxes.begin(), boxes.end(),
+                            [&](const Box& box) { return box.Contains(solution); }))
+        << "round " << round;
+    proven += boxes.size() == 1 && boxes[0].proven;
+  }
+  EXPECT_GT(proven, 20);
+}
+
 }  // namespace
