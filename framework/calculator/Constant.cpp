@@ -225,8 +225,8 @@ Constant Constant::AsReal() const {
   if (IsReal()) return *this;
   // By its halves, since a 32-bit x86 may keep the double nearest to an integer in a register that
   // is wider than a double.
-  const Rounded real = Add(0x1p32 * static_cast<std::int32_t>(integer >> 32),
-                           static_cast<std::uint32_t>(integer));
+  const Rounded real =
+      Add(0x1p32 * static_cast<std::int32_t>(integer >> 32), static_cast<std::uint32_t>(integer));
   return Real(Down(real), Up(real), real.value);
 }
 

@@ -66,6 +66,7 @@ void Interpreter::Define(const std::string& name, const Source& text) {
                 [this](std::string_view op) { return mRegistry.HasOperator(op); });
   const NodeRange range = parser.WholeExpression(syntax);
   mSource = &text;
+  // cppcheck-suppress danglingLifetime; set anew before it is used again
   mSyntax = &syntax;
   Definition definition;
   definition.value = EvaluateConstant(range);

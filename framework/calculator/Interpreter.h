@@ -58,7 +58,7 @@ class Interpreter {
   std::int64_t Enter(const Generator& generator);
   void NoteIndices(ModelError& error, const std::vector<Generator>& generators);
 
-  void ReadInitialValue(Span text, const LocalValue& value);
+  void ReadInitialValue(Span span, const LocalValue& value);
   std::string EvaluateValuePiece(Span piece, bool isLower, bool isUpper, bool isSingle);
 
   void Assert(NodeRange range);

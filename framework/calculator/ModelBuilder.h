@@ -131,8 +131,8 @@ class ModelBuilder {
   Application Resolve(const Operation& operation, const Value* operands, unsigned int count);
   [[noreturn]] void FailToResolve(const Operation& operation, const Value* operands,
                                   unsigned int count) const;
-  std::uint32_t LeafFor(const Value& constant, Type type);
-  void StoreConstant(ZULTaVoAny& object, const Value& constant, Type type) const;
+  std::uint32_t LeafFor(const Value& value, Type type);
+  void StoreConstant(ZULTaVoAny& object, const Value& value, Type type) const;
   ZULTaVoAny* ResultObject(const Application& application, const Value* target);
   ZULTaVoAny* NewObject(Type type, const void* from = nullptr);
   void Post(const Application& application, ZULTaVoAny* result, Span span);

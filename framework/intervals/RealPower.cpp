@@ -48,7 +48,7 @@ ScaledApproximation ExpOfProduct(DoubleDouble t) {
 /// x^n for 0 < x < inf, 3 <= |n| <= 64. Relative error below 2^-94: at most 64 times that of one
 /// product, which is below 2^-102, and that of a quotient.
 ScaledApproximation SmallPower(double x, int n) {
-  int exponent;
+  int exponent = 0;
   DoubleDouble factor{2 * std::frexp(x, &exponent), 0};
   DoubleDouble power{1, 0};
   for (int rest = std::abs(n); rest > 0; rest /= 2) {

@@ -15,7 +15,7 @@ constexpr int kPrecision = -180;
 
 /// log(x): with l = log(x) to about 66 bits and d = x exp(-l) - 1, l + log(1 + d).
 FixedPoint LogOf(double x) {
-  int exponent;
+  int exponent = 0;
   double mantissa = std::frexp(x, &exponent);
   if (mantissa < 0x1.6ap-1) {
     mantissa *= 2;
@@ -43,8 +43,8 @@ bool IsExactPower(double x, double y, double d) {
     if (root.error != 0) return false;
     x = root.nearest;
   }
-  int exponent;
-  int exponentOfD;
+  int exponent = 0;
+  int exponentOfD = 0;
   const double mantissa = 2 * std::frexp(x, &exponent);
   const double mantissaOfD = 2 * std::frexp(d, &exponentOfD);
   const double scale = y * (exponent - 1);

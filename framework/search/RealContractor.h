@@ -43,7 +43,7 @@ class RealContractor {
   std::uint32_t SlotOf(std::size_t unknown) const { return mSystem.GetUnknowns()[unknown]; }
   void Wake(std::uint32_t unknown);
   void ClearQueue();
-  bool Revise(std::uint32_t statement);
+  bool Revise(std::uint32_t index);
   bool EvaluateForward(const RealSystem::Statement& statement);
   bool Relate(const RealSystem::Statement& statement);
   bool ProjectBack(const RealSystem::Statement& statement);

@@ -37,7 +37,7 @@ class SearchTree {
   std::uint32_t ChooseHidden(const WidthLimit& limit) const;
 
   /// Splits the variable and enters the first half. False when memory ran out.
-  bool Branch(std::uint32_t variable, ZULTaVoAny::ValueSelection selection);
+  bool Branch(std::uint32_t index, ZULTaVoAny::ValueSelection selection);
   /// Enters the second half of the last decision, whose first half is open. False when that half
   /// is empty.
   bool TakeSecond();

@@ -28,7 +28,7 @@ void AddType(ZULTaVoModule& module, const ZULTaVoObjectDescriptor* base) {
   module.AddObjectDescriptor(new AbstractDescriptor<T>(base));
 }
 
-#define ZULTAVO_COUNT(NAME, ARGUMENTS) +1
+#define ZULTAVO_COUNT(NAME, ARGUMENTS) +1  // NOLINT(bugprone-macro-parentheses): terms of a sum
 constexpr std::size_t kTypes = 6;
 constexpr std::size_t kConstraints = 0 ZULTAVO_FRAMEWORK_CONSTRAINTS(ZULTAVO_COUNT);
 #undef ZULTAVO_COUNT

@@ -51,6 +51,7 @@ int ZULTaVoConstraint::ChangePriority(ZULTaVoNetwork* network, unsigned short pr
 
 int ZULTaVoObjectEnvironment::IsArgumentConstant(const ZULTaVoObject* object) const {
   for (unsigned int i = 0; i < mCount; ++i)
-    if (mArguments[i] == object && object != nullptr) return (mConstants >> i) & 1U;
+    if (mArguments[i] == object && object != nullptr)
+      return static_cast<int>((mConstants >> i) & 1U);
   return 0;
 }

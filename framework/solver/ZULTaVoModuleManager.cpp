@@ -124,9 +124,9 @@ ZULTaVoModule* ZULTaVoModuleManager::Load(const std::string& name) {
   std::string searched;
   std::string path;
   for (const std::string& directory : SearchPath()) {
-    path = directory + "/lib" + name + ".so";
+    path.assign(directory).append("/lib").append(name).append(".so");
     if (access(path.c_str(), F_OK) == 0) break;
-    searched += (searched.empty() ? "" : ", ") + directory;
+    searched.append(searched.empty() ? "" : ", ").append(directory);
     path.clear();
   }
   if (path.empty()) {

@@ -150,15 +150,15 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
 
   std::uint8_t QueueFor(unsigned short priority);
   void Spare(Link& link, int flags);
-  void Schedule(std::uint32_t link);
-  void Enqueue(std::uint32_t link);
-  void Unschedule(std::uint32_t link);
-  bool TakeNext(std::uint32_t& link);
+  void Schedule(std::uint32_t index);
+  void Enqueue(std::uint32_t index);
+  void Unschedule(std::uint32_t index);
+  bool TakeNext(std::uint32_t& index);
   void ClearQueue();
   bool HasSingleArgument(const Link& link) const;
-  void Wake(std::uint32_t link, const ZULTaVoObject* object);
+  void Wake(std::uint32_t index, const ZULTaVoObject* object);
   bool WorthPropagating(Node& node) const;
-  int RunFilter(std::uint32_t link);
+  int RunFilter(std::uint32_t index);
 
   void Save(Node& node);
   void ForgetUnchanged(std::size_t from, bool keepAll);
