@@ -132,4 +132,36 @@ TEST(CommandLineTest, ModulesAreFoundThroughTheEnvironment) {
   EXPECT_NE(missing.err.find("/my/modules"), std::string::npos) << missing.err;
 }
 
+TEST(CommandLineTest, HugeInputIsAnsweredOrRefusedByName) {
+  const struct {
+    std::string before, repeated;
+    int times;
+    std::string after;
+    int status;
+    const char* fragment;
+  } rows[] = {
+      {"",           "x >= 1;\n", 1000000,  "",                   0, "x = [1,1]"                },
+      {"x = 0",      " + 1 - 1",  1250000,  ";",                  0, "x = [0,0]"                },
+      {"x = ",       "(",         100000,   "1;",                 3, "the limit of 1000"        },
+      {"x = 1",      "0",         10000000, ";",                  3, "the limit of 1000"        },
+      {"q[1..",      "10",        4,        "] : int;",           3, "the limit of 2000000"     },
+      {"",           "n",         1000000,  " : int;",            3, "the limit of 255"         },
+      {"z ^ 1",      "0",         6,        " = 0.5;",            0, "z = [0.9999993,"          },
+      {"x ^ 1",      "0",         6,        " > 3;",              0, "x = [2,2]"                },
+      {"x = 3 ^ 1",  "0",         6,        ";",                  3, "does not fit into 64 bits"},
+      {"z <= 1e-1",  "0",         6,        ";",                  0, "z = [0.0,"                },
+      {"/* ",        "a",         10000000, "",                   3, "comment"                  },
+      {"for i in 1", "..9",       1,        "9999999999: x = 1;", 3, "the limit of"             },
+  };
+  for (const auto& row : rows) {
+    std::string text = "x : int = [0, 9]; z : real = [0, 2];" + row.before;
+    for (int i = 0; i < row.times; ++i) text += row.repeated;
+    const Result result = Zultav("solve -", text + row.after);
+    EXPECT_EQ(result.status, row.status) << row.before << result.err.substr(0, 300);
+    EXPECT_NE((result.out + result.err).find(row.fragment), std::string::npos)
+        << row.before << result.out.substr(0, 300) << result.err.substr(0, 300);
+    EXPECT_LT(result.err.size(), 2000U);
+  }
+}
+
 }  // namespace
