@@ -7,8 +7,8 @@
 
 #include "framework/search/ZULTavSearch.h"
 
-/// While it lives, SIGINT and SIGTERM end the search in good order; one that comes more than
-/// two seconds later ends the program. Sooner ones are the same wish: `timeout`, for one, signals a
+/// While it lives, SIGINT and SIGTERM end the search in good order; one that comes a second or
+/// two later ends the program. Sooner ones are the same wish: `timeout`, for one, signals a
 /// program and its process group.
 class StopOnSignal {
  public:
