@@ -40,7 +40,6 @@ class Bytes {
     return value;
   }
   std::uint8_t Below(std::size_t n) { return static_cast<std::uint8_t>(Take<std::uint8_t>() % n); }
-  bool AtEnd() const { return mRest.empty(); }
   std::string_view Rest() const { return mRest; }
 
  private:

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <filesystem>
 #include <fstream>
 
 #include "tests/fuzz/fuzz.h"
@@ -9,7 +10,8 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   Numbers();  // stays open from one input to the next
-  const std::string file = "/tmp/zultav_fuzz_" + std::to_string(getpid());
+  const std::string file =
+      std::filesystem::temp_directory_path() / ("zultav_fuzz_" + std::to_string(getpid()));
   std::ofstream(file, std::ios::binary)
       << WithChecksum(std::string(reinterpret_cast<const char*>(data), size));
   std::string reason;

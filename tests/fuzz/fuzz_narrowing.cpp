@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <climits>
 #include <tuple>
 
 #include "tests/fuzz/any_value.h"
@@ -35,7 +36,8 @@ void Fill(ZULTaVoAny& value, Bytes& bytes) {
     const long bound = form % 2 ? bytes.Take<std::int32_t>() : bytes.Take<std::int8_t>();
     if (form < 4) return integer->SetExactValue(bound);
     integer->SetLowerBound(bound);
-    integer->SetUpperBound(bound + bytes.Take<std::uint8_t>());
+    const std::int64_t upper = std::int64_t{bound} + bytes.Take<std::uint8_t>();
+    integer->SetUpperBound(static_cast<long>(std::min<std::int64_t>(upper, LONG_MAX)));
   } else if (auto* real = ZULTaVoCast<ZULTaVoReal>(&value)) {
     const double bound = Double(bytes);
     if (form < 4) return real->SetExactValue(bound);
@@ -45,18 +47,18 @@ void Fill(ZULTaVoAny& value, Bytes& bytes) {
   RequireValue(value);
 }
 
+template <class Domain>
+bool HasBoundsWithin(const Domain& inner, const ZULTaVoAny& outer) {
+  const auto& around = static_cast<const Domain&>(outer);
+  return around.GetLowerBound() <= inner.GetLowerBound() &&
+         inner.GetUpperBound() <= around.GetUpperBound();
+}
+
 bool IsWithin(const ZULTaVoAny& inner, const ZULTaVoAny& outer) {
   if (inner.IsNil() || outer.IsAny()) return true;
-  if (const auto* real = ZULTaVoCast<ZULTaVoReal>(&inner)) {
-    const auto& around = static_cast<const ZULTaVoReal&>(outer);
-    return (around.GetLowerBound() <= real->GetLowerBound() &&
-            real->GetUpperBound() <= around.GetUpperBound());
-  }
-  if (const auto* integer = ZULTaVoCast<ZULTaVoInteger>(&inner)) {
-    const auto& around = static_cast<const ZULTaVoInteger&>(outer);
-    return (around.GetLowerBound() <= integer->GetLowerBound() &&
-            integer->GetUpperBound() <= around.GetUpperBound());
-  }
+  if (const auto* real = ZULTaVoCast<ZULTaVoReal>(&inner)) return HasBoundsWithin(*real, outer);
+  if (const auto* integer = ZULTaVoCast<ZULTaVoInteger>(&inner))
+    return HasBoundsWithin(*integer, outer);
   return RecordOf(inner) == RecordOf(outer);
 }
 
@@ -95,8 +97,7 @@ class Before {
   Pool mCopies;
 };
 
-// --- Slots
-// ----------------------------------------------------------------------------------------
+// --- Slots ------------------------------------------------------------------------------------
 
 /// Calls on the values where their kinds fit; else answers -1.
 template <class C, class... A, class Slot, std::size_t... I>
@@ -127,10 +128,9 @@ constexpr int (Any::*kMax)() = &Any::CalcMaxValue;
 constexpr int (Scalar::*kLesser)(const Scalar&, const Scalar&) = &Scalar::CalcMinValue;
 constexpr int (Scalar::*kGreater)(const Scalar&, const Scalar&) = &Scalar::CalcMaxValue;
 
-#define SLOT(MEMBER)                                                  \
-  {                                                                   \
-#MEMBER, [](const Pool& values) { return Apply(MEMBER, values); } \
-  }
+// clang-format off
+#define SLOT(MEMBER) {#MEMBER, [](const Pool& values) { return Apply(MEMBER, values); }}
+// clang-format on
 const Slot kSlots[] = {
     SLOT(kMin),
     SLOT(kMax),
@@ -215,8 +215,7 @@ void TrySlot(Bytes& bytes) {
           "answers wrongly" + before.Text());
 }
 
-// --- Operators
-// ------------------------------------------------------------------------------------
+// --- Operators --------------------------------------------------------------------------------
 
 const std::vector<const ZULTaVoOperatorDescriptor*>& Operators() {
   static const auto operators = [] {
