@@ -38,6 +38,37 @@ function(zultav_library name)
   set_property(GLOBAL APPEND PROPERTY ZULTAV_LIBRARIES ${name})
 endfunction()
 
+# zultav_variants(NAME): the same library for newer processors, with fused multiply-add and with
+# rounding modes in the instructions. The dynamic loader of glibc takes the best one that fits from
+# these folders beside the plain library; all give the same bits. Call it last.
+function(zultav_variants name)
+  if(NOT (CMAKE_SYSTEM_NAME STREQUAL "Linux" AND CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64"
+          AND CMAKE_SIZEOF_VOID_P EQUAL 8))
+    return()
+  endif()
+  get_target_property(sources ${name} SOURCES)
+  get_target_property(libraries ${name} LINK_LIBRARIES)
+  get_target_property(options ${name} COMPILE_OPTIONS)
+  if(NOT options)
+    set(options)
+  endif()
+  foreach(level x86-64-v3 x86-64-v4)
+    set(variant ${name}_${level})
+    add_library(${variant} SHARED ${sources})
+    target_link_libraries(${variant} PRIVATE ${libraries})
+    target_compile_options(${variant} PRIVATE ${options} -march=${level})
+    set_target_properties(${variant} PROPERTIES
+      OUTPUT_NAME ${name}
+      LIBRARY_OUTPUT_DIRECTORY ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/glibc-hwcaps/${level}
+      CXX_EXTENSIONS OFF CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
+      INSTALL_RPATH "$ORIGIN/../..")
+    target_link_options(${variant} PRIVATE ${zultav_link_options})
+    add_dependencies(${name} ${variant})
+    install(TARGETS ${variant}
+            LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/glibc-hwcaps/${level})
+  endforeach()
+endfunction()
+
 # zultav_test(NAME SOURCES … LIBS …): one GoogleTest program, each of its tests known to ctest.
 function(zultav_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})

@@ -69,20 +69,6 @@ SubdefReal log(const SubdefReal& x) {
   return Increasing<LogAt>({std::max(x.lower, 0.0), x.upper});
 }
 
-SubdefReal sqrt(const SubdefReal& x) {
-  if (x.IsEmpty() || x.upper < 0) return Empty();
-  const RealInterval part = Extended({std::max(x.lower, 0.0), x.upper});
-  return Saturated(rounding::SqrtDown(part.lower), rounding::SqrtUp(part.upper));
-}
-
-SubdefReal sqr(const SubdefReal& x) {
-  if (x.IsEmpty()) return Empty();
-  const RealInterval part =
-      Extended({std::max({x.lower, -x.upper, 0.0}), std::max(-x.lower, x.upper)});
-  return Saturated(rounding::MultiplyDown(part.lower, part.lower),
-                   rounding::MultiplyUp(part.upper, part.upper));
-}
-
 SubdefReal sin(const SubdefReal& x) { return Wave(x, 0); }
 
 SubdefReal cos(const SubdefReal& x) { return Wave(x, 1); }

@@ -13,9 +13,19 @@ ZULTAV_INTERVALS_API SubdefReal exp(const SubdefReal& x);
 /// Natural logarithm of the positive part of x; empty (flag up) when there is none.
 ZULTAV_INTERVALS_API SubdefReal log(const SubdefReal& x);
 /// Non-negative root of the non-negative part of x, tightest; empty when there is none.
-ZULTAV_INTERVALS_API SubdefReal sqrt(const SubdefReal& x);
+inline SubdefReal sqrt(const SubdefReal& x) {
+  RealInterval root;
+  if (packed::Sqrt(x, root)) [[likely]]
+    return root;
+  return general_arithmetic::Sqrt(x);
+}
 /// Square, tightest.
-ZULTAV_INTERVALS_API SubdefReal sqr(const SubdefReal& x);
+inline SubdefReal sqr(const SubdefReal& x) {
+  RealInterval square;
+  if (packed::Square(x, square)) [[likely]]
+    return square;
+  return general_arithmetic::Square(x);
+}
 /// Radians. [-1, 1] for an unbounded or very wide x.
 ZULTAV_INTERVALS_API SubdefReal sin(const SubdefReal& x);
 ZULTAV_INTERVALS_API SubdefReal cos(const SubdefReal& x);

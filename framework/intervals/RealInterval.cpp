@@ -24,20 +24,22 @@ RealInterval Mirrored(const RealInterval& x) { return {-x.upper, -x.lower}; }
 
 }  // namespace
 
-RealInterval RealInterval::AddIntToInt(const RealInterval& b) const {
-  if (IsEmpty() || b.IsEmpty()) return Empty();
-  const RealInterval x = Extended(*this);
+double RealInterval::sMaxValue = 1e19;
+
+RealInterval general_arithmetic::Sum(const RealInterval& a, const RealInterval& b) {
+  RealInterval sum;
+  if (packed::Add(a, b, sum)) return sum;
+  if (a.IsEmpty() || b.IsEmpty()) return Empty();
+  const RealInterval x = Extended(a);
   const RealInterval y = Extended(b);
   return Saturated(AddDown(x.lower, y.lower), AddUp(x.upper, y.upper));
 }
 
-RealInterval RealInterval::SubIntFromInt(const RealInterval& b) const {
-  return AddIntToInt({-b.upper, -b.lower});
-}
-
-RealInterval RealInterval::MultIntByInt(const RealInterval& b) const {
-  if (IsEmpty() || b.IsEmpty()) return Empty();
-  RealInterval x = Extended(*this);
+RealInterval general_arithmetic::Product(const RealInterval& a, const RealInterval& b) {
+  RealInterval product;
+  if (packed::Multiply(a, b, product)) return product;
+  if (a.IsEmpty() || b.IsEmpty()) return Empty();
+  RealInterval x = Extended(a);
   RealInterval y = Extended(b);
   const auto hasBothSigns = [](const RealInterval& set) { return set.lower < 0 && set.upper > 0; };
   if (hasBothSigns(x)) {
@@ -54,17 +56,19 @@ RealInterval RealInterval::MultIntByInt(const RealInterval& b) const {
                    MultiplyUp(y.upper <= 0 ? x.lower : x.upper, y.upper));
 }
 
-RealInterval RealInterval::DivIntByInt(const RealInterval& b) const {
-  if (IsEmpty() || b.IsEmpty()) return Empty();
+RealInterval general_arithmetic::Quotient(const RealInterval& a, const RealInterval& b) {
+  RealInterval quotient;
+  if (packed::Divide(a, b, quotient)) return quotient;
+  if (a.IsEmpty() || b.IsEmpty()) return Empty();
   if (b.Contains(0)) {
-    if (Contains(0)) return Whole();
+    if (a.Contains(0)) return Whole();
     if (b.IsScalar()) {
       SDRaiseError();
       return Empty();
     }
     if (b.lower < 0 && b.upper > 0) return Whole();
   }
-  RealInterval x = Extended(*this);
+  RealInterval x = Extended(a);
   RealInterval y = Extended(b);
   if (y.lower < 0) {
     x = Mirrored(x);
@@ -79,9 +83,22 @@ RealInterval RealInterval::DivIntByInt(const RealInterval& b) const {
                    DivideUp(x.upper, x.upper <= 0 ? y.upper : y.lower));
 }
 
-RealInterval RealInterval::AddNumToInt(double d) const { return AddIntToInt({d, d}); }
+RealInterval general_arithmetic::Square(const RealInterval& x) {
+  RealInterval square;
+  if (packed::Square(x, square)) return square;
+  if (x.IsEmpty()) return Empty();
+  const RealInterval part =
+      Extended({std::max({x.lower, -x.upper, 0.0}), std::max(-x.lower, x.upper)});
+  return Saturated(MultiplyDown(part.lower, part.lower), MultiplyUp(part.upper, part.upper));
+}
 
-RealInterval RealInterval::subNumFromInt(double d) const { return SubIntFromInt({d, d}); }
+RealInterval general_arithmetic::Sqrt(const RealInterval& x) {
+  RealInterval root;
+  if (packed::Sqrt(x, root)) return root;
+  if (x.IsEmpty() || x.upper < 0) return Empty();
+  const RealInterval part = Extended({std::max(x.lower, 0.0), x.upper});
+  return Saturated(rounding::SqrtDown(part.lower), rounding::SqrtUp(part.upper));
+}
 
 RealInterval RealInterval::mf_Neg() const {
   return IsEmpty() ? Empty() : Saturated(-upper, -lower);

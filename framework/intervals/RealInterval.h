@@ -4,7 +4,7 @@
 #include "framework/intervals/Export.h"
 
 /// A closed interval of reals between two doubles; empty when lower > upper. A bound at or beyond
-/// ±SubdefReal::sMaxValue is an infinite side. NaN never enters.
+/// ±sMaxValue is an infinite side. NaN never enters.
 ///
 /// The arithmetic answers the tightest enclosure of the true results (bit for bit), saturated at
 /// ±sMaxValue, keeps an infinite side infinite (0 times infinity is 0), answers an empty interval
@@ -48,6 +48,52 @@ class ZULTAV_INTERVALS_API RealInterval {
 
   double lower = 0;
   double upper = 0;
+
+  /// Largest finite magnitude.
+  static double sMaxValue;
 };
+
+/// The arithmetic on any intervals, ordinary or not.
+namespace general_arithmetic {
+ZULTAV_INTERVALS_API RealInterval Sum(const RealInterval& x, const RealInterval& y);
+ZULTAV_INTERVALS_API RealInterval Product(const RealInterval& x, const RealInterval& y);
+ZULTAV_INTERVALS_API RealInterval Quotient(const RealInterval& x, const RealInterval& y);
+ZULTAV_INTERVALS_API RealInterval Square(const RealInterval& x);
+ZULTAV_INTERVALS_API RealInterval Sqrt(const RealInterval& x);
+}  // namespace general_arithmetic
+
+#include "framework/intervals/PackedArithmetic.h"
+
+// Inline, so that code built for newer processors does ordinary arithmetic without a call. All
+// other code calls the library, which the dynamic loader chooses to fit the processor.
+
+inline RealInterval RealInterval::AddIntToInt(const RealInterval& b) const {
+  RealInterval sum;
+  if (packed::Add(*this, b, sum)) [[likely]]
+    return sum;
+  return general_arithmetic::Sum(*this, b);
+}
+
+inline RealInterval RealInterval::SubIntFromInt(const RealInterval& b) const {
+  return AddIntToInt({-b.upper, -b.lower});
+}
+
+inline RealInterval RealInterval::MultIntByInt(const RealInterval& b) const {
+  RealInterval product;
+  if (packed::Multiply(*this, b, product)) [[likely]]
+    return product;
+  return general_arithmetic::Product(*this, b);
+}
+
+inline RealInterval RealInterval::DivIntByInt(const RealInterval& b) const {
+  RealInterval quotient;
+  if (packed::Divide(*this, b, quotient)) [[likely]]
+    return quotient;
+  return general_arithmetic::Quotient(*this, b);
+}
+
+inline RealInterval RealInterval::AddNumToInt(double d) const { return AddIntToInt({d, d}); }
+
+inline RealInterval RealInterval::subNumFromInt(double d) const { return AddIntToInt({-d, -d}); }
 
 #endif

@@ -9,8 +9,6 @@
 using real_line::Empty;
 using real_line::Saturated;
 
-double SubdefReal::sMaxValue = 1e19;
-
 SubdefReal::SubdefReal() : RealInterval(-sMaxValue, sMaxValue) {}
 
 int SubdefReal::SDIntersect(const SubdefReal& other) {

@@ -19,9 +19,6 @@ class ZULTAV_INTERVALS_API SubdefReal : public RealInterval {
   int SDIntersect(const SubdefReal& other);
   /// As above with the hull of an integer set, whose sides at ±SubdefInt::sMaxValue are infinite.
   int SDIntersect(const SubdefInt& other);
-
-  /// Largest finite magnitude; a bound at or beyond it is an infinite side.
-  static double sMaxValue;
 };
 
 /// The part of x whose absolute value lies in z.

@@ -1,0 +1,171 @@
+#ifndef ZULTAV_INTERVALS_PACKED_ARITHMETIC_H
+#define ZULTAV_INTERVALS_PACKED_ARITHMETIC_H
+
+#ifdef __FMA__
+#include <immintrin.h>
+#endif
+
+// Arithmetic on ordinary intervals with both bounds in one register, for code that is built for
+// processors with fused multiply-add. Ordinary: operands and result are not empty, all their bounds
+// lie between the limits of the line, and no rounding error is so small that it underflows. Each
+// function answers false where that is not so, and the general arithmetic has to do it.
+//
+// A register holds (-lower, upper), so that outward is upward for both bounds. The roundings are
+// those of Rounding.h, without a branch. Included by RealInterval.h.
+namespace packed {
+
+#ifdef __FMA__
+
+using Pair = __m128d;
+using Pairs = __m256d;
+
+inline Pair Load(const RealInterval& x) { return _mm_loadu_pd(&x.lower); }
+/// From (lower, upper) to (-lower, upper), or back.
+inline Pair Turned(Pair x) { return _mm_xor_pd(x, _mm_set_pd(0.0, -0.0)); }
+inline Pair Swapped(Pair x) { return _mm_permute_pd(x, 1); }
+
+/// Puts the result into z, if it and the operands are ordinary.
+inline bool Store(const RealInterval& x, const RealInterval& y, Pair result, RealInterval& z) {
+  const Pair a = Load(x), b = Load(y);
+  const Pair filled = _mm_cmple_pd(_mm_unpacklo_pd(a, b), _mm_unpackhi_pd(a, b));
+  const Pair greatest = _mm_max_pd(_mm_max_pd(Turned(a), Turned(b)), result);
+  const Pair within = _mm_cmplt_pd(greatest, _mm_set1_pd(RealInterval::sMaxValue));
+  if (_mm_movemask_pd(_mm_and_pd(filled, within)) != 3) return false;
+  // Turns it back, and -0 into 0: (0 - first, 0 + second).
+  _mm_storeu_pd(&z.lower, _mm_addsub_pd(_mm_setzero_pd(), result));
+  return true;
+}
+
+/// The neighbour above where the error is positive, else the number itself.
+inline Pair StepUp(Pair nearest, Pair error) {
+  const __m128i bits = _mm_castpd_si128(nearest);
+  const __m128i negative = _mm_cmpgt_epi64(_mm_setzero_si128(), bits);
+  const __m128i step = _mm_or_si128(negative, _mm_set1_epi64x(1));
+  const __m128i moves = _mm_castpd_si128(_mm_cmpgt_pd(error, _mm_setzero_pd()));
+  return _mm_castsi128_pd(_mm_add_epi64(bits, _mm_and_si128(step, moves)));
+}
+
+/// Whether products and quotients of these numbers have errors that do not underflow.
+inline bool AreExact(Pair numbers) {
+  const Pair magnitudes = _mm_andnot_pd(_mm_set1_pd(-0.0), numbers);
+  const Pair normal = _mm_and_pd(_mm_cmpge_pd(magnitudes, _mm_set1_pd(0x1p-480)),
+                                 _mm_cmple_pd(magnitudes, _mm_set1_pd(0x1p480)));
+  const Pair zero = _mm_cmpeq_pd(numbers, _mm_setzero_pd());
+  return _mm_movemask_pd(_mm_or_pd(normal, zero)) == 3;
+}
+
+#ifdef __AVX512F__
+
+constexpr bool kRoundsUpward = true;
+
+// A rounding mode in an instruction goes with registers of eight numbers only. (The plain forms of
+// these intrinsics and casts mean the same, but gcc 12 warns of what they leave undefined.)
+constexpr int kUpward = _MM_FROUND_TO_POS_INF | _MM_FROUND_NO_EXC;
+constexpr __mmask8 kAll = 0xff;
+inline __m512d Widened(Pair x) { return _mm512_castpd128_pd512(x); }
+inline __m512d Widened(Pairs x) { return _mm512_castpd256_pd512(x); }
+inline Pair FirstPair(__m512d x) { return __builtin_shufflevector(x, x, 0, 1); }
+inline Pairs FirstPairs(__m512d x) { return __builtin_shufflevector(x, x, 0, 1, 2, 3); }
+
+inline Pair AddUp(Pair x, Pair y) {
+  return FirstPair(_mm512_maskz_add_round_pd(kAll, Widened(x), Widened(y), kUpward));
+}
+inline Pairs MultiplyUp(Pairs x, Pairs y) {
+  return FirstPairs(_mm512_maskz_mul_round_pd(kAll, Widened(x), Widened(y), kUpward));
+}
+inline Pair DivideUp(Pair x, Pair y) {
+  return FirstPair(_mm512_maskz_div_round_pd(kAll, Widened(x), Widened(y), kUpward));
+}
+
+#else
+
+constexpr bool kRoundsUpward = false;
+
+inline Pair AddUp(Pair x, Pair y) {
+  const Pair sum = _mm_add_pd(x, y);
+  const Pair second = _mm_sub_pd(sum, x);
+  const Pair error = _mm_add_pd(_mm_sub_pd(x, _mm_sub_pd(sum, second)), _mm_sub_pd(y, second));
+  return StepUp(sum, error);
+}
+inline Pairs MultiplyUp(Pairs x, Pairs y) {
+  const Pairs product = _mm256_mul_pd(x, y);
+  const Pairs error = _mm256_fmsub_pd(x, y, product);
+  const __m256i bits = _mm256_castpd_si256(product);
+  const __m256i negative = _mm256_cmpgt_epi64(_mm256_setzero_si256(), bits);
+  const __m256i step = _mm256_or_si256(negative, _mm256_set1_epi64x(1));
+  const Pairs moves = _mm256_cmp_pd(error, _mm256_setzero_pd(), _CMP_GT_OQ);
+  return _mm256_castsi256_pd(
+      _mm256_add_epi64(bits, _mm256_and_si256(step, _mm256_castpd_si256(moves))));
+}
+/// y > 0.
+inline Pair DivideUp(Pair x, Pair y) {
+  const Pair quotient = _mm_div_pd(x, y);
+  return StepUp(quotient, _mm_fnmadd_pd(quotient, y, x));
+}
+
+#endif
+
+inline bool Add(const RealInterval& x, const RealInterval& y, RealInterval& z) {
+  return Store(x, y, AddUp(Turned(Load(x)), Turned(Load(y))), z);
+}
+
+/// The greatest of all four products of bounds, negated and as they are.
+inline bool Multiply(const RealInterval& x, const RealInterval& y, RealInterval& z) {
+  if (!kRoundsUpward && !(AreExact(Load(x)) && AreExact(Load(y)))) return false;
+  const Pairs a = _mm256_permute_pd(_mm256_set_m128d(Load(x), Load(x)), 0xc);
+  const Pairs turned = _mm256_xor_pd(a, _mm256_set_pd(0.0, -0.0, 0.0, -0.0));
+  const Pairs products = _mm256_max_pd(MultiplyUp(turned, _mm256_set1_pd(y.lower)),
+                                       MultiplyUp(turned, _mm256_set1_pd(y.upper)));
+  return Store(
+      x, y, _mm_max_pd(_mm256_castpd256_pd128(products), _mm256_extractf128_pd(products, 1)), z);
+}
+
+/// For divisors of one sign.
+inline bool Divide(const RealInterval& x, const RealInterval& y, RealInterval& z) {
+  Pair dividend = Turned(Load(x)), divisor = Load(y);
+  if (y.upper < 0) {
+    dividend = Swapped(dividend);
+    divisor = Swapped(_mm_sub_pd(_mm_setzero_pd(), divisor));
+  } else if (!(y.lower > 0)) {
+    return false;
+  }
+  if (!kRoundsUpward && !(AreExact(dividend) && AreExact(divisor))) return false;
+  // A positive quotient is greatest with the least divisor, a negative one with the greatest.
+  const Pair chosen = _mm_blendv_pd(_mm_unpacklo_pd(divisor, divisor),
+                                    _mm_unpackhi_pd(divisor, divisor), dividend);
+  return Store(x, y, DivideUp(dividend, chosen), z);
+}
+
+inline bool Square(const RealInterval& x, RealInterval& z) {
+  const Pair turned = Turned(Load(x));
+  const Pair greatest = _mm_max_pd(turned, Swapped(turned));
+  const Pair least = _mm_sub_pd(_mm_setzero_pd(), _mm_min_pd(turned, Swapped(turned)));
+  const Pair magnitudes = _mm_move_sd(greatest, _mm_max_pd(least, _mm_setzero_pd()));
+  if (!kRoundsUpward && !AreExact(magnitudes)) return false;
+  const Pairs product = MultiplyUp(_mm256_castpd128_pd256(Turned(magnitudes)),
+                                   _mm256_castpd128_pd256(magnitudes));
+  return Store(x, x, _mm256_castpd256_pd128(product), z);
+}
+
+/// For x >= 0.
+inline bool Sqrt(const RealInterval& x, RealInterval& z) {
+  const Pair square = Load(x);
+  if (!(x.lower >= 0) || !AreExact(square)) return false;
+  const Pair root = _mm_sqrt_pd(square);
+  const Pair error = _mm_fnmadd_pd(root, root, square);
+  return Store(x, x, StepUp(Turned(root), Turned(error)), z);
+}
+
+#else
+
+inline bool Add(const RealInterval&, const RealInterval&, RealInterval&) { return false; }
+inline bool Multiply(const RealInterval&, const RealInterval&, RealInterval&) { return false; }
+inline bool Divide(const RealInterval&, const RealInterval&, RealInterval&) { return false; }
+inline bool Square(const RealInterval&, RealInterval&) { return false; }
+inline bool Sqrt(const RealInterval&, RealInterval&) { return false; }
+
+#endif
+
+}  // namespace packed
+
+#endif
