@@ -162,6 +162,9 @@ RealInterval IntegersOf(const RealInterval& y) {
   return {std::ceil(all.lower), std::floor(all.upper)};
 }
 
+Exponents AllOf(const RealInterval& integers) {
+  return Exponents(integers.lower, integers.upper, 1, 0);
+}
 Exponents Even(const RealInterval& integers) {
   return Exponents(integers.lower, integers.upper, 2, 0);
 }
@@ -221,6 +224,22 @@ RealInterval Preimage(const RealInterval& z, const RealInterval& within, const E
   return positive.mf_Union(Part(even, within)).mf_Union(Part(odd, within));
 }
 
+// Integer exponents alone, among which 2 is by far the most frequent.
+
+constexpr RealInterval kTwo(2, 2);
+
+RealInterval Image(const SubdefReal& x, const RealInterval& within, const RealInterval& integers) {
+  if (integers == kTwo) return Part(sqr(x), within);
+  return Image(x, within, AllOf(integers), integers);
+}
+
+RealInterval Preimage(const SubdefReal& z, const RealInterval& within,
+                      const RealInterval& integers) {
+  if (!(integers == kTwo)) return Preimage(z, within, AllOf(integers), integers);
+  const RealInterval roots = sqrt(z);
+  return Part(roots, within).mf_Union(Part(roots.mf_Neg(), within));
+}
+
 /// Above this number of exponents only the hull over all of them is computed.
 constexpr double kMostExponents = 64;
 
@@ -256,10 +275,6 @@ RealInterval ExponentsOf(const RealInterval& z, const RealInterval& x) {
   return Extended(result);
 }
 
-Exponents AllOf(const RealInterval& integers) {
-  return Exponents(integers.lower, integers.upper, 1, 0);
-}
-
 SubdefReal FlagIfEmpty(const RealInterval& result) {
   if (!result.IsEmpty()) return result;
   SDRaiseError();
@@ -282,7 +297,7 @@ SubdefReal pow(const SubdefReal& x, const SubIntBase& n) {
 
 SubdefReal pow(const SubdefReal& x, const SubdefReal& z, const SubdefInt& n) {
   return FlagIfEmpty(ForEachExponent(IntegersOf(n), [&](const RealInterval& integers) {
-    return Image(x, z, AllOf(integers), integers);
+    return Image(x, z, integers);
   }));
 }
 
@@ -300,7 +315,7 @@ SubdefReal base(const SubdefReal& z, double y) { return base(z, SubdefReal(y, y)
 SubdefReal base(const SubdefReal& z, const SubdefReal& x, const SubdefInt& n) {
   if (z.IsEmpty() || x.IsEmpty()) return FlagIfEmpty(Empty());
   return FlagIfEmpty(ForEachExponent(IntegersOf(n), [&](const RealInterval& integers) {
-    return Preimage(z, x, AllOf(integers), integers);
+    return Preimage(z, x, integers);
   }));
 }
 
@@ -313,8 +328,7 @@ SubdefInt exponent(const SubdefReal& z, const SubdefReal& x, const SubdefInt& n)
   double first = std::ceil(candidates.lower);
   double last = std::floor(candidates.upper);
   const auto reaches = [&](double k) {
-    const RealInterval power(k, k);
-    return !Image(x, z, AllOf(power), power).IsEmpty();
+    return !Image(x, z, RealInterval(k, k)).IsEmpty();
   };
   for (double steps = 0; steps < kMostExponents && first <= last && !reaches(first); ++steps)
     ++first;
