@@ -12,7 +12,7 @@ using Relation = RealSystem::Relation;
 
 // A loss of this share of a width is passed on to the other statements.
 constexpr double kWorthwhile = 0.05;
-constexpr int kSlices = 16;
+constexpr int kSlices = 32;
 // Revisions for each statement; intervals that lose ever less need not be followed to the end.
 constexpr std::size_t kRounds = 100, kSupposedRounds = 20;
 // Revisions for all of a shaving. In long chains each supposition may concern everything.

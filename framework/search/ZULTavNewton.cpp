@@ -25,6 +25,8 @@ constexpr RealInterval kOne = {1, 1};
 constexpr double kWorthwhile = 0.1;
 // A Newton step must halve a width to be followed by another one at once.
 constexpr double kConverging = 0.5;
+// Unknowns that are narrower, relative to their magnitude, gain nothing by another step.
+constexpr double kNarrowest = 0x1p-48;
 // Equations of more unknowns are left to the preconditioned system.
 constexpr std::size_t kMaxSparse = 16;
 // More unknowns are solved for in windows of so many neighbours, which overlap by half: what
@@ -34,6 +36,8 @@ constexpr std::size_t kWindow = 48;
 constexpr int kNewtonSteps = 20;
 // Of an unknown beside that of the largest one, when a point is looked for.
 constexpr double kLeastWeight = 1e-8;
+// A step to a point this short, relative to the magnitudes, leaves an error of its square.
+constexpr double kExact = 1e-12;
 constexpr int kInflations = 8;
 
 double Middle(const RealInterval& x) {
@@ -110,7 +114,8 @@ class ZULTavNewton::Work {
     RealInterval defect;
     std::size_t first;
   };
-  enum class Points { kConstant, kUnknown };
+  /// What is not solved for: nothing, unknowns that are single points, narrow ones.
+  enum class Left { kNothing, kPoints, kNarrow };
 
   ZULTaVoReal& Object(std::size_t unknown) const {
     return *mSystem.GetSlots()[mSystem.GetUnknowns()[unknown]].real;
@@ -118,8 +123,10 @@ class ZULTavNewton::Work {
   void ReadBox();
   void ReadContractor();
   bool Newton();
-  void SelectColumns(Points points);
+  bool HasShaved() const;
+  void SelectColumns(Left left);
   void SelectRows();
+  bool AbsorbOthers(const RealSystem::Statement& equation, RealInterval& defect);
   void FillMatrix();
   bool NarrowByRows();
   bool NarrowByInverse();
@@ -129,7 +136,7 @@ class ZULTavNewton::Work {
   int Refute(ZULTaVoNetwork& network);
 
   bool IsDecided() const;
-  bool Certify(Points points);
+  bool Certify(Left left);
   bool FindPoint();
   double StepToPoint();
   bool Krawczyk();
@@ -164,13 +171,30 @@ void ZULTavNewton::Work::ReadBox() {
   mOriginal = mBox;
 }
 
-void ZULTavNewton::Work::SelectColumns(Points points) {
+void ZULTavNewton::Work::SelectColumns(Left left) {
+  const auto isLeft = [left](const RealInterval& x) {
+    if (left == Left::kNarrow) return x.upper - x.lower <= kNarrowest * Magnitude(x);
+    return left == Left::kPoints && x.IsScalar();
+  };
   mColumns.clear();
   for (std::size_t i = 0; i < mBox.size(); ++i) {
-    const bool fixed = points == Points::kConstant && mBox[i].IsScalar();
-    mColumnOf[i] = fixed ? kNone : mColumns.size();
-    if (!fixed) mColumns.push_back(i);
+    mColumnOf[i] = isLeft(mBox[i]) ? kNone : mColumns.size();
+    if (mColumnOf[i] != kNone) mColumns.push_back(i);
   }
+}
+
+/// What the equation's unknowns without a column contribute becomes part of the defect. Answers
+/// whether there are others.
+bool ZULTavNewton::Work::AbsorbOthers(const RealSystem::Statement& equation, RealInterval& defect) {
+  bool others = false;
+  for (std::size_t k = 0; k < equation.unknowns.size(); ++k) {
+    const std::uint32_t unknown = equation.unknowns[k];
+    if (mColumnOf[unknown] != kNone)
+      others = true;
+    else if (!mBox[unknown].IsScalar())
+      defect = Add(defect, Multiply(mSlopes[k], mBox[unknown].subNumFromInt(mMiddle[unknown])));
+  }
+  return others;
 }
 
 /// The equations whose slopes are known, and their slopes.
@@ -179,11 +203,11 @@ void ZULTavNewton::Work::SelectRows() {
   mEntries.clear();
   for (const RealSystem::Statement& equation : mSystem.GetEquations()) {
     if (!equation.guard.Holds()) continue;
-    const RealInterval defect = mEvaluation.GetDefect(equation);
+    RealInterval defect = mEvaluation.GetDefect(equation);
     if (!IsFinite(defect) || !mEvaluation.GetSlopes(equation, mSlopes.data())) continue;
     const bool bounded = std::all_of(equation.unknowns.begin(), equation.unknowns.end(),
                                      [&](std::uint32_t i) { return IsFinite(mBox[i]); });
-    if (!bounded) continue;
+    if (!bounded || !AbsorbOthers(equation, defect)) continue;
     mRows.push_back({&equation, defect, mEntries.size()});
     mEntries.insert(mEntries.end(), mSlopes.begin(),
                     mSlopes.begin() + static_cast<std::ptrdiff_t>(equation.unknowns.size()));
@@ -207,7 +231,9 @@ int ZULTavNewton::Work::Contract(ZULTaVoNetwork& network, bool again) {
   ReadBox();
   if (again && !mContractor.HasChanged()) return 0;
   mContractor.Begin();
-  if (!mContractor.Propagate() || !mContractor.Shave() || !Newton()) return Refute(network);
+  if (!mContractor.Propagate() || !Newton()) return Refute(network);
+  ReadContractor();
+  if (!mContractor.Shave() || (HasShaved() && !Newton())) return Refute(network);
   ReadContractor();
   return Store(network);
 }
@@ -219,11 +245,17 @@ void ZULTavNewton::Work::ReadContractor() {
   }
 }
 
+bool ZULTavNewton::Work::HasShaved() const {
+  for (std::size_t i = 0; i < mBox.size(); ++i)
+    if (IsMuchNarrower(mContractor.GetValue(i), mBox[i], kWorthwhile)) return true;
+  return false;
+}
+
 /// Newton steps and propagation in turn, as long as they are worth it.
 bool ZULTavNewton::Work::Newton() {
   for (int step = 0; step < kNewtonSteps; ++step) {
     ReadContractor();
-    SelectColumns(Points::kConstant);
+    SelectColumns(Left::kNarrow);
     if (mColumns.empty()) return true;
     if (!mEvaluation.SetBox(mBox, RealEvaluation::Mode::kSolutions)) return false;
     mEvaluation.SetPoint(mMiddle);
@@ -250,9 +282,10 @@ bool ZULTavNewton::Work::NarrowByRows() {
     if (unknowns.size() > kMaxSparse) continue;
     const RealInterval* slopes = mEntries.data() + row.first;
     for (std::size_t j = 0; j < unknowns.size(); ++j) {
+      if (mColumnOf[unknowns[j]] == kNone) continue;
       RealInterval rest = row.defect;
       for (std::size_t k = 0; k < unknowns.size(); ++k)
-        if (k != j)
+        if (k != j && mColumnOf[unknowns[k]] != kNone)
           rest =
               Add(rest, Multiply(slopes[k], mBox[unknowns[k]].subNumFromInt(mMiddle[unknowns[k]])));
       RealInterval& x = mBox[unknowns[j]];
@@ -377,16 +410,16 @@ bool ZULTavNewton::Work::IsDecided() const {
 bool ZULTavNewton::Work::Proves(ZULTavSolution* box) {
   if (!IsDecided() || mBox.size() > kMaxProven) return false;
   // Bounds that are single points may be exact, or what rounding has left of an interval.
-  for (const Points points : {Points::kConstant, Points::kUnknown}) {
+  for (const Left left : {Left::kPoints, Left::kNothing}) {
     ReadBox();
-    if (Certify(points)) return Accept(box);
+    if (Certify(left)) return Accept(box);
   }
   return false;
 }
 
 /// Looks for a box that certainly holds a solution: mCertified.
-bool ZULTavNewton::Work::Certify(Points points) {
-  SelectColumns(points);
+bool ZULTavNewton::Work::Certify(Left left) {
+  SelectColumns(left);
   return FindPoint() && Krawczyk() && HoldsOnCertified();
 }
 
@@ -396,7 +429,7 @@ bool ZULTavNewton::Work::FindPoint() {
   for (int i = 0; i < kNewtonSteps; ++i) {
     const double step = StepToPoint();
     if (step < 0) return false;
-    if (step == 0 || (step < 1e-10 && step >= 0.5 * last)) break;
+    if (step <= kExact || (step < 1e-10 && step >= 0.5 * last)) break;
     last = step;
   }
   return true;

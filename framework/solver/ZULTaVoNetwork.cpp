@@ -409,6 +409,8 @@ void ZULTaVoNetwork::PopState() {
     saved.node->Object()->Assign(*saved.copy);
     saved.node->depth = saved.depth;
     saved.node->Remember();
+    saved.node->lower = saved.lower;
+    saved.node->upper = saved.upper;
     Forget(mTrail.size() - 1);
     mTrail.pop_back();
   }
@@ -428,7 +430,7 @@ void ZULTaVoNetwork::Save(Node& node) {
   if (place == nullptr) throw std::bad_alloc();
   node.type->InitObject(place, node.Object());
   auto* copy = static_cast<ZULTaVoAny*>(static_cast<ZULTaVoObject*>(place));
-  mTrail.push_back({&node, copy, mark, node.depth});
+  mTrail.push_back({&node, copy, mark, node.depth, node.lower, node.upper});
   node.depth = static_cast<std::uint32_t>(mLevels.size());
 }
 

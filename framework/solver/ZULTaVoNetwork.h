@@ -133,6 +133,7 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
     ZULTaVoAny* copy;
     Arena::Mark mark;
     std::uint32_t depth;  // at which the node was saved before
+    double lower, upper;  // of the node: what was undone must not decide what is propagated next
   };
 
   /// How long the lists of what is to be undone were when the level was opened.
