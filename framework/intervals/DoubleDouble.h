@@ -2,26 +2,45 @@
 #define ZULTAV_INTERVALS_DOUBLE_DOUBLE_H
 
 #include <cmath>
+#include <concepts>
 #include <cstdint>
+#include <type_traits>
+
+#include "framework/intervals/DoublePair.h"
 
 /// A number of about 106 bits: the unevaluated sum of two doubles, the second much the smaller.
-struct DoubleDouble {
-  double hi;
-  double lo;
+/// Or two such numbers, where Number is DoublePair; then gcc 12 copies the whole through memory,
+/// and slowly, so that structures that hold one are made from hi and lo.
+template <class Number>
+struct DoubleDoubleOf {
+  Number hi;
+  Number lo;
+};
+using DoubleDouble = DoubleDoubleOf<double>;
+
+/// What can be computed with exactly; integers cannot.
+template <class Number>
+concept Real = requires {
+  typename IntegerOf<Number>;
 };
 
-inline DoubleDouble operator-(DoubleDouble x) { return {-x.hi, -x.lo}; }
+template <Real Number>
+ZULTAV_HOT DoubleDoubleOf<Number> operator-(DoubleDoubleOf<Number> x) {
+  return {-x.hi, -x.lo};
+}
 
 /// x + y = hi + lo exactly (Dekker). Needs |x| >= |y| or x = 0.
-inline DoubleDouble FastTwoSum(double x, double y) {
-  const double sum = x + y;
+template <Real Number>
+ZULTAV_HOT DoubleDoubleOf<Number> FastTwoSum(Number x, std::type_identity_t<Number> y) {
+  const Number sum = x + y;
   return {sum, y - (sum - x)};
 }
 
 /// x + y = hi + lo exactly (Knuth).
-inline DoubleDouble TwoSum(double x, double y) {
-  const double sum = x + y;
-  const double second = sum - x;
+template <Real Number>
+ZULTAV_HOT DoubleDoubleOf<Number> TwoSum(Number x, std::type_identity_t<Number> y) {
+  const Number sum = x + y;
+  const Number second = sum - x;
   return {sum, (x - (sum - second)) + (y - second)};
 }
 
@@ -33,14 +52,15 @@ inline DoubleDouble FromInteger(std::int64_t n) {
 
 #if defined(__FMA__) || defined(__FP_FAST_FMA)
 
-/// x * y = hi + lo exactly, unless the product leaves [2^-969, 2^1023] or a factor exceeds 2^995.
-inline DoubleDouble TwoProduct(double x, double y) {
-  const double product = x * y;
-  return {product, std::fma(x, y, -product)};
-}
-
 /// x * y + z, rounded once or twice.
 inline double MulAdd(double x, double y, double z) { return std::fma(x, y, z); }
+
+/// x * y = hi + lo exactly, unless the product leaves [2^-969, 2^1023] or a factor exceeds 2^995.
+template <Real Number>
+ZULTAV_HOT DoubleDoubleOf<Number> TwoProduct(Number x, std::type_identity_t<Number> y) {
+  const Number product = x * y;
+  return {product, MulAdd(x, y, -product)};
+}
 
 #else
 
@@ -60,26 +80,47 @@ inline double MulAdd(double x, double y, double z) { return x * y + z; }
 #endif
 
 /// Relative error below 2^-102.
-inline DoubleDouble operator+(DoubleDouble x, DoubleDouble y) {
-  const DoubleDouble high = TwoSum(x.hi, y.hi);
-  const DoubleDouble low = TwoSum(x.lo, y.lo);
-  const DoubleDouble sum = FastTwoSum(high.hi, high.lo + low.hi);
+template <Real Number>
+ZULTAV_HOT DoubleDoubleOf<Number> operator+(DoubleDoubleOf<Number> x, DoubleDoubleOf<Number> y) {
+  const DoubleDoubleOf<Number> high = TwoSum(x.hi, y.hi);
+  const DoubleDoubleOf<Number> low = TwoSum(x.lo, y.lo);
+  const DoubleDoubleOf<Number> sum = FastTwoSum(high.hi, high.lo + low.hi);
   return FastTwoSum(sum.hi, sum.lo + low.lo);
 }
 
 /// Relative error below 2^-102.
-inline DoubleDouble operator*(DoubleDouble x, DoubleDouble y) {
-  const DoubleDouble product = TwoProduct(x.hi, y.hi);
+template <Real Number>
+ZULTAV_HOT DoubleDoubleOf<Number> operator*(DoubleDoubleOf<Number> x, DoubleDoubleOf<Number> y) {
+  const DoubleDoubleOf<Number> product = TwoProduct(x.hi, y.hi);
   return FastTwoSum(product.hi, product.lo + (x.hi * y.lo + x.lo * y.hi));
 }
 
 /// Relative error below 2^-100.
-inline DoubleDouble operator/(DoubleDouble x, DoubleDouble y) {
-  const double inverse = 1 / y.hi;
-  const double quotient = x.hi * inverse;
-  const DoubleDouble product = TwoProduct(quotient, y.hi);
-  const double rest = ((x.hi - product.hi) - product.lo) + (x.lo - quotient * y.lo);
+template <Real Number>
+ZULTAV_HOT DoubleDoubleOf<Number> operator/(DoubleDoubleOf<Number> x, DoubleDoubleOf<Number> y) {
+  const Number inverse = 1 / y.hi;
+  const Number quotient = x.hi * inverse;
+  const DoubleDoubleOf<Number> product = TwoProduct(quotient, y.hi);
+  const Number rest = ((x.hi - product.hi) - product.lo) + (x.lo - quotient * y.lo);
   return FastTwoSum(quotient, rest * inverse);
 }
+
+inline DoubleDouble FlipSign(DoubleDouble x, std::int64_t bits) {
+  return {FlipSign(x.hi, bits), FlipSign(x.lo, bits)};
+}
+inline DoubleDouble Lookup(const DoubleDouble* table, std::int64_t place) { return table[place]; }
+
+#ifdef __FMA__
+
+inline DoubleDoubleOf<DoublePair> FlipSign(DoubleDoubleOf<DoublePair> x, IntegerPair bits) {
+  return {FlipSign(x.hi, bits), FlipSign(x.lo, bits)};
+}
+inline DoubleDoubleOf<DoublePair> Lookup(const DoubleDouble* table, IntegerPair place) {
+  const __m128d first = _mm_loadu_pd(&table[place[0]].hi);
+  const __m128d second = _mm_loadu_pd(&table[place[1]].hi);
+  return {_mm_unpacklo_pd(first, second), _mm_unpackhi_pd(first, second)};
+}
+
+#endif
 
 #endif

@@ -11,11 +11,24 @@ extern const DoubleDouble kExpTable[128];
 
 /// Cells of z in [0.6875, 1.375), 2^-9 wide below 1 and 2^-8 above: a number near 1/z and minus
 /// its logarithm. The two cells that touch 1 have 1 and 0.
-struct LogRow {
-  double inverse;
-  DoubleDouble log;
+template <class Number>
+struct LogRowOf {
+  Number inverse;
+  DoubleDoubleOf<Number> log;
 };
+using LogRow = LogRowOf<double>;
 extern const LogRow kLogTable[256];
+
+inline LogRow Lookup(const LogRow* table, std::int64_t place) { return table[place]; }
+#ifdef __FMA__
+inline LogRowOf<DoublePair> Lookup(const LogRow* table, IntegerPair place) {
+  const LogRow &first = table[place[0]], &second = table[place[1]];
+  return {
+      _mm_set_pd(second.inverse, first.inverse),
+      {_mm_set_pd(second.log.hi, first.log.hi), _mm_set_pd(second.log.lo, first.log.lo)}
+  };
+}
+#endif
 
 /// sin(i pi/512).
 extern const DoubleDouble kSinTable[257];

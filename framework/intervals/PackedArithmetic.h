@@ -19,7 +19,7 @@ namespace packed {
 using Pair = __m128d;
 using Pairs = __m256d;
 
-inline Pair Load(const RealInterval& x) { return _mm_loadu_pd(&x.lower); }
+inline Pair Load(const RealInterval& x) { return _mm_set_pd(x.upper, x.lower); }
 /// From (lower, upper) to (-lower, upper), or back.
 inline Pair Turned(Pair x) { return _mm_xor_pd(x, _mm_set_pd(0.0, -0.0)); }
 inline Pair Swapped(Pair x) { return _mm_permute_pd(x, 1); }
@@ -116,8 +116,8 @@ inline bool Multiply(const RealInterval& x, const RealInterval& y, RealInterval&
   const Pairs turned = _mm256_xor_pd(a, _mm256_set_pd(0.0, -0.0, 0.0, -0.0));
   const Pairs products = _mm256_max_pd(MultiplyUp(turned, _mm256_set1_pd(y.lower)),
                                        MultiplyUp(turned, _mm256_set1_pd(y.upper)));
-  return Store(
-      x, y, _mm_max_pd(_mm256_castpd256_pd128(products), _mm256_extractf128_pd(products, 1)), z);
+  return Store(x, y,
+               _mm_max_pd(_mm256_castpd256_pd128(products), _mm256_extractf128_pd(products, 1)), z);
 }
 
 /// For divisors of one sign.
@@ -131,8 +131,8 @@ inline bool Divide(const RealInterval& x, const RealInterval& y, RealInterval& z
   }
   if (!kRoundsUpward && !(AreExact(dividend) && AreExact(divisor))) return false;
   // A positive quotient is greatest with the least divisor, a negative one with the greatest.
-  const Pair chosen = _mm_blendv_pd(_mm_unpacklo_pd(divisor, divisor),
-                                    _mm_unpackhi_pd(divisor, divisor), dividend);
+  const Pair chosen =
+      _mm_blendv_pd(_mm_unpacklo_pd(divisor, divisor), _mm_unpackhi_pd(divisor, divisor), dividend);
   return Store(x, y, DivideUp(dividend, chosen), z);
 }
 
@@ -142,8 +142,8 @@ inline bool Square(const RealInterval& x, RealInterval& z) {
   const Pair least = _mm_sub_pd(_mm_setzero_pd(), _mm_min_pd(turned, Swapped(turned)));
   const Pair magnitudes = _mm_move_sd(greatest, _mm_max_pd(least, _mm_setzero_pd()));
   if (!kRoundsUpward && !AreExact(magnitudes)) return false;
-  const Pairs product = MultiplyUp(_mm256_castpd128_pd256(Turned(magnitudes)),
-                                   _mm256_castpd128_pd256(magnitudes));
+  const Pairs product =
+      MultiplyUp(_mm256_castpd128_pd256(Turned(magnitudes)), _mm256_castpd128_pd256(magnitudes));
   return Store(x, x, _mm256_castpd256_pd128(product), z);
 }
 

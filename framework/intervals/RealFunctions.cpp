@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "framework/intervals/BothBounds.h"
 #include "framework/intervals/IntervalControl.h"
 #include "framework/intervals/PointFunctions.h"
 #include "framework/intervals/RealLine.h"
@@ -10,12 +11,18 @@
 
 using elementary::Angle;
 using elementary::AtanAt;
+using elementary::AtanAtBounds;
+using elementary::AtBounds;
 using elementary::ExpAt;
+using elementary::ExpAtBounds;
 using elementary::kMaxAngle;
 using elementary::LogAt;
+using elementary::LogAtBounds;
 using elementary::Reduce;
 using elementary::SinAt;
+using elementary::SinAtBounds;
 using elementary::TanAt;
+using elementary::TanAtBounds;
 using real_line::Empty;
 using real_line::Extended;
 using real_line::Saturated;
@@ -23,17 +30,15 @@ using real_line::Whole;
 
 namespace {
 
-/// An increasing function that At encloses at points.
-template <RealInterval At(double)>
+/// An increasing function that At encloses at points, and AtBoth mostly at both bounds.
+template <bool AtBoth(const RealInterval&, AtBounds&), RealInterval At(double)>
 SubdefReal Increasing(const RealInterval& x) {
   if (x.IsEmpty()) return Empty();
   const RealInterval part = Extended(x);
+  AtBounds values;
+  if (AtBoth(part, values)) [[likely]]
+    return Saturated(values.first.lower, values.last.upper);
   return Saturated(At(part.lower).lower, At(part.upper).upper);
-}
-
-/// Whether a number congruent to `residue` modulo 2^bits is in (after, to].
-bool HasResidue(std::int64_t after, std::int64_t to, std::int64_t residue, int bits) {
-  return (after - residue) >> bits != (to - residue) >> bits;
 }
 
 /// Sine of x moved on by `quarters` quarter turns. Its maxima are where quadrants 1, 5, ... begin,
@@ -45,28 +50,27 @@ SubdefReal Wave(const RealInterval& x, std::int64_t quarters) {
   if (!(part.lower >= -kMaxAngle && part.upper <= kMaxAngle) ||
       part.upper - part.lower > kMoreThanTurn)
     return SubdefReal(-1, 1);
-  const Angle first = Reduce(part.lower);
-  RealInterval wave = SinAt(part.lower, first, quarters);
-  if (part.IsScalar()) return wave;
-  const Angle last = Reduce(part.upper);
-  const RealInterval end = SinAt(part.upper, last, quarters);
-  const auto turns = [&](std::int64_t residue) {
-    return HasResidue(first.quadrant + quarters, last.quadrant + quarters, residue, 2);
-  };
-  return SubdefReal(turns(3) ? -1 : std::min(wave.lower, end.lower),
-                    turns(1) ? 1 : std::max(wave.upper, end.upper));
+  AtBounds ends;
+  if (!SinAtBounds(part, quarters, ends)) {
+    const Angle first = Reduce(part.lower), last = Reduce(part.upper);
+    ends = {SinAt(part.lower, first, quarters), SinAt(part.upper, last, quarters), first.quadrant,
+            last.quadrant};
+  }
+  return SubdefReal(
+      ends.EnterQuadrant(3 - quarters, 2) ? -1 : std::min(ends.first.lower, ends.last.lower),
+      ends.EnterQuadrant(1 - quarters, 2) ? 1 : std::max(ends.first.upper, ends.last.upper));
 }
 
 }  // namespace
 
-SubdefReal exp(const SubdefReal& x) { return Increasing<ExpAt>(x); }
+SubdefReal exp(const SubdefReal& x) { return Increasing<ExpAtBounds, ExpAt>(x); }
 
 SubdefReal log(const SubdefReal& x) {
   if (x.IsEmpty() || x.upper <= 0) {
     SDRaiseError();
     return Empty();
   }
-  return Increasing<LogAt>({std::max(x.lower, 0.0), x.upper});
+  return Increasing<LogAtBounds, LogAt>({std::max(x.lower, 0.0), x.upper});
 }
 
 SubdefReal sin(const SubdefReal& x) { return Wave(x, 0); }
@@ -77,12 +81,13 @@ SubdefReal tan(const SubdefReal& x) {
   constexpr double kLimit = 1e14;
   if (x.IsEmpty()) return Empty();
   if (!(x.lower >= -kLimit && x.upper <= kLimit)) return Whole();
-  const Angle first = Reduce(x.lower);
-  const RealInterval low = TanAt(x.lower, first);
-  if (x.IsScalar()) return Saturated(low.lower, low.upper);
-  const Angle last = Reduce(x.upper);
-  if (HasResidue(first.quadrant, last.quadrant, 1, 1)) return Whole();
-  return Saturated(low.lower, TanAt(x.upper, last).upper);
+  AtBounds ends;
+  if (!TanAtBounds(x, ends)) {
+    const Angle first = Reduce(x.lower), last = Reduce(x.upper);
+    ends = {TanAt(x.lower, first), TanAt(x.upper, last), first.quadrant, last.quadrant};
+  }
+  if (ends.EnterQuadrant(1, 1)) return Whole();
+  return Saturated(ends.first.lower, ends.last.upper);
 }
 
-SubdefReal atan(const SubdefReal& x) { return Increasing<AtanAt>(x); }
+SubdefReal atan(const SubdefReal& x) { return Increasing<AtanAtBounds, AtanAt>(x); }

@@ -26,8 +26,8 @@ Approximation operator-(const Approximation& x) { return {-x.value, x.error}; }
 
 /// sqrt(1 - z^2), relative error below 2^-100.
 DoubleDouble Complement(double z) {
-  const DoubleDouble below = TwoSum(1, -z);
-  const DoubleDouble above = TwoSum(1, z);
+  const DoubleDouble below = TwoSum(1.0, -z);
+  const DoubleDouble above = TwoSum(1.0, z);
   const DoubleDouble square = below * above;
   if (square.hi == 0) return {0, 0};
   const double root = std::sqrt(square.hi);

@@ -296,9 +296,8 @@ SubdefReal pow(const SubdefReal& x, const SubIntBase& n) {
 }
 
 SubdefReal pow(const SubdefReal& x, const SubdefReal& z, const SubdefInt& n) {
-  return FlagIfEmpty(ForEachExponent(IntegersOf(n), [&](const RealInterval& integers) {
-    return Image(x, z, integers);
-  }));
+  return FlagIfEmpty(ForEachExponent(
+      IntegersOf(n), [&](const RealInterval& integers) { return Image(x, z, integers); }));
 }
 
 SubdefReal pow(const SubdefReal& x, double z, const SubdefInt& n) {
@@ -314,9 +313,8 @@ SubdefReal base(const SubdefReal& z, double y) { return base(z, SubdefReal(y, y)
 
 SubdefReal base(const SubdefReal& z, const SubdefReal& x, const SubdefInt& n) {
   if (z.IsEmpty() || x.IsEmpty()) return FlagIfEmpty(Empty());
-  return FlagIfEmpty(ForEachExponent(IntegersOf(n), [&](const RealInterval& integers) {
-    return Preimage(z, x, integers);
-  }));
+  return FlagIfEmpty(ForEachExponent(
+      IntegersOf(n), [&](const RealInterval& integers) { return Preimage(z, x, integers); }));
 }
 
 SubdefReal base(const SubdefReal& z, const SubdefReal& x, const SubIntBase& n) {
@@ -327,9 +325,7 @@ SubdefInt exponent(const SubdefReal& z, const SubdefReal& x, const SubdefInt& n)
   const RealInterval candidates = Part(ExponentsOf(z, x), IntegersOf(n));
   double first = std::ceil(candidates.lower);
   double last = std::floor(candidates.upper);
-  const auto reaches = [&](double k) {
-    return !Image(x, z, RealInterval(k, k)).IsEmpty();
-  };
+  const auto reaches = [&](double k) { return !Image(x, z, RealInterval(k, k)).IsEmpty(); };
   for (double steps = 0; steps < kMostExponents && first <= last && !reaches(first); ++steps)
     ++first;
   for (double steps = 0; steps < kMostExponents && first <= last && !reaches(last); ++steps) --last;

@@ -16,8 +16,8 @@
 /// true numbers, too.
 ///
 /// Networks without equations over reals cost nothing. Large systems are narrowed in windows of
-/// unknowns that were declared near each other, at a cost that grows linearly; the dense matrix of a
-/// proof limits proofs to kMaxProven unknowns.
+/// unknowns that were declared near each other, at a cost that grows linearly; the dense matrix of
+/// a proof limits proofs to kMaxProven unknowns.
 class ZULTAV_UTILITIES_API ZULTavNewton final : public ZULTavProof {
  public:
   static constexpr std::size_t kMaxProven = 1000;
