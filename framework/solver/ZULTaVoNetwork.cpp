@@ -47,8 +47,13 @@ struct alignas(Arena::kAlignment) ZULTaVoNetwork::Node {
   bool single;    // whether the object held one value when it was last looked at
 
   ZULTaVoAny* Object() { return reinterpret_cast<ZULTaVoAny*>(this + 1); }
+  /// Most reals are found to be wider without a look at their class.
+  void UpdateSingle() {
+    single = (real == nullptr || real->GetLowerBound() == real->GetUpperBound()) &&
+             IsSingleValue(*Object());
+  }
   void Remember() {
-    single = IsSingleValue(*Object());
+    UpdateSingle();
     if (real == nullptr) return;
     lower = real->GetLowerBound();
     upper = real->GetUpperBound();
@@ -269,7 +274,7 @@ bool ZULTaVoNetwork::TakeNext(std::uint32_t& index) {
 }
 
 void ZULTaVoNetwork::ScheduleAll() {
-  for (Node* node : mNodes) node->single = IsSingleValue(*node->Object());
+  for (Node* node : mNodes) node->UpdateSingle();
   for (std::uint32_t i = 0; i < mLinks.size(); ++i) {
     mLinks[i].constraint->Reactivate();
     if (!mLinks[i].queued) Enqueue(i);
@@ -314,7 +319,7 @@ void ZULTaVoNetwork::PropagateValue(const ZULTaVoObject* object) {
   if (node == nullptr) node = FindNode(object);
   if (node == nullptr) return;
   node->narrowed = true;
-  node->single = IsSingleValue(*node->Object());
+  node->UpdateSingle();
   const bool running = mRunning != kNoLink;
   if (running) ++mStatistics.narrowings;
   if (!WorthPropagating(*node) && running) return;
