@@ -179,6 +179,35 @@ TEST_F(NetworkTest, SlowConvergenceOfRealsEnds) {
   EXPECT_EQ(fresh.network.GetNarrowingFraction(), 0);
 }
 
+/// A search that goes on from a stored path has not visited what lies beside it.
+TEST_F(NetworkTest, WhatWasUndoneDoesNotDecideWhatIsPassedOn) {
+  for (const bool detour : {false, true}) {
+    SCOPED_TRACE(detour);
+    ZULTaVoAny* x = world.Add("interval real", "0,100");
+    ZULTaVoAny* trigger = world.Add("interval int", "0,100");
+    AddScripted(x);
+    AddScripted(trigger);
+    ScriptedConstraint::sScript = [&](auto&, const ZULTaVoObjectEnvironment& environment) {
+      auto* real = ZULTaVoCast<ZULTaVoReal>(x);
+      if (environment.GetArgument(0) != trigger) return 0;
+      real->SetUpperBound(real->GetUpperBound() - 0.6);
+      world.network.PropagateValue(x);
+      return 0;
+    };
+    Run();
+    world.network.PropagateValue(trigger);
+    EXPECT_EQ(Run(), Log{trigger}) << "0.6 of about 100 are not passed on";
+    if (detour) {
+      world.network.PushState();
+      world.Change(x, "0,50");
+      EXPECT_EQ(Run(), Log{x});
+      world.network.PopState();
+    }
+    world.network.PropagateValue(trigger);
+    EXPECT_EQ(Run(), (Log{trigger, x})) << "but 1.2 are";
+  }
+}
+
 TEST_F(NetworkTest, ADisequalityIsCalledWheneverItCanRemoveAValue) {
   for (const bool reversed : {false, true}) {
     ZULTaVoAny* x = world.Add("interval int", "5");
