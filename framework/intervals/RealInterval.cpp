@@ -28,7 +28,8 @@ double RealInterval::sMaxValue = 1e19;
 
 RealInterval general_arithmetic::Sum(const RealInterval& a, const RealInterval& b) {
   RealInterval sum;
-  if (packed::Add(a, b, sum)) return sum;
+  if (packed::Add(a, b, sum)) [[likely]]
+    return sum;
   if (a.IsEmpty() || b.IsEmpty()) return Empty();
   const RealInterval x = Extended(a);
   const RealInterval y = Extended(b);
@@ -37,7 +38,8 @@ RealInterval general_arithmetic::Sum(const RealInterval& a, const RealInterval& 
 
 RealInterval general_arithmetic::Product(const RealInterval& a, const RealInterval& b) {
   RealInterval product;
-  if (packed::Multiply(a, b, product)) return product;
+  if (packed::Multiply(a, b, product)) [[likely]]
+    return product;
   if (a.IsEmpty() || b.IsEmpty()) return Empty();
   RealInterval x = Extended(a);
   RealInterval y = Extended(b);
@@ -58,7 +60,8 @@ RealInterval general_arithmetic::Product(const RealInterval& a, const RealInterv
 
 RealInterval general_arithmetic::Quotient(const RealInterval& a, const RealInterval& b) {
   RealInterval quotient;
-  if (packed::Divide(a, b, quotient)) return quotient;
+  if (packed::Divide(a, b, quotient)) [[likely]]
+    return quotient;
   if (a.IsEmpty() || b.IsEmpty()) return Empty();
   if (b.Contains(0)) {
     if (a.Contains(0)) return Whole();
@@ -85,7 +88,8 @@ RealInterval general_arithmetic::Quotient(const RealInterval& a, const RealInter
 
 RealInterval general_arithmetic::Square(const RealInterval& x) {
   RealInterval square;
-  if (packed::Square(x, square)) return square;
+  if (packed::Square(x, square)) [[likely]]
+    return square;
   if (x.IsEmpty()) return Empty();
   const RealInterval part =
       Extended({std::max({x.lower, -x.upper, 0.0}), std::max(-x.lower, x.upper)});
@@ -94,7 +98,8 @@ RealInterval general_arithmetic::Square(const RealInterval& x) {
 
 RealInterval general_arithmetic::Sqrt(const RealInterval& x) {
   RealInterval root;
-  if (packed::Sqrt(x, root)) return root;
+  if (packed::Sqrt(x, root)) [[likely]]
+    return root;
   if (x.IsEmpty() || x.upper < 0) return Empty();
   const RealInterval part = Extended({std::max(x.lower, 0.0), x.upper});
   return Saturated(rounding::SqrtDown(part.lower), rounding::SqrtUp(part.upper));
