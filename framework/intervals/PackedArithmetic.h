@@ -19,18 +19,24 @@ namespace packed {
 using Pair = __m128d;
 using Pairs = __m256d;
 
-inline Pair Load(const RealInterval& x) { return _mm_set_pd(x.upper, x.lower); }
+/// (lower, upper).
+inline Pair Load(const RealInterval& x) { return _mm_loadu_pd(&x.lower); }
 /// From (lower, upper) to (-lower, upper), or back.
 inline Pair Turned(Pair x) { return _mm_xor_pd(x, _mm_set_pd(0.0, -0.0)); }
 inline Pair Swapped(Pair x) { return _mm_permute_pd(x, 1); }
 
-/// Puts the result into z, if it and the operands are ordinary.
-inline bool Store(const RealInterval& x, const RealInterval& y, Pair result, RealInterval& z) {
-  const Pair a = Load(x), b = Load(y);
-  const Pair filled = _mm_cmple_pd(_mm_unpacklo_pd(a, b), _mm_unpackhi_pd(a, b));
-  const Pair greatest = _mm_max_pd(_mm_max_pd(Turned(a), Turned(b)), result);
-  const Pair within = _mm_cmplt_pd(greatest, _mm_set1_pd(RealInterval::sMaxValue));
-  if (_mm_movemask_pd(_mm_and_pd(filled, within)) != 3) return false;
+/// Puts the result, a turned one, into z, if it and the operands are ordinary.
+inline bool Store(Pair x, Pair y, Pair result, RealInterval& z) {
+  const Pair lower = _mm_unpacklo_pd(x, y), upper = _mm_unpackhi_pd(x, y);
+  const Pair greatest = _mm_max_pd(_mm_max_pd(Turned(x), Turned(y)), result);
+  const Pair limit = _mm_set1_pd(RealInterval::sMaxValue);
+#ifdef __AVX512VL__
+  if (_mm_cmp_pd_mask(lower, upper, _CMP_NLE_UQ) | _mm_cmp_pd_mask(greatest, limit, _CMP_NLT_UQ))
+    return false;
+#else
+  const Pair ordinary = _mm_and_pd(_mm_cmple_pd(lower, upper), _mm_cmplt_pd(greatest, limit));
+  if (_mm_movemask_pd(ordinary) != 3) return false;
+#endif
   // Turns it back, and -0 into 0: (0 - first, 0 + second).
   _mm_storeu_pd(&z.lower, _mm_addsub_pd(_mm_setzero_pd(), result));
   return true;
@@ -105,19 +111,30 @@ inline Pair DivideUp(Pair x, Pair y) {
 
 #endif
 
+inline bool AddPair(const RealInterval& x, Pair y, RealInterval& z) {
+  return Store(Load(x), y, AddUp(Turned(Load(x)), Turned(y)), z);
+}
 inline bool Add(const RealInterval& x, const RealInterval& y, RealInterval& z) {
-  return Store(x, y, AddUp(Turned(Load(x)), Turned(Load(y))), z);
+  return AddPair(x, Load(y), z);
+}
+inline bool Subtract(const RealInterval& x, const RealInterval& y, RealInterval& z) {
+  return AddPair(x, _mm_xor_pd(Swapped(Load(y)), _mm_set1_pd(-0.0)), z);
+}
+inline bool Add(const RealInterval& x, double y, RealInterval& z) {
+  return AddPair(x, _mm_set1_pd(y), z);
 }
 
 /// The greatest of all four products of bounds, negated and as they are.
 inline bool Multiply(const RealInterval& x, const RealInterval& y, RealInterval& z) {
-  if (!kRoundsUpward && !(AreExact(Load(x)) && AreExact(Load(y)))) return false;
-  const Pairs a = _mm256_permute_pd(_mm256_set_m128d(Load(x), Load(x)), 0xc);
-  const Pairs turned = _mm256_xor_pd(a, _mm256_set_pd(0.0, -0.0, 0.0, -0.0));
+  const Pair a = Load(x), b = Load(y);
+  if (!kRoundsUpward && !(AreExact(a) && AreExact(b))) return false;
+  const Pairs doubled = _mm256_permute_pd(_mm256_set_m128d(a, a), 0xc);
+  const Pairs turned = _mm256_xor_pd(doubled, _mm256_set_pd(0.0, -0.0, 0.0, -0.0));
   const Pairs products = _mm256_max_pd(MultiplyUp(turned, _mm256_set1_pd(y.lower)),
                                        MultiplyUp(turned, _mm256_set1_pd(y.upper)));
-  return Store(x, y,
-               _mm_max_pd(_mm256_castpd256_pd128(products), _mm256_extractf128_pd(products, 1)), z);
+  const Pair greatest =
+      _mm_max_pd(_mm256_castpd256_pd128(products), _mm256_extractf128_pd(products, 1));
+  return Store(a, b, greatest, z);
 }
 
 /// For divisors of one sign.
@@ -133,7 +150,7 @@ inline bool Divide(const RealInterval& x, const RealInterval& y, RealInterval& z
   // A positive quotient is greatest with the least divisor, a negative one with the greatest.
   const Pair chosen =
       _mm_blendv_pd(_mm_unpacklo_pd(divisor, divisor), _mm_unpackhi_pd(divisor, divisor), dividend);
-  return Store(x, y, DivideUp(dividend, chosen), z);
+  return Store(Load(x), Load(y), DivideUp(dividend, chosen), z);
 }
 
 inline bool Square(const RealInterval& x, RealInterval& z) {
@@ -144,7 +161,7 @@ inline bool Square(const RealInterval& x, RealInterval& z) {
   if (!kRoundsUpward && !AreExact(magnitudes)) return false;
   const Pairs product =
       MultiplyUp(_mm256_castpd128_pd256(Turned(magnitudes)), _mm256_castpd128_pd256(magnitudes));
-  return Store(x, x, _mm256_castpd256_pd128(product), z);
+  return Store(Load(x), Load(x), _mm256_castpd256_pd128(product), z);
 }
 
 /// For x >= 0.
@@ -153,12 +170,14 @@ inline bool Sqrt(const RealInterval& x, RealInterval& z) {
   if (!(x.lower >= 0) || !AreExact(square)) return false;
   const Pair root = _mm_sqrt_pd(square);
   const Pair error = _mm_fnmadd_pd(root, root, square);
-  return Store(x, x, StepUp(Turned(root), Turned(error)), z);
+  return Store(square, square, StepUp(Turned(root), Turned(error)), z);
 }
 
 #else
 
 inline bool Add(const RealInterval&, const RealInterval&, RealInterval&) { return false; }
+inline bool Add(const RealInterval&, double, RealInterval&) { return false; }
+inline bool Subtract(const RealInterval&, const RealInterval&, RealInterval&) { return false; }
 inline bool Multiply(const RealInterval&, const RealInterval&, RealInterval&) { return false; }
 inline bool Divide(const RealInterval&, const RealInterval&, RealInterval&) { return false; }
 inline bool Square(const RealInterval&, RealInterval&) { return false; }

@@ -14,14 +14,14 @@ ZULTAV_INTERVALS_API SubdefReal exp(const SubdefReal& x);
 ZULTAV_INTERVALS_API SubdefReal log(const SubdefReal& x);
 /// Non-negative root of the non-negative part of x, tightest; empty when there is none.
 inline SubdefReal sqrt(const SubdefReal& x) {
-  RealInterval root;
+  SubdefReal root(0, 0);
   if (packed::Sqrt(x, root)) [[likely]]
     return root;
   return general_arithmetic::Sqrt(x);
 }
 /// Square, tightest.
 inline SubdefReal sqr(const SubdefReal& x) {
-  RealInterval square;
+  SubdefReal square(0, 0);
   if (packed::Square(x, square)) [[likely]]
     return square;
   return general_arithmetic::Square(x);

@@ -75,7 +75,10 @@ inline RealInterval RealInterval::AddIntToInt(const RealInterval& b) const {
 }
 
 inline RealInterval RealInterval::SubIntFromInt(const RealInterval& b) const {
-  return AddIntToInt({-b.upper, -b.lower});
+  RealInterval difference;
+  if (packed::Subtract(*this, b, difference)) [[likely]]
+    return difference;
+  return general_arithmetic::Sum(*this, {-b.upper, -b.lower});
 }
 
 inline RealInterval RealInterval::MultIntByInt(const RealInterval& b) const {
@@ -92,8 +95,13 @@ inline RealInterval RealInterval::DivIntByInt(const RealInterval& b) const {
   return general_arithmetic::Quotient(*this, b);
 }
 
-inline RealInterval RealInterval::AddNumToInt(double d) const { return AddIntToInt({d, d}); }
+inline RealInterval RealInterval::AddNumToInt(double d) const {
+  RealInterval sum;
+  if (packed::Add(*this, d, sum)) [[likely]]
+    return sum;
+  return general_arithmetic::Sum(*this, {d, d});
+}
 
-inline RealInterval RealInterval::subNumFromInt(double d) const { return AddIntToInt({-d, -d}); }
+inline RealInterval RealInterval::subNumFromInt(double d) const { return AddNumToInt(-d); }
 
 #endif
