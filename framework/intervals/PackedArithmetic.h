@@ -1,7 +1,7 @@
 #ifndef ZULTAV_INTERVALS_PACKED_ARITHMETIC_H
 #define ZULTAV_INTERVALS_PACKED_ARITHMETIC_H
 
-#ifdef __FMA__
+#if defined(__FMA__) && defined(__AVX2__)
 #include <immintrin.h>
 #endif
 
@@ -14,7 +14,7 @@
 // those of Rounding.h, without a branch. Included by RealInterval.h.
 namespace packed {
 
-#ifdef __FMA__
+#if defined(__FMA__) && defined(__AVX2__)
 
 using Pair = __m128d;
 using Pairs = __m256d;
