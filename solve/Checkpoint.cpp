@@ -15,7 +15,7 @@
 namespace {
 
 constexpr char kKind[] = "zultav run";
-constexpr std::uint64_t kVersion = 1;
+constexpr std::uint64_t kVersion = 2;
 constexpr std::size_t kChecksumSize = 8;
 
 /// FNV-1a, 64 bits: finds what a disk or a transfer has done to the bytes, not what a forger has.

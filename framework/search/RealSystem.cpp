@@ -434,3 +434,25 @@ RealInterval RealSystem::Slot::GetDomain() const {
 RealSystem::RealSystem(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared) {
   RealSystemBuilder(*this, network, declared).Build();
 }
+
+std::vector<bool> RealSystem::FindEven() const {
+  std::vector<bool> even(mSlots.size(), mComplete);
+  const auto isEven = [](Function function) {
+    return function == Function::kSquare || function == Function::kAbsolute ||
+           function == Function::kCosine;
+  };
+  for (const Operation& operation : mOperations) {
+    if (isEven(operation.function)) continue;
+    even[operation.first] = even[operation.second] = false;
+  }
+  for (const auto* statements : {&mEquations, &mConditions})
+    for (const Statement& statement : *statements)
+      even[statement.left] = even[statement.right] = false;
+  std::vector<bool> unknowns;
+  for (const std::uint32_t slot : mUnknowns) {
+    const RealInterval& initial = mSlots[slot].initial;
+    unknowns.push_back(even[slot] && mSlots[slot].real != nullptr &&
+                       initial.lower == -initial.upper);
+  }
+  return unknowns;
+}

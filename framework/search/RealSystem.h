@@ -92,6 +92,8 @@ class RealSystem {
   const std::vector<const ZULTaVoAny*>& GetDiscrete() const { return mDiscrete; }
   /// Whether equations and conditions say all that the constraints on reals say.
   bool IsComplete() const { return mComplete; }
+  /// For each unknown, whether everything is said of it through functions of its magnitude alone.
+  std::vector<bool> FindEven() const;
 
  private:
   friend class RealSystemBuilder;

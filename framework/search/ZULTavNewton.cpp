@@ -105,6 +105,7 @@ class ZULTavNewton::Work {
 
   int Contract(ZULTaVoNetwork& network, bool again);
   bool Proves(ZULTavSolution* box);
+  std::vector<std::uint32_t> FindSignless() const;
 
  private:
   static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
@@ -566,6 +567,14 @@ bool ZULTavNewton::Work::Accept(ZULTavSolution* box) const {
   return true;
 }
 
+std::vector<std::uint32_t> ZULTavNewton::Work::FindSignless() const {
+  std::vector<std::uint32_t> signless;
+  const std::vector<bool> even = mSystem.FindEven();
+  for (std::uint32_t i = 0, unknown = 0; i < mDeclared.size() && unknown < even.size(); ++i)
+    if (mDeclared[i] == &Object(unknown) && even[unknown++]) signless.push_back(i);
+  return signless;
+}
+
 // --- ZULTavNewton -----------------------------------------------------------------------------
 
 ZULTavNewton::ZULTavNewton(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared)
@@ -582,3 +591,5 @@ bool ZULTavNewton::Proves(const ZULTaVoNetwork&, ZULTavSolution* box) {
   const SDErrorScope errors;
   return mWork->Proves(box);
 }
+
+std::vector<std::uint32_t> ZULTavNewton::FindSignless() const { return mWork->FindSignless(); }

@@ -28,6 +28,7 @@ class ZULTAV_UTILITIES_API ZULTavNewton final : public ZULTavProof {
 
   int Contract(ZULTaVoNetwork& network, bool again) override;
   bool Proves(const ZULTaVoNetwork& network, ZULTavSolution* box) override;
+  std::vector<std::uint32_t> FindSignless() const override;
 
  private:
   class Work;

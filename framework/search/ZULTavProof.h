@@ -1,6 +1,9 @@
 #ifndef ZULTAV_SEARCH_ZULTAV_PROOF_H
 #define ZULTAV_SEARCH_ZULTAV_PROOF_H
 
+#include <cstdint>
+#include <vector>
+
 #include "framework/search/Export.h"
 
 class ZULTaVoNetwork;
@@ -27,6 +30,9 @@ class ZULTAV_UTILITIES_API ZULTavProof {
   /// @param box  null, or copies of the declared values, which may then be widened a little so
   ///             that they hold a solution that lies at or just beyond a bound
   virtual bool Proves(const ZULTaVoNetwork& network, ZULTavSolution* box) = 0;
+  /// The declared values, by number, whose signs do not matter: wherever one is in a solution, so
+  /// is its opposite, if its domain allows.
+  virtual std::vector<std::uint32_t> FindSignless() const { return {}; }
 };
 
 #endif

@@ -6,6 +6,7 @@
 
 #include "framework/base/ZULipstream.h"
 #include "framework/base/ZULopstream.h"
+#include "framework/search/MirrorImages.h"
 #include "framework/search/PendingBoxes.h"
 #include "framework/search/SearchTimer.h"
 #include "framework/search/SearchTree.h"
@@ -80,6 +81,10 @@ ZULTavSearch::Outcome ZULTavSearch::Run(const SolutionCallback& report) {
     const SearchTimer timer(mOptions.seconds, mTimeUp, mInterrupt);
     SearchTree tree(mNetwork, mDeclared);
     PendingBoxes pending(tree.GetDeclared(), LimitOf(mOptions));
+    mImages = std::make_unique<MirrorImages>(
+        mNetwork, tree.GetDeclared(),
+        mOptions.proof != nullptr ? mOptions.proof->FindSignless() : std::vector<std::uint32_t>(),
+        LimitOf(mOptions));
     pending.GetBoxes().swap(mKept);
     mExplored = mExplored || HasEmptyValue();
     if (!mExplored) Explore(tree, pending, report);
@@ -97,13 +102,30 @@ ZULTavSearch::Outcome ZULTavSearch::Run(const SolutionCallback& report) {
 
 void ZULTavSearch::ReportRest(PendingBoxes& pending, const SolutionCallback& report) {
   while (pending.GetSize() != 0 && mOutcome != Outcome::kStopped) {
-    if (mOptions.resumable && mStatistics.solutions >= mOptions.solutions) {
+    if (HasEnough()) {
       mOutcome = Outcome::kSolutionLimit;
       return;
     }
-    ++mStatistics.solutions;
-    if (!report(pending.TakeFirst()) && pending.GetSize() != 0) mOutcome = Outcome::kStopped;
+    if (!Report(pending.TakeFirst(), pending, report) && pending.GetSize() != 0)
+      mOutcome = Outcome::kStopped;
   }
+}
+
+/// Reports the images of the box, as many as are asked for; the next one waits where the first
+/// was. False when the callback wants no more.
+bool ZULTavSearch::Report(ZULTavSolution box, PendingBoxes& pending,
+                          const SolutionCallback& report) {
+  mImages->JoinAtZero(box);
+  bool goOn = true;
+  do {
+    if (!goOn || HasEnough()) {
+      pending.GetBoxes().push_front(std::move(box));
+      break;
+    }
+    ++mStatistics.solutions;
+    goOn = report(box);
+  } while (mImages->Next(box));
+  return goOn;
 }
 
 void ZULTavSearch::Explore(SearchTree& tree, PendingBoxes& pending,
@@ -120,7 +142,8 @@ void ZULTavSearch::Explore(SearchTree& tree, PendingBoxes& pending,
     // While the halves beside this node are still open: they decide which boxes are final.
     if (visit == Visit::kDone) Flush(tree, pending, report);
     if (!tree.Backtrack()) {
-      if (mOutcome == Outcome::kSolutionLimit) mOutcome = Outcome::kExhausted;
+      if (mOutcome == Outcome::kSolutionLimit && pending.GetSize() == 0)
+        mOutcome = Outcome::kExhausted;
       mExplored = true;
       break;
     }
@@ -269,15 +292,9 @@ void ZULTavSearch::Flush(const SearchTree& tree, PendingBoxes& pending,
   };
   if (enough) mOutcome = Outcome::kSolutionLimit;
   ZULTavSolution solution;
-  while (mOutcome != Outcome::kStopped && pending.TakeIf(final, solution)) {
-    ++mStatistics.solutions;
-    if (!report(solution)) mOutcome = Outcome::kStopped;
-    if (mOptions.resumable && mOutcome == Outcome::kExhausted &&
-        mStatistics.solutions >= mOptions.solutions) {
-      mOutcome = Outcome::kSolutionLimit;
-      return;
-    }
-  }
+  while (mOutcome != Outcome::kStopped && !HasEnough() && pending.TakeIf(final, solution))
+    if (!Report(std::move(solution), pending, report)) mOutcome = Outcome::kStopped;
+  if (mOutcome == Outcome::kExhausted && HasEnough()) mOutcome = Outcome::kSolutionLimit;
 }
 
 void ZULTavSearch::SaveIfDue(SearchTree& tree, PendingBoxes& pending) {

@@ -14,6 +14,7 @@
 #include "framework/search/ZULTavSolution.h"
 #include "framework/solver/ZULTaVoNetwork.h"
 
+class MirrorImages;
 class PendingBoxes;
 class SearchTree;
 class ZULTavProof;
@@ -24,7 +25,8 @@ class ZULTavProof;
 /// a single-value type that propagation leaves Any stays Any. Then hidden integers and booleans
 /// are split too, so that no box is reported that propagation would still refute, but each
 /// assignment of the declared variables is reported once. Boxes of reals that touch are merged
-/// where the width limit allows. The same network and options give the same solutions in the same
+/// where the width limit allows. Where the sign of a real does not matter, only one half is searched
+/// and each box reported with its mirror images. The same network and options give the same solutions in the same
 /// order. Nothing here throws.
 class ZULTAV_UTILITIES_API ZULTavSearch {
  public:
@@ -149,7 +151,9 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
   void Flush(const SearchTree& tree, PendingBoxes& pending, const SolutionCallback& report);
   bool HasEmptyValue() const;
   bool LimitReached();
+  bool HasEnough() const { return mStatistics.solutions >= mOptions.solutions; }
   void ReportRest(PendingBoxes& pending, const SolutionCallback& report);
+  bool Report(ZULTavSolution box, PendingBoxes& pending, const SolutionCallback& report);
   void SaveIfDue(SearchTree& tree, PendingBoxes& pending);
   void UpdateStatistics();
   void Begin();
@@ -170,6 +174,7 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
   bool mAtFixpoint = false;
   bool mSettled = false;  // every constraint has accepted the present values
   ZULTavSolution mCandidate;
+  std::unique_ptr<MirrorImages> mImages;  // of the present run
   std::chrono::steady_clock::time_point mBegin, mNextProgress, mNextSave;
   std::chrono::steady_clock::duration mSavePeriod{};
   ZULTaVoNetwork::Statistics mBefore;

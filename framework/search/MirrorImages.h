@@ -1,0 +1,32 @@
+#ifndef ZULTAV_SEARCH_MIRROR_IMAGES_H
+#define ZULTAV_SEARCH_MIRROR_IMAGES_H
+
+#include <cstdint>
+#include <vector>
+
+#include "framework/search/SearchVariable.h"
+#include "framework/search/ZULTavSolution.h"
+
+/// Solutions that follow from each other by changing signs.
+///
+/// Where the constraints look at a variable through even functions only, its sign does not matter:
+/// the search explores the negative half, and every box stands for its images in all such
+/// variables. An image knows its place in their order, the lesser values first; so what is left
+/// of them needs no record but the image that is next.
+class MirrorImages {
+ public:
+  /// Restricts those of the variables that have a symmetric domain to its negative half.
+  MirrorImages(ZULTaVoNetwork& network, std::span<const SearchVariable> declared,
+               const std::vector<std::uint32_t>& candidates, const WidthLimit& limit);
+
+  /// Makes a box that reaches 0 one with its image where the width limit allows.
+  void JoinAtZero(ZULTavSolution& box) const;
+  /// Turns an image into the next one. False after the last.
+  bool Next(ZULTavSolution& image) const;
+
+ private:
+  std::vector<std::uint32_t> mMirrored;
+  WidthLimit mLimit;
+};
+
+#endif
