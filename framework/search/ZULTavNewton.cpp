@@ -23,8 +23,8 @@ constexpr RealInterval kZero = {0, 0};
 constexpr RealInterval kOne = {1, 1};
 // A contraction must take this share of a width, so that the effort is not wasted on crumbs.
 constexpr double kWorthwhile = 0.1;
-// A Newton step must halve a width to be followed by another one at once.
-constexpr double kConverging = 0.5;
+// A Newton step must take this share of a width to be followed by another one at once.
+constexpr double kConverging = 0.3;
 // Unknowns that are narrower, relative to their magnitude, gain nothing by another step.
 constexpr double kNarrowest = 0x1p-48;
 // Equations of more unknowns are left to the preconditioned system.
