@@ -147,6 +147,13 @@ class RealSystemBuilder {
   RealSystemBuilder(RealSystem& system, const ZULTaVoNetwork& network,
                     std::span<ZULTaVoAny* const> declared)
       : mSystem(system), mNetwork(network) {
+    const std::size_t objects = network.GetNumberOfObjects();
+    const std::size_t constraints = network.GetNumberOfConstraints();
+    mSystem.mSlots.reserve(objects + constraints);
+    mSystem.mOperations.reserve(constraints);
+    mSlotOf.reserve(objects);
+    mUses.reserve(objects + constraints);
+    mFormulas.reserve(constraints);
     for (ZULTaVoAny* value : declared)
       if (ZULTaVoCast<ZULTaVoReal>(value) != nullptr) SlotOf(value);
     mDeclared = static_cast<std::uint32_t>(mSystem.mSlots.size());
