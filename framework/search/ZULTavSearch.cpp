@@ -106,25 +106,30 @@ void ZULTavSearch::ReportRest(PendingBoxes& pending, const SolutionCallback& rep
       mOutcome = Outcome::kSolutionLimit;
       return;
     }
-    if (!Report(pending.TakeFirst(), pending, report) && pending.GetSize() != 0)
-      mOutcome = Outcome::kStopped;
+    if (Report(pending.TakeFirst(), pending, report)) continue;
+    if (pending.GetSize() != 0 && mOutcome != Outcome::kTimeLimit) mOutcome = Outcome::kStopped;
+    return;
   }
 }
 
 /// Reports the images of the box, as many as are asked for; the next one waits where the first
-/// was. False when the callback wants no more.
+/// was. False when the callback wants no more, or when time is up between two images: there may be
+/// 2^n of them.
 bool ZULTavSearch::Report(ZULTavSolution box, PendingBoxes& pending,
                           const SolutionCallback& report) {
   mImages->JoinAtZero(box);
   bool goOn = true;
-  do {
-    if (!goOn || HasEnough()) {
-      pending.GetBoxes().push_front(std::move(box));
-      break;
-    }
+  while (!HasEnough()) {
     ++mStatistics.solutions;
     goOn = report(box);
-  } while (mImages->Next(box));
+    if (!mImages->Next(box)) return goOn;
+    if (mInterrupt.load(std::memory_order_relaxed)) {
+      mOutcome = mTimeUp ? Outcome::kTimeLimit : Outcome::kStopped;
+      goOn = false;
+    }
+    if (!goOn) break;
+  }
+  pending.GetBoxes().push_front(std::move(box));
   return goOn;
 }
 
@@ -292,8 +297,11 @@ void ZULTavSearch::Flush(const SearchTree& tree, PendingBoxes& pending,
   };
   if (enough) mOutcome = Outcome::kSolutionLimit;
   ZULTavSolution solution;
-  while (mOutcome != Outcome::kStopped && !HasEnough() && pending.TakeIf(final, solution))
-    if (!Report(std::move(solution), pending, report)) mOutcome = Outcome::kStopped;
+  while (!HasEnough() && pending.TakeIf(final, solution)) {
+    if (Report(std::move(solution), pending, report)) continue;
+    if (mOutcome != Outcome::kTimeLimit) mOutcome = Outcome::kStopped;
+    return;
+  }
   if (mOutcome == Outcome::kExhausted && HasEnough()) mOutcome = Outcome::kSolutionLimit;
 }
 

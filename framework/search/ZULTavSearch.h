@@ -25,9 +25,9 @@ class ZULTavProof;
 /// a single-value type that propagation leaves Any stays Any. Then hidden integers and booleans
 /// are split too, so that no box is reported that propagation would still refute, but each
 /// assignment of the declared variables is reported once. Boxes of reals that touch are merged
-/// where the width limit allows. Where the sign of a real does not matter, only one half is searched
-/// and each box reported with its mirror images. The same network and options give the same solutions in the same
-/// order. Nothing here throws.
+/// where the width limit allows. Where the sign of a real does not matter, only one half is
+/// searched and each box reported with its mirror images. The same network and options give the
+/// same solutions in the same order. Nothing here throws.
 class ZULTAV_UTILITIES_API ZULTavSearch {
  public:
   enum class VariableChoice {

@@ -104,6 +104,17 @@ INSTANTIATE_TEST_SUITE_P(
                    {1, -1},
                    {1, 1}}},
         ProofCase{"x, y : real = [-4, 4]; x + y = 0; x = 3 * y + sin(x);", {{0, 0}}},
+        // Signs that do not matter, and one that does.
+        ProofCase{"x : real = [-9, 9]; cos(x) = 0.5;",
+                  {{-7.3303828583761843},
+                   {-5.2359877559829888},
+                   {-1.0471975511965977},
+                   {1.0471975511965977},
+                   {5.2359877559829888},
+                   {7.3303828583761843}}},
+        ProofCase{"x, y : real = [-9, 9]; x * x + abs(y) = 5; x^2 = 4; x * y > 0;",
+                  {{-2, -1}, {2, 1}}},
+        ProofCase{"x : real = [-9, 8]; x^2 = 70;", {{-std::sqrt(70.0)}}},
         // Numbers that no double holds.
         ProofCase{"x : real = [-9, 9]; 0.1 * x = 0.3;", {{3}}},
         ProofCase{"x : real = [0, 9]; x * x = 2 * Pi();", {{2.5066282746310002}}},
@@ -125,6 +136,19 @@ INSTANTIATE_TEST_SUITE_P(
         ProofCase{"x : real = [0, 9]; (x /\\ 5) * (x \\/ 1) = 2;", {{kRoot2}}},
         ProofCase{"x : real = [0, 9]; floor(x) * x = 5; ceil(x) = 3; round(x) = 3;", {{2.5}}},
         ProofCase{"x : real = [2.1, 3.9]; x * (x mod 2) = 3;", {{3}}}));
+
+TEST(NewtonTest, ImagesComeInOrderAndAreOneAtZero) {
+  const std::vector<Box> boxes = Solve("x, y, z : real = [-9, 9]; x^2 = 1; y^2 = 0; z^2 = 4;");
+  const double expected[][2] = {
+      {-1, -2},
+      {-1, 2 },
+      {1,  -2},
+      {1,  2 }
+  };
+  ASSERT_EQ(boxes.size(), std::size(expected));
+  for (std::size_t i = 0; i < boxes.size(); ++i)
+    EXPECT_TRUE(boxes[i].Contains({expected[i][0], 0, expected[i][1]}, 0)) << i;
+}
 
 TEST(NewtonTest, WhatIsNoSolutionIsNeverProven) {
   const std::string rows[] = {

@@ -107,13 +107,28 @@ TEST(CheckpointTest, CoversEveryExample) {
 }
 
 TEST(CheckpointTest, SolutionsAreCountedOn) {
+  for (const char* example : {"queens8", "squares"}) {  // the second one ends between mirror images
+    SCOPED_TRACE(example);
+    const TemporaryFile file;
+    const std::string first =
+        Solutions(Zultav("solve " + Example(example) + " -n 5 --checkpoint " + file.Name()));
+    const std::string two = Solutions(Zultav("resume -n 2 " + file.Name()));
+    const std::string rest = Solutions(Zultav("resume -a " + file.Name()));
+    EXPECT_EQ(first + two + rest, Solutions(Zultav("solve -a " + Example(example))));
+    EXPECT_EQ(Zultav("resume -a " + file.Name()).out, "==========\n");
+  }
+}
+
+TEST(CheckpointTest, TimeEndsARunBetweenMirrorImages) {
   const TemporaryFile file;
-  const std::string first =
-      Solutions(Zultav("solve " + Example("queens8") + " -n 5 --checkpoint " + file.Name()));
-  const std::string two = Solutions(Zultav("resume -n 2 " + file.Name()));
-  const std::string rest = Solutions(Zultav("resume -a " + file.Name()));
-  EXPECT_EQ(first + two + rest, Solutions(Zultav("solve -a " + Example("queens8"))));
-  EXPECT_EQ(Zultav("resume -a " + file.Name()).out, "==========\n");
+  const std::string model = "x[1..40] : real = [-2, 2]; for i in 1..40 : x[i]^2 = 1;";  // 2^40
+  const Result part = Zultav("solve - -a --timeout 0.1 --checkpoint " + file.Name(), model);
+  EXPECT_EQ(part.status, kInterrupted);
+  const std::string parts = Solutions(part) + Solutions(Zultav("resume -n 9 " + file.Name()));
+  std::size_t count = 0;
+  for (std::size_t at = 0; (at = parts.find("\n-----", at)) != std::string::npos; ++at) ++count;
+  EXPECT_GT(count, 9u);
+  EXPECT_EQ(parts, Solutions(Zultav("solve - -n " + std::to_string(count), model)));
 }
 
 TEST(CheckpointTest, ASignalSavesTheRunAndSaysHowToGoOn) {
