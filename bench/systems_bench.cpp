@@ -340,7 +340,7 @@ void CompareSystem(const System& system) {
       [&](bool first) { return SolveByPeer(text.str(), system.definitions, ours.proven, first); });
   const auto sign = [](bool complete) { return complete ? ' ' : '>'; };
   const auto count = [](auto number) { return static_cast<unsigned long long>(number); };
-  std::printf("| %-23s | %5llu | %5llu | %7llu | %c%9.6f | %6llu | %5llu | %8llu | %c%9.6f | ",
+  std::printf("| %-23s | %5llu | %5llu | %7llu | %c%10.7f | %6llu | %5llu | %8llu | %c%10.7f | ",
               system.name, count(ours.boxes), count(ours.proven.size()), count(ours.nodes),
               sign(ours.complete), ours.seconds, count(theirs.boxes), count(theirs.proven.size()),
               count(theirs.nodes), sign(theirs.complete), theirs.seconds);
@@ -384,7 +384,7 @@ void Scale(int unknowns) {
     width = 0;
     for (const ZULTaVoAny* value : values) width = std::max(width, value->GetWidth());
   }
-  std::printf("| %8d | %9.6f | %c%9.6f | %9.3f | %9.1f | %9.3g |\n", unknowns, reading,
+  std::printf("| %8d | %9.6f | %c%10.7f | %9.3f | %9.1f | %9.3g |\n", unknowns, reading,
               complete ? ' ' : '>', propagating, propagating / unknowns * 1e6,
               static_cast<double>(calls) / unknowns, width);
   std::fflush(stdout);

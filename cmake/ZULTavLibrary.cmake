@@ -8,9 +8,10 @@ set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 
 add_library(zultav_options INTERFACE)
 target_compile_features(zultav_options INTERFACE cxx_std_20)
-# A fused multiply-add where the source has none would break the error-free transformations.
+# A fused multiply-add where the source has none would break the error-free transformations. Calls
+# between a library's own functions are direct.
 target_compile_options(zultav_options INTERFACE
-  -ffp-contract=off -fno-math-errno
+  -ffp-contract=off -fno-math-errno -fno-semantic-interposition
   -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wconversion -Werror
   -Wno-missing-braces)  # clang asks for braces that aggregates of aggregates may leave out
 target_include_directories(zultav_options INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
