@@ -262,7 +262,8 @@ bool ZULTavNewton::Work::Newton() {
     mEvaluation.SetPoint(mMiddle);
     mEvaluation.CalcSlopes();
     SelectRows();
-    if (!NarrowByRows()) return false;
+    // The single equations have had their say after one step.
+    if (step == 0 && !NarrowByRows()) return false;
     if (!(mColumns.size() > kMaxDense ? NarrowByWindows() : NarrowByInverse())) return false;
     bool worthwhile = false;
     for (const std::size_t i : mColumns) {
