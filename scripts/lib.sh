@@ -19,7 +19,8 @@ need_packages() {
   done
   [ ${#missing[@]} -eq 0 ] && return 0
   echo "Installing: ${missing[*]}"
-  as_root apt-get update -qq
+  # Lists that cannot be brought up to date may serve as they are.
+  as_root apt-get update -qq || true
   as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
     "${missing[@]}" >/dev/null
 }
