@@ -70,7 +70,7 @@ void Solve(benchmark::State& state, const char* text) {
     for (const auto& variable : model->Variables())
       values.insert(values.end(), variable.values.begin(), variable.values.end());
     ZULTavSearch::Options options;
-    options.solutions = ZULTavSearch::kUnlimited;
+    options.limits.solutions = ZULTavSearch::kUnlimited;
     ZULTavSearch search(model->Network(), values, options);
     state.ResumeTiming();
     search.Run([](const ZULTavSolution&) { return true; });

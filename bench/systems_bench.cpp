@@ -120,11 +120,11 @@ Run Solve(const std::string& text, const Definitions& definitions, bool first) {
   const Clock::time_point begin = Clock::now();
   ZULTavNewton newton(model->Network(), values);
   ZULTavSearch::Options options;
-  options.solutions = ZULTavSearch::kUnlimited;
+  options.limits.solutions = ZULTavSearch::kUnlimited;
   options.absoluteWidth = absoluteWidth;
   options.relativeWidth = relativeWidth;
-  if (first) options.seconds = limit;
-  options.proof = &newton;
+  if (first) options.limits.seconds = limit;
+  options.reasoning = newton.GetReasoning();
   ZULTavSearch search(model->Network(), values, options);
   Run run;
   run.complete = search.Run([&](const ZULTavSolution& solution) {
@@ -374,8 +374,8 @@ void Scale(int unknowns) {
     begin = Clock::now();
     ZULTavNewton newton(model->Network(), values);
     ZULTavSearch::Options options;
-    options.proof = &newton;
-    options.seconds = limit;
+    options.reasoning = newton.GetReasoning();
+    options.limits.seconds = limit;
     ZULTavSearch search(model->Network(), values, options);
     ZULTavSearch::Verdict verdict;
     complete = search.Propagate(verdict) == ZULTavSearch::Outcome::kExhausted;

@@ -110,7 +110,7 @@ void Checkpoint::ForEachField(Self& self, Stream& stream) {
   const auto transfer = [&stream](auto&... fields) { (Transfer(stream, fields), ...); };
   transfer(self.mModelFile, self.mModule, self.mPrecision, self.mRatio, self.mTrigLimits);
   auto& options = self.mOptions;
-  transfer(options.choice, options.selection, options.solutions, options.absoluteWidth,
+  transfer(options.choice, options.selection, options.limits.solutions, options.absoluteWidth,
            options.relativeWidth, options.hiddenNodes);
   auto& before = self.mBefore;
   transfer(before.solutions, before.nodes, before.fails, before.narrowings, before.propagations,
@@ -170,9 +170,10 @@ void Checkpoint::Restore(Options& options) const {
   search.relativeWidth = mOptions.relativeWidth;
   search.hiddenNodes = mOptions.hiddenNodes;
   if (options.solutionsGiven) return;
-  search.solutions = mOptions.solutions;
-  if (search.solutions != ZULTavSearch::kUnlimited && search.solutions > mBefore.solutions)
-    search.solutions -= mBefore.solutions;
+  std::uint64_t& solutions = search.limits.solutions;
+  solutions = mOptions.limits.solutions;
+  if (solutions != ZULTavSearch::kUnlimited && solutions > mBefore.solutions)
+    solutions -= mBefore.solutions;
 }
 
 std::unique_ptr<ZULTavModel> Checkpoint::MakeModel(std::span<const ZULTaVoModule* const> modules,
@@ -206,13 +207,7 @@ bool Checkpoint::ForEachFound(const ZULTavSearch& search, std::string& reason,
 
 ZULTavSearch::Statistics Checkpoint::Total(const ZULTavSearch::Statistics& present) const {
   ZULTavSearch::Statistics total = present;
-  total.solutions += mBefore.solutions;
-  total.nodes += mBefore.nodes;
-  total.fails += mBefore.fails;
-  total.narrowings += mBefore.narrowings;
-  total.propagations += mBefore.propagations;
-  total.peakDepth = std::max(total.peakDepth, mBefore.peakDepth);
-  total.seconds += mBefore.seconds;
+  total += mBefore;
   return total;
 }
 

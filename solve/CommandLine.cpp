@@ -284,7 +284,7 @@ class Reader {
   std::pair<CLI::Option*, CLI::Option*> AddSolutionCount(CLI::App& app,
                                                          const std::string& usually) {
     const auto want = [this](std::uint64_t solutions) {
-      mOptions.search.solutions = solutions;
+      mOptions.search.limits.solutions = solutions;
       mOptions.solutionsGiven = true;
     };
     auto* count = app.add_option_function<std::uint64_t>(
@@ -326,13 +326,13 @@ class Reader {
   }
 
   void AddLimits(CLI::App& app) {
-    app.add_option("--max-nodes", mOptions.search.nodes, "Stop after so many nodes")
+    app.add_option("--max-nodes", mOptions.search.limits.nodes, "Stop after so many nodes")
         ->type_name("N")
         ->check(AtLeastOne());
     app.add_option_function<std::string>(
            "-t,--timeout",
            [this](const std::string& text) {
-             mOptions.search.seconds =
+             mOptions.search.limits.seconds =
                  ReadNumberOption("--timeout", text, "a positive number of seconds", IsPositive);
            },
            "Stop after so many seconds")

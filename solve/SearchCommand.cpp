@@ -83,15 +83,15 @@ class Run {
  private:
   ZULTavSearch::Options Searching() {
     ZULTavSearch::Options searching = mOptions.search;
-    searching.progress = [this](const ZULTavSearch::Statistics&) {
+    searching.events.progress = [this](const ZULTavSearch::Statistics&) {
       mReport.FlushNowAndThen();
       mProgress.Show(Total());
     };
-    searching.proof = &mNewton;
+    searching.reasoning = mNewton.GetReasoning();
     if (mCheckpoint == nullptr) return searching;
     searching.resumable = true;
-    searching.savePeriod = mOptions.savePeriod;
-    searching.save = [this] { Save(false); };
+    searching.events.savePeriod = mOptions.savePeriod;
+    searching.events.save = [this] { Save(false); };
     return searching;
   }
 
@@ -206,7 +206,7 @@ int Show(const Options& given) {
     else if (!ending.limited)
       ending.status = Ending::Status::kUnsatisfiable;
     ending.model = options.modelFile;
-    ending.openDecisions = search.GetOpenPath().size();
+    ending.openDecisions = search.GetFrontier().path.size();
     report.End(ending);
     return static_cast<int>(kAnswered);
   });

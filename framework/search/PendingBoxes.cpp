@@ -31,29 +31,25 @@ bool AreEqual(SearchVariable::Kind kind, const ZULTaVoAny& a, const ZULTaVoAny& 
 
 }  // namespace
 
-PendingBoxes::PendingBoxes(std::span<const SearchVariable> declared, const WidthLimit& limit)
-    : mDeclared(declared),
+PendingBoxes::PendingBoxes(std::deque<ZULTavSolution>& boxes,
+                           std::span<const SearchVariable> declared, const WidthLimit& limit)
+    : mBoxes(boxes),
+      mDeclared(declared),
       mLimit(limit),
       mMerges(std::any_of(declared.begin(), declared.end(), IsMergeable)) {}
 
 void PendingBoxes::Add(ZULTavSolution box) {
+  mBoxes.push_back(std::move(box));
   // A hull may touch boxes that its parts did not touch, so the search starts anew after a merge.
-  for (auto other = mBoxes.begin(); mMerges && other != mBoxes.end();) {
-    if (!Touch(*other, box)) {
-      ++other;
+  for (std::size_t i = 0; mMerges && i + 1 < mBoxes.size();) {
+    if (!Touch(mBoxes[i], mBoxes.back())) {
+      ++i;
       continue;
     }
-    Unite(box, *other);
-    mBoxes.erase(other);
-    other = mBoxes.begin();
+    Unite(mBoxes.back(), mBoxes[i]);
+    mBoxes.erase(mBoxes.begin() + static_cast<std::ptrdiff_t>(i));
+    i = 0;
   }
-  mBoxes.push_back(std::move(box));
-}
-
-ZULTavSolution PendingBoxes::TakeFirst() {
-  ZULTavSolution first = std::move(mBoxes.front());
-  mBoxes.pop_front();
-  return first;
 }
 
 bool PendingBoxes::Touch(const ZULTavSolution& a, const ZULTavSolution& b) const {

@@ -1,6 +1,7 @@
 #ifndef ZULTAV_SEARCH_PENDING_BOXES_H
 #define ZULTAV_SEARCH_PENDING_BOXES_H
 
+#include <algorithm>
 #include <deque>
 #include <span>
 
@@ -10,43 +11,43 @@
 /// Solutions that wait to be reported, since a box found later may touch them and join them.
 ///
 /// Bisection shares the middle between both halves, so one real solution can turn up in several
-/// boxes. Two that touch become their hull where that is still narrow enough.
+/// boxes. Two that touch become their hull where that is still narrow enough. The boxes belong to
+/// the frontier, which stays whole when memory runs out.
 class PendingBoxes {
  public:
   /// Solutions kept waiting at most: merging compares each new one with all of them.
   static constexpr std::size_t kCapacity = 512;
 
-  PendingBoxes(std::span<const SearchVariable> declared, const WidthLimit& limit);
+  PendingBoxes(std::deque<ZULTavSolution>& boxes, std::span<const SearchVariable> declared,
+               const WidthLimit& limit);
 
   void Add(ZULTavSolution box);
   std::size_t GetSize() const { return mBoxes.size(); }
-  /// In the order in which they came.
-  std::deque<ZULTavSolution>& GetBoxes() { return mBoxes; }
-  ZULTavSolution TakeFirst();
-  /// Takes out the first box for which `final` holds, or the oldest where too many wait; false
-  /// when there is none.
+  ZULTavSolution& GetFirst() { return mBoxes.front(); }
+  void RemoveFirst() { mBoxes.pop_front(); }
+  /// Brings the first box for which `final` holds, or the oldest where too many wait, before the
+  /// others; false when there is none.
   template <class Predicate>
-  bool TakeIf(Predicate final, ZULTavSolution& taken);
+  bool BringForward(Predicate final);
 
  private:
   bool Touch(const ZULTavSolution& a, const ZULTavSolution& b) const;
   void Unite(ZULTavSolution& box, const ZULTavSolution& other) const;
 
+  std::deque<ZULTavSolution>& mBoxes;  // in the order in which they came
   std::span<const SearchVariable> mDeclared;
   WidthLimit mLimit;
   bool mMerges;
-  std::deque<ZULTavSolution> mBoxes;
 };
 
 template <class Predicate>
-bool PendingBoxes::TakeIf(Predicate final, ZULTavSolution& taken) {
-  for (auto box = mBoxes.begin(); box != mBoxes.end(); ++box) {
-    if (mMerges && mBoxes.size() <= kCapacity && !final(*box)) continue;
-    taken = std::move(*box);
-    mBoxes.erase(box);
-    return true;
-  }
-  return false;
+bool PendingBoxes::BringForward(Predicate final) {
+  const auto found = mMerges && mBoxes.size() <= kCapacity
+                         ? std::find_if(mBoxes.begin(), mBoxes.end(), final)
+                         : mBoxes.begin();
+  if (found == mBoxes.end()) return false;
+  std::rotate(mBoxes.begin(), found, found + 1);
+  return true;
 }
 
 #endif

@@ -2,19 +2,43 @@
 #define ZULTAV_SEARCH_SEARCH_TIMER_H
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
 
-/// Raises two flags when the time is up, unless it is destroyed before.
+/// Raises the interrupt flag when the time is up, unless it is destroyed before; takes it back when
+/// it is destroyed after.
 class SearchTimer {
  public:
-  SearchTimer(double seconds, std::atomic<bool>& timeUp, std::atomic<bool>& interrupt);
+  SearchTimer(double seconds, std::atomic<bool>& interrupt);
+  ~SearchTimer();
+  SearchTimer(const SearchTimer&) = delete;
+  SearchTimer& operator=(const SearchTimer&) = delete;
+
+  bool IsUp() const { return mUp.load(std::memory_order_relaxed); }
 
  private:
+  std::atomic<bool>& mInterrupt;
+  std::atomic<bool> mUp{false};
   std::mutex mMutex;
   std::condition_variable_any mWake;
-  std::jthread mThread;  // last: joined before what it uses is destroyed
+  std::jthread mThread;
+};
+
+/// Tells when something is due that is done now and then.
+class Period {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  explicit Period(double seconds);
+  bool IsDue(Clock::time_point now) const { return now >= mNext; }
+  /// It was done.
+  void Restart() { mNext = Clock::now() + mLength; }
+
+ private:
+  Clock::duration mLength;
+  Clock::time_point mNext;
 };
 
 #endif

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <functional>
+#include <new>
 
-SearchTree::SearchTree(ZULTaVoNetwork& network, const std::vector<ZULTaVoAny*>& declared)
-    : mNetwork(network), mDeclared(declared.size()) {
+SearchTree::SearchTree(ZULTaVoNetwork& network, const std::vector<ZULTaVoAny*>& declared,
+                       Path& path)
+    : mNetwork(network), mDeclared(declared.size()), mPath(path) {
   for (ZULTaVoAny* value : declared) mVariables.emplace_back(value, network.GetType(value));
   std::vector<const ZULTaVoObject*> known(declared.begin(), declared.end());
   std::sort(known.begin(), known.end(), std::less<>());
@@ -18,6 +20,10 @@ SearchTree::SearchTree(ZULTaVoNetwork& network, const std::vector<ZULTaVoAny*>& 
       mVariables.push_back(variable);
     }
   }
+}
+
+SearchTree::~SearchTree() {
+  for (; !mHalves.empty(); mHalves.pop_back()) Close();
 }
 
 std::uint32_t SearchTree::FirstOpen(std::size_t from, std::size_t to,
@@ -38,8 +44,8 @@ std::uint32_t SearchTree::ChooseByKind(const WidthLimit& limit) const {
     return from < to ? static_cast<std::uint32_t>(from) : kNone;
   };
   // Once a real was split no integer was open, and before an integer no other one.
-  const std::size_t last = mPath.empty() ? 0 : mPath.back().decision.variable;
-  const bool takesTurns = !mPath.empty() && !mVariables[last].IsDiscrete();
+  const std::size_t last = GetDepth() == 0 ? 0 : Last().variable;
+  const bool takesTurns = GetDepth() != 0 && !mVariables[last].IsDiscrete();
   const std::uint32_t discrete = takesTurns ? kNone : first(true, last, mDeclared);
   if (discrete != kNone) return discrete;
   const std::size_t next = takesTurns ? last + 1 : 0;
@@ -51,11 +57,11 @@ std::uint32_t SearchTree::ChooseDeclared(ZULTavSearch::VariableChoice choice,
                                          const WidthLimit& limit) const {
   using Choice = ZULTavSearch::VariableChoice;
   // Nothing before the variable split last was open then, so nothing before it is open now.
-  const std::size_t last = mPath.empty() ? 0 : mPath.back().decision.variable;
+  const std::size_t last = GetDepth() == 0 ? 0 : Last().variable;
   if (choice == Choice::kByKind) return ChooseByKind(limit);
   if (choice == Choice::kFirst) return FirstOpen(last, mDeclared, limit);
   if (choice == Choice::kRoundRobin) {
-    const std::size_t next = mPath.empty() ? 0 : std::min(last + 1, mDeclared);
+    const std::size_t next = GetDepth() == 0 ? 0 : std::min(last + 1, mDeclared);
     const std::uint32_t found = FirstOpen(next, mDeclared, limit);
     return found != kNone ? found : FirstOpen(0, next, limit);
   }
@@ -73,84 +79,87 @@ std::uint32_t SearchTree::ChooseDeclared(ZULTavSearch::VariableChoice choice,
 }
 
 std::uint32_t SearchTree::ChooseHidden(const WidthLimit& limit) const {
-  return FirstOpen(InHidden() ? mPath.back().decision.variable : mDeclared, mVariables.size(),
-                   limit);
+  return FirstOpen(InHidden() ? Last().variable : mDeclared, mVariables.size(), limit);
 }
 
-bool SearchTree::Branch(std::uint32_t index, ZULTaVoAny::ValueSelection selection) {
-  const SearchVariable& variable = mVariables[index];
-  const Arena::Mark mark = mArena.GetMark();
+void SearchTree::Branch(std::uint32_t index, ZULTaVoAny::ValueSelection selection) {
+  mPath.push_back({index, selection});
+  Descend();
+}
+
+void SearchTree::Replay() {
+  const bool wasSecond = mPath[GetDepth()].second == Decision::Second::kEntered;
+  Descend();
+  if (wasSecond) TakeSecond();
+}
+
+/// Enters the first half of the decision ahead.
+void SearchTree::Descend() {
+  Decision& decision = mPath[GetDepth()];
+  const SearchVariable& variable = mVariables[decision.variable];
+  mHalves.push_back({nullptr, mArena.GetMark()});
   void* place = mArena.Allocate(variable.GetType()->GetObjectSize());
   auto* kept = static_cast<ZULTaVoAny*>(variable.GetType()->InitObject(place, variable.GetValue()));
-  if (kept == nullptr) return false;
-  selection = variable.Adapt(selection);
-  mPath.push_back({
-      {index, selection, false},
-      kept, mark
-  });
+  if (kept == nullptr) throw std::bad_alloc();
+  mHalves.back().value = kept;
   mNetwork.PushState();
   mNetwork.SaveValue(variable.GetValue());
   // The copy is split, and the network's own value receives the half that is explored first.
-  kept->Bisect(*variable.GetValue(), selection);
+  decision.selection = variable.Adapt(decision.selection);
+  kept->Bisect(*variable.GetValue(), decision.selection);
   mNetwork.PropagateValue(variable.GetValue());
-  return true;
 }
 
+/// Enters the second half of the last decision, whose first half is open. False when that half is
+/// empty.
 bool SearchTree::TakeSecond() {
-  Step& step = mPath.back();
-  ZULTaVoAny* value = mVariables[step.decision.variable].GetValue();
+  Decision& decision = Last();
+  ZULTaVoAny* value = mVariables[decision.variable].GetValue();
   mNetwork.PopState();
-  const bool empty = step.kept->IsNil();
+  decision.second = Decision::Second::kEntered;
+  const bool empty = mHalves.back().value->IsNil();
   if (!empty) {
     mNetwork.SaveValue(value);
-    value->Assign(*step.kept);
+    value->Assign(*mHalves.back().value);
     mNetwork.PropagateValue(value);
   }
-  Close(step);
-  step.decision.second = true;
+  Close();
   return !empty;
 }
 
 bool SearchTree::Backtrack() {
-  while (!mPath.empty()) {
-    if (!mPath.back().decision.second && TakeSecond()) return true;
+  while (GetDepth() != 0) {
+    if (Last().second == Decision::Second::kOpen && TakeSecond()) return true;
+    mHalves.pop_back();
     mPath.pop_back();
   }
   return false;
 }
 
-void SearchTree::Close(Step& step) {
-  mVariables[step.decision.variable].GetType()->DestroyObject(step.kept);
-  step.kept = nullptr;
-  mArena.Release(step.mark);
-}
-
-void SearchTree::RemoveLast() {
-  if (Step& step = mPath.back(); !step.decision.second) {
-    mNetwork.PopState();
-    Close(step);
-  }
-  mPath.pop_back();
+/// Gives the last half back, if it is still there.
+void SearchTree::Close() {
+  Half& half = mHalves.back();
+  if (half.value == nullptr) return;
+  mVariables[Last().variable].GetType()->DestroyObject(half.value);
+  half.value = nullptr;
+  mArena.Release(half.mark);
 }
 
 void SearchTree::LeaveHidden() {
-  while (InHidden()) RemoveLast();
-}
-
-void SearchTree::Clear() {
-  while (!mPath.empty()) RemoveLast();
-}
-
-std::vector<ZULTavSearch::Decision> SearchTree::GetPath() const {
-  std::vector<ZULTavSearch::Decision> path;
-  path.reserve(mPath.size());
-  for (const Step& step : mPath) path.push_back(step.decision);
-  return path;
+  while (InHidden()) {
+    if (Last().second == Decision::Second::kOpen) mNetwork.PopState();
+    Close();
+    mHalves.pop_back();
+    mPath.pop_back();
+  }
 }
 
 bool SearchTree::ReachesOpenHalf(const ZULTavSolution& solution) const {
-  return std::any_of(mPath.begin(), mPath.end(), [&](const Step& step) {
-    return step.kept != nullptr && !IsHidden(step.decision.variable) &&
-           step.kept->IsIntersected(solution.GetValue(step.decision.variable));
-  });
+  for (std::size_t i = 0; i < mHalves.size(); ++i) {
+    const std::uint32_t variable = mPath[i].variable;
+    if (mHalves[i].value != nullptr && !IsHidden(variable) &&
+        mHalves[i].value->IsIntersected(solution.GetValue(variable)))
+      return true;
+  }
+  return false;
 }

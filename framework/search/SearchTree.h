@@ -12,14 +12,19 @@
 ///
 /// A decision splits one variable: the network takes one half, the other is kept here until the
 /// first is done. Taking up the second half closes the network's level, so open halves and levels
-/// correspond one to one.
+/// correspond one to one. The decisions belong to the frontier and outlive the tree, which can go
+/// down the same path again.
 class SearchTree {
  public:
+  using Decision = ZULTavFrontier::Decision;
+  using Path = ZULTavFrontier::Path;
   static constexpr std::uint32_t kNone = UINT32_MAX;
 
   /// Variables are numbered: the declared ones first, then the hidden integers and booleans.
-  SearchTree(ZULTaVoNetwork& network, const std::vector<ZULTaVoAny*>& declared);
-  ~SearchTree() { Clear(); }
+  /// @param path  what it holds is ahead, for Replay
+  SearchTree(ZULTaVoNetwork& network, const std::vector<ZULTaVoAny*>& declared, Path& path);
+  /// Leaves the path as it is, and the network's levels open.
+  ~SearchTree();
   SearchTree(const SearchTree&) = delete;
   SearchTree& operator=(const SearchTree&) = delete;
 
@@ -36,40 +41,49 @@ class SearchTree {
   /// The first undecided hidden integer or boolean, or kNone.
   std::uint32_t ChooseHidden(const WidthLimit& limit) const;
 
-  /// Splits the variable and enters the first half. False when memory ran out.
-  bool Branch(std::uint32_t index, ZULTaVoAny::ValueSelection selection);
-  /// Enters the second half of the last decision, whose first half is open. False when that half
-  /// is empty.
-  bool TakeSecond();
+  /// The decision of the path that lies ahead of the present node; null when it is the last one.
+  const Decision* GetAhead() const {
+    return GetDepth() < mPath.size() ? &mPath[GetDepth()] : nullptr;
+  }
+  /// Takes the decision ahead once more.
+  void Replay();
+  /// Forgets what lies ahead.
+  void EndHere() { mPath.resize(GetDepth()); }
+
+  // These throw std::bad_alloc when memory ran out; the path stands for what is left even then.
+  /// Splits the variable and enters the first half, below the end of the path.
+  void Branch(std::uint32_t index, ZULTaVoAny::ValueSelection selection);
   /// Leaves the present node for the next open half. False when there is none.
   bool Backtrack();
   /// Takes back the decisions on hidden variables.
   void LeaveHidden();
-  void Clear();
 
-  std::size_t GetDepth() const { return mPath.size(); }
+  std::size_t GetDepth() const { return mHalves.size(); }
   /// Whether the present node lies below a decision on a hidden variable.
-  bool InHidden() const { return !mPath.empty() && IsHidden(mPath.back().decision.variable); }
-  std::vector<ZULTavSearch::Decision> GetPath() const;
+  bool InHidden() const { return GetDepth() != 0 && IsHidden(Last().variable); }
   /// Whether an open half may hold values that touch those of the solution.
   bool ReachesOpenHalf(const ZULTavSolution& solution) const;
 
  private:
-  struct Step {
-    ZULTavSearch::Decision decision;
-    ZULTaVoAny* kept;  // the second half; null once it was entered
+  /// What a decision on the way to the present node has split off.
+  struct Half {
+    ZULTaVoAny* value;  // null once it was entered
     Arena::Mark mark;
   };
+  Decision& Last() { return mPath[GetDepth() - 1]; }
+  const Decision& Last() const { return mPath[GetDepth() - 1]; }
   std::uint32_t FirstOpen(std::size_t from, std::size_t to, const WidthLimit& limit) const;
   std::uint32_t ChooseByKind(const WidthLimit& limit) const;
-  void Close(Step& step);
-  void RemoveLast();
+  void Descend();
+  bool TakeSecond();
+  void Close();
 
   ZULTaVoNetwork& mNetwork;
   std::vector<SearchVariable> mVariables;
   std::size_t mDeclared;
   bool mContinuous = false;
-  std::vector<Step> mPath;
+  Path& mPath;
+  std::vector<Half> mHalves;  // one for each decision of the path down to the present node
   Arena mArena;
 };
 

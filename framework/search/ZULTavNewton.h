@@ -4,7 +4,7 @@
 #include <memory>
 #include <span>
 
-#include "framework/search/ZULTavProof.h"
+#include "framework/search/ZULTavReasoning.h"
 #include "framework/solver/ZULTaVoAny.h"
 
 /// The interval Newton method for the equations over reals of a network.
@@ -18,13 +18,18 @@
 /// Networks without equations over reals cost nothing. Large systems are narrowed in windows of
 /// unknowns that were declared near each other, at a cost that grows linearly; the dense matrix of
 /// a proof limits proofs to kMaxProven unknowns.
-class ZULTAV_UTILITIES_API ZULTavNewton final : public ZULTavProof {
+class ZULTAV_UTILITIES_API ZULTavNewton final : public ZULTavContractor,
+                                                public ZULTavProver,
+                                                public ZULTavSymmetries {
  public:
   static constexpr std::size_t kMaxProven = 1000;
 
   /// To be made before the first propagation, when the network is complete; must not outlive it.
   ZULTavNewton(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared);
   ~ZULTavNewton() override;
+
+  /// All that it does for a search.
+  ZULTavReasoning GetReasoning() { return {this, this, this}; }
 
   int Contract(ZULTaVoNetwork& network, bool again) override;
   bool Proves(const ZULTaVoNetwork& network, ZULTavSolution* box) override;

@@ -2,22 +2,16 @@
 #define ZULTAV_SEARCH_ZULTAV_SEARCH_H
 
 #include <atomic>
-#include <chrono>
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <limits>
-#include <memory>
 #include <vector>
 
 #include "framework/search/Export.h"
+#include "framework/search/ZULTavFrontier.h"
+#include "framework/search/ZULTavReasoning.h"
 #include "framework/search/ZULTavSolution.h"
 #include "framework/solver/ZULTaVoNetwork.h"
-
-class MirrorImages;
-class PendingBoxes;
-class SearchTree;
-class ZULTavProof;
 
 /// Depth-first search for the solutions of a network, by propagation and bisection.
 ///
@@ -53,25 +47,30 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
     kContradiction,  ///< there is none
     kSolved          ///< the values certainly hold one
   };
+  using Statistics = ZULTavFrontier::Statistics;
   static constexpr std::uint64_t kUnlimited = std::numeric_limits<std::uint64_t>::max();
 
-  struct Statistics {
-    std::uint64_t solutions = 0;     ///< reported to the callback
-    std::uint64_t nodes = 0;         ///< nodes entered, the root included
-    std::uint64_t fails = 0;         ///< nodes that were refuted
-    std::uint64_t narrowings = 0;    ///< domain changes made by constraints
-    std::uint64_t propagations = 0;  ///< filter calls
-    std::uint64_t peakDepth = 0;     ///< decisions on the longest path
-    double seconds = 0;              ///< wall-clock time
+  /// When a run ends, at the latest.
+  struct Limits {
+    std::uint64_t solutions = 1;
+    std::uint64_t nodes = kUnlimited;
+    double seconds = std::numeric_limits<double>::infinity();
+  };
+  /// Called between two nodes while a run is under way; each may be empty, none may throw.
+  struct Events {
+    /// About twice a second.
+    std::function<void(const Statistics&)> progress;
+    /// Every savePeriod seconds, for WriteState.
+    std::function<void()> save;
+    double savePeriod = std::numeric_limits<double>::infinity();
   };
 
+  /// How to search. Limits and events may differ from run to run; all else decides what is
+  /// reported, and in which order.
   struct Options {
     VariableChoice choice = VariableChoice::kByKind;
     /// Which part of a domain is explored first. Reals are always halved.
     ZULTaVoAny::ValueSelection selection = ZULTaVoAny::kLowerHalf;
-    std::uint64_t solutions = 1;
-    std::uint64_t nodes = kUnlimited;
-    double seconds = std::numeric_limits<double>::infinity();
     /// A real is decided when its width is at most absoluteWidth or at most relativeWidth times
     /// its greatest magnitude, or when no double lies between its bounds. An absoluteWidth below
     /// 0 stands for the solver's precision.
@@ -80,27 +79,12 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
     /// Splits of hidden variables allowed per assignment of the declared ones; then the
     /// assignment is reported unproven.
     std::uint64_t hiddenNodes = 10000;
-    /// Asked about boxes of reals; not owned, may be null.
-    ZULTavProof* proof = nullptr;
-    /// Called about twice a second while the search runs; may be empty.
-    std::function<void(const Statistics&)> progress;
-    /// Called every savePeriod seconds between two nodes, for WriteState; may be empty.
-    std::function<void()> save;
-    double savePeriod = std::numeric_limits<double>::infinity();
     /// Whether a run that ends early keeps boxes that later ones may join for the run that goes
     /// on; otherwise it reports them.
     bool resumable = false;
-  };
-
-  /// One split on the path from the root: which variable (declared ones first, then hidden ones),
-  /// how, and whether the second part has been entered. A path without `second` steps open
-  /// halves; so it stands for all that is not explored yet.
-  struct Decision {
-    std::uint32_t variable = 0;
-    ZULTaVoAny::ValueSelection selection = ZULTaVoAny::kLowerHalf;
-    bool second = false;
-
-    friend bool operator==(const Decision&, const Decision&) = default;
+    ZULTavReasoning reasoning;
+    Limits limits;
+    Events events;
   };
 
   /// Receives a solution as soon as it is certain to be final; false ends the search. Must not
@@ -109,7 +93,6 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
 
   /// @param declared  objects of the network whose values make up a solution, without repetition
   ZULTavSearch(ZULTaVoNetwork& network, std::vector<ZULTaVoAny*> declared, const Options& options);
-  ~ZULTavSearch();
   ZULTavSearch(const ZULTavSearch&) = delete;
   ZULTavSearch& operator=(const ZULTavSearch&) = delete;
 
@@ -123,13 +106,12 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
   /// Ends the search soon. May be called from a signal handler or another thread.
   void Stop() noexcept { mInterrupt.store(true, std::memory_order_relaxed); }
 
-  const Statistics& GetStatistics() const { return mStatistics; }
-  /// After a Run that ended early: the path to the node where the search would go on.
-  const std::vector<Decision>& GetOpenPath() const { return mOpenPath; }
+  const Statistics& GetStatistics() const { return mFrontier.statistics; }
+  /// Within Events::save, or after a Run: what is left to do, and how far the run came.
+  const ZULTavFrontier& GetFrontier() const { return mFrontier; }
 
-  /// Within Options::save, or after a Run with Options::resumable: writes what the next Run needs
-  /// to go on, the path and the boxes not reported yet.
-  void WriteState(ZULopstream& out) const;
+  /// Within Events::save, or after a Run with Options::resumable: writes the frontier.
+  void WriteState(ZULopstream& out) const { mFrontier.Write(out); }
   /// Makes the next Run go on where an earlier one over an equal network and with equal options
   /// was: together they report what one uninterrupted run reports. False when the bytes are no such
   /// state: in.Reason() says why.
@@ -139,45 +121,14 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
   ZULTavSolution MakeSolution() const;
 
  private:
-  enum class Visit { kBranched, kRefuted, kDone, kEnded };
-
-  void Explore(SearchTree& tree, PendingBoxes& pending, const SolutionCallback& report);
-  bool Replay(SearchTree& tree);
-  Visit VisitNode(SearchTree& tree, PendingBoxes& pending);
-  Visit Fixpoint(bool again);
-  Visit Settle();
-  Visit Branch(SearchTree& tree, std::uint32_t variable, ZULTaVoAny::ValueSelection selection);
-  bool IsProven(const SearchTree& tree, ZULTavSolution* box) const;
-  void Flush(const SearchTree& tree, PendingBoxes& pending, const SolutionCallback& report);
-  bool HasEmptyValue() const;
-  bool LimitReached();
-  bool HasEnough() const { return mStatistics.solutions >= mOptions.solutions; }
-  void ReportRest(PendingBoxes& pending, const SolutionCallback& report);
-  bool Report(ZULTavSolution box, PendingBoxes& pending, const SolutionCallback& report);
-  void SaveIfDue(SearchTree& tree, PendingBoxes& pending);
-  void UpdateStatistics();
-  void Begin();
+  template <class Step>
+  Outcome WithNetwork(Step step);
 
   ZULTaVoNetwork& mNetwork;
   std::vector<ZULTaVoAny*> mDeclared;
   Options mOptions;
-  Statistics mStatistics;
-  // Where the next run goes on.
-  std::vector<Decision> mOpenPath;
-  std::deque<ZULTavSolution> mKept;  // boxes not reported yet
-  std::uint64_t mHiddenNodes = 0;
-  bool mExplored = false;  // only boxes are left
-
+  ZULTavFrontier mFrontier;
   std::atomic<bool> mInterrupt{false};
-  std::atomic<bool> mTimeUp{false};
-  Outcome mOutcome = Outcome::kExhausted;
-  bool mAtFixpoint = false;
-  bool mSettled = false;  // every constraint has accepted the present values
-  ZULTavSolution mCandidate;
-  std::unique_ptr<MirrorImages> mImages;  // of the present run
-  std::chrono::steady_clock::time_point mBegin, mNextProgress, mNextSave;
-  std::chrono::steady_clock::duration mSavePeriod{};
-  ZULTaVoNetwork::Statistics mBefore;
 };
 
 #endif

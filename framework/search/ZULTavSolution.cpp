@@ -6,9 +6,6 @@
 #include "framework/base/ZULipstream.h"
 #include "framework/base/ZULopstream.h"
 #include "framework/search/SearchVariable.h"
-#include "framework/search/ZULTavProof.h"
-
-ZULTavProof::~ZULTavProof() = default;
 
 ZULTavSolution::ZULTavSolution(std::span<const SearchVariable> variables) {
   constexpr auto units = [](std::size_t bytes) {

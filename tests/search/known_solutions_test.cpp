@@ -638,13 +638,13 @@ std::string Loss(const Model& model, std::uint64_t seed, Counts* counts = nullpt
   read->Network().SetFilterLimit(5000);  // some converge by one value at a time
   ZULTavNewton newton(read->Network(), declared);
   ZULTavSearch::Options options;
-  options.solutions = 500;
-  options.nodes = 60;
+  options.limits.solutions = 500;
+  options.limits.nodes = 60;
   options.hiddenNodes = 20;
   options.absoluteWidth = std::pow(10.0, static_cast<double>(random() % 9) - 6);
   options.selection = random() % 2 == 0 ? ZULTaVoAny::kLowerHalf : ZULTaVoAny::kUpperHalf;
   options.choice = static_cast<ZULTavSearch::VariableChoice>(random() % 5);
-  options.proof = &newton;
+  options.reasoning = newton.GetReasoning();
   ZULTavSearch search(read->Network(), declared, options);
 
   ZULTavSearch::Verdict verdict;

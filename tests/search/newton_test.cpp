@@ -44,10 +44,10 @@ std::vector<Box> Solve(const std::string& text, double width = 1e-6) {
     declared.insert(declared.end(), variable.values.begin(), variable.values.end());
   ZULTavNewton newton(model->Network(), declared);
   ZULTavSearch::Options options;
-  options.solutions = 300;
-  options.nodes = 20000;
+  options.limits.solutions = 300;
+  options.limits.nodes = 20000;
   options.absoluteWidth = width;
-  options.proof = &newton;
+  options.reasoning = newton.GetReasoning();
   ZULTavSearch search(model->Network(), declared, options);
   std::vector<Box> boxes;
   search.Run([&](const ZULTavSolution& solution) {

@@ -398,11 +398,11 @@ bool Search(const Model& model, std::uint64_t seed, Solutions& solutions, std::s
     declared.insert(declared.end(), variable.values.begin(), variable.values.end());
   ZULTavNewton newton(read->Network(), declared);
   ZULTavSearch::Options options;
-  options.solutions = ZULTavSearch::kUnlimited;
-  options.nodes = 100000;
+  options.limits.solutions = ZULTavSearch::kUnlimited;
+  options.limits.nodes = 100000;
   options.choice = static_cast<ZULTavSearch::VariableChoice>(seed % 5);
   options.selection = seed / 5 % 2 == 0 ? ZULTaVoAny::kLowerHalf : ZULTaVoAny::kUpperHalf;
-  options.proof = &newton;
+  options.reasoning = newton.GetReasoning();
   ZULTavSearch search(read->Network(), declared, options);
   const auto outcome = search.Run([&](const ZULTavSolution& solution) {
     solutions.emplace_back();

@@ -91,7 +91,7 @@ struct Found {
 
 ZULTavSearch::Options All() {
   ZULTavSearch::Options options;
-  options.solutions = ZULTavSearch::kUnlimited;
+  options.limits.solutions = ZULTavSearch::kUnlimited;
   return options;
 }
 
@@ -233,9 +233,9 @@ TEST(SearchTest, EndsAtEachLimit) {
   for (const auto& row : rows) {
     SCOPED_TRACE(row.nodes);
     ZULTavSearch::Options options;
-    options.solutions = row.solutions;
-    options.nodes = row.nodes;
-    options.seconds = row.seconds;
+    options.limits.solutions = row.solutions;
+    options.limits.nodes = row.nodes;
+    options.limits.seconds = row.seconds;
     const Found found = Search(pairs.model, pairs.xy, options);
     EXPECT_EQ(found.outcome, row.outcome);
     EXPECT_EQ(found.solutions.size(), row.found);
@@ -250,7 +250,7 @@ TEST(SearchTest, TimeEndsALongPropagation) {
   model.Apply("<", {xy[1], xy[0]});
   model.Network().SetFilterLimit(std::uint64_t{1} << 62);
   ZULTavSearch::Options options = All();
-  options.seconds = 0.05;
+  options.limits.seconds = 0.05;
   const Found found = Search(model, xy, options);
   EXPECT_EQ(found.outcome, Outcome::kTimeLimit);
   EXPECT_LT(found.statistics.seconds, 5);
@@ -272,8 +272,9 @@ TEST(SearchTest, GoesOnWhereItEnded) {
     options.choice = choice;
     Pairs whole;
     const Found expected = Search(whole.model, whole.xy, options);
-    for (options.nodes = 1; options.nodes < expected.statistics.nodes; ++options.nodes) {
-      SCOPED_TRACE(options.nodes);
+    std::uint64_t& nodes = options.limits.nodes;
+    for (nodes = 1; nodes < expected.statistics.nodes; ++nodes) {
+      SCOPED_TRACE(nodes);
       std::vector<std::string> solutions;
       std::string state;
       Outcome outcome = Outcome::kNodeLimit;
@@ -431,7 +432,7 @@ TEST(SearchTest, BoxesThatTouchBecomeOneWhereTheLimitAllows) {
 }
 
 /// Knows that the solution is x = 3.
-class KnowingProof final : public ZULTavProof {
+class KnowingProof final : public ZULTavContractor, public ZULTavProver {
  public:
   explicit KnowingProof(ZULTaVoReal* x) : mX(x) {}
   int Contract(ZULTaVoNetwork& network, bool /*again*/) override {
@@ -453,7 +454,7 @@ TEST(SearchTest, AProofContractsAndProves) {
   auto* x = static_cast<ZULTaVoReal*>(model.Real(0, 10));
   KnowingProof proof(x);
   ZULTavSearch::Options options = All();
-  options.proof = &proof;
+  options.reasoning = {&proof, &proof};
   const Found found = Search(model, {x}, options);
   EXPECT_EQ(found.solutions, std::vector<std::string>{"3.0 "});
   EXPECT_EQ(found.proven, std::vector<bool>{true});

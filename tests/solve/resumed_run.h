@@ -27,9 +27,9 @@ inline bool GoesOn(const std::string& file, std::string& reason) {
   const auto model = checkpoint->MakeModel(modules.All(), reason);
   if (model == nullptr) return false;
   model->Network().SetFilterLimit(1000);
-  options.search.nodes = 5;
+  options.search.limits.nodes = 5;
   ZULTavNewton newton(model->Network(), ValuesOf(*model));
-  options.search.proof = &newton;
+  options.search.reasoning = newton.GetReasoning();
   ZULTavSearch search(model->Network(), ValuesOf(*model), options.search);
   if (!checkpoint->RestoreSearch(search, reason)) return false;
   search.Run([](const ZULTavSolution&) { return true; });

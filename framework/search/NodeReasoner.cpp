@@ -1,0 +1,64 @@
+#include "framework/search/NodeReasoner.h"
+
+#include <algorithm>
+
+namespace {
+
+// A contractor that never has enough must not keep the search at one node.
+constexpr int kContractions = 100;
+// Integers settle within a round or two; reals may go on by less and less.
+constexpr int kSettlings = 4;
+
+NodeState StateAfter(ZULTaVoNetwork::Status status) {
+  switch (status) {
+    case ZULTaVoNetwork::Status::kConsistent:
+      break;
+    case ZULTaVoNetwork::Status::kContradiction:
+      return NodeState::kRefuted;
+    case ZULTaVoNetwork::Status::kLimit:
+      return NodeState::kLimited;
+    case ZULTaVoNetwork::Status::kInterrupted:
+      return NodeState::kInterrupted;
+    case ZULTaVoNetwork::Status::kBadArguments:
+      return NodeState::kBadArguments;
+  }
+  return NodeState::kFixpoint;
+}
+
+}  // namespace
+
+bool NodeReasoner::HasEmptyValue() const {
+  for (std::size_t i = 0; i < mNetwork.GetNumberOfObjects(); ++i)
+    if (mNetwork.GetObject(i)->IsNil()) return true;
+  return false;
+}
+
+NodeState NodeReasoner::ReachFixpoint(bool again) {
+  for (int round = 0;; ++round) {
+    const bool contracted = mReasoning.contractor != nullptr && round < kContractions &&
+                            mReasoning.contractor->Contract(mNetwork, again || round > 0) != 0;
+    const NodeState state = StateAfter(mNetwork.Propagate());
+    if (!contracted || state != NodeState::kFixpoint) return state;
+  }
+}
+
+NodeState NodeReasoner::Settle() {
+  for (int round = 0; round < kSettlings; ++round) {
+    const std::uint64_t before = mNetwork.GetStatistics().narrowings;
+    mNetwork.ScheduleAll();
+    const NodeState state = ReachFixpoint(true);
+    if (state != NodeState::kFixpoint) return state;
+    if (mNetwork.GetStatistics().narrowings == before) return NodeState::kSettled;
+  }
+  return NodeState::kFixpoint;
+}
+
+bool NodeReasoner::Proves(NodeState state, const SearchTree& tree, ZULTavSolution* box) const {
+  if (state == NodeState::kLimited) return false;
+  if (tree.HasContinuousValues())
+    return mReasoning.prover != nullptr && mReasoning.prover->Proves(mNetwork, box);
+  const auto variables = tree.GetVariables();
+  return state == NodeState::kSettled &&
+         std::all_of(variables.begin(), variables.end(),
+                     [](const SearchVariable& variable) { return variable.IsSingle(); });
+}
