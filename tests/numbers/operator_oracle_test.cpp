@@ -1,11 +1,11 @@
-// Every registered operator over integers and booleans against brute force: what the operator
-// means is written here once more, in plain arithmetic, and the network must neither lose a
-// solution nor, where it can be asked for, keep a bound that no solution reaches.
+// Every registered operator over integers and booleans against brute force: the network must
+// neither lose a solution nor, where it can be asked for, keep a bound that no solution reaches.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <random>
@@ -14,14 +14,13 @@
 
 #include "framework/intervals/ZULTavIntervals.h"
 #include "framework/solver/ZULTavAbstractTypes.h"
+#include "tests/oracle/operators.h"
 
 namespace {
 
 using Value = std::int64_t;
 using Point = std::array<Value, 3>;  // left (or only) operand, right operand, result
 constexpr Value kMax = 2147483646;
-
-// --- What the operators mean --------------------------------------------------------------------
 
 /// What is asked of the network besides soundness, and a contradiction where three fixed values
 /// are no solution.
@@ -32,73 +31,10 @@ enum class Promise {
   kNothing
 };
 
-struct Meaning {
-  const char* name;
-  unsigned operands;
-  Promise promise;
-  bool (*holds)(Value l, Value r, Value z);
-};
-
-bool IsPrime(Value n) {
-  for (Value d = 2; d * d <= n; ++d)
-    if (n % d == 0) return false;
-  return n > 1;
-}
-
-/// l^r = z; 0^0 = 1, and a negative exponent leads to an integer from 1 and -1 only.
-bool IsPower(Value l, Value r, Value z) {
-  if (l == 0) return r >= 0 && z == (r == 0);
-  if (std::abs(l) == 1) return z == (r % 2 == 0 ? 1 : l);
-  Value power = 1;
-  for (Value i = 0; i < r && std::abs(power) <= kMax; ++i) power *= l;
-  return r >= 0 && z == power;
-}
-
-// Aligned by hand, since the formatter would spread the lambdas over columns.
-// clang-format off
-#define MEANS(CONDITION) [](Value l, [[maybe_unused]] Value r, Value z) -> bool { return CONDITION; }
-const Meaning kMeanings[] = {
-    {"+",           2, Promise::kHull,        MEANS(z == l + r)},
-    {"-",           2, Promise::kHull,        MEANS(z == l - r)},
-    {"*",           2, Promise::kEachInverse, MEANS(z == l * r)},
-    {"/",           2, Promise::kEachInverse, MEANS(z * r == l)},
-    {"mod",         2, Promise::kNothing,     MEANS(r != 0 && z == l % r)},
-    {"^",           2, Promise::kNothing,     IsPower},
-    // A comparison of numbers has a value: the side that stands right of ">" and left of "<".
-    {"=",           2, Promise::kHull,        MEANS(l == r && z == r)},
-    {"<>",          2, Promise::kHull,        MEANS(l != r && z == r)},
-    {">=",          2, Promise::kHull,        MEANS(l >= r && z == r)},
-    {">",           2, Promise::kHull,        MEANS(l > r && z == r)},
-    {"<=",          2, Promise::kHull,        MEANS(l <= r && z == l)},
-    {"<",           2, Promise::kHull,        MEANS(l < r && z == l)},
-    {"/\\",         2, Promise::kHull,        MEANS(z == std::min(l, r))},
-    {"\\/",         2, Promise::kHull,        MEANS(z == std::max(l, r))},
-    {"&&",          2, Promise::kHull,        MEANS(z == (l && r))},
-    {"||",          2, Promise::kHull,        MEANS(z == (l || r))},
-    {"==",          2, Promise::kHull,        MEANS(z == (l == r))},
-    {"<<>>",        2, Promise::kHull,        MEANS(z == (l != r))},
-    {"<<",          2, Promise::kHull,        MEANS(z == (l < r))},
-    {"<==",         2, Promise::kHull,        MEANS(z == (l <= r))},
-    {">>",          2, Promise::kHull,        MEANS(z == (l > r))},
-    {">==",         2, Promise::kHull,        MEANS(z == (l >= r))},
-    {"->",          2, Promise::kHull,        MEANS(z == (!l || r))},
-    {"-",           1, Promise::kHull,        MEANS(z == -l)},
-    {"abs",         1, Promise::kHullOfKnown, MEANS(z == std::abs(l))},
-    {"sign",        1, Promise::kHull,        MEANS(z == (l > 0) - (l < 0))},
-    {"next",        1, Promise::kHull,        MEANS(z == l + 1)},
-    {"prev",        1, Promise::kHull,        MEANS(z == l - 1)},
-    {"~",           1, Promise::kHull,        MEANS(z == !l)},
-    {"PrimeNumber", 1, Promise::kNothing,     MEANS(z == IsPrime(l))},
-};
-#undef MEANS
-// clang-format on
-
-const Meaning* FindMeaning(const ZULTaVoOperatorDescriptor& op) {
-  for (const Meaning& meaning : kMeanings)
-    if (std::string_view(meaning.name) == op.GetName() &&
-        meaning.operands == op.GetNumberOfArguments())
-      return &meaning;
-  return nullptr;
+Promise PromiseOf(std::string_view name) {
+  if (name == "*" || name == "/") return Promise::kEachInverse;
+  if (name == "mod" || name == "^" || name == "PrimeNumber") return Promise::kNothing;
+  return name == "abs" ? Promise::kHullOfKnown : Promise::kHull;
 }
 
 // --- Domains ------------------------------------------------------------------------------------
@@ -173,7 +109,9 @@ class Subject {
  public:
   Subject(ZULTaVoModule& numbers, const ZULTaVoObjectDescriptor* foreign,
           const ZULTaVoOperatorDescriptor& op)
-      : mOperator(op), mMeaning(FindMeaning(op)) {
+      : mOperator(op),
+        mMeaning(oracle::Find(op.GetName(), op.GetNumberOfArguments())),
+        mPromise(PromiseOf(op.GetName())) {
     const auto add = [&](const ZULTaVoObjectDescriptor* type, Place& place) {
       const std::string_view name = type->GetName();
       place.kind = name == "single int"     ? Kind::kSingleInteger
@@ -197,7 +135,12 @@ class Subject {
   bool IsUsable() const { return mUsable; }
   bool Has(std::size_t i) const { return mPlaces[i].value != nullptr; }
   const Place& GetPlace(std::size_t i) const { return mPlaces[i]; }
-  const Meaning& GetMeaning() const { return *mMeaning; }
+  const oracle::Operator& GetMeaning() const { return *mMeaning; }
+
+  bool Holds(const Point& x) const {
+    return oracle::Holds(*mMeaning, static_cast<double>(x[0]), static_cast<double>(x[1]),
+                         static_cast<double>(x[2]));
+  }
 
   /// Propagates from the box. Fails the test, and answers false, on what is wrong whatever the
   /// operator means.
@@ -257,18 +200,18 @@ class Subject {
     if (!keepsAll) return false;
     if (!mConsistent) return true;
     const auto isAny = [](const Set& set) { return set.any; };
-    const bool hull = mMeaning->promise == Promise::kHull ||
-                      (mMeaning->promise == Promise::kHullOfKnown &&
-                       std::none_of(mBefore.begin(), mBefore.end(), isAny));
+    const bool hull =
+        mPromise == Promise::kHull ||
+        (mPromise == Promise::kHullOfKnown && std::none_of(mBefore.begin(), mBefore.end(), isAny));
     if (hull && !found) return Fail("does not see that there is no solution");
     if (hull) return IsHull(solutions);
     const bool fixed = std::all_of(mAfter.begin(), mAfter.end(),
                                    [](const Set& set) { return !set.any && set.low == set.high; });
     // Nothing is said of a division by zero: single integers let it pass.
-    const bool undefined = std::string_view(mMeaning->name) == "mod" && mAfter[1].low == 0;
-    if (fixed && !undefined && !mMeaning->holds(mAfter[0].low, mAfter[1].low, mAfter[2].low))
+    const bool undefined = mMeaning->name == "mod" && mAfter[1].low == 0;
+    if (fixed && !undefined && !Holds({mAfter[0].low, mAfter[1].low, mAfter[2].low}))
       return Fail("ends in what is no solution");
-    return mMeaning->promise != Promise::kEachInverse || HasPartners();
+    return mPromise != Promise::kEachInverse || HasPartners();
   }
 
  private:
@@ -277,9 +220,16 @@ class Subject {
     const auto low = [](const Set& set) { return set.any ? -kWindow : set.low; };
     const auto high = [](const Set& set) { return set.any ? kWindow : set.high; };
     for (Value l = low(box[0]); l <= high(box[0]); ++l)
-      for (Value r = low(box[1]); r <= high(box[1]); ++r)
-        for (Value z = low(box[2]); z <= high(box[2]); ++z)
-          if (mMeaning->holds(l, r, z)) use(Point{l, r, z});
+      for (Value r = low(box[1]); r <= high(box[1]); ++r) {
+        // One value, none, or all.
+        const double value = mMeaning->exact(static_cast<double>(l), static_cast<double>(r));
+        const bool all = l == 0 && r == 0 && mMeaning->name == "/";
+        if (!all && !(std::fabs(value) <= kMax)) continue;
+        const Value only = all ? 0 : static_cast<Value>(value);
+        for (Value z = std::max(low(box[2]), all ? -kMax : only);
+             z <= std::min(high(box[2]), all ? kMax : only); ++z)
+          use(Point{l, r, z});
+      }
   }
 
   bool IsHull(const Box& hull) const {
@@ -334,7 +284,8 @@ class Subject {
   }
 
   const ZULTaVoOperatorDescriptor& mOperator;
-  const Meaning* mMeaning;
+  const oracle::Operator* mMeaning;
+  Promise mPromise;
   ZULTaVoNetwork mNetwork;
   std::array<Place, 3> mPlaces;
   bool mUsable = false;
@@ -425,7 +376,7 @@ TEST_F(OperatorOracleTest, NoSolutionIsLostUpToTheLimits) {
       if (kind == Kind::kBoolean) return v == 0 || (v == 1 && subject.Has(i));
       return std::abs(v) <= (kind == Kind::kForeign ? 31 : kMax);
     };
-    const bool prime = std::string_view(subject.GetMeaning().name) == "PrimeNumber";
+    const bool prime = subject.GetMeaning().name == "PrimeNumber";
     int solutions = 0;
     for (int trial = 0; trial < 40000 && solutions < 3000; ++trial) {
       const Value l = fits(0, 2) ? draw() : trial % 2;
@@ -437,8 +388,7 @@ TEST_F(OperatorOracleTest, NoSolutionIsLostUpToTheLimits) {
       for (Value i = 0; i < std::min<Value>(r, 64) && std::abs(power) <= kMax; ++i) power *= l;
       for (const Value z : {l, r, l + r, l - r, l * r, r != 0 ? l / r : 7, r != 0 ? l % r : 7, -l,
                             std::abs(l), l + 1, l - 1, Value{0}, Value{1}, Value{-1}, power}) {
-        if (!fits(0, l) || !fits(1, r) || !fits(2, z) || !subject.GetMeaning().holds(l, r, z))
-          continue;
+        if (!fits(0, l) || !fits(1, r) || !fits(2, z) || !subject.Holds({l, r, z})) continue;
         ++solutions;
         Box box;
         const Point point = {l, r, z};

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -9,9 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "framework/calculator/ZULTavCalculator.h"
-#include "framework/search/ZULTavUtilities.h"
-#include "framework/solver/ZULTavAbstractTypes.h"
+#include "tests/search/search_world.h"
 
 namespace {
 
@@ -28,27 +24,17 @@ struct Box {
 
 /// All boxes of a model in text over reals.
 std::vector<Box> Solve(const std::string& text, double width = 1e-6) {
-  static ZULTaVoModuleManager manager;
-  static ZULTaVoModule* module = [] {
-    manager.AddSearchDirectory(ZULTAV_TEST_MODULES);
-    return manager.OpenModule("ZULTavNumbers");
-  }();
-  std::vector<ZULTavDiagnostic> errors;
-  const auto model = ZULTavCalculator({module}).Read(text, "inline", {}, errors);
-  if (model == nullptr) {
-    ADD_FAILURE() << errors.front().message << " in " << text;
+  TextModel read(text);
+  if (read.model == nullptr) {
+    ADD_FAILURE() << read.error << " in " << text;
     return {};
   }
-  std::vector<ZULTaVoAny*> declared;
-  for (const auto& variable : model->Variables())
-    declared.insert(declared.end(), variable.values.begin(), variable.values.end());
-  ZULTavNewton newton(model->Network(), declared);
   ZULTavSearch::Options options;
   options.limits.solutions = 300;
   options.limits.nodes = 20000;
   options.absoluteWidth = width;
-  options.reasoning = newton.GetReasoning();
-  ZULTavSearch search(model->Network(), declared, options);
+  options.reasoning = read.newton->GetReasoning();
+  ZULTavSearch search(read.model->Network(), read.declared, options);
   std::vector<Box> boxes;
   search.Run([&](const ZULTavSolution& solution) {
     Box box;

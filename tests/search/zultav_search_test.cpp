@@ -1,16 +1,9 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <array>
-#include <cmath>
-#include <random>
-#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "framework/search/ZULTavUtilities.h"
-#include "framework/solver/ZULTavAbstractTypes.h"
+#include "tests/search/search_world.h"
 
 namespace {
 
@@ -18,21 +11,10 @@ using Choice = ZULTavSearch::VariableChoice;
 using Outcome = ZULTavSearch::Outcome;
 using Values = std::vector<ZULTaVoAny*>;
 
-const ZULTaVoModule& Module() {
-  static ZULTaVoModuleManager manager;
-  static const ZULTaVoModule* module = [] {
-    manager.AddSearchDirectory(ZULTAV_TEST_MODULES);
-    const ZULTaVoModule* opened = manager.OpenModule("ZULTavNumbers");
-    if (opened == nullptr) ADD_FAILURE() << manager.GetReason();
-    return opened;
-  }();
-  return *module;
-}
-
 /// A model, put together by hand through registered types and operators.
 class Model {
  public:
-  ZULTaVoAny* Add(const char* type) { return mNetwork.AddObject(Module().FindType(type)); }
+  ZULTaVoAny* Add(const char* type) { return mNetwork.AddObject(NumberModule().FindType(type)); }
   ZULTaVoAny* Integer(long lower, long upper) {
     auto* value = static_cast<ZULTaVoInteger*>(Add("interval int"));
     value->SetLowerBound(lower);
@@ -68,7 +50,7 @@ class Model {
   const ZULTaVoOperatorDescriptor* Find(const char* name, const Values& operands) {
     std::vector<const ZULTaVoObjectDescriptor*> types;
     for (const ZULTaVoAny* operand : operands) types.push_back(mNetwork.GetType(operand));
-    return Module().FindOperator(name, types.data(), static_cast<unsigned int>(types.size()));
+    return NumberModule().FindOperator(name, types.data(), static_cast<unsigned int>(types.size()));
   }
 
   ZULTaVoNetwork mNetwork;
@@ -119,87 +101,6 @@ Found Search(Model& model, const Values& declared, const ZULTavSearch::Options& 
   return found;
 }
 
-// --- Against brute force ---------------------------------------------------------------------
-
-constexpr long kLow = -2, kHigh = 3;
-constexpr std::size_t kIntegers = 3;
-using Point = std::array<long, kIntegers + 1>;  // the last one is the boolean
-
-/// (x[a] operation x[b]) relation x[c], or the boolean equal to that relation's truth.
-struct Statement {
-  int operation, relation;
-  std::size_t a, b, c;
-  bool reified;
-
-  static constexpr const char* kOperations[] = {"+", "-", "*", "/\\", "\\/"};
-  static constexpr const char* kRelations[] = {"=", "<>", "<", "<="};
-  static constexpr const char* kReified[] = {"==", "<<>>", "<<", "<=="};
-
-  bool Holds(const Point& x) const {
-    const long results[] = {x[a] + x[b], x[a] - x[b], x[a] * x[b], std::min(x[a], x[b]),
-                            std::max(x[a], x[b])};
-    const long result = results[operation];
-    const bool truths[] = {result == x[c], result != x[c], result < x[c], result <= x[c]};
-    return reified ? truths[relation] == (x[kIntegers] != 0) : truths[relation];
-  }
-  void PostTo(Model& model, const Values& x) const {
-    ZULTaVoAny* result = model.Apply(kOperations[operation], {x[a], x[b]});
-    if (reified) {
-      model.Post(kReified[relation], {result, x[c]}, x[kIntegers]);
-    } else {
-      model.Apply(kRelations[relation], {result, x[c]});
-    }
-  }
-};
-
-std::string TextOf(const Point& x) {
-  std::string text;
-  for (std::size_t i = 0; i < kIntegers; ++i)
-    text += '[' + std::to_string(x[i]) + ',' + std::to_string(x[i]) + "] ";
-  return text + (x[kIntegers] != 0 ? "True " : "False ");
-}
-
-std::set<std::string> BruteForce(const std::vector<Statement>& statements) {
-  std::set<std::string> solutions;
-  for (Point x = {kLow, kLow, kLow, 0}; x[3] < 2;) {
-    if (std::all_of(statements.begin(), statements.end(),
-                    [&](const Statement& statement) { return statement.Holds(x); }))
-      solutions.insert(TextOf(x));
-    for (std::size_t i = 0; ++x[i] > kHigh && i < kIntegers; ++i) x[i] = kLow;
-  }
-  return solutions;
-}
-
-TEST(SearchTest, FindsWhatBruteForceFindsOnceInEveryOrder) {
-  std::mt19937 random(4711);
-  const auto draw = [&](std::size_t count) { return random() % count; };
-  for (int round = 0; round < 150; ++round) {
-    SCOPED_TRACE(round);
-    std::vector<Statement> statements;
-    for (std::size_t i = draw(4) + 1; i != 0; --i)
-      statements.push_back({static_cast<int>(draw(5)), static_cast<int>(draw(4)), draw(kIntegers),
-                            draw(kIntegers), draw(kIntegers), draw(3) == 0});
-    const std::set<std::string> expected = BruteForce(statements);
-    for (const Choice choice :
-         {Choice::kFirst, Choice::kLargest, Choice::kSmallest, Choice::kRoundRobin}) {
-      ZULTavSearch::Options options = All();
-      options.choice = choice;
-      options.selection = static_cast<ZULTaVoAny::ValueSelection>(draw(4));
-      Model model;
-      Values x;
-      for (std::size_t i = 0; i < kIntegers; ++i) x.push_back(model.Integer(kLow, kHigh));
-      x.push_back(model.Boolean());
-      for (const Statement& statement : statements) statement.PostTo(model, x);
-      const Found found = Search(model, x, options);
-      EXPECT_EQ(found.outcome, Outcome::kExhausted);
-      EXPECT_EQ(std::set(found.solutions.begin(), found.solutions.end()), expected);
-      EXPECT_EQ(found.solutions.size(), expected.size());
-      EXPECT_EQ(std::count(found.proven.begin(), found.proven.end(), false), 0);
-      EXPECT_EQ(TextOf(*x[0]), "[-2,3]") << "the network is left as it was";
-    }
-  }
-}
-
 // --- Limits and resumption -------------------------------------------------------------------
 
 /// x < y with x, y in [1, 6]: 15 solutions.
@@ -218,6 +119,7 @@ TEST(SearchTest, EndsAtEachLimit) {
   EXPECT_EQ(all.statistics.fails, 0u);
   EXPECT_GT(all.statistics.peakDepth, 3u);
   EXPECT_GT(all.statistics.propagations, all.statistics.narrowings);
+  EXPECT_EQ(TextOf(*pairs.xy[0]), "[1,6]") << "the network is left as it was";
 
   struct {
     std::uint64_t solutions, nodes;
@@ -385,23 +287,6 @@ std::vector<Box> Boxes(Model& model, ZULTaVoAny* x, const ZULTavSearch::Options&
     return true;
   });
   return boxes;
-}
-
-TEST(SearchTest, RealsAreSplitUntilNarrow) {
-  Model model;
-  ZULTaVoAny* x = model.Real(-10, 10);
-  model.Apply("=", {model.Apply("*", {x, x}), model.Constant(model.Real(2, 2))});
-  const std::vector<Box> boxes = Boxes(model, x, All());
-  ASSERT_EQ(boxes.size(), 2u);
-  const double root = std::sqrt(2.0);
-  for (const auto& [box, value] : {
-           std::pair{boxes[0], -root},
-           std::pair{boxes[1], root }
-  }) {
-    EXPECT_LE(box.lower, value);
-    EXPECT_GE(box.upper, value);
-    EXPECT_LE(box.upper - box.lower, 1e-6);
-  }
 }
 
 TEST(SearchTest, BoxesThatTouchBecomeOneWhereTheLimitAllows) {
