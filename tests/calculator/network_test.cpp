@@ -83,6 +83,12 @@ TEST(NetworkTest, ExpressionsTellWhatTheyAreMadeOf) {
   }
 }
 
+TEST(NetworkTest, AnEmptyInitialValueIsAContradiction) {
+  EXPECT_FALSE(IsConsistent("x : int = Nil;"));
+  EXPECT_FALSE(IsConsistent("p : bool = Nil;"));
+  EXPECT_TRUE(IsConsistent("q[1..0] : int = Nil;"));
+}
+
 TEST(NetworkTest, VariablesKeepOrderTypesAndInitialValues) {
   const struct {
     std::string declaration, type, value;

@@ -128,48 +128,14 @@ TEST(SingleRealTest, IntersectsWithSets) {
 }
 
 TEST(SingleRealTest, NarrowsIntegersByTruncation) {
-  const Rows rows = {kAny,
-                     -2.5,
-                     kNil,
-                     kAny,
-                     7.0,
-                     7,
-                     kAny,
-                     2.9999999,
-                     kNil,
-                     kAny,
-                     3.0000001,
-                     3,
-                     5,
-                     5,
-                     5,
-                     6,
-                     5,
-                     kNil,
-                     5,
-                     kAny,
-                     5,
-                     5,
-                     kNil,
-                     kNil,
-                     kNil,
-                     5,
-                     kNil,
-                     kAny,
-                     3e9,
-                     kNil,
-                     kAny,
-                     -3e9,
-                     kNil,
-                     kAny,
-                     2147483646,
-                     2147483646,
-                     kAny,
-                     2147483647,
-                     kAny,
-                     kAny,
-                     -2147483648.0,
-                     kNil};
+  constexpr double kLimit = 2147483646;
+  // clang-format off
+  const Rows rows = {
+      kAny, -2.5, kNil, kAny, 7.0, 7, kAny, 2.9999999, kNil, kAny, 3.0000001, 3,
+      5, 5, 5, 6, 5, kNil, 5, kAny, 5, 5, kNil, kNil, kNil, 5, kNil,
+      kAny, 3e9, kNil, kAny, -3e9, kNil,
+      kAny, kLimit, kLimit, kAny, kLimit + 1, kAny, kAny, -kLimit - 2, kNil};
+  // clang-format on
   CheckRows(rows, Integer, Real, [](SI& i, const SR& r) { return r.IntersectInverse(i); });
   CheckRows(rows, Integer, Real, [](SI& i, const SR& r) { return r.CalcInverseEqualValue(i); });
   CheckRows(rows, Integer, Real,

@@ -109,33 +109,6 @@ TEST(ValueOperationsTest, DecisionsAreTrueOfAllMembersAndMadeForSingleValues) {
   EXPECT_GT(decided, 2000);
 }
 
-TEST(ValueOperationsTest, UnequalRemovesASingleValueAtTheEndsAndNothingElse) {
-  for (const bool inverse : {false, true}) {
-    World world;
-    const std::vector<Sample> samples = MakeSamples(world);
-    for (const Sample& x : samples) {
-      for (const Sample& y : samples) {
-        SCOPED_TRACE(Show(*x.value) + " <> " + Show(*y.value));
-        ZULTaVoAny* copy = world.network.AddObject(world.network.GetType(x.value), x.value);
-        const int answer =
-            inverse ? y.value->CalcInverseUnequalValue(*copy) : copy->CalcUnequalValue(*y.value);
-        ASSERT_EQ(answer, Show(*copy) != Show(*x.value) ||
-                              copy->GetCardinality() != x.value->GetCardinality());
-        if (!Comparable(x, y) || x.members.empty()) {
-          ASSERT_EQ(answer, 0);
-        } else if (y.members.empty()) {
-          ASSERT_TRUE(copy->IsNil());
-        } else if (x.members.size() == 1 && y.members == x.members) {
-          ASSERT_TRUE(copy->IsNil());
-        } else {
-          ASSERT_FALSE(copy->IsNil());
-          ASSERT_TRUE(answer == 0 || y.members.size() == 1);
-        }
-      }
-    }
-  }
-}
-
 TEST(ValueOperationsTest, Widths) {
   struct Row {
     const char *type, *text;
