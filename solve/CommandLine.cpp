@@ -104,6 +104,11 @@ constexpr std::pair<const char*, Format> kFormats[] = {
     {"text", Format::kText},
     {"json", Format::kJson}
 };
+constexpr std::pair<const char*, Format> kValueFormats[] = {
+    {"text",   Format::kText  },
+    {"json",   Format::kJson  },
+    {"module", Format::kModule}
+};
 constexpr std::pair<const char*, Digits> kDigits[] = {
     {"precision", Digits::kPrecision},
     {"full",      Digits::kFull     }
@@ -154,12 +159,12 @@ class Reader {
     AddResume();
     AddOutput(AddCheckpointArgument(
         AddCommand(Command::kShow, "show", "Say what a checkpoint holds", kShowFooter)));
-    AddModelArgument(
-        AddCommand(Command::kCheck, "check", "Read a model and say what it holds", kCheckFooter));
-    AddCommand(Command::kOperators, "operators", "List the operators that the module registered",
-               kOperatorsFooter);
-    AddCommand(Command::kTypes, "types", "List the value types that the module registered",
-               kTypesFooter);
+    AddModelArgument(AddFormat(
+        AddCommand(Command::kCheck, "check", "Read a model and say what it holds", kCheckFooter)));
+    AddFormat(AddCommand(Command::kOperators, "operators",
+                         "List the operators that the module registered", kOperatorsFooter));
+    AddFormat(AddCommand(Command::kTypes, "types",
+                         "List the value types that the module registered", kTypesFooter));
   }
 
   CLI::App& App() { return mApp; }
@@ -170,7 +175,6 @@ class Reader {
     CLI::App* app = mApp.add_subcommand(name, about);
     app->footer(footer);
     app->callback([this, command] { mOptions.command = command; });
-    AddChoice(*app, "--format", mOptions.format, kFormats, "Output format: text or json (text)");
     app->add_option_function<std::string>(
            "--module",
            [this](const std::string& module) {
@@ -181,6 +185,11 @@ class Reader {
                ";\nit is looked for in ZULTAV_MODULE_PATH and beside this program")
         ->type_name("NAME");
     return *app;
+  }
+
+  CLI::App& AddFormat(CLI::App& app) {
+    AddChoice(app, "--format", mOptions.format, kFormats, "Output format: text or json (text)");
+    return app;
   }
 
   void AddModelArgument(CLI::App& app) {
@@ -212,7 +221,7 @@ class Reader {
              mOptions.precision =
                  ReadNumberOption("--precision", text, "a positive number", IsPositive);
            },
-           "Tolerance of reals, and to what place they are printed (1e-6)")
+           "Tolerance of reals, and the last decimal place printed (1e-6)")
         ->type_name("P");
     app.add_option_function<std::string>(
            "--trig-limits",
@@ -257,9 +266,15 @@ class Reader {
   }
 
   void AddOutput(CLI::App& app) {
+    AddChoice(
+        app, "--format", mOptions.format, kValueFormats,
+        "Output format: text, json, or module, which is text with\nvalues as the module prints "
+        "them, rounded to nearest (text)");
     app.add_flag("-s,--stats", mOptions.statistics, "Print statistics (JSON has them always)");
-    AddChoice(app, "--digits", mOptions.digits, kDigits,
-              "Digits of printed reals: to the precision, or full so that they\nread back exactly");
+    AddChoice(
+        app, "--digits", mOptions.digits, kDigits,
+        "Digits of printed reals: precision, bounds being rounded outward\nto it, or full, bounds "
+        "being the shortest decimals that read back\nexactly (precision)");
   }
 
   void AddEvery(CLI::App& app) {

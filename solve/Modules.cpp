@@ -1,6 +1,5 @@
 #include "solve/Modules.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
@@ -9,23 +8,15 @@
 
 namespace {
 
-/// The user's directories come first, then those beside the program, so that a build tree and an
-/// installed one both work without any setting.
+/// The directories beside the program, so that a build tree and an installed one both work without
+/// any setting.
 void AddDirectories(ZULTaVoModuleManager& manager) {
-  if (const char* variable = std::getenv("ZULTAV_MODULE_PATH")) {
-    std::string_view rest = variable;
-    while (!rest.empty()) {
-      const std::size_t end = std::min(rest.find(':'), rest.size());
-      if (end != 0) manager.AddSearchDirectory(rest.substr(0, end));
-      rest.remove_prefix(std::min(end + 1, rest.size()));
-    }
-  }
   std::error_code error;
   const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
   if (error) return;
   const std::filesystem::path folder = program.parent_path();
-  manager.AddSearchDirectory((folder.parent_path() / "lib").string());
-  manager.AddSearchDirectory((folder / "lib").string());
+  manager.AddFallbackDirectory((folder.parent_path() / "lib").string());
+  manager.AddFallbackDirectory((folder / "lib").string());
 }
 
 }  // namespace

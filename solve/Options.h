@@ -19,8 +19,9 @@ enum ExitStatus : int {
 };
 
 enum class Command { kSolve, kResume, kShow, kCheck, kOperators, kTypes };
-enum class Format { kText, kJson };
-/// How text output prints reals: as the module does, to the precision, or so that they read back.
+/// Text as models have it, or with values as their module prints them, or JSON.
+enum class Format { kText, kModule, kJson };
+/// How text output prints reals: to the precision, or so that they read back.
 enum class Digits { kPrecision, kFull };
 
 /// What the command line asks for.

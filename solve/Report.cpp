@@ -29,7 +29,7 @@ std::string Quote(const std::string& text) {
 class TextReport final : public Report {
  public:
   explicit TextReport(const Options& options)
-      : mDigits(options.digits), mStatistics(options.statistics) {}
+      : mFormat(options.format), mDigits(options.digits), mStatistics(options.statistics) {}
 
   void Errors(const std::vector<ZULTavDiagnostic>& errors) override {
     std::cout.flush();
@@ -79,12 +79,18 @@ class TextReport final : public Report {
         std::cout << variable.name;
         if (variable.isArray) std::cout << '[' << variable.firstIndex + static_cast<long>(i) << ']';
         std::cout << " = ";
-        PrintValue(std::cout, values(position++), mDigits);
+        const ZULTaVoAny& value = values(position++);
+        if (mFormat == Format::kModule) {
+          value.PrintOn(std::cout);
+        } else {
+          PrintValue(std::cout, value, mDigits);
+        }
         std::cout << '\n';
       }
     }
   }
 
+  Format mFormat;
   Digits mDigits;
   bool mStatistics;
 };

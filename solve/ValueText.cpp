@@ -1,9 +1,11 @@
 #include "solve/ValueText.h"
 
+#include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <memory>
 #include <ostream>
-#include <type_traits>
+#include <string_view>
 
 #include "framework/solver/ZULTavAbstractTypes.h"
 
@@ -19,64 +21,174 @@ auto BoundsOf(const Number& value) {
   return Bounds<decltype(value.GetLowerBound())>{value.GetLowerBound(), value.GetUpperBound()};
 }
 
-/// The bounds of the value's type when nothing is known: what lies there is an infinite side.
+constexpr long kSingleAny = -1;  // how a single-value type counts Any
+
+/// What the type of a number can hold: a bound that lies there is an infinite side.
 template <class Number>
-auto InfiniteBounds(const Number& value) {
-  const ZULTaVoObjectDescriptor* type = value.GetDescriptor();
-  const std::size_t units = type->GetObjectSize() / sizeof(std::max_align_t) + 1;
-  const auto memory = std::make_unique<std::max_align_t[]>(units);
-  auto* any = static_cast<Number*>(static_cast<ZULTaVoAny*>(type->InitObject(memory.get())));
-  any->SetAny();
-  const auto bounds = BoundsOf<Number>(*any);
-  type->DestroyObject(any);
-  return bounds;
-}
+struct Range {
+  explicit Range(const Number& value) {
+    const ZULTaVoObjectDescriptor* type = value.GetDescriptor();
+    const std::size_t units = type->GetObjectSize() / sizeof(std::max_align_t) + 1;
+    const auto memory = std::make_unique<std::max_align_t[]>(units);
+    auto* any = static_cast<Number*>(static_cast<ZULTaVoAny*>(type->InitObject(memory.get())));
+    any->SetAny();
+    limits = BoundsOf<Number>(*any);
+    isOfSingles = any->GetCardinality() == kSingleAny;
+    type->DestroyObject(any);
+  }
+  template <class T>
+  bool IsInfiniteBelow(T lower) const {
+    return lower <= limits.lower;
+  }
+  template <class T>
+  bool IsInfiniteAbove(T upper) const {
+    return upper >= limits.upper;
+  }
+
+  decltype(BoundsOf(std::declval<const Number&>())) limits;
+  bool isOfSingles;
+};
 
 template <class T>
 std::string Shortest(T number) {
   char text[64];
-  return {text, std::to_chars(text, text + sizeof text, number).ptr};
+  // Adding zero takes the sign off a zero.
+  return {text, std::to_chars(text, text + sizeof text, number + T{}).ptr};
 }
 
 /// A number that its reader takes for a real.
-std::string RealText(double number) {
-  std::string text = Shortest(number);
+std::string AsReal(std::string text) {
   return text.find_first_of(".e") == std::string::npos ? text + ".0" : text;
 }
 
-void PrintFullReal(std::ostream& out, const ZULTaVoReal& real) {
+// --- Decimals ---------------------------------------------------------------------------------
+
+enum class Rounding { kDown, kUp, kNearest };
+
+/// D.DDD times ten to the exponent, without the point; at least one digit.
+struct Decimal {
+  std::string digits;
+  int exponent = 0;
+};
+
+/// The number, not negative, to the nearest of so many digits.
+Decimal Nearest(double number, int digits) {
+  char text[800];
+  const char* end =
+      std::to_chars(text, text + sizeof text, number, std::chars_format::scientific, digits - 1)
+          .ptr;
+  const char* exponent = std::find(static_cast<const char*>(text), end, 'e') + 1;
+  Decimal result;
+  std::copy_if(static_cast<const char*>(text), exponent - 1, std::back_inserter(result.digits),
+               [](char c) { return c != '.'; });
+  if (*exponent == '+') ++exponent;
+  std::from_chars(exponent, end, result.exponent);
+  return result;
+}
+
+/// Cuts a number down to so many digits, and goes on to the next such number where asked for and
+/// where something was cut off.
+void Cut(Decimal& number, std::size_t count, bool upward) {
+  const bool exact = number.digits.find_first_not_of('0', count) == std::string::npos;
+  number.digits.resize(count);
+  if (exact || !upward) return;
+  const std::size_t last = number.digits.find_last_not_of('9');
+  if (last == std::string::npos) {
+    number.digits.assign(count, '0').front() = '1';
+    ++number.exponent;
+  } else {
+    ++number.digits[last];
+    std::fill(number.digits.begin() + static_cast<std::ptrdiff_t>(last) + 1, number.digits.end(),
+              '0');
+  }
+}
+
+/// Without zeros at the end; with an exponent where the number would become long.
+std::string Layout(Decimal number) {
+  constexpr int kLeast = -5, kGreatest = 15;
+  auto& [digits, exponent] = number;
+  digits.erase(digits.find_last_not_of('0') + 1);
+  if (exponent < kLeast || exponent >= kGreatest) {
+    if (digits.size() > 1) digits.insert(1, ".");
+    return digits + 'e' + std::to_string(exponent);
+  }
+  if (exponent < 0)
+    return "0." + std::string(static_cast<std::size_t>(-exponent - 1), '0') + digits;
+  const auto whole = static_cast<std::size_t>(exponent) + 1;
+  if (digits.size() <= whole) return digits + std::string(whole - digits.size(), '0') + ".0";
+  return digits.insert(whole, ".");
+}
+
+/// With as many digits as the precision has decimal places and one more, counted from the decimal
+/// point on or, of a lesser number, from its first digit; never more than tell all doubles apart.
+std::string DecimalText(double number, double precision, Rounding rounding) {
+  constexpr int kExact = 767;  // digits of the longest expansion of a double
+  constexpr int kMost = std::numeric_limits<double>::max_digits10;
+  constexpr double kTiny = 1e-9;  // so that 1e-6 has six places, whatever its double
+  if (number == 0) return "0.0";
+  const double magnitude = std::fabs(number);
+  Decimal decimal = Nearest(magnitude, kExact);
+  const double places = std::ceil(-std::log10(precision) - kTiny);
+  const int count =
+      static_cast<int>(std::clamp(places, 0.0, double{kMost})) + 1 + std::max(decimal.exponent, 0);
+  if (rounding == Rounding::kNearest) {
+    decimal = Nearest(magnitude, std::min(count, kMost));
+  } else {
+    Cut(decimal, static_cast<std::size_t>(std::min(count, kMost)),
+        (rounding == Rounding::kUp) == (number > 0));
+  }
+  return (number < 0 ? "-" : "") + Layout(std::move(decimal));
+}
+
+// --- Values -----------------------------------------------------------------------------------
+
+/// Prints a real that is neither Any nor Nil; `text` is what a bound looks like when it is rounded
+/// in a direction.
+template <class Text>
+void PrintReal(std::ostream& out, const ZULTaVoReal& real, Text text) {
+  const Range<ZULTaVoReal> range(real);
   const auto [lower, upper] = BoundsOf(real);
-  const auto infinite = InfiniteBounds(real);
-  if (lower == upper) {
-    out << RealText(lower);
+  const bool fromMin = range.IsInfiniteBelow(lower), toMax = range.IsInfiniteAbove(upper);
+  if (range.isOfSingles) {
+    out << (fromMin ? " Min" : toMax ? " Max" : text(lower, Rounding::kNearest));
     return;
   }
-  out << '[' << (lower <= infinite.lower ? " Min" : RealText(lower)) << ','
-      << (upper >= infinite.upper ? " Max" : RealText(upper)) << ']';
+  const std::string low = fromMin ? " Min" : text(lower, Rounding::kDown);
+  const std::string high = toMax ? " Max" : text(upper, Rounding::kUp);
+  if (low == high) {
+    out << low;
+  } else {
+    out << '[' << low << ',' << high << ']';
+  }
 }
 
 template <class Number>
 std::string JsonNumber(const Number& value) {
+  const Range<Number> range(value);
   const auto [lower, upper] = BoundsOf(value);
-  if (lower == upper) return Shortest(lower);
-  const auto infinite = InfiniteBounds(value);
-  return "{\"lo\": " + (lower <= infinite.lower ? "null" : Shortest(lower)) +
-         ", \"hi\": " + (upper >= infinite.upper ? "null" : Shortest(upper)) + "}";
+  const bool fromMin = range.IsInfiniteBelow(lower), toMax = range.IsInfiniteAbove(upper);
+  if (lower == upper && !fromMin && !toMax) return Shortest(lower);
+  return "{\"lo\": " + (fromMin ? "null" : Shortest(lower)) +
+         ", \"hi\": " + (toMax ? "null" : Shortest(upper)) + "}";
 }
 
 }  // namespace
 
 void PrintValue(std::ostream& out, const ZULTaVoAny& value, Digits digits) {
   const auto* real = ZULTaVoCast<const ZULTaVoReal>(&value);
-  if (digits == Digits::kFull && real != nullptr && !value.IsNil() && !value.IsAny()) {
-    PrintFullReal(out, *real);
-  } else {
+  if (real == nullptr || value.IsNil() || value.IsAny()) {
     value.PrintOn(out);
+  } else if (digits == Digits::kFull) {
+    PrintReal(out, *real, [](double bound, Rounding) { return AsReal(Shortest(bound)); });
+  } else {
+    const double precision = ZULTaVoReal::GetPrecision();
+    PrintReal(out, *real, [precision](double bound, Rounding rounding) {
+      return DecimalText(bound, precision, rounding);
+    });
   }
 }
 
 std::string JsonValue(const ZULTaVoAny& value) {
-  constexpr long kSingleAny = -1;  // how a single-value type counts Any
   if (value.IsNil()) return "\"Nil\"";
   if (const auto* boolean = ZULTaVoCast<const ZULTaVoBoolean>(&value))
     return boolean->IsTrue() ? "true" : boolean->IsFalse() ? "false" : "\"Any\"";

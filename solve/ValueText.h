@@ -7,12 +7,15 @@
 #include "framework/solver/ZULTaVoAny.h"
 #include "solve/Options.h"
 
-/// Prints a value in the module's syntax.
+/// Prints a value in the syntax of models. Bounds of reals are rounded outward to the precision, or
+/// are the shortest decimals that read back exactly; the value of a type of single reals, which
+/// counts to within the precision anyway, is rounded to nearest.
 void PrintValue(std::ostream& out, const ZULTaVoAny& value, Digits digits);
 
 /// A value as JSON: a number or a truth value when it is fixed; {"lo": …, "hi": …} for an
-/// interval, where null is an infinite side; "Any" for a boolean or a single-value type that is
-/// open; "Nil" when it is empty. Reals are the shortest decimals that read back exactly.
+/// interval, where null is an infinite side, of a point as well; "Any" for a boolean or a
+/// single-value type that is open; "Nil" when it is empty. Reals are the shortest decimals that
+/// read back exactly.
 std::string JsonValue(const ZULTaVoAny& value);
 
 #endif

@@ -9,16 +9,8 @@ namespace {
 constexpr std::string_view kLiteralTypes[] = {"interval int", "interval real", "single int",
                                               "single real", "single bool"};
 
-/// The words that the language has for registered types.
-constexpr struct {
-  std::string_view word, type;
-} kShortNames[] = {
-    {"int",      "interval int"     },
-    {"real",     "interval real"    },
-    {"bool",     "single bool"      },
-    {"angle",    "interval angle"   },
-    {"positive", "interval positive"},
-};
+/// What may be left out before the name of a type; where that leaves a choice, the first.
+constexpr std::string_view kOptionalWords[] = {"", "interval ", "single "};
 
 constexpr std::size_t kShownSignatures = 10;
 
@@ -44,12 +36,11 @@ Registry::Registry(const std::vector<const ZULTaVoModule*>& modules) {
 }
 
 Registry::Type Registry::FindType(std::string_view name) const {
-  for (const auto& [word, type] : kShortNames)
-    if (name == word) name = type;
-  for (const ZULTaVoModule* module : mModules) {
-    const Type type = module->FindType(name);
-    if (type != nullptr && type->GetObjectSize() != 0) return type;
-  }
+  for (const std::string_view word : kOptionalWords)
+    for (const ZULTaVoModule* module : mModules) {
+      const Type type = module->FindType(std::string(word).append(name));
+      if (type != nullptr && type->GetObjectSize() != 0) return type;
+    }
   return nullptr;
 }
 
@@ -118,12 +109,21 @@ std::vector<std::string> Registry::DescribeOperators(std::string_view name, cons
 
 std::vector<std::string> Registry::GetTypeNames() const {
   std::vector<std::string> result;
-  for (const auto& [word, type] : kShortNames) result.emplace_back(word);
-  ForEachDescriptor(mModules, [&result](const ZULTaVoObjectDescriptor& descriptor) {
-    if (descriptor.GetKind() == ZULTaVoObjectDescriptor::Kind::kType &&
-        descriptor.GetObjectSize() != 0)
-      result.emplace_back(descriptor.GetName());
+  std::vector<std::string> shortNames;
+  ForEachDescriptor(mModules, [&](const ZULTaVoObjectDescriptor& descriptor) {
+    if (descriptor.GetKind() != ZULTaVoObjectDescriptor::Kind::kType ||
+        descriptor.GetObjectSize() == 0)
+      return;
+    result.emplace_back(descriptor.GetName());
+    for (const std::string_view word : kOptionalWords) {
+      const std::string& name = result.back();
+      if (word.empty() || name.compare(0, word.size(), word) != 0) continue;
+      const std::string rest = name.substr(word.size());
+      if (std::find(shortNames.begin(), shortNames.end(), rest) == shortNames.end())
+        shortNames.push_back(rest);
+    }
   });
+  result.insert(result.begin(), shortNames.begin(), shortNames.end());
   return result;
 }
 

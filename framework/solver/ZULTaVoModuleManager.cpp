@@ -87,6 +87,10 @@ void ZULTaVoModuleManager::AddSearchDirectory(std::string_view directory) {
   if (!directory.empty()) mDirectories.emplace_back(directory);
 }
 
+void ZULTaVoModuleManager::AddFallbackDirectory(std::string_view directory) {
+  if (!directory.empty()) mFallbacks.emplace_back(directory);
+}
+
 std::vector<std::string> ZULTaVoModuleManager::SearchPath() const {
   std::vector<std::string> path = mDirectories;
   const char* variable = std::getenv("ZULTAV_MODULE_PATH");
@@ -96,6 +100,7 @@ std::vector<std::string> ZULTaVoModuleManager::SearchPath() const {
     if (!directory.empty()) path.emplace_back(directory);
     rest.remove_prefix(std::min(rest.size(), directory.size() + 1));
   }
+  path.insert(path.end(), mFallbacks.begin(), mFallbacks.end());
   if (std::string own = OwnDirectory(); !own.empty()) path.push_back(std::move(own));
   return path;
 }

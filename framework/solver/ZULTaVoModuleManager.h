@@ -14,7 +14,8 @@
 /// A module NAME is the shared library "libNAME.so" in one of the directories of the search path,
 /// which exports `extern "C" int InitModule(ZULTaVoModule*, ZULTaVoModuleManager*)`, answering 1.
 /// Where is searched, in this order: directories added here, those of the environment variable
-/// ZULTAV_MODULE_PATH (separated by ':'), the directory of the framework library itself.
+/// ZULTAV_MODULE_PATH (separated by ':'), directories added as fallbacks, the directory of the
+/// framework library itself.
 class ZULTAV_TYPES_API ZULTaVoModuleManager : public ZULTaVoBase {
  public:
   ZULTaVoModuleManager();
@@ -25,6 +26,8 @@ class ZULTAV_TYPES_API ZULTaVoModuleManager : public ZULTaVoBase {
 
   /// Searched before all others, in the order added.
   void AddSearchDirectory(std::string_view directory);
+  /// Searched where the environment's directories have nothing, in the order added.
+  void AddFallbackDirectory(std::string_view directory);
 
   /// The module, loaded and initialised once; null when that fails, GetReason() then says why. A
   /// module that refused is closed again and leaves the others usable.
@@ -43,6 +46,7 @@ class ZULTAV_TYPES_API ZULTaVoModuleManager : public ZULTaVoBase {
   const std::shared_ptr<Library>& Hold(const std::shared_ptr<Library>& library);
 
   std::vector<std::string> mDirectories;
+  std::vector<std::string> mFallbacks;
   std::vector<std::shared_ptr<Library>> mLibraries;
   std::vector<std::string> mOpening;
   std::string mReason;

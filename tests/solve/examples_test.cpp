@@ -1,7 +1,12 @@
+#include <fnmatch.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <set>
+#include <sstream>
 
 #include "tests/solve/zultav_program.h"
 
@@ -113,6 +118,69 @@ TEST(ExamplesTest, AMisspeltModelIsRefusedWithAdvice) {
     EXPECT_EQ(errors[1]["column"], 47);
     EXPECT_NE(errors[1]["message"], "");
   }
+}
+
+// --- The pages ---------------------------------------------------------------------------------
+
+namespace fs = std::filesystem;
+
+/// All that a command prints, run in a folder where the program is found.
+std::string Shell(const fs::path& folder, const std::string& command) {
+  const std::string whole = "cd '" + folder.string() + "' && export PATH=\"" +
+                            fs::path(ZULTAV_TEST_PROGRAM).parent_path().string() +
+                            ":$PATH\" && { " + command + "; } 2>&1";
+  FILE* pipe = popen(whole.c_str(), "r");
+  std::string text;
+  for (int c; pipe != nullptr && (c = std::fgetc(pipe)) != EOF;) text += static_cast<char>(c);
+  if (pipe != nullptr) pclose(pipe);
+  return text;
+}
+
+/// Whether the text is the shown one, where "..." stands for anything.
+bool IsAsShown(const std::string& shown, const std::string& text) {
+  std::string pattern;
+  for (std::size_t i = 0; i < shown.size(); ++i) {
+    const bool anything = shown.compare(i, 3, "...") == 0;
+    if (anything) i += 2;
+    if (std::string_view("*?[\\").find(shown[i]) != std::string_view::npos) pattern += '\\';
+    pattern += anything ? '*' : shown[i];
+  }
+  return fnmatch(pattern.c_str(), text.c_str(), 0) == 0;
+}
+
+/// Commands stand behind "$ ", what they print below. A block without commands is the model.zul of
+/// the next one.
+TEST(ExamplesTest, ThePagesShowWhatTheProgramPrints) {
+  const fs::path folder = fs::path(testing::TempDir()) / "zultav_pages";
+  const fs::path root = fs::path(ZULTAV_TEST_EXAMPLES).parent_path();
+  fs::remove_all(folder);
+  fs::create_directories(folder);
+  fs::create_directory_symlink(root / "examples", folder / "examples");
+  std::size_t commands = 0;
+  for (const char* page : {"README.md", "docs/usage.md", "docs/language.md"}) {
+    std::ifstream in(root / page);
+    std::string line, block;
+    for (bool inBlock = false; std::getline(in, line);) {
+      if (line.compare(0, 3, "```") != 0) {
+        if (inBlock) block += line + '\n';
+        continue;
+      }
+      inBlock = !inBlock;
+      if (!inBlock && block.compare(0, 2, "$ ") != 0) std::ofstream(folder / "model.zul") << block;
+      for (std::size_t at = 0; !inBlock && block.compare(at, 2, "$ ") == 0; ++commands) {
+        const std::size_t output = block.find('\n', at) + 1;
+        const std::string command = block.substr(at + 2, output - at - 3);
+        at = std::min(block.find("\n$ ", output - 1), block.size() - 1) + 1;
+        const std::string text = Shell(folder, command);
+        EXPECT_TRUE(IsAsShown(block.substr(output, at - output), text))
+            << page << ": " << command << '\n'
+            << text;
+      }
+      block.clear();
+    }
+  }
+  EXPECT_GE(commands, 10U);
+  fs::remove_all(folder);
 }
 
 }  // namespace

@@ -1,5 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <cfenv>
+#include <cmath>
+#include <cstdlib>
+#include <random>
+#include <sstream>
+
 #include "tests/solve/zultav_program.h"
 
 namespace {
@@ -15,21 +23,25 @@ struct ValueCase {
 
 TEST(OutputTest, EachKindOfValueHasItsForm) {
   const ValueCase rows[] = {
-      {"x : int = [3, 7];",                 {{"lo", 3}, {"hi", 7}},             "x = [3,7]"     },
-      {"x : int = [-3, -3];",               -3,                                 "x = [-3,-3]"   },
-      {"x : int; x >= -3;",                 {{"lo", -3}, {"hi", nullptr}},      "x = [-3, Max]" },
-      {"x : int;",                          {{"lo", nullptr}, {"hi", nullptr}}, "x = Any"       },
-      {"x : single int;",                   "Any",                              "x = Any"       },
-      {"x : single int = 12;",              12,                                 "x = 12"        },
-      {"x : bool;",                         "Any",                              "x = Any"       },
-      {"x : bool; ~x;",                     false,                              "x = False"     },
-      {"x : real = [0.5, 2];",              {{"lo", 0.5}, {"hi", 2.0}},         "x = [0.5,2.0]" },
-      {"x : real = [0, 5]; x = 2.5;",       2.5,                                "x = 2.5"       },
-      {"x : real; x >= 1;",                 {{"lo", 1.0}, {"hi", nullptr}},     "x = [1.0, Max]"},
-      {"x : single real;",                  "Any",                              "x = Any"       },
+      {"x : int = [3, 7];",                 {{"lo", 3}, {"hi", 7}},                 "x = [3,7]"      },
+      {"x : int = [-3, -3];",               -3,                                     "x = [-3,-3]"    },
+      {"x : int; x >= -3;",                 {{"lo", -3}, {"hi", nullptr}},          "x = [-3, Max]"  },
+      {"x : int;",                          {{"lo", nullptr}, {"hi", nullptr}},     "x = Any"        },
+      {"x : single int;",                   "Any",                                  "x = Any"        },
+      {"x : single int = 12;",              12,                                     "x = 12"         },
+      {"x : bool;",                         "Any",                                  "x = Any"        },
+      {"x : bool; ~x;",                     false,                                  "x = False"      },
+      {"x : real = [0.5, 2];",              {{"lo", 0.5}, {"hi", 2.0}},             "x = [0.5,2.0]"  },
+      {"x : real = [0, 5]; x = 2.5;",       2.5,                                    "x = 2.5"        },
+      {"x : real; x >= 1;",                 {{"lo", 1.0}, {"hi", nullptr}},         "x = [1.0, Max]" },
+      {"x : positive;",                     {{"lo", 0}, {"hi", nullptr}},           "x = [0.0, Max]" },
+      {"x : real; x >= 1e19;",              {{"lo", 1e19}, {"hi", nullptr}},        "x = [1e19, Max]"},
+      {"x : int; x <= -2147483646;",        {{"lo", nullptr}, {"hi", -2147483646}}, "x = [ Min, Min]"},
+      {"x : single real = 0.1;",            0.1,                                    "x = 0.1"        },
+      {"x : single real;",                  "Any",                                  "x = Any"        },
       {"x[0..2] : int = [0, 4]; x[1] = 2;",
        {{{"lo", 0}, {"hi", 4}}, 2, {{"lo", 0}, {"hi", 4}}},
-       "x[0] = [0,4]\nx[1] = [2,2]\nx[2] = [0,4]"                                               },
+       "x[0] = [0,4]\nx[1] = [2,2]\nx[2] = [0,4]"                                                    },
   };
   for (const auto& [declaration, value, text] : rows) {
     SCOPED_TRACE(declaration);
@@ -59,24 +71,123 @@ TEST(OutputTest, PropagationSaysWhatItFoundOut) {
   }
 }
 
-TEST(OutputTest, RealsReadBackExactlyWhenAskedFor) {
-  const std::string model = "x : real = [0, 3]; x * x = 2;";
-  const json document = Zultav("solve - -a --format json", model).Json();
-  ASSERT_EQ(document["solutions"].size(), 1u);
-  const json& x = document["solutions"][0]["values"]["x"];
-  const double lower = x["lo"], upper = x["hi"];
-  EXPECT_LE(lower * lower, 2);
-  EXPECT_GE(upper * upper, 2);
-  EXPECT_LE(upper - lower, 1e-6);
+/// What a printed real says of its bounds; a missing one is infinite.
+struct PrintedReal {
+  std::string lower, upper;
 
-  const Result full = Zultav("solve - -a --digits full", model);
-  const std::string line = full.Lines().at(0);
-  double readLower = 0, readUpper = 0;
-  ASSERT_EQ(std::sscanf(line.c_str(), "x = [%lf,%lf]", &readLower, &readUpper), 2) << line;
-  EXPECT_EQ(readLower, lower);
-  EXPECT_EQ(readUpper, upper);
+  explicit PrintedReal(const std::string& text) : lower(text), upper(text) {
+    const std::size_t comma = text.find(',');
+    if (comma != std::string::npos) {
+      lower = text.substr(1, comma - 1);
+      upper = text.substr(comma + 1, text.size() - comma - 2);
+    }
+    if (lower == " Min" || text == "Any") lower.clear();
+    if (upper == " Max" || text == "Any") upper.clear();
+  }
+};
 
-  EXPECT_EQ(Zultav("solve - -p 1e-3", "x : real; x = 1 / 3;").Lines().at(0), "x = [0.3333,0.3333]");
+/// The C library's own conversion, which obeys the rounding mode: decimals are compared exactly.
+double Read(const std::string& decimal, int mode) {
+  std::fesetround(mode);
+  const volatile double number = std::strtod(decimal.c_str(), nullptr);
+  std::fesetround(FE_TONEAREST);
+  return number;
+}
+
+/// Whether the decimals lie on the outer side of the bounds, and no further than `place` (of a
+/// number below 1: of its share) or what doubles can tell.
+void ExpectEnclosure(const PrintedReal& text, const json& value, double place) {
+  const bool point = value.is_number();
+  const json lower = point ? value : value["lo"], upper = point ? value : value["hi"];
+  EXPECT_EQ(text.lower.empty(), lower.is_null());
+  EXPECT_EQ(text.upper.empty(), upper.is_null());
+  EXPECT_TRUE(point || text.lower != text.upper) << text.lower;
+  const auto step = [place](double x) {
+    return 1.000001 * std::max(place * std::min(1.0, std::abs(x)), std::abs(x) * 1e-16);
+  };
+  if (lower.is_number()) {
+    const double bound = lower;
+    EXPECT_LE(Read(text.lower, FE_UPWARD), bound) << text.lower;
+    EXPECT_GE(Read(text.lower, FE_TONEAREST), bound - step(bound)) << text.lower;
+  }
+  if (upper.is_number()) {
+    const double bound = upper;
+    EXPECT_GE(Read(text.upper, FE_DOWNWARD), bound) << text.upper;
+    EXPECT_LE(Read(text.upper, FE_TONEAREST), bound + step(bound)) << text.upper;
+  }
+}
+
+TEST(OutputTest, PrintedRealsEncloseWhatTheyStandFor) {
+  std::vector<std::string> values = {
+      "[0, 4e-13]",  "[-4e-13, -1e-300]", "[5e-324, 1.5e-323]", "[-0.0, 0]",
+      "0.1",         "[9.9999999, 10]",   "[-1e19, 9.99e18]",   "[9.9999999999999e18, Max]",
+      "[1e19, Max]", "[-1e-7, 1e-7]",     "[1.41, 1.415]",      "[999999.9999999, 1e15]",
+      "2.5",         "[Min, -1e15]",      "[0.00001, 0.0001]",  "[123456789012.3456, 1e16]"};
+  std::mt19937_64 random(5);
+  for (int i = 0; i < 300; ++i) {
+    const auto draw = [&] {
+      const double size = std::ldexp(static_cast<double>(random() >> 11), -53);
+      return std::ldexp(i % 2 == 0 ? size : -size, static_cast<int>(random() % 120) - 60);
+    };
+    std::array<double, 2> bounds = {draw(), draw()};
+    if (i % 3 == 0) bounds[1] = bounds[0] * (1 + 1e-15);
+    std::sort(bounds.begin(), bounds.end());
+    std::ostringstream text;
+    text.precision(17);
+    text << '[' << bounds[0] << ',' << bounds[1] << ']';
+    values.push_back(text.str());
+  }
+  std::string model;
+  for (std::size_t i = 0; i < values.size(); ++i)
+    model += "x" + std::to_string(i) + " : real = " + values[i] + ";\n";
+  const struct {
+    const char* options;
+    double place;
+  } kRows[] = {
+      {"",              1e-6 },
+      {"-p 10",         1    },
+      {"-p 1",          1    },
+      {"-p 3e-3",       1e-3 },
+      {"-p 1e-12",      1e-12},
+      {"-p 1e-30",      1e-16},
+      {"--digits full", 1e-16},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.options);
+    const std::string command = std::string("solve - --propagate-only ") + row.options;
+    const json domains = Zultav(command + " --format json", model).Json()["domains"];
+    ASSERT_EQ(domains.size(), values.size());
+    const auto lines = Zultav(command, model).Lines();
+    std::string printed;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      const std::string name = "x" + std::to_string(i);
+      SCOPED_TRACE(lines.at(i));
+      ASSERT_EQ(lines[i].substr(0, name.size() + 3), name + " = ");
+      const std::string text = lines[i].substr(name.size() + 3);
+      const json& value = domains[name];
+      if (std::string(row.options) == "--digits full") {
+        const PrintedReal real(text);
+        const json lower = value.is_number() ? value : value["lo"];
+        const json upper = value.is_number() ? value : value["hi"];
+        EXPECT_TRUE(lower.is_null() || Read(real.lower, FE_TONEAREST) == lower);
+        EXPECT_TRUE(upper.is_null() || Read(real.upper, FE_TONEAREST) == upper);
+      } else {
+        ExpectEnclosure(PrintedReal(text), value, row.place);
+      }
+      printed.append(name).append(" : real = ").append(text).append(";\n");
+    }
+    // As the value of a model, what was printed holds what there was.
+    const json again = Zultav("solve - --propagate-only --format json", printed).Json()["domains"];
+    const auto within = [](const json& inner, const json& outer, const char* side, int sign) {
+      const json a = inner.is_number() ? inner : inner[side];
+      const json b = outer.is_number() ? outer : outer[side];
+      return b.is_null() || (!a.is_null() && sign * a.get<double>() <= sign * b.get<double>());
+    };
+    for (const auto& [name, value] : domains.items()) {
+      EXPECT_TRUE(within(value, again[name], "hi", 1)) << name << again[name];
+      EXPECT_TRUE(within(value, again[name], "lo", -1)) << name << again[name];
+    }
+  }
 }
 
 TEST(OutputTest, BoxesAreAsNarrowAsAskedFor) {
