@@ -1,5 +1,5 @@
 // Compares the library with MPFR on as many points as asked for and prints what docs/accuracy.md
-// records: accuracy_long [POINTS PER OPERATION [SEED]]. Fails when a bound is wrong or more than
+// records: accuracy_bench [POINTS PER OPERATION [SEED]]. Fails when a bound is wrong or more than
 // one unit in the last place beyond the tightest.
 
 #include <cinttypes>
@@ -9,6 +9,7 @@
 
 #include "framework/intervals/ZULTavIntervals.h"
 #include "tests/intervals/mpfr_oracle.h"
+#include "tests/oracle/operators.h"
 
 namespace {
 
@@ -16,50 +17,44 @@ constexpr double kMax = 1e19;
 constexpr double kHalfPi = 1.5707963267948968;  // rounded up
 constexpr double kPi = 3.1415926535897936;
 
+using Rounded = int (*)(mpfr_ptr z, mpfr_srcptr x, mpfr_srcptr y, mpfr_rnd_t direction);
+
 struct Operation {
   const char* name;
   double reach;   ///< magnitude of the first argument
   bool positive;  ///< whether it must be positive
   double secondReach;
   SubdefReal (*interval)(const SubdefReal& x, const SubdefReal& y);
-  int (*oracle)(mpfr_ptr z, mpfr_srcptr x, mpfr_srcptr y, mpfr_rnd_t direction);
+  Rounded oracle;
 };
 
-// clang-format off
-#define UNARY(function)                                                       \
-  [](const SubdefReal& x, const SubdefReal&) { return function(x); },         \
-      [](mpfr_ptr z, mpfr_srcptr x, mpfr_srcptr, mpfr_rnd_t d) {              \
-        return mpfr_##function(z, x, d);                                      \
-      }
-#define BINARY(method, function)                                              \
-  [](const SubdefReal& x, const SubdefReal& y) { return SubdefReal(x.method(y)); }, mpfr_##function
+#define UNARY(function) [](const SubdefReal& x, const SubdefReal&) { return function(x); }
+#define BINARY(method) \
+  [](const SubdefReal& x, const SubdefReal& y) { return SubdefReal(x.method(y)); }
 /// The principal branch.
-#define INVERSE(function, low, high)                                          \
-  [](const SubdefReal& x, const SubdefReal&) {                                \
-    return function(x, SubdefReal(low, high));                                \
-  },                                                                          \
-      [](mpfr_ptr z, mpfr_srcptr x, mpfr_srcptr, mpfr_rnd_t d) {              \
-        return mpfr_##function(z, x, d);                                      \
-      }
+#define INVERSE(function, low, high) \
+  [](const SubdefReal& x, const SubdefReal&) { return function(x, SubdefReal(low, high)); }
 
+// clang-format off
 const Operation kOperations[] = {
-    {"sum",         kMax / 2, false, kMax / 2, BINARY(AddIntToInt, add)},
-    {"difference",  kMax / 2, false, kMax / 2, BINARY(SubIntFromInt, sub)},
-    {"product",     kMax / 2, false, kMax / 2, BINARY(MultIntByInt, mul)},
-    {"quotient",    kMax / 2, false, kMax / 2, BINARY(DivIntByInt, div)},
-    {"sqrt",        kMax,     true,  0,        UNARY(sqrt)},
-    {"sqr",         kMax,     false, 0,        UNARY(sqr)},
-    {"exp",         kMax,     false, 0,        UNARY(exp)},
-    {"log",         kMax,     true,  0,        UNARY(log)},
-    {"sin",         kMax,     false, 0,        UNARY(sin)},
-    {"cos",         kMax,     false, 0,        UNARY(cos)},
-    {"tan",         1e14,     false, 0,        UNARY(tan)},
-    {"atan",        kMax,     false, 0,        UNARY(atan)},
-    {"asin(z, x)",  1,        false, 0,        INVERSE(asin, -kHalfPi, kHalfPi)},
-    {"acos(z, x)",  1,        false, 0,        INVERSE(acos, 0, kPi)},
-    {"atan(z, x)",  1e15,     false, 0,        INVERSE(atan, -kHalfPi, kHalfPi)},
+    {"sum",         kMax / 2, false, kMax / 2, BINARY(AddIntToInt), oracle::Get("+").rounded},
+    {"difference",  kMax / 2, false, kMax / 2, BINARY(SubIntFromInt), oracle::Get("-").rounded},
+    {"product",     kMax / 2, false, kMax / 2, BINARY(MultIntByInt), oracle::Get("*").rounded},
+    {"quotient",    kMax / 2, false, kMax / 2, BINARY(DivIntByInt), oracle::Get("/").rounded},
+    {"sqrt",        kMax,     true,  0, UNARY(sqrt), oracle::Get("sqrt", 1).rounded},
+    {"sqr",         kMax,     false, 0, UNARY(sqr),
+     [](mpfr_ptr z, mpfr_srcptr x, mpfr_srcptr, mpfr_rnd_t d) { return mpfr_sqr(z, x, d); }},
+    {"exp",         kMax,     false, 0, UNARY(exp), oracle::Get("exp", 1).rounded},
+    {"log",         kMax,     true,  0, UNARY(log), oracle::Get("ln", 1).rounded},
+    {"sin",         kMax,     false, 0, UNARY(sin), oracle::Get("sin", 1).rounded},
+    {"cos",         kMax,     false, 0, UNARY(cos), oracle::Get("cos", 1).rounded},
+    {"tan",         1e14,     false, 0, UNARY(tan), oracle::Get("tan", 1).rounded},
+    {"atan",        kMax,     false, 0, UNARY(atan), oracle::Get("atan", 1).rounded},
+    {"asin(z, x)",  1,        false, 0, INVERSE(asin, -kHalfPi, kHalfPi), oracle::Get("asin", 1).rounded},
+    {"acos(z, x)",  1,        false, 0, INVERSE(acos, 0, kPi), oracle::Get("acos", 1).rounded},
+    {"atan(z, x)",  1e15,     false, 0, INVERSE(atan, -kHalfPi, kHalfPi), oracle::Get("atan", 1).rounded},
     {"pow(x, y)",   kMax / 2, true,  kMax / 2,
-     [](const SubdefReal& x, const SubdefReal& y) { return pow(x, y); }, mpfr_pow},
+     [](const SubdefReal& x, const SubdefReal& y) { return pow(x, y); }, oracle::Get("^").rounded},
     {"base(z, 3)",  kMax / 2, false, 0,
      [](const SubdefReal& z, const SubdefReal&) { return base(z, 3.0); },
      [](mpfr_ptr z, mpfr_srcptr x, mpfr_srcptr, mpfr_rnd_t d) { return mpfr_cbrt(z, x, d); }},
