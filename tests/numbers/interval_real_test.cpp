@@ -3,10 +3,14 @@
 #include <climits>
 #include <limits>
 
+#include "framework/intervals/ZULTavIntervals.h"
+#include "numbers/ZULTavIntervalInteger.h"
 #include "numbers/ZULTavIntervalReal.h"
 #include "numbers/ZULTavSingleBoolean.h"
+#include "numbers/ZULTavSingleInteger.h"
+#include "numbers/ZULTavSingleReal.h"
 #include "tests/numbers/other_integer.h"
-#include "tests/numbers/point_solutions.h"
+#include "tests/numbers/print_interval.h"
 
 namespace {
 
@@ -14,7 +18,6 @@ using IR = ZULTavIntervalReal;
 using II = ZULTavIntervalInteger;
 using SI = ZULTavSingleInteger;
 using SR = ZULTavSingleReal;
-using points::Operation;
 using Set = RealInterval;
 
 constexpr double kMax = 1e19;
@@ -26,48 +29,6 @@ IR Interval(const Set& set) {
   IR interval;
   interval.SetSubdef(set);
   return interval;
-}
-
-// r is the lesser (greater) of two numbers, and by far so, or there is no solution.
-void FarBelow(mpfr_ptr r, mpfr_srcptr x, mpfr_srcptr y, mpfr_rnd_t rounding) {
-  mpfr_min(r, x, y, rounding);
-  const double number = mpfr_get_d(x, MPFR_RNDN);
-  if (number - mpfr_get_d(r, MPFR_RNDN) < 1e-5 * std::max(1.0, std::fabs(number))) mpfr_set_nan(r);
-}
-void FarAbove(mpfr_ptr r, mpfr_srcptr x, mpfr_srcptr y, mpfr_rnd_t rounding) {
-  mpfr_max(r, x, y, rounding);
-  const double number = mpfr_get_d(x, MPFR_RNDN);
-  if (mpfr_get_d(r, MPFR_RNDN) - number < 1e-5 * std::max(1.0, std::fabs(number))) mpfr_set_nan(r);
-}
-
-#define RELATION(name, oracle, Name)                                                              \
-  Operation {                                                                                     \
-    name, oracle, { NUMBER_CALL(Calc##Name##Value(x)), NUMBER_CALL(CalcInverse##Name##Value(x)) } \
-  }
-#define BINARY(name, call, Name)                                                              \
-  Operation {                                                                                 \
-    name, ORACLE(call), {                                                                     \
-      NUMBER_CALL(Calc##Name##Value(x, y)), NUMBER_CALL(CalcFirstInverse##Name##Value(x, y)), \
-          NUMBER_CALL(CalcFirstInverse##Name##Value(y, x))                                    \
-    }                                                                                         \
-  }
-
-const Operation kOperations[] = {BINARY("sum", mpfr_add(r, x, y, rounding), Sum),
-                                 BINARY("product", mpfr_mul(r, x, y, rounding), Prod),
-                                 BINARY("minimum", mpfr_min(r, x, y, rounding), Min),
-                                 BINARY("maximum", mpfr_max(r, x, y, rounding), Max),
-                                 RELATION("absolute", ORACLE(mpfr_abs(r, x, rounding)), Absolute),
-                                 RELATION("negative", ORACLE(mpfr_neg(r, x, rounding)), Negative),
-                                 RELATION("next", ORACLE(mpfr_add_d(r, x, 1e-6, rounding)), Next),
-                                 RELATION("=", ORACLE(mpfr_set(r, x, rounding)), Equal),
-                                 RELATION("<=", ORACLE(mpfr_min(r, x, y, rounding)), LessOrEqual),
-                                 RELATION(">=", ORACLE(mpfr_max(r, x, y, rounding)), NotLess),
-                                 RELATION("<", FarBelow, Less),
-                                 RELATION(">", FarAbove, NotLessAndUnequal)};
-
-TEST(IntervalRealTest, NoOperationLosesASolution) {
-  points::PointSolutions solutions;
-  for (const Operation& operation : kOperations) solutions.Check(operation, 4000);
 }
 
 /// An operation on `before` with the operand `x`, and what it leaves.

@@ -31,8 +31,8 @@ enum class Promise {
   kNothing
 };
 
-Promise PromiseOf(std::string_view name) {
-  if (name == "*" || name == "/") return Promise::kEachInverse;
+Promise PromiseOf(std::string_view name, bool hasSingles) {
+  if (name == "*" || name == "/" || (name == "^" && !hasSingles)) return Promise::kEachInverse;
   if (name == "mod" || name == "^" || name == "PrimeNumber") return Promise::kNothing;
   return name == "abs" ? Promise::kHullOfKnown : Promise::kHull;
 }
@@ -109,9 +109,7 @@ class Subject {
  public:
   Subject(ZULTaVoModule& numbers, const ZULTaVoObjectDescriptor* foreign,
           const ZULTaVoOperatorDescriptor& op)
-      : mOperator(op),
-        mMeaning(oracle::Find(op.GetName(), op.GetNumberOfArguments())),
-        mPromise(PromiseOf(op.GetName())) {
+      : mOperator(op), mMeaning(oracle::Find(op.GetName(), op.GetNumberOfArguments())) {
     const auto add = [&](const ZULTaVoObjectDescriptor* type, Place& place) {
       const std::string_view name = type->GetName();
       place.kind = name == "single int"     ? Kind::kSingleInteger
@@ -127,6 +125,10 @@ class Subject {
       operands[i] = mPlaces[i].value;
     }
     add(op.GetResultType(), mPlaces[2]);
+    const bool hasSingles = std::any_of(mPlaces.begin(), mPlaces.end(), [](const Place& place) {
+      return place.kind == Kind::kSingleInteger;
+    });
+    mPromise = PromiseOf(op.GetName(), hasSingles);
     mUsable = mMeaning != nullptr && op.Post(mNetwork, operands, mPlaces[2].value) != 0;
     EXPECT_TRUE(mUsable) << op.GetName() << " has no meaning here or cannot be posted";
     for (std::size_t i = 0; i < 3; ++i) mInitial[i] = Has(i) ? mPlaces[i].Load() : Set{};
@@ -285,7 +287,7 @@ class Subject {
 
   const ZULTaVoOperatorDescriptor& mOperator;
   const oracle::Operator* mMeaning;
-  Promise mPromise;
+  Promise mPromise = Promise::kNothing;
   ZULTaVoNetwork mNetwork;
   std::array<Place, 3> mPlaces;
   bool mUsable = false;

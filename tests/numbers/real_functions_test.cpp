@@ -1,40 +1,18 @@
 #include <gtest/gtest.h>
 
-#include "tests/numbers/point_solutions.h"
+#include <cmath>
+#include <random>
+
+#include "framework/intervals/ZULTavIntervals.h"
+#include "numbers/ZULTavIntervalInteger.h"
+#include "numbers/ZULTavIntervalReal.h"
+#include "numbers/ZULTavSingleInteger.h"
+#include "numbers/ZULTavSingleReal.h"
+#include "tests/numbers/print_interval.h"
 
 namespace {
 
-using points::Operation;
 using IR = ZULTavIntervalReal;
-
-#define FUNCTION(name, oracle, Name)                                                     \
-  Operation {                                                                            \
-    name, ORACLE(oracle),                                                                \
-        {REAL_CALL(Calc##Name##Value(x)), REAL_CALL(CalcInverse##Name##Value(x))}, false \
-  }
-
-const Operation kFunctions[] = {FUNCTION("exp", mpfr_exp(r, x, rounding), Exp),
-                                FUNCTION("sqrt", mpfr_sqrt(r, x, rounding), Sqrt),
-                                FUNCTION("sin", mpfr_sin(r, x, rounding), Sin),
-                                FUNCTION("cos", mpfr_cos(r, x, rounding), Cos),
-                                FUNCTION("tan", mpfr_tan(r, x, rounding), Tan),
-                                FUNCTION("floor", mpfr_floor(r, x), Floor),
-                                FUNCTION("ceil", mpfr_ceil(r, x), Ceil),
-                                FUNCTION("round", mpfr_round(r, x), Round)};
-
-TEST(RealFunctionsTest, NoFunctionLosesASolution) {
-  points::PointSolutions solutions;
-  for (const Operation& operation : kFunctions) solutions.Check(operation, 4000);
-}
-
-TEST(RealFunctionsTest, PowerLosesNoSolution) {
-  Operation power{"pow", ORACLE(mpfr_pow(r, x, y, rounding)), {}};
-  power.narrowing[0] = NUMBER_CALL(CalcPowerValue(x, y));
-  power.narrowing[1] = NUMBER_CALL(CalcFirstInversePowerValue(x, y));
-  power.narrowing[2] = NUMBER_CALL(CalcSecondInversePowerValue(x, y));
-  power.exponent = power.hasSliver = true;
-  points::PointSolutions().Check(power, 20000);
-}
 
 TEST(RealFunctionsTest, EdgesOfIntervalFunctions) {
   struct Function {

@@ -1,22 +1,15 @@
 #include <gtest/gtest.h>
 
+#include "framework/intervals/IntervalControl.h"
 #include "numbers/RealModulo.h"
-#include "tests/numbers/point_solutions.h"
+#include "numbers/ZULTavIntervalReal.h"
+#include "tests/numbers/print_interval.h"
 
 namespace {
 
 using Set = SubdefReal;
 
 constexpr double kMax = 1e19;
-
-TEST(RealModuloTest, LosesNoSolution) {
-  points::Operation mod{"mod", ORACLE(mpfr_fmod(r, x, y, rounding)), {}};
-  mod.narrowing[0] = NUMBER_CALL(CalcModValue(x, y));
-  mod.narrowing[1] = NUMBER_CALL(CalcFirstInverseModValue(x, y));
-  mod.narrowing[2] = NUMBER_CALL(CalcSecondInverseModValue(x, y));
-  mod.hasSliver = true;
-  points::PointSolutions().Check(mod, 10000);
-}
 
 TEST(RealModuloTest, Remainders) {
   struct Row {
