@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -81,20 +82,65 @@ INSTANTIATE_TEST_SUITE_P(
         ExampleCase{"unsatisfiable", "", 0, {}}),
     [](const auto& row) { return row.param.name + std::to_string(row.index); });
 
-TEST(ExamplesTest, EveryOrderFindsTheSameSolutions) {
-  std::set<json> expected;
-  for (const std::string select : {"first", "largest", "smallest", "round-robin"}) {
-    for (const std::string split : {"lower", "upper", "least", "greatest"}) {
-      SCOPED_TRACE(select + ' ' + split);
-      const json solutions = Zultav("solve " + Example("queens8") + " -a -D n=6 --format json" +
-                                    " --select " + select + " --split " + split)
-                                 .Json()["solutions"];
-      const std::set<json> found(solutions.begin(), solutions.end());
-      if (expected.empty()) expected = found;
-      EXPECT_EQ(found, expected);
-      EXPECT_EQ(solutions.size(), 4u);
+/// Each option beside each other one, with the formats, -D and --propagate-only in turn.
+TEST(ExamplesTest, OptionsDoNotChangeWhatIsFound) {
+  const std::string model =
+      "let n = 2; x, y : int = [1, 5]; b : bool; r : real = [0, 9];"
+      "x + n = y; b == (x >> 2); r^2 = x;";
+  const std::vector<std::string> options = {
+      "--select first",       "--select largest", "--select smallest",
+      "--select round-robin", "--split lower",    "--split upper",
+      "--split least",        "--split greatest", "-p 1e-4",
+      "--eps 1e-5",           "--eps 0,1e-3",     "--ratio 0",
+      "--ratio 0.5",          "--digits full",    "--module ZULTavNumbers",
+      "--trig-limits=-10,10", "-t 1000",          "-s",
+      "--max-nodes 100000"};
+  unsigned turn = 0;
+  for (const std::string& one : options)
+    for (const std::string& other : options) {
+      if (one.substr(0, one.find(' ')) == other.substr(0, other.find(' '))) continue;
+      ++turn;
+      const bool structured = turn % 2 != 0, propagates = turn % 4 > 1, defines = turn % 3 == 0;
+      const std::string arguments = one + ' ' + other + (propagates ? " --propagate-only" : " -a") +
+                                    (structured ? " --format json" : "") +
+                                    (defines ? " -D n=3" : "");
+      SCOPED_TRACE(arguments);
+      const Result result = Zultav("solve - " + arguments, model);
+      EXPECT_EQ(result.status, 0) << result.err;
+      const int count = defines ? 2 : 3;
+      if (!structured) {
+        const auto lines = result.Lines();
+        EXPECT_EQ(std::count(lines.begin(), lines.end(), "----------"), propagates ? 1 : count);
+        EXPECT_EQ(result.out.find("// solutions") != std::string::npos,
+                  arguments.find("-s ") != std::string::npos);
+        continue;
+      }
+      const json document = result.Json();
+      if (propagates) {
+        EXPECT_EQ(document["domains"]["x"], json({
+                                                {"lo", 1    },
+                                                {"hi", count}
+        }));
+        continue;
+      }
+      std::set<int> found;
+      for (const json& solution : document["solutions"]) {
+        const json& values = solution["values"];
+        const int x = values["x"];
+        found.insert(x);
+        EXPECT_EQ(values["y"], x + (defines ? 3 : 2));
+        EXPECT_EQ(values["b"], x > 2);
+        EXPECT_EQ(solution["proven"], true);
+        if (values["r"].is_number()) {
+          EXPECT_EQ(values["r"], std::sqrt(x));
+        } else {
+          EXPECT_LE(values["r"]["lo"], std::sqrt(x));
+          EXPECT_GE(values["r"]["hi"], std::sqrt(x));
+        }
+      }
+      EXPECT_EQ(found.size(), static_cast<std::size_t>(count));
+      EXPECT_EQ(document["solutions"].size(), found.size());
     }
-  }
 }
 
 TEST(ExamplesTest, AMisspeltModelIsRefusedWithAdvice) {
