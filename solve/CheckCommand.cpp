@@ -48,12 +48,13 @@ int RunCheckCommand(const Options& options) {
   if (options.format == Format::kJson) {
     auto document = status == kAnswered ? JsonOf(model.Get()) : nlohmann::ordered_json::object();
     document["errors"] = JsonOf(errors);
+    document["warnings"] = JsonOf(model.GetWarnings());
     std::cout << document.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace)
               << '\n';
-  } else if (status == kAnswered) {
-    PrintHolding(model.Get(), options.modelFile);
   } else {
+    PrintWarnings(model.GetWarnings());
     PrintErrors(errors);
+    if (status == kAnswered) PrintHolding(model.Get(), options.modelFile);
   }
   return status;
 }

@@ -68,7 +68,7 @@ int LoadedModel::Load(const Options& options, std::vector<ZULTavDiagnostic>& err
     errors.push_back(Failure(reason, name));
     return kUsage;
   }
-  mModel = ZULTavCalculator(mModules.All()).Read(text, name, reading, errors);
+  mModel = ZULTavCalculator(mModules.All()).Read(text, name, reading, errors, &mWarnings);
   if (mModel == nullptr) return kModelError;
   if (options.ratio) mModel->Network().SetNarrowingFraction(*options.ratio);
   return kAnswered;

@@ -25,12 +25,15 @@ class LoadedModel {
            std::vector<ZULTavDiagnostic>& errors);
 
   ZULTavModel& Get() { return *mModel; }
+  /// What is probably not meant in the model file.
+  const std::vector<ZULTavDiagnostic>& GetWarnings() const { return mWarnings; }
 
  private:
   int OpenModules(const Options& options, std::vector<ZULTavDiagnostic>& errors);
 
   Modules mModules;  // first, so that they outlive the model
   std::unique_ptr<ZULTavModel> mModel;
+  std::vector<ZULTavDiagnostic> mWarnings;
 };
 
 #endif

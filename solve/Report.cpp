@@ -36,6 +36,8 @@ class TextReport final : public Report {
     PrintErrors(errors);
   }
 
+  void Warnings(const std::vector<ZULTavDiagnostic>& warnings) override { PrintWarnings(warnings); }
+
   void Solution(const ZULTavModel& model, const ValueAt& values, bool proven) override {
     PrintValues(model, values);
     if (!proven) std::cout << "// possible\n";
@@ -102,6 +104,8 @@ class JsonReport final : public Report {
     mErrors.insert(mErrors.end(), errors.begin(), errors.end());
   }
 
+  void Warnings(const std::vector<ZULTavDiagnostic>& warnings) override { mWarnings = warnings; }
+
   void Solution(const ZULTavModel& model, const ValueAt& values, bool proven) override {
     std::cout << (std::exchange(mBegun, true) ? ",\n" : "{\n  \"solutions\": [\n")
               << "    {\"values\": " << ValuesOf(model, values)
@@ -121,9 +125,13 @@ class JsonReport final : public Report {
     Json statistics = Json::object();
     ForEachStatistic(ending.statistics,
                      [&](const char* name, auto value) { statistics[name] = value; });
+    const auto listOf = [](const std::vector<ZULTavDiagnostic>& diagnostics) {
+      return JsonOf(diagnostics).dump(-1, ' ', false, Json::error_handler_t::replace);
+    };
     std::cout << ",\n  \"status\": \"" << NameOf(ending.status)
-              << "\",\n  \"statistics\": " << statistics.dump() << ",\n  \"errors\": "
-              << JsonOf(mErrors).dump(-1, ' ', false, Json::error_handler_t::replace);
+              << "\",\n  \"statistics\": " << statistics.dump()
+              << ",\n  \"errors\": " << listOf(mErrors)
+              << ",\n  \"warnings\": " << listOf(mWarnings);
     if (!ending.checkpoint.empty())
       std::cout << ",\n  \"checkpoint\": " << Quote(ending.checkpoint);
     if (!ending.model.empty())
@@ -164,7 +172,7 @@ class JsonReport final : public Report {
 
   bool mBegun = false;
   std::string mDomains;
-  std::vector<ZULTavDiagnostic> mErrors;
+  std::vector<ZULTavDiagnostic> mErrors, mWarnings;
 };
 
 }  // namespace
@@ -208,4 +216,8 @@ void PrintErrors(const std::vector<ZULTavDiagnostic>& errors) {
     }
   }
   if (inModel) std::cerr << errors.size() << (errors.size() == 1 ? " error\n" : " errors\n");
+}
+
+void PrintWarnings(const std::vector<ZULTavDiagnostic>& warnings) {
+  for (const ZULTavDiagnostic& warning : warnings) warning.Print(std::cerr);
 }

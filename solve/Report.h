@@ -32,6 +32,7 @@ class Report {
  public:
   virtual ~Report() = default;
   virtual void Errors(const std::vector<ZULTavDiagnostic>& errors) = 0;
+  virtual void Warnings(const std::vector<ZULTavDiagnostic>& warnings) = 0;
   virtual void Solution(const ZULTavModel& model, const ValueAt& values, bool proven) = 0;
   /// In place of solutions: what the variables may still be. Without a model: there is nothing.
   virtual void Domains(const ZULTavModel* model, const ValueAt& values) = 0;
@@ -50,5 +51,7 @@ std::unique_ptr<Report> MakeReport(const Options& options);
 nlohmann::ordered_json JsonOf(const std::vector<ZULTavDiagnostic>& errors);
 /// To standard error, with their number below.
 void PrintErrors(const std::vector<ZULTavDiagnostic>& errors);
+/// To standard error.
+void PrintWarnings(const std::vector<ZULTavDiagnostic>& warnings);
 
 #endif

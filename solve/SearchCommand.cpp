@@ -153,8 +153,9 @@ int Solve(const Options& options) {
   const auto report = MakeReport(options);
   LoadedModel model;
   std::vector<ZULTavDiagnostic> errors;
-  if (const int status = model.Load(options, errors); status != kAnswered)
-    return Refuse(options, *report, errors, status);
+  const int status = model.Load(options, errors);
+  report->Warnings(model.GetWarnings());
+  if (status != kAnswered) return Refuse(options, *report, errors, status);
   std::unique_ptr<Checkpoint> checkpoint;
   if (!options.checkpointFile.empty())
     checkpoint = std::make_unique<Checkpoint>(options, model.Get());

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "framework/calculator/Interpreter.h"
@@ -118,7 +119,7 @@ Value Interpreter::EvaluateName(const Node& node) {
       break;
   }
   if (symbol.kind == Symbol::Kind::kUnknown && mRegistry.HasOperator(mNames.GetName(node.data), 0))
-    return mBuilder.Apply({node.data, Op::kNone, node.span}, nullptr, 0, nullptr);
+    return Operate({node.data, Op::kNone, node.span}, nullptr, 0, nullptr);
   FailUnknown(node, mRegistry.HasOperator(mNames.GetName(node.data))
                         ? "expected '(' and operands after the operator"
                         : "unknown name");
@@ -202,6 +203,7 @@ Value Interpreter::Operate(const Operation& operation, const Value* operands, un
   if (asserts && mConstantOnly > 0)
     Fail(operation.span, "this comparison cannot be decided while the model is read");
   if (asserts) return mBuilder.Relate(operation, operands[0], operands[1]);
+  if (mConstantOnly > 0) return mBuilder.ApplyToConstants(operation, operands, count);
   return mBuilder.Apply(operation, operands, count, target);
 }
 
@@ -286,6 +288,9 @@ Value Interpreter::EvaluateConstant(NodeRange range) {
   const Scope constantOnly(mConstantOnly);
   const Value value = Evaluate(range);
   CheckOperand({}, value);
+  if (value.IsConstant() && value.constant.IsReal() &&
+      !std::isfinite(value.constant.upper - value.constant.lower))
+    Fail(SpanOf(range), "this constant is too large");
   return value;
 }
 

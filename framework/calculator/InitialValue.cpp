@@ -72,22 +72,19 @@ struct ValueText {
 
 }  // namespace
 
-/// The text of a piece: as it stands, if it is a number or a word of the module, else the value
-/// of the expression that it is. A lower bound is rounded down, an upper one up.
-std::string Interpreter::EvaluateValuePiece(Span piece, bool isLower, bool isUpper, bool isSingle) {
-  std::string text(mSource->GetText(piece));
+/// The text of a piece: as it stands, if it is a word of the module, else the value of the
+/// expression that it is. A lower bound is rounded down, an upper one up.
+std::string Interpreter::EvaluateValuePiece(Span piece, bool isLower, bool isUpper,
+                                            const ZULTaVoAny& value) {
   Lexer lexer(*mSource, mLimits, piece);
   Token token = lexer.Next();
-  const bool isSigned =
-      token.kind == TokenKind::kOperator && (token.op == Op::kSubtract || token.op == Op::kAdd);
-  if (isSigned) token = lexer.Next();
-  const bool isAlone = lexer.Next().kind == TokenKind::kEnd;
-  if (isAlone && (token.kind == TokenKind::kInteger || token.kind == TokenKind::kDecimal))
-    return text;
-  if (isAlone && token.kind == TokenKind::kName && !isSigned) {
-    const Symbol::Kind kind = SymbolOf(mNames.Intern(text)).kind;
-    if (kind == Symbol::Kind::kUnknown) return text;
+  if (token.kind == TokenKind::kOperator && token.op == Op::kAdd) {
+    piece = {token.span.End(), piece.End() - token.span.End()};
+    token = lexer.Next();
   }
+  std::string text(mSource->GetText(piece));
+  const bool isWord = token.kind == TokenKind::kName && token.span.length == piece.length;
+  if (isWord && SymbolOf(mNames.Intern(text)).kind == Symbol::Kind::kUnknown) return text;
   if (token.kind == TokenKind::kEnd || token.kind == TokenKind::kBad) return text;
 
   Syntax syntax;
@@ -95,21 +92,27 @@ std::string Interpreter::EvaluateValuePiece(Span piece, bool isLower, bool isUpp
                 [this](std::string_view name) { return mRegistry.HasOperator(name); });
   const NodeRange range = parser.WholeExpression(syntax);
   const Syntax* outer = std::exchange(mSyntax, &syntax);
-  Value value;
+  Value number;
   try {
-    value = EvaluateConstant(range);
+    number = EvaluateConstant(range);
   } catch (const ModelError&) {
     mSyntax = outer;
     throw;
   }
   mSyntax = outer;
-  if (!value.IsConstant()) Fail(piece, "an initial value must be known while the model is read");
-  const Constant& constant = value.constant;
+  if (!number.IsConstant()) Fail(piece, "an initial value must be known while the model is read");
+  const Constant& constant = number.constant;
   if (constant.IsBoolean()) return constant.IsTrue() ? "True" : "False";
+  const Registry::Type type = value.GetDescriptor();
+  if (constant.IsReal() && ZULTaVoCast<const ZULTaVoInteger>(&value) != nullptr)
+    Fail(piece, constant.Describe() + " is no integer, as '" + type->GetName() + "' asks for");
+  number.span = piece;
+  mBuilder.CheckRange(number, type);
   if (constant.IsInteger()) return std::to_string(constant.integer);
   if (isLower) return FormatReal(constant.lower);
   if (isUpper) return FormatReal(constant.upper);
-  if (isSingle || constant.lower == constant.upper) return FormatReal(constant.nearest);
+  if (mRegistry.IsSingle(type) || constant.lower == constant.upper)
+    return FormatReal(constant.nearest);
   return "[" + FormatReal(constant.lower) + "," + FormatReal(constant.upper) + "]";
 }
 
@@ -128,7 +131,7 @@ void Interpreter::ReadInitialValue(Span span, const LocalValue& value) {
     if (!ends) continue;
     const Span piece = Trim(source, {begin, at - begin});
     if (piece.length > 0)
-      text.Add(EvaluateValuePiece(piece, before == '[', before == ',', mRegistry.IsSingle(&type)),
+      text.Add(EvaluateValuePiece(piece, before == '[', before == ',', *value.Get()),
                piece.position);
     if (at < span.End()) text.Add({&c, 1}, at);
     before = c;
@@ -143,7 +146,12 @@ void Interpreter::ReadInitialValue(Span span, const LocalValue& value) {
   if (!failed) in >> std::ws;
   const auto taken =
       static_cast<std::size_t>(in.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in));
-  if (!failed && taken >= text.text.size()) return;
+  if (!failed && taken >= text.text.size()) {
+    if (value->IsNil() && text.text != "Nil")
+      Fail(span, "this interval is empty: its lower bound is above its upper bound",
+           {"the empty set is written 'Nil'"});
+    return;
+  }
   const std::uint32_t position =
       text.OriginOf(std::min(taken, text.text.empty() ? 0 : text.text.size() - 1));
   std::string message =

@@ -51,7 +51,10 @@ void Interpreter::FailUnknown(const Node& node, std::string_view what) {
   if (symbol.kind == Symbol::Kind::kBroken) Fail(node.span, "");
   if (symbol.kind == Symbol::Kind::kUnknown) symbol.kind = Symbol::Kind::kBroken;
   const Span span = {node.span.position, static_cast<std::uint32_t>(name.size())};
-  Fail(span, std::string(what) + " '" + name + "'", SuggestName(name));
+  std::vector<std::string> notes = SuggestName(name);
+  if (const std::string_view advice = AdviceFor(name); !advice.empty())
+    notes.assign(1, std::string(advice));
+  Fail(span, std::string(what) + " '" + name + "'", std::move(notes));
 }
 
 void Interpreter::Define(const std::string& name, const Source& text) {
@@ -76,6 +79,7 @@ void Interpreter::Define(const std::string& name, const Source& text) {
   symbol.data = static_cast<std::uint32_t>(mConstants.size());
   mConstants.push_back(definition.value);
   mDefinitions.emplace(number, definition);
+  mBuilder.ForgetQuotients();
 }
 
 std::vector<std::string> Interpreter::GetUnusedDefinitions() const {
@@ -365,8 +369,13 @@ void Interpreter::AssertComparison(NodeRange range) {
 }
 
 void Interpreter::AssertTruth(NodeRange range) {
-  const Value truth = Value::Of(Constant::Boolean(true), RootOf(range).span);
-  AssertValue(Evaluate(range, &truth), range);
+  const Node& root = RootOf(range);
+  const Value truth = Value::Of(Constant::Boolean(true), root.span);
+  const Value value = Evaluate(range, &truth);
+  if (root.op == Op::kIsEqual && mBuilder.TakesNumbers(value))
+    mBuilder.Warn(root.span, "'==' is the truth value of a comparison",
+                  {"to state that two numbers are equal write '='"});
+  AssertValue(value, range);
 }
 
 void Interpreter::AssertValue(const Value& value, NodeRange range) {

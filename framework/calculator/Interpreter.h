@@ -59,7 +59,7 @@ class Interpreter {
   void NoteIndices(ModelError& error, const std::vector<Generator>& generators);
 
   void ReadInitialValue(Span span, const LocalValue& value);
-  std::string EvaluateValuePiece(Span piece, bool isLower, bool isUpper, bool isSingle);
+  std::string EvaluateValuePiece(Span piece, bool isLower, bool isUpper, const ZULTaVoAny& value);
 
   void Assert(NodeRange range);
   void AssertOne(NodeRange range, std::vector<NodeRange>& pending);

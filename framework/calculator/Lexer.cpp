@@ -8,10 +8,51 @@ bool IsNameStart(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z
 bool IsNameByte(char c) { return IsNameStart(c) || (c >= '0' && c <= '9'); }
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f'; }
 
+constexpr std::string_view kBlankAdvice = "it looks like a blank or like nothing: remove it";
+constexpr std::string_view kEncodingAdvice = "a model is a text in UTF-8";
+
 struct Punctuation {
   std::string_view text;
   TokenKind kind;
 };
+/// Characters that get into a text unseen, and those that only look like a sign of the language.
+constexpr struct {
+  std::string_view text, name, advice;
+} kStrangers[] = {
+    {"\u00a0", "a no-break space (U+00A0)",        kBlankAdvice                                       },
+    {"\u00ad", "a soft hyphen (U+00AD)",           kBlankAdvice                                       },
+    {"\u2007", "a figure space (U+2007)",          kBlankAdvice                                       },
+    {"\u2009", "a thin space (U+2009)",            kBlankAdvice                                       },
+    {"\u200b", "a zero-width space (U+200B)",      kBlankAdvice                                       },
+    {"\u200c", "a zero-width non-joiner (U+200C)", kBlankAdvice                                       },
+    {"\u200d", "a zero-width joiner (U+200D)",     kBlankAdvice                                       },
+    {"\u200e", "a left-to-right mark (U+200E)",    kBlankAdvice                                       },
+    {"\u200f", "a right-to-left mark (U+200F)",    kBlankAdvice                                       },
+    {"\u2028", "a line separator (U+2028)",        kBlankAdvice                                       },
+    {"\u2029", "a paragraph separator (U+2029)",   kBlankAdvice                                       },
+    {"\u202f", "a narrow no-break space (U+202F)", kBlankAdvice                                       },
+    {"\u2060", "a word joiner (U+2060)",           kBlankAdvice                                       },
+    {"\u3000", "an ideographic space (U+3000)",    kBlankAdvice                                       },
+    {"\ufeff", "a byte order mark (U+FEFF)",       kBlankAdvice                                       },
+    {"\xfe",   "a byte of UTF-16",                 kEncodingAdvice                                    },
+    {"\xff",   "a byte of UTF-16",                 kEncodingAdvice                                    },
+    {"\u2212", "",                                 "a minus is written '-'"                           },
+    {"\u2013", "",                                 "a minus is written '-'"                           },
+    {"\u00d7", "",                                 "a product is written 'x * y'"                     },
+    {"\u00b7", "",                                 "a product is written 'x * y'"                     },
+    {"\u00f7", "",                                 "a quotient is written 'x / y'"                    },
+    {"\u2260", "",                                 "'not equal' is written '<>'"                      },
+    {"\u2264", "",                                 "'at most' is written '<='"                        },
+    {"\u2265", "",                                 "'at least' is written '>='"                       },
+    {"\u00b2", "",                                 "a square is written 'x ^ 2'"                      },
+    {"\u221a", "",                                 "a square root is written 'sqrt(x)'"               },
+    {"|",      "",                                 "the boolean operators are '&&' and '||'"          },
+    {"&",      "",                                 "the boolean operators are '&&' and '||'"          },
+    {"!",      "",                                 "'not' is written '~', 'not equal' is written '<>'"},
+    {"%",      "",                                 "the remainder is written 'x mod y'"               },
+    {".",      "",                                 "a decimal has digits before and after its point"  },
+};
+
 constexpr Punctuation kPunctuation[] = {
     {"..", TokenKind::kRange       },
     {"(",  TokenKind::kOpen        },
@@ -141,12 +182,19 @@ void Lexer::Explain(const Token& bad) const {
     if (text.size() > mLimits->numberLength) failByLimit("a number", mLimits->numberLength);
     Fail(bad.span, "'" + std::string(text) + "' is neither a number nor a name");
   }
-  ModelError error = {bad.span, "unexpected character '" + std::string(text) + "'", {}};
-  if (text == "|" || text == "&") error.notes.push_back("the boolean operators are '&&' and '||'");
-  if (text == "!") error.notes.push_back("'not' is written '~', 'not equal' is written '<>'");
-  if (text == "%") error.notes.push_back("the remainder is written 'mod'");
-  if (text == ".") error.notes.push_back("a decimal has digits before and after its point");
-  throw error;
+  for (const auto& [stranger, name, advice] : kStrangers) {
+    if (text != stranger) continue;
+    const std::string quoted = "character '" + std::string(text) + "'";
+    Fail(bad.span, "unexpected " + (name.empty() ? quoted : std::string(name)),
+         {std::string(advice)});
+  }
+  if (static_cast<unsigned char>(text[0]) < 0x20 || text[0] == 0x7f) {
+    constexpr char kHex[] = "0123456789ABCDEF";
+    const auto code = static_cast<unsigned char>(text[0]);
+    Fail(bad.span, std::string("unexpected control character (U+00") + kHex[code >> 4] +
+                       kHex[code & 15] + ")");
+  }
+  Fail(bad.span, "unexpected character '" + std::string(text) + "'");
 }
 
 Span Lexer::NextValue() {

@@ -43,8 +43,12 @@ std::string RangeOf(const ZULTaVoObjectDescriptor& type) {
 
 /// Stores the integer; false when the type cannot hold it.
 bool StoreInteger(ZULTaVoInteger& object, std::int64_t value) {
+  const LocalValue any(*object.GetDescriptor());
+  any->SetAny();
+  const auto* limits = ZULTaVoCast<ZULTaVoInteger>(any.Get());
   const auto stored = static_cast<long>(value);
-  if (stored != value) return false;
+  if (stored != value || stored < limits->GetLowerBound() || stored > limits->GetUpperBound())
+    return false;
   object.SetExactValue(stored);
   return !object.IsNil() && !object.IsAny() && object.GetLowerBound() == stored &&
          object.GetUpperBound() == stored;
@@ -60,6 +64,18 @@ bool StoreReal(ZULTaVoReal& object, double lower, double upper) {
   }
   return !object.IsNil() && !object.IsAny() && object.GetLowerBound() <= lower &&
          object.GetUpperBound() >= upper;
+}
+
+/// Whether all of the domain lies where its type does not tell numbers apart any more.
+template <class Number>
+bool IsBeyondLimits(const ZULTaVoAny& value) {
+  const auto* number = ZULTaVoCast<const Number>(&value);
+  if (number == nullptr) return false;
+  const LocalValue any(*value.GetDescriptor());
+  any->SetAny();
+  const auto* limits = ZULTaVoCast<const Number>(any.Get());
+  return number->GetLowerBound() >= limits->GetUpperBound() ||
+         number->GetUpperBound() <= limits->GetLowerBound();
 }
 
 /// Kinds of statements stand in the order of the comparisons that they state.
@@ -129,6 +145,21 @@ bool ModelBuilder::IsBoolean(const Value& value) const {
          ZULTaVoCast<const ZULTaVoBoolean>(ObjectOf(value.index)) != nullptr;
 }
 
+bool ModelBuilder::TakesNumbers(const Value& value) const {
+  if (!value.IsExpression()) return false;
+  const ZULTavModel::Expression& expression = mModel.mExpressions[value.index];
+  return std::all_of(std::begin(expression.operands), std::end(expression.operands),
+                     [this](std::uint32_t operand) {
+                       return operand != kNone &&
+                              ZULTaVoCast<const ZULTaVoNumber>(ObjectOf(operand)) != nullptr;
+                     });
+}
+
+void ModelBuilder::Warn(Span span, std::string message, std::vector<std::string> notes) {
+  if (mWarnings.size() >= mLimits.errors) return;
+  mWarnings.try_emplace(span.position, ModelError{span, std::move(message), std::move(notes)});
+}
+
 // --- Constants --------------------------------------------------------------------------------
 
 std::size_t ModelBuilder::ConstantHash::operator()(const ConstantKey& key) const {
@@ -151,6 +182,11 @@ void ModelBuilder::StoreConstant(ZULTaVoAny& object, const Value& value, Type ty
   if (!stored)
     Fail(value.span, constant.Describe() + " is beyond the limits of '" + type->GetName() + "', " +
                          RangeOf(*type));
+}
+
+void ModelBuilder::CheckRange(const Value& number, Type type) const {
+  const LocalValue value(*type);
+  StoreConstant(*value.Get(), number, type);
 }
 
 /// The expression that is this constant as a value of the type.
@@ -210,7 +246,45 @@ ModelBuilder::Application ModelBuilder::Resolve(const Operation& operation, cons
   for (unsigned int i = 0; i < count; ++i)
     result.operands[i] =
         operands[i].IsExpression() ? operands[i].index : LeafFor(operands[i], types[i]);
+  if (!mQuotients.empty()) WarnOfQuotients(result);
   return result;
+}
+
+/// Remembers a quotient of integers unless it is known to be one.
+void ModelBuilder::NoteQuotient(std::uint32_t expression, Span span) {
+  const std::uint32_t* operands = mModel.mExpressions[expression].operands;
+  const auto* dividend = ZULTaVoCast<const ZULTaVoInteger>(ObjectOf(operands[0]));
+  const auto* divisor = ZULTaVoCast<const ZULTaVoInteger>(ObjectOf(operands[1]));
+  if (dividend == nullptr || divisor == nullptr) return;
+  const long by = divisor->GetLowerBound();
+  const bool isFixed = divisor->GetUpperBound() == by;
+  if (isFixed && (by == 1 || by == -1)) return;
+  const bool areFixed = isFixed && dividend->GetLowerBound() == dividend->GetUpperBound();
+  if (areFixed && by != 0 && dividend->GetLowerBound() % by == 0) return;
+  mQuotients.emplace(expression, span);
+}
+
+/// Warns where an operator on reals takes integers that were computed by division.
+void ModelBuilder::WarnOfQuotients(const Application& application) {
+  bool wantsReal = mRegistry.IsReal(application.op->GetResultType());
+  for (unsigned int i = 0; i < application.count; ++i)
+    wantsReal = wantsReal || mRegistry.IsReal(ObjectOf(application.operands[i])->GetDescriptor());
+  if (!wantsReal) return;
+  constexpr std::size_t kMostSteps = 100;
+  std::vector<std::uint32_t> pending(application.operands,
+                                     application.operands + application.count);
+  for (std::size_t step = 0; !pending.empty() && step < kMostSteps; ++step) {
+    const std::uint32_t next = pending.back();
+    pending.pop_back();
+    const ZULTavModel::Expression& expression = mModel.mExpressions[next];
+    if (expression.op == nullptr || ZULTaVoCast<const ZULTaVoInteger>(expression.object) == nullptr)
+      continue;
+    if (const auto quotient = mQuotients.find(next); quotient != mQuotients.end())
+      Warn(quotient->second, "between integers '/' is exact: a remainder leaves no solution",
+           {"for a real quotient make an operand real, as in 'x / 2.0' or '(real) x / y'"});
+    for (const std::uint32_t operand : expression.operands)
+      if (operand != kNone) pending.push_back(operand);
+  }
 }
 
 void ModelBuilder::FailToResolve(const Operation& operation, const Value* operands,
@@ -316,7 +390,36 @@ Value ModelBuilder::Apply(const Operation& operation, const Value* operands, uns
       application.op, object, {application.operands[0], application.operands[1]}
   });
   Enter(index, hash);
+  if (operation.op == Op::kDivide) NoteQuotient(index, operation.span);
   return Value::OfExpression(index, operation.span);
+}
+
+Value ModelBuilder::ApplyToConstants(const Operation& operation, const Value* operands,
+                                     unsigned int count) {
+  const std::size_t known = mModel.mExpressions.size();
+  const Value result = Apply(operation, operands, count, nullptr);
+  if (result.index >= known) Compute(result);
+  return result;
+}
+
+void ModelBuilder::Compute(const Value& value) {
+  const ZULTavModel::Expression& expression = mModel.mExpressions[value.index];
+  ZULTaVoNetwork network;
+  ZULTaVoObject* operands[2] = {nullptr, nullptr};
+  for (unsigned int i = 0; i < expression.op->GetNumberOfArguments(); ++i) {
+    const ZULTaVoAny* operand = ObjectOf(expression.operands[i]);
+    operands[i] = network.AddObject(operand->GetDescriptor(), operand);
+  }
+  ZULTaVoAny* result = network.AddObject(expression.op->GetResultType());
+  if (!expression.op->Post(network, operands, result)) throw std::bad_alloc();
+  if (network.Propagate() == ZULTaVoNetwork::Status::kContradiction)
+    Fail(value.span, "this constant has no value");
+  if (IsBeyondLimits<ZULTaVoReal>(*result) || IsBeyondLimits<ZULTaVoInteger>(*result)) {
+    const Type type = result->GetDescriptor();
+    Fail(value.span, "this constant is beyond the limits of '" + std::string(type->GetName()) +
+                         "', " + RangeOf(*type));
+  }
+  expression.object->Assign(*result);
 }
 
 // --- Comparisons ------------------------------------------------------------------------------

@@ -1,6 +1,7 @@
 #ifndef ZULTAV_CALCULATOR_MODEL_BUILDER_H
 #define ZULTAV_CALCULATOR_MODEL_BUILDER_H
 
+#include <map>
 #include <memory>
 #include <unordered_map>
 #include <vector>
@@ -89,12 +90,25 @@ class ModelBuilder {
   Type TypeOf(const Value& value) const;
   /// Whether it is an expression whose values are truth values.
   bool IsBoolean(const Value& value) const;
+  /// Whether it is an operator applied to two numbers.
+  bool TakesNumbers(const Value& value) const;
+
+  /// Notes what is probably not meant, once for each place in the source.
+  void Warn(Span span, std::string message, std::vector<std::string> notes);
+  /// Ends a source: what was divided there is not warned of in another.
+  void ForgetQuotients() { mQuotients.clear(); }
+  /// By their positions.
+  const std::map<std::uint32_t, ModelError>& GetWarnings() const { return mWarnings; }
 
   /// Applies an operator to its operands (none, one or two) and answers the result. Where it can,
   /// the result is the object of `target` (null: of none), so that an equation between both holds
   /// without a constraint of its own.
   Value Apply(const Operation& operation, const Value* operands, unsigned int count,
               const Value* target);
+  /// As Apply, and computes the result, so that what follows knows it. Fails where there is none.
+  Value ApplyToConstants(const Operation& operation, const Value* operands, unsigned int count);
+  /// Fails where the type cannot hold the number.
+  void CheckRange(const Value& number, Type type) const;
   /// Adds the constraint of an asserting comparison. Its value, which equals one of the operands,
   /// is the object of this operand where the types allow it.
   Value Relate(const Operation& operation, const Value& left, const Value& right);
@@ -128,6 +142,8 @@ class ModelBuilder {
   ZULTaVoAny* ObjectOf(std::uint32_t expression) const {
     return mModel.mExpressions[expression].object;
   }
+  void NoteQuotient(std::uint32_t expression, Span span);
+  void WarnOfQuotients(const Application& application);
   Application Resolve(const Operation& operation, const Value* operands, unsigned int count);
   [[noreturn]] void FailToResolve(const Operation& operation, const Value* operands,
                                   unsigned int count) const;
@@ -135,6 +151,7 @@ class ModelBuilder {
   void StoreConstant(ZULTaVoAny& object, const Value& value, Type type) const;
   ZULTaVoAny* ResultObject(const Application& application, const Value* target);
   ZULTaVoAny* NewObject(Type type, const void* from = nullptr);
+  void Compute(const Value& value);
   void Post(const Application& application, ZULTaVoAny* result, Span span);
   Value RelateResolved(const Operation& operation, const Application& application, bool record);
   std::uint32_t Append(const ZULTavModel::Expression& expression);
@@ -149,6 +166,8 @@ class ModelBuilder {
   std::vector<std::uint32_t> mLeaves;  // of each variable: its first expression
   std::unordered_map<ConstantKey, std::uint32_t, ConstantHash> mConstants;
   std::vector<Entry> mTable;  // open hash table of the expressions that apply operators
+  std::unordered_map<std::uint32_t, Span> mQuotients;  // integers that may not divide
+  std::map<std::uint32_t, ModelError> mWarnings;
   std::size_t mApplied = 0;
   std::size_t mElements = 0;
   std::size_t mOperations = 0;

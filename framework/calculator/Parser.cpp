@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "framework/calculator/Suggestion.h"
+
 namespace {
 
 constexpr std::string_view kAfterStatement = "an operator or ';' after the statement";
@@ -44,7 +46,8 @@ Parser::Parser(const Source& source, Span part, const ZULTavCalculator::Limits& 
       mIsOperator(std::move(isOperator)),
       mLexer(source, limits, part),
       mToken(mLexer.Next()),
-      mPrevious{part.position, 0} {}
+      mPrevious{part.position, 0},
+      mStatement(part.position) {}
 
 void Parser::Advance() {
   mPrevious = mToken.span;
@@ -77,11 +80,27 @@ bool Parser::IsOnNewLine() const {
 /// What is missing at the end of a line is missing there, not where the next line begins.
 void Parser::FailExpected(std::string_view what) const {
   if (Is(TokenKind::kBad)) mLexer.Explain(mToken);
-  const Span behind = {mPrevious.End(), 1};
-  std::string message = "expected " + std::string(what);
-  if (Is(TokenKind::kEnd)) Fail(behind, message + " before the end of the text");
-  if (IsOnNewLine()) Fail(behind, message);
-  Fail(mToken.span, message + ", found " + Quote(TextOf(mToken.span)));
+  ModelError error = {
+      {mPrevious.End(), 1},
+      "expected " + std::string(what), Advise()
+  };
+  if (Is(TokenKind::kEnd)) {
+    error.message += " before the end of the text";
+  } else if (!IsOnNewLine()) {
+    error.span = mToken.span;
+    error.message += ", found " + Quote(TextOf(mToken.span));
+  }
+  throw error;
+}
+
+/// Whether the statement went wrong by a word that the language does not have.
+std::vector<std::string> Parser::Advise() const {
+  std::string_view advice = IsOnNewLine() ? std::string_view() : AdviceFor(TextOf(mToken.span));
+  Lexer words(mSource, mLimits, {mStatement, std::max(mPrevious.End(), mStatement) - mStatement});
+  for (Token word = words.Next(); advice.empty() && word.span.length != 0; word = words.Next())
+    if (word.kind == TokenKind::kName) advice = AdviceForKeyword(TextOf(word.span));
+  if (advice.empty()) return {};
+  return {std::string(advice)};
 }
 
 // --- Statements -------------------------------------------------------------------------------
@@ -128,6 +147,7 @@ bool Parser::StartsDeclaration() {
 
 void Parser::ParseStatement(std::vector<Statement>& statements, bool inLoop) {
   const Level level(*this);
+  mStatement = mToken.span.position;
   if (!inLoop && Is(TokenKind::kLet)) return ParseLet(statements);
   if (Is(TokenKind::kLet)) Fail(mToken.span, "a constant cannot be named inside 'for'");
   Statement statement;

@@ -28,6 +28,7 @@ class Parser {
   bool Is(TokenKind kind) const { return mToken.kind == kind; }
   bool Accept(TokenKind kind);
   Token Expect(TokenKind kind, std::string_view what);
+  std::vector<std::string> Advise() const;
   [[noreturn]] void FailExpected(std::string_view what) const;
   bool IsOnNewLine() const;
   std::string_view TextOf(Span span) const { return mSource.GetText(span); }
@@ -62,6 +63,7 @@ class Parser {
   Lexer mLexer;
   Token mToken;
   Span mPrevious;
+  std::uint32_t mStatement;  // where the present statement begins
   Syntax* mSyntax = nullptr;
   std::size_t mNesting = 0;
   std::size_t mBraces = 0;

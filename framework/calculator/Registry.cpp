@@ -152,6 +152,7 @@ bool Registry::IsSingle(Type type) const {
 }
 
 bool Registry::IsReal(Type type) const {
+  type = LiteralTypeBelow(type);
   return type != nullptr &&
          (type == Get(LiteralType::kIntervalReal) || type == Get(LiteralType::kSingleReal));
 }

@@ -50,7 +50,7 @@ class Registry {
   TypeChoice ChooseTypes(const Constant& literal, Type other) const;
   /// Whether values of the type are single values, not intervals.
   bool IsSingle(Type type) const;
-  /// Whether it is one of the two types of real literals.
+  /// Whether it is one of the two types of real literals or specialises one.
   bool IsReal(Type type) const;
   /// For messages: the name of the type that literals of this kind would need first.
   static std::string_view NameOfWanted(const Constant& literal);

@@ -21,4 +21,10 @@ class Suggestion {
   std::string mBest;
 };
 
+/// What the language has for a word that other languages have; empty for any other word.
+std::string_view AdviceFor(std::string_view word);
+/// As AdviceFor, of those words only that make nonsense of the statement around them, as "and"
+/// does.
+std::string_view AdviceForKeyword(std::string_view word);
+
 #endif

@@ -31,6 +31,13 @@ class Reader {
     return mErrors.IsEmpty() ? std::move(mModel) : nullptr;
   }
 
+  void Warn(std::vector<ZULTavDiagnostic>& warnings) const {
+    for (const auto& [position, warning] : mBuilder.GetWarnings()) {
+      warnings.push_back(mSource.Describe(warning));
+      warnings.back().isWarning = true;
+    }
+  }
+
  private:
   void TakeDefinitions() {
     for (const auto& [name, text] : mOptions.definitions) {
@@ -90,7 +97,8 @@ ZULTavCalculator::~ZULTavCalculator() = default;
 std::unique_ptr<ZULTavModel> ZULTavCalculator::Read(std::string_view text,
                                                     std::string_view fileName,
                                                     const Options& options,
-                                                    std::vector<ZULTavDiagnostic>& errors) const {
+                                                    std::vector<ZULTavDiagnostic>& errors,
+                                                    std::vector<ZULTavDiagnostic>* warnings) const {
   const std::size_t limit = std::min(options.limits.sourceBytes, kLargestSource);
   const auto refuse = [&](const std::string& message) {
     ZULTavDiagnostic diagnostic;
@@ -100,10 +108,16 @@ std::unique_ptr<ZULTavModel> ZULTavCalculator::Read(std::string_view text,
   };
   try {
     try {
+      constexpr std::string_view kByteOrderMark = "\ufeff";
+      if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark)
+        text.remove_prefix(kByteOrderMark.size());
       if (text.size() <= limit) {
         const Source source(fileName, text);
         ErrorList list(errors, options.limits.errors);
-        return Reader(source, mModules, options, list).Read();
+        Reader reader(source, mModules, options, list);
+        auto model = reader.Read();
+        if (warnings != nullptr) reader.Warn(*warnings);
+        return model;
       }
       refuse("the text of " + std::to_string(text.size()) + " bytes is longer than the limit of " +
              std::to_string(limit));

@@ -44,9 +44,11 @@ class ZULTAV_CALCULATOR_API ZULTavCalculator {
 
   /// The model of the text, not yet propagated. Null when there are errors, which are appended
   /// to `errors`; never throws. (When memory runs out altogether, null may come without an error.)
+  /// What is probably not meant is appended to `warnings`, unless that is null, with or without
+  /// errors; it does not change the model.
   std::unique_ptr<ZULTavModel> Read(std::string_view text, std::string_view fileName,
-                                    const Options& options,
-                                    std::vector<ZULTavDiagnostic>& errors) const;
+                                    const Options& options, std::vector<ZULTavDiagnostic>& errors,
+                                    std::vector<ZULTavDiagnostic>* warnings = nullptr) const;
 
  private:
   std::vector<const ZULTaVoModule*> mModules;

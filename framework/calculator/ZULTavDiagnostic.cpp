@@ -23,7 +23,7 @@ std::size_t CountCharacters(std::string_view text) {
 void ZULTavDiagnostic::Print(std::ostream& out) const {
   out << file;
   if (line > 0) out << ':' << line << ':' << column;
-  out << ": error: " << Printable(message) << '\n';
+  out << (isWarning ? ": warning: " : ": error: ") << Printable(message) << '\n';
   if (line > 0) {
     const std::string_view shown = sourceLine;
     const std::size_t start = std::min(shown.size(), static_cast<std::size_t>(caret));

@@ -7,7 +7,8 @@
 
 #include "framework/calculator/Export.h"
 
-/// One error in a model text: what is wrong, where, and what may help.
+/// One error in a model text, or something that is probably not meant: what is wrong, where, and
+/// what may help.
 struct ZULTAV_CALCULATOR_API ZULTavDiagnostic {
   std::string message;
   std::string file;
@@ -18,8 +19,10 @@ struct ZULTAV_CALCULATOR_API ZULTavDiagnostic {
   int caret = 0;   ///< where in sourceLine the error begins, in bytes
   int length = 0;  ///< how many bytes of sourceLine it covers
   std::vector<std::string> notes;
+  bool isWarning = false;
 
-  /// Writes "file:line:column: error: message", the line with a caret below it, and the notes.
+  /// Writes "file:line:column: error: message", or "warning:", the line with a caret below it, and
+  /// the notes.
   void Print(std::ostream& out) const;
 };
 

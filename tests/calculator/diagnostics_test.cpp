@@ -14,6 +14,11 @@ TEST(DiagnosticsTest, EveryFaultIsNamedWhereItStands) {
   // Text
       {"x = 3 $ 4;",                               "1:7",  {"unexpected character '$'"}                                          },
       {"p | q;",                                   "1:3",  {"unexpected character '|'", "'&&' and '||'"}                         },
+      {"x =\u00a0y;",                              "1:4",  {"a no-break space (U+00A0)", "remove it"}                            },
+      {"x = y\u200b;",                             "1:6",  {"a zero-width space (U+200B)"}                                       },
+      {"x = \ufeffy;",                             "1:5",  {"a byte order mark (U+FEFF)"}                                        },
+      {"x \u2265 y;",                              "1:3",  {"'>='"}                                                              },
+      {"x = \x01;",                                "1:5",  {"control character (U+0001)"}                                        },
       {"x = 12ab;",                                "1:5",  {"'12ab' is neither a number nor a name"}                             },
       {"x = .5;",                                  "1:5",  {"a decimal has digits before and after its point"}                   },
       {"x = 1 /* no end",                          "1:7",  {"this comment has no end"}                                           },
@@ -43,7 +48,16 @@ TEST(DiagnosticsTest, EveryFaultIsNamedWhereItStands) {
  // Names
       {"x = yy;",                                  "1:5",  {"unknown name 'yy'", "did you mean 'y'?"}                            },
       {"x = Array[1];",                            "1:5",  {"unknown array 'Array'", "did you mean 'array'?"}                    },
-      {"w = sqr(w);",                              "1:5",  {"unknown operator 'sqr'", "did you mean 'sqrt'?"}                    },
+      {"w = sqr(w);",                              "1:5",  {"unknown operator 'sqr'", "'x ^ 2'"}                                 },
+      {"w = log(w);",                              "1:5",  {"unknown operator 'log'", "'ln(x)'"}                                 },
+      {"w = pow(w, 2);",                           "1:5",  {"unknown operator 'pow'", "'x ^ y'"}                                 },
+      {"x > 1 and y < 2;",                         "1:7",  {"found 'and'", "'&&'"}                                               },
+      {"not p;",                                   "1:5",  {"found 'p'", "'~'"}                                                  },
+      {"if x > 3 then y = 1;",                     "1:4",  {"found 'x'", "'p -> (x == 1)'"}                                      },
+      {"if (p) x = 1;",                            "1:8",  {"found 'x'", "'p -> (x == 1)'"}                                      },
+      {"else x = 2;",                              "1:6",  {"'~p -> (x == 2)' for 'else'"}                                       },
+      {"x = mod(y, 3);",                           "1:5",  {"found 'mod'", "'x mod y'"}                                          },
+      {"int z;",                                   "1:5",  {"'x : int;'"}                                                        },
       {"primenumber(x);",                          "1:1",  {"did you mean 'PrimeNumber'?"}                                       },
       {"p -> alldiferent(x, y);",                  "1:6",  {"did you mean 'alldifferent'?"}                                      },
       {"z : intreval int;",                        "1:5",  {"unknown type", "did you mean 'interval int'?", "'angle'"}           },
@@ -88,9 +102,19 @@ TEST(DiagnosticsTest, EveryFaultIsNamedWhereItStands) {
       {"w = 1e400;",                               "1:5",  {"beyond the limits of 'interval real'"}                              },
       {"z : int = [1 2];",                         "1:14", {}                                                                    },
       {"z : int = [1, 2] 3;",                      "1:18", {}                                                                    },
-      {"z : int = 1.5;",                           "1:12", {"expected ';' after the value", "like '[0,10]' or 'Any'"}            },
+      {"z : int = 1.5;",                           "1:11", {"the number 1.5 is no integer"}                                      },
+      {"z : int = [5, 1];",                        "1:11", {"this interval is empty", "'Nil'"}                                   },
+      {"z : real = [Max, 1];",                     "1:12", {"this interval is empty"}                                            },
+      {"z : int = [0, 2147483647];",               "1:15", {"beyond the limits of 'interval int'"}                               },
+      {"z : single int = -3000000000;",            "1:18", {"beyond the limits of 'single int'"}                                 },
+      {"z : real = [0, 2 * 1e19];",                "1:16", {"beyond the limits of 'interval real'"}                              },
+      {"z : real = 1e400;",                        "1:12", {"this constant is too large"}                                        },
+      {"let k = 1e400;",                           "1:9",  {"this constant is too large"}                                        },
+      {"let k = 2 * sqrt(1 - 2);",                 "1:13", {"this constant has no value"}                                        },
+      {"let k = exp(exp(3)) + exp(60);",
+       "1:23",                                             {"this constant is beyond the limits of 'interval real'"}             },
       {"z : int = Many;",                          "1:14", {"no value of the type 'interval int'"}                               },
-      {"z : int = [0, 9999999999];",               "1:25", {"no value of the type 'interval int'"}                               },
+      {"z : int = [0, 9999999999];",               "1:15", {"the integer 9999999999 is beyond the limits"}                       },
       {"z : single int = [1, 2];",                 "1:19", {"no value of the type 'single int'"}                                 },
       {"z : bool = 1;",                            "1:12", {"no value of the type 'single bool'", "'True' or 'Any'"}             },
       {"z : int = [1, x];",                        "1:15", {"'x' is a variable"}                                                 },
@@ -109,6 +133,47 @@ TEST(DiagnosticsTest, EveryFaultIsNamedWhereItStands) {
   }
 }
 
+TEST(DiagnosticsTest, WhatIsHardlyMeantIsWarnedOf) {
+  const struct {
+    std::string source, place, fragment;  // of the only warning, if any
+  } kRows[] = {
+      {"w = x / 2;",                        "1:7",  "'x / 2.0'"   },
+      {"x / 2 = w;",                        "1:3",  "'/' is exact"},
+      {"w = 1 + 2 * (x / y);",              "1:16", "'/' is exact"},
+      {"w = sqrt(x / y);",                  "1:12", "'/' is exact"},
+      {"for i in 1..3 : w = array[i] / 2;", "1:30", "'/' is exact"},
+      {"z : angle; z = odd / 2;",           "1:20", "'/' is exact"},
+      {"w = even / 2;",                     "",     ""            },
+      {"w = x / 1;",                        "",     ""            },
+      {"w = x / 2.0;",                      "",     ""            },
+      {"w = (real) x / 2;",                 "",     ""            },
+      {"w = 7 / 2;",                        "",     ""            },
+      {"y = x / 2;",                        "",     ""            },
+      {"x == 3;",                           "1:3",  "write '='"   },
+      {"p == (x == 3);",                    "",     ""            },
+      {"x == 3 || y == 3;",                 "",     ""            },
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.source);
+    std::vector<ZULTavDiagnostic> errors, warnings;
+    const auto model = ZULTavCalculator({&Numbers()})
+                           .Read(
+                               "x, y : int; odd : int = 7; even : int = 6; p : bool; w : real; "
+                               "array[1..3] : int;\n" +
+                                   row.source,
+                               "test", {}, errors, &warnings);
+    EXPECT_NE(model, nullptr);
+    ASSERT_EQ(warnings.size(), row.place.empty() ? 0U : 1U);
+    if (warnings.empty()) continue;
+    std::ostringstream out;
+    warnings[0].Print(out);
+    EXPECT_EQ(std::to_string(warnings[0].line - 1) + ":" + std::to_string(warnings[0].column),
+              row.place);
+    EXPECT_NE(out.str().find(": warning: "), std::string::npos);
+    EXPECT_NE(out.str().find(row.fragment), std::string::npos) << out.str();
+  }
+}
+
 TEST(DiagnosticsTest, ErrorIsPrintedWithItsLineAndCaret) {
   const Reading reading = ReadModel("x : int;\n\tx = /* ä */ xx + 1;");
   EXPECT_EQ(reading.ErrorText(),
@@ -116,6 +181,7 @@ TEST(DiagnosticsTest, ErrorIsPrintedWithItsLineAndCaret) {
             "  \tx = /* ä */ xx + 1;\n"
             "  \t            ^~\n"
             "  note: did you mean 'x'?\n");
+  EXPECT_EQ(ReadModel("\ufeffx = ;").errors.at(0).column, 5) << "a leading mark is skipped";
   EXPECT_EQ(reading.errors[0].length, 2);
   // Of a very long line a part is shown.
   const Reading wide = ReadModel("x : int; x = " + std::string(1000000, ' ') + "§" +
@@ -126,7 +192,7 @@ TEST(DiagnosticsTest, ErrorIsPrintedWithItsLineAndCaret) {
   EXPECT_EQ(wide.errors[0].sourceLine.substr(static_cast<std::size_t>(wide.errors[0].caret), 2),
             "§");
   std::ostringstream out;
-  ZULTavDiagnostic{"no place", "file", 0, 0, "", 0, 0, {}}.Print(out);
+  ZULTavDiagnostic{"no place", "file", 0, 0, "", 0, 0, {}, false}.Print(out);
   EXPECT_EQ(out.str(), "file: error: no place\n");
 }
 

@@ -131,7 +131,19 @@ TEST(LiteralsTest, DecimalsAreEnclosedByTheirNeighbours) {
     SCOPED_TRACE(decimal);
     const auto expected = Directed([&] { return std::strtod(decimal.c_str(), nullptr); });
     EXPECT_EQ(BoundsOf(decimal), expected);
+    const Reading reading =
+        ReadModel("x : real = " + decimal + "; y : real = [-" + decimal + ", " + decimal + "];");
+    const auto& x = dynamic_cast<const ZULTaVoReal&>(reading.Value("x"));
+    const auto& y = dynamic_cast<const ZULTaVoReal&>(reading.Value("y"));
+    EXPECT_EQ(std::pair(x.GetLowerBound(), x.GetUpperBound()), expected);
+    EXPECT_EQ(std::pair(-y.GetLowerBound(), y.GetUpperBound()),
+              std::pair(expected.second, expected.second));
   }
+}
+
+TEST(LiteralsTest, AnInitialValueIsTheNumberThatAStatementGives) {
+  EXPECT_TRUE(IsConsistent("x : real = 1.7; y : real = 4.5; z : real = 7.65; z = x * y;"));
+  EXPECT_EQ(ReadModel("x : single real = 0.1;").ValueText("x"), "0.1");
 }
 
 TEST(LiteralsTest, FoldedRealsAreTheTightestEnclosure) {
@@ -164,19 +176,21 @@ TEST(LiteralsTest, DefinitionsReplaceAndSupplyConstants) {
     Definitions definitions;
     std::string outcome;  // the first statement, or a part of the error
   } kRows[] = {
-      {"let n = 8; x : int; x = n;",         {{"n", "12"}},                       "x = [12,12]; "               },
-      {"x : int = [1, n]; x < n + m;",       {{"n", "3"}, {"m", "-2 * (4 - 1)"}}, "x < [-3,-3]; "               },
-      {"let k = n, n = 8; x : int; x = k;",  {{"n", "5"}},                        "x = [5,5]; "                 },
-      {"x : real; x = g;",                   {{"g", "9.75"}},                     "x = 9.75; "                  },
-      {"let t = false; p : bool; p == t;",   {{"t", "true"}},                     "(p == True); "               },
-      {"let count = 8; x : int; x = count;", {{"cuont", "9"}},                    "did you mean 'count'?"       },
-      {"x : int; x = 1;",                    {{"n", "8"}},                        "the model does not use 'n'"  },
-      {"let n = 8;",                         {{"n", "8 9"}},                      "definition of 'n':1:3: error"},
-      {"let n = 8;",                         {{"n", ""}},                         "expected an expression"      },
-      {"let n = 8;",                         {{"n", "[1, 2]"}},                   "expected an expression"      },
-      {"let n = 8; let n = 9;",              {{"n", "1"}},                        "has a meaning already"       },
-      {"n : int;",                           {{"n", "8"}},                        "defined from outside"        },
-      {"x : int; x = for;",                  {{"for", "8"}},                      "cannot be the name"          },
+      {"let n = 8; x : int; x = n;",         {{"n", "12"}},                       "x = [12,12]; "                       },
+      {"x : int = [1, n]; x < n + m;",       {{"n", "3"}, {"m", "-2 * (4 - 1)"}}, "x < [-3,-3]; "                       },
+      {"let k = n, n = 8; x : int; x = k;",  {{"n", "5"}},                        "x = [5,5]; "                         },
+      {"x : real; x = g;",                   {{"g", "9.75"}},                     "x = 9.75; "                          },
+      {"let t = false; p : bool; p == t;",   {{"t", "true"}},                     "(p == True); "                       },
+      {"let count = 8; x : int; x = count;", {{"cuont", "9"}},                    "did you mean 'count'?"               },
+      {"x : int; x = 1;",                    {{"n", "8"}},                        "the model does not use 'n'"          },
+      {"let n = 8;",                         {{"n", "8 9"}},                      "definition of 'n':1:3: error"        },
+      {"let n = 8;",                         {{"n", ""}},                         "expected an expression"              },
+      {"let n = 8;",                         {{"n", "sqrt(-1)"}},                 "'n':1:1: error: this constant has no"},
+      {"x : real = n;",                      {{"n", "1e30"}},                     "beyond the limits"                   },
+      {"let n = 8;",                         {{"n", "[1, 2]"}},                   "expected an expression"              },
+      {"let n = 8; let n = 9;",              {{"n", "1"}},                        "has a meaning already"               },
+      {"n : int;",                           {{"n", "8"}},                        "defined from outside"                },
+      {"x : int; x = for;",                  {{"for", "8"}},                      "cannot be the name"                  },
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.source);

@@ -90,7 +90,7 @@ TEST(CommandLineTest, EachLimitHasItsEnding) {
       {kPigeons,            "--max-nodes 1000", "UNKNOWN",       0,  4},
       {kPigeons,            "-t 0.2",           "UNKNOWN",       0,  4},
       {"x : int = [1, 1];", "-n 1",             "ALL_SOLUTIONS", 1,  0},
-      {"x : int = [2, 1];", "",                 "UNSATISFIABLE", 0,  0},
+      {"x : int = Nil;",    "",                 "UNSATISFIABLE", 0,  0},
   };
   for (const auto& [model, arguments, status, solutions, exit] : rows) {
     SCOPED_TRACE(arguments);

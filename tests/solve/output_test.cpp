@@ -235,6 +235,22 @@ TEST(OutputTest, CheckSaysWhatAModelHolds) {
   EXPECT_EQ(document["errors"], json::array());
 }
 
+TEST(OutputTest, WarningsChangeNothingElse) {
+  const std::string model = "x : int = [6, 7]; half : real; half = x / 2;";
+  for (const std::string command : {"solve - -a", "check -"}) {
+    SCOPED_TRACE(command);
+    const Result text = Zultav(command, model);
+    EXPECT_EQ(text.status, 0);
+    EXPECT_EQ(text.err.find("<stdin>:1:41: warning: "), 0U) << text.err;
+    EXPECT_EQ(text.out.find("warning"), std::string::npos);
+    const Result structured = Zultav(command + " --format json", model);
+    EXPECT_EQ(structured.err, "");
+    EXPECT_EQ(structured.Json()["errors"], json::array());
+    EXPECT_EQ(structured.Json()["warnings"].at(0)["column"], 41);
+  }
+  EXPECT_EQ(Zultav("solve - -a", model).out.find("x = [6,6]\nhalf = 3.0\n"), 0U);
+}
+
 TEST(OutputTest, TheCatalogueIsListedInOrder) {
   const json operators = Zultav("operators --format json").Json()["operators"];
   ASSERT_EQ(operators.size(), 495u);
