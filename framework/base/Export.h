@@ -1,4 +1,4 @@
 #pragma once
 
 /// Marks what a library offers to others; everything else is hidden by the build.
-#define ZW4_API __attribute__((visibility("default")))
+#define ZULTAV_BASE_API __attribute__((visibility("default")))

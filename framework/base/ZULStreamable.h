@@ -13,7 +13,7 @@ struct ZULStreamableInit {
 /// Root of everything that object streams can carry. Holds no data.
 ///
 /// The order of the virtual operations is part of the binary contract.
-class ZW4_API ZULStreamable {
+class ZULTAV_BASE_API ZULStreamable {
  public:
   virtual ~ZULStreamable();
 

@@ -13,7 +13,7 @@ class ZULStreamable;
 /// Records may be built and destroyed in any order, during static initialisation too: entering one
 /// neither allocates nor throws. The registry has no lock: libraries are loaded and unloaded from
 /// one thread, while no other reads or writes objects.
-class ZW4_API ZULStreamableClass {
+class ZULTAV_BASE_API ZULStreamableClass {
  public:
   /// Given null, a builder makes a new object (null if memory is out); given an object, it returns
   /// that object unchanged.

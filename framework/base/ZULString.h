@@ -9,7 +9,7 @@
 /// Text of the framework's interfaces: names of types, operators and modules.
 ///
 /// Nothing here throws: a text for which there is no memory becomes the empty string.
-class ZW4_API ZULString {
+class ZULTAV_BASE_API ZULString {
  public:
   ZULString() noexcept = default;
   /// Null is the empty string.

@@ -6,10 +6,10 @@
 #include <istream>
 #include <new>
 
-#include "framework/base/StreamFormat.h"
 #include "framework/base/ZULStreamableClass.h"
+#include "framework/base/detail/StreamFormat.h"
 
-using namespace ZULStreams;
+using namespace zultav::detail;
 
 static_assert(sizeof(int) == 4 && sizeof(double) == 8, "the format's numbers are the platform's");
 

@@ -22,7 +22,7 @@ class ZULStreamableClass;
 ///
 /// Objects read through pointers keep their number for the life of the stream: do not destroy one
 /// while more is to be read.
-class ZW4_API ZULipstream {
+class ZULTAV_BASE_API ZULipstream {
  public:
   /// Tells whether an object is of the class that the reader wants.
   using Fits = bool (*)(const ZULStreamable&);
@@ -105,18 +105,18 @@ class ZW4_API ZULipstream {
   std::size_t mSettled = 0;     // objects below this number belong to the callers
 };
 
-namespace ZULStreams {
+namespace zultav::detail {
 template <class C>
 bool IsA(const ZULStreamable& object) {
   return dynamic_cast<const C*>(&object) != nullptr;
 }
-}  // namespace ZULStreams
+}  // namespace zultav::detail
 
 /// Reads a pointer to a C or to a class derived from it (see ZULipstream::ReadObjectPointer). Null
 /// is a pointer as well; on failure `target` is null and the answer false.
 template <class C>
 bool ReadPointerAs(ZULipstream& in, C*& target) noexcept {
-  target = dynamic_cast<C*>(in.ReadObjectPointer(&ZULStreams::IsA<C>));
+  target = dynamic_cast<C*>(in.ReadObjectPointer(&zultav::detail::IsA<C>));
   return in.Good();
 }
 
@@ -124,6 +124,6 @@ bool ReadPointerAs(ZULipstream& in, C*& target) noexcept {
 /// failure `target` is empty and the answer false.
 template <class C>
 bool ReadOwnedAs(ZULipstream& in, std::unique_ptr<C>& target) noexcept {
-  target.reset(dynamic_cast<C*>(in.ReadOwnedPointer(&ZULStreams::IsA<C>)));
+  target.reset(dynamic_cast<C*>(in.ReadOwnedPointer(&zultav::detail::IsA<C>)));
   return in.Good();
 }

@@ -5,11 +5,11 @@
 #include <new>
 #include <ostream>
 
-#include "framework/base/StreamFormat.h"
 #include "framework/base/ZULStreamable.h"
 #include "framework/base/ZULStreamableClass.h"
+#include "framework/base/detail/StreamFormat.h"
 
-using namespace ZULStreams;
+using namespace zultav::detail;
 
 static_assert(sizeof(int) == 4 && sizeof(double) == 8, "the format's numbers are the platform's");
 

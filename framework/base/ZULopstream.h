@@ -16,7 +16,7 @@ class ZULStreamableClass;
 /// The bytes are the same on every platform. No exception leaves this class: after the first
 /// failure nothing more is written, and `Good` and `Reason` tell. An object written through a
 /// pointer is known by its address from then on, so it must stay where it is until the last write.
-class ZW4_API ZULopstream {
+class ZULTAV_BASE_API ZULopstream {
  public:
   /// Writes the head of the stream. `out` should be open in binary mode; it is not flushed here.
   explicit ZULopstream(std::ostream& out) noexcept;

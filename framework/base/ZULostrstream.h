@@ -12,7 +12,7 @@
 ///
 /// Short texts stay in a buffer of the object itself. When memory is out, the stream goes bad (as a
 /// file on a full disk does) and keeps the text written so far.
-class ZW4_API ZULostrstream : public std::ostream {
+class ZULTAV_BASE_API ZULostrstream : public std::ostream {
  public:
   ZULostrstream();
   ~ZULostrstream() override;

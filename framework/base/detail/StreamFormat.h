@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// What writer and reader of object streams must agree on (docs/streams.md). Internal.
-namespace ZULStreams {
+// What writer and reader of object streams must agree on (docs/streams.md).
+namespace zultav::detail {
 
 // A first byte above 127 and both line ends: transfers that strip bits or translate lines show.
 inline constexpr std::array<char, 6> kMagic = {'\x89', 'Z', 'U', 'L', '\r', '\n'};
@@ -26,4 +26,4 @@ inline constexpr std::size_t kMaxNameLength = 255;
 /// A number of 64 bits needs ten groups of seven.
 inline constexpr int kLastGroupShift = 63;
 
-}  // namespace ZULStreams
+}  // namespace zultav::detail
