@@ -4,8 +4,10 @@
 #include <new>
 #include <utility>
 
-#include "framework/calculator/Interpreter.h"
-#include "framework/calculator/Parser.h"
+#include "framework/calculator/detail/Interpreter.h"
+#include "framework/calculator/detail/Parser.h"
+
+using namespace zultav::detail;
 
 namespace {
 

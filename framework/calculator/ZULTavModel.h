@@ -16,6 +16,9 @@
 class ZULTaVoModule;
 class ZULipstream;
 class ZULopstream;
+namespace zultav::detail {
+class ModelBuilder;
+}
 
 /// A model that was read: its network, its named variables, and what it states, as expressions.
 class ZULTAV_CALCULATOR_API ZULTavModel {
@@ -93,7 +96,7 @@ class ZULTAV_CALCULATOR_API ZULTavModel {
   void PrintStatement(std::ostream& out, const Statement& statement) const;
 
  private:
-  friend class ModelBuilder;
+  friend class zultav::detail::ModelBuilder;
 
   ZULTaVoNetwork mNetwork;
   std::vector<Variable> mVariables;

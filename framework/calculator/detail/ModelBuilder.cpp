@@ -1,4 +1,4 @@
-#include "framework/calculator/ModelBuilder.h"
+#include "framework/calculator/detail/ModelBuilder.h"
 
 #include <algorithm>
 #include <bit>
@@ -10,6 +10,8 @@
 #include "framework/solver/ZULTaVoBoolean.h"
 #include "framework/solver/ZULTaVoInteger.h"
 #include "framework/solver/ZULTaVoReal.h"
+
+namespace zultav::detail {
 
 namespace {
 
@@ -470,3 +472,5 @@ void ModelBuilder::StateTrue(const Operation& equality, const Value& value, std:
     RelateResolved(equality, application, false);
   mModel.mStatements.push_back({StatementKind::kTrue, application.operands[0], kNone, line});
 }
+
+}  // namespace zultav::detail

@@ -1,7 +1,9 @@
-#include "framework/calculator/Registry.h"
+#include "framework/calculator/detail/Registry.h"
 
 #include <algorithm>
 #include <sstream>
+
+namespace zultav::detail {
 
 namespace {
 
@@ -201,3 +203,5 @@ std::string_view Registry::NameOfWanted(const Constant& literal) {
                                                    : LiteralType::kIntervalReal;
   return kLiteralTypes[static_cast<std::size_t>(wanted)];
 }
+
+}  // namespace zultav::detail

@@ -1,5 +1,5 @@
-#ifndef ZULTAV_CALCULATOR_REGISTRY_H
-#define ZULTAV_CALCULATOR_REGISTRY_H
+#ifndef ZULTAV_CALCULATOR_DETAIL_REGISTRY_H
+#define ZULTAV_CALCULATOR_DETAIL_REGISTRY_H
 
 #include <array>
 #include <string>
@@ -7,8 +7,10 @@
 #include <unordered_map>
 #include <vector>
 
-#include "framework/calculator/Constant.h"
+#include "framework/calculator/detail/Constant.h"
 #include "framework/solver/ZULTaVoModule.h"
+
+namespace zultav::detail {
 
 /// The types that literals can have.
 enum class LiteralType : std::uint8_t {
@@ -73,5 +75,7 @@ class Registry {
   std::array<Type, 5> mLiterals = {};
   std::unordered_map<Key, Operator, Hash> mFound;
 };
+
+}  // namespace zultav::detail
 
 #endif

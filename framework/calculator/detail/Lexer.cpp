@@ -1,6 +1,8 @@
-#include "framework/calculator/Lexer.h"
+#include "framework/calculator/detail/Lexer.h"
 
 #include <algorithm>
+
+namespace zultav::detail {
 
 namespace {
 
@@ -212,3 +214,5 @@ Span Lexer::NextValue() {
   while (end > begin && IsBlank(mText[end - 1])) --end;
   return {begin, static_cast<std::uint32_t>(end - begin)};
 }
+
+}  // namespace zultav::detail

@@ -1,5 +1,5 @@
-#ifndef ZULTAV_CALCULATOR_INTERPRETER_H
-#define ZULTAV_CALCULATOR_INTERPRETER_H
+#ifndef ZULTAV_CALCULATOR_DETAIL_INTERPRETER_H
+#define ZULTAV_CALCULATOR_DETAIL_INTERPRETER_H
 
 #include <array>
 #include <functional>
@@ -8,8 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "framework/calculator/ModelBuilder.h"
-#include "framework/calculator/Syntax.h"
+#include "framework/calculator/detail/ModelBuilder.h"
+#include "framework/calculator/detail/Syntax.h"
+
+namespace zultav::detail {
 
 /// Carries statements out: keeps what names mean, writes loops out, evaluates expressions and
 /// hands what they state to the builder.
@@ -113,5 +115,7 @@ class Interpreter {
   unsigned int mConstantOnly = 0;
   std::size_t mIterations = 0;
 };
+
+}  // namespace zultav::detail
 
 #endif

@@ -1,14 +1,16 @@
-#ifndef ZULTAV_CALCULATOR_MODEL_BUILDER_H
-#define ZULTAV_CALCULATOR_MODEL_BUILDER_H
+#ifndef ZULTAV_CALCULATOR_DETAIL_MODEL_BUILDER_H
+#define ZULTAV_CALCULATOR_DETAIL_MODEL_BUILDER_H
 
 #include <map>
 #include <memory>
 #include <unordered_map>
 #include <vector>
 
-#include "framework/calculator/Registry.h"
-#include "framework/calculator/Syntax.h"
 #include "framework/calculator/ZULTavModel.h"
+#include "framework/calculator/detail/Registry.h"
+#include "framework/calculator/detail/Syntax.h"
+
+namespace zultav::detail {
 
 /// What an expression of the source stands for while the model is built.
 struct Value {
@@ -172,5 +174,7 @@ class ModelBuilder {
   std::size_t mElements = 0;
   std::size_t mOperations = 0;
 };
+
+}  // namespace zultav::detail
 
 #endif

@@ -1,10 +1,12 @@
-#ifndef ZULTAV_CALCULATOR_PARSER_H
-#define ZULTAV_CALCULATOR_PARSER_H
+#ifndef ZULTAV_CALCULATOR_DETAIL_PARSER_H
+#define ZULTAV_CALCULATOR_DETAIL_PARSER_H
 
 #include <functional>
 
-#include "framework/calculator/Lexer.h"
-#include "framework/calculator/Syntax.h"
+#include "framework/calculator/detail/Lexer.h"
+#include "framework/calculator/detail/Syntax.h"
+
+namespace zultav::detail {
 
 /// Recognises statements. Left-associative chains are read by loops; what recurses counts
 /// against the limit on nesting.
@@ -69,5 +71,7 @@ class Parser {
   std::size_t mBraces = 0;
   bool mResumeHere = false;
 };
+
+}  // namespace zultav::detail
 
 #endif

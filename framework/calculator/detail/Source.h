@@ -1,5 +1,5 @@
-#ifndef ZULTAV_CALCULATOR_SOURCE_H
-#define ZULTAV_CALCULATOR_SOURCE_H
+#ifndef ZULTAV_CALCULATOR_DETAIL_SOURCE_H
+#define ZULTAV_CALCULATOR_DETAIL_SOURCE_H
 
 #include <cstddef>
 #include <cstdint>
@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "framework/calculator/ZULTavDiagnostic.h"
+
+namespace zultav::detail {
 
 /// A piece of a source text, in bytes.
 struct Span {
@@ -62,5 +64,7 @@ class ErrorList {
   std::size_t mLimit;
   std::size_t mCount = 0;
 };
+
+}  // namespace zultav::detail
 
 #endif

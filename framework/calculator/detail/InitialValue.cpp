@@ -3,11 +3,13 @@
 #include <sstream>
 #include <utility>
 
-#include "framework/calculator/Interpreter.h"
-#include "framework/calculator/Parser.h"
+#include "framework/calculator/detail/Interpreter.h"
+#include "framework/calculator/detail/Parser.h"
 #include "framework/solver/ZULTaVoBoolean.h"
 #include "framework/solver/ZULTaVoInteger.h"
 #include "framework/solver/ZULTaVoReal.h"
+
+namespace zultav::detail {
 
 // An initial value is written in its module's own syntax. Between brackets and commas, constant
 // expressions may stand, which are replaced by their values before the module reads the text.
@@ -158,3 +160,5 @@ void Interpreter::ReadInitialValue(Span span, const LocalValue& value) {
       failed ? "this is no value of the type '" : "expected ';' after the value of the type '";
   Fail({position, 1}, message + type.GetName() + "'", {ExampleOf(type)});
 }
+
+}  // namespace zultav::detail

@@ -2,7 +2,9 @@
 #include <cmath>
 #include <utility>
 
-#include "framework/calculator/Interpreter.h"
+#include "framework/calculator/detail/Interpreter.h"
+
+namespace zultav::detail {
 
 // How the interpreter evaluates expressions: in postfix order, on a stack.
 
@@ -307,3 +309,5 @@ bool Interpreter::EvaluateTruth(NodeRange range) {
     Fail(SpanOf(range), "a condition must be true or false, known while the model is read");
   return value.constant.IsTrue();
 }
+
+}  // namespace zultav::detail

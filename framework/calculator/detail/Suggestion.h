@@ -1,9 +1,11 @@
-#ifndef ZULTAV_CALCULATOR_SUGGESTION_H
-#define ZULTAV_CALCULATOR_SUGGESTION_H
+#ifndef ZULTAV_CALCULATOR_DETAIL_SUGGESTION_H
+#define ZULTAV_CALCULATOR_DETAIL_SUGGESTION_H
 
 #include <cstddef>
 #include <string>
 #include <string_view>
+
+namespace zultav::detail {
 
 /// Finds the name that was probably meant by an unknown one: the candidate at the least edit
 /// distance (insertions, deletions, replacements, transpositions; letter case counts little),
@@ -26,5 +28,7 @@ std::string_view AdviceFor(std::string_view word);
 /// As AdviceFor, of those words only that make nonsense of the statement around them, as "and"
 /// does.
 std::string_view AdviceForKeyword(std::string_view word);
+
+}  // namespace zultav::detail
 
 #endif

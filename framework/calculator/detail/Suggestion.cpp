@@ -1,8 +1,10 @@
-#include "framework/calculator/Suggestion.h"
+#include "framework/calculator/detail/Suggestion.h"
 
 #include <algorithm>
 #include <numeric>
 #include <vector>
+
+namespace zultav::detail {
 
 namespace {
 
@@ -120,3 +122,5 @@ std::string_view AdviceForKeyword(std::string_view word) {
   const ForeignWord* foreign = FindForeign(word);
   return foreign != nullptr && foreign->isKeyword ? foreign->advice : std::string_view();
 }
+
+}  // namespace zultav::detail

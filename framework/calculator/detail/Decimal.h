@@ -1,7 +1,9 @@
-#ifndef ZULTAV_CALCULATOR_DECIMAL_H
-#define ZULTAV_CALCULATOR_DECIMAL_H
+#ifndef ZULTAV_CALCULATOR_DETAIL_DECIMAL_H
+#define ZULTAV_CALCULATOR_DETAIL_DECIMAL_H
 
 #include <string_view>
+
+namespace zultav::detail {
 
 /// What doubles can say about a decimal number.
 struct Decimal {
@@ -15,5 +17,7 @@ struct Decimal {
 /// Reads digits with an optional fraction and exponent, without a sign. Decided exactly: the
 /// decimal expansion of the nearest double is compared with the text digit by digit.
 Decimal ReadDecimal(std::string_view text);
+
+}  // namespace zultav::detail
 
 #endif

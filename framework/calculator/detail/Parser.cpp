@@ -1,9 +1,11 @@
-#include "framework/calculator/Parser.h"
+#include "framework/calculator/detail/Parser.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "framework/calculator/Suggestion.h"
+#include "framework/calculator/detail/Suggestion.h"
+
+namespace zultav::detail {
 
 namespace {
 
@@ -481,3 +483,5 @@ NodeRange Parser::ParseComprehension(Aggregate aggregate, Span word) {
   node.kind = Node::Kind::kEnd;
   return Emit(node);
 }
+
+}  // namespace zultav::detail

@@ -1,4 +1,4 @@
-#include "framework/calculator/Decimal.h"
+#include "framework/calculator/detail/Decimal.h"
 
 #include <algorithm>
 #include <array>
@@ -7,6 +7,8 @@
 #include <compare>
 #include <limits>
 #include <string>
+
+namespace zultav::detail {
 
 namespace {
 
@@ -78,3 +80,5 @@ Decimal ReadDecimal(std::string_view text) {
   return {nearest, order < 0 ? std::nextafter(nearest, -kInfinity) : nearest,
           order > 0 ? std::nextafter(nearest, kInfinity) : nearest};
 }
+
+}  // namespace zultav::detail

@@ -1,6 +1,8 @@
-#include "framework/calculator/Source.h"
+#include "framework/calculator/detail/Source.h"
 
 #include <algorithm>
+
+namespace zultav::detail {
 
 namespace {
 
@@ -60,3 +62,5 @@ void ErrorList::Add(const Source& source, const ModelError& error) {
     mErrors.back().notes.push_back("reading stops here: the limit on errors is " +
                                    std::to_string(mLimit));
 }
+
+}  // namespace zultav::detail

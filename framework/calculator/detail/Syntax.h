@@ -1,5 +1,5 @@
-#ifndef ZULTAV_CALCULATOR_SYNTAX_H
-#define ZULTAV_CALCULATOR_SYNTAX_H
+#ifndef ZULTAV_CALCULATOR_DETAIL_SYNTAX_H
+#define ZULTAV_CALCULATOR_DETAIL_SYNTAX_H
 
 #include <deque>
 #include <string>
@@ -7,7 +7,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "framework/calculator/Constant.h"
+#include "framework/calculator/detail/Constant.h"
+
+namespace zultav::detail {
 
 /// Gives every name of a model a number, so that the rest deals with numbers.
 class NameTable {
@@ -112,5 +114,7 @@ struct Syntax {
     statements.clear();
   }
 };
+
+}  // namespace zultav::detail
 
 #endif

@@ -1,10 +1,12 @@
-#include "framework/calculator/Interpreter.h"
+#include "framework/calculator/detail/Interpreter.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "framework/calculator/Parser.h"
-#include "framework/calculator/Suggestion.h"
+#include "framework/calculator/detail/Parser.h"
+#include "framework/calculator/detail/Suggestion.h"
+
+namespace zultav::detail {
 
 Interpreter::Interpreter(ModelBuilder& builder, Registry& registry, NameTable& names,
                          const ZULTavCalculator::Limits& limits)
@@ -404,3 +406,5 @@ void Interpreter::AssertAllDifferent(const std::vector<Value>& terms, Span span)
       mBuilder.State(unequal, terms[i], terms[j], mLine);
     }
 }
+
+}  // namespace zultav::detail

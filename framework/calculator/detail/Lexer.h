@@ -1,11 +1,13 @@
-#ifndef ZULTAV_CALCULATOR_LEXER_H
-#define ZULTAV_CALCULATOR_LEXER_H
+#ifndef ZULTAV_CALCULATOR_DETAIL_LEXER_H
+#define ZULTAV_CALCULATOR_DETAIL_LEXER_H
 
 #include <array>
 #include <string_view>
 
-#include "framework/calculator/Source.h"
 #include "framework/calculator/ZULTavCalculator.h"
+#include "framework/calculator/detail/Source.h"
+
+namespace zultav::detail {
 
 /// The operators that have a sign of their own in the language.
 enum class Op : std::uint8_t {
@@ -164,5 +166,7 @@ class Lexer {
   const ZULTavCalculator::Limits* mLimits;
   std::uint32_t mPosition;
 };
+
+}  // namespace zultav::detail
 
 #endif

@@ -1,12 +1,14 @@
-#ifndef ZULTAV_CALCULATOR_CONSTANT_H
-#define ZULTAV_CALCULATOR_CONSTANT_H
+#ifndef ZULTAV_CALCULATOR_DETAIL_CONSTANT_H
+#define ZULTAV_CALCULATOR_DETAIL_CONSTANT_H
 
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "framework/calculator/Lexer.h"
+#include "framework/calculator/detail/Lexer.h"
+
+namespace zultav::detail {
 
 /// A value that is known while a model is read.
 struct Constant {
@@ -49,5 +51,7 @@ struct ConstantError {
 /// (=, <, …) fold to booleans like the others. Throws ConstantError on overflow and on division
 /// by zero.
 std::optional<Constant> FoldConstants(Op op, const Constant& a, const Constant* b);
+
+}  // namespace zultav::detail
 
 #endif

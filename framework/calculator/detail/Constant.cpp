@@ -1,4 +1,4 @@
-#include "framework/calculator/Constant.h"
+#include "framework/calculator/detail/Constant.h"
 
 #include <algorithm>
 #include <charconv>
@@ -6,7 +6,9 @@
 #include <limits>
 #include <sstream>
 
-#include "framework/calculator/Decimal.h"
+#include "framework/calculator/detail/Decimal.h"
+
+namespace zultav::detail {
 
 namespace {
 
@@ -253,3 +255,5 @@ std::optional<Constant> FoldConstants(Op op, const Constant& a, const Constant* 
   if (a.IsInteger() && b->IsInteger()) return FoldIntegers(op, a.integer, b->integer);
   return FoldReals(op, a.AsReal(), b->AsReal());
 }
+
+}  // namespace zultav::detail
