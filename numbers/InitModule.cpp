@@ -4,7 +4,6 @@
 #include "framework/intervals/SubdefInt.h"
 #include "framework/intervals/SubdefReal.h"
 #include "framework/solver/ZULTaVoModuleManager.h"
-#include "numbers/Catalogue.h"
 #include "numbers/ZULTavAngle.h"
 #include "numbers/ZULTavIntervalInteger.h"
 #include "numbers/ZULTavIntervalReal.h"
@@ -12,6 +11,9 @@
 #include "numbers/ZULTavSingleBoolean.h"
 #include "numbers/ZULTavSingleInteger.h"
 #include "numbers/ZULTavSingleReal.h"
+#include "numbers/detail/Catalogue.h"
+
+using namespace zultav::detail;
 
 int InitModule(ZULTaVoModule* module, ZULTaVoModuleManager* manager) {
   if (module == nullptr || manager == nullptr) return 0;

@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <cmath>
 
-#include "numbers/IntervalDispatch.h"
-#include "numbers/Narrowing.h"
-#include "numbers/RealModulo.h"
 #include "numbers/ZULTavIntervalReal.h"
 #include "numbers/ZULTavSingleInteger.h"
 #include "numbers/ZULTavSingleReal.h"
+#include "numbers/detail/IntervalDispatch.h"
+#include "numbers/detail/Narrowing.h"
+#include "numbers/detail/RealModulo.h"
+
+using namespace zultav::detail;
 
 namespace {
 

@@ -3,10 +3,12 @@
 #include <cmath>
 #include <numbers>
 
-#include "numbers/IntervalDispatch.h"
-#include "numbers/SingleRealNarrowing.h"
 #include "numbers/ZULTavSingleInteger.h"
 #include "numbers/ZULTavSingleReal.h"
+#include "numbers/detail/IntervalDispatch.h"
+#include "numbers/detail/SingleRealNarrowing.h"
+
+using namespace zultav::detail;
 
 namespace {
 

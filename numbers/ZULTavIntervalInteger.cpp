@@ -3,10 +3,12 @@
 #include <algorithm>
 
 #include "framework/solver/ZULTaVoBoolean.h"
-#include "numbers/IntegerModulo.h"
-#include "numbers/IntervalDispatch.h"
-#include "numbers/Narrowing.h"
 #include "numbers/ZULTavSingleInteger.h"
+#include "numbers/detail/IntegerModulo.h"
+#include "numbers/detail/IntervalDispatch.h"
+#include "numbers/detail/Narrowing.h"
+
+using namespace zultav::detail;
 
 template class ZULTaVoFrame<ZULTavIntervalInteger, ZULTaVoInteger>;
 

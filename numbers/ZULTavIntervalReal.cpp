@@ -5,11 +5,13 @@
 #include <cmath>
 #include <limits>
 
-#include "numbers/IntervalDispatch.h"
-#include "numbers/Narrowing.h"
 #include "numbers/ZULTavIntervalInteger.h"
 #include "numbers/ZULTavSingleInteger.h"
 #include "numbers/ZULTavSingleReal.h"
+#include "numbers/detail/IntervalDispatch.h"
+#include "numbers/detail/Narrowing.h"
+
+using namespace zultav::detail;
 
 template class ZULTaVoFrame<ZULTavIntervalReal, ZULTaVoReal>;
 

@@ -8,8 +8,10 @@
 #include "framework/solver/ZULTaVoInteger.h"
 #include "framework/solver/ZULTaVoNetwork.h"
 #include "framework/solver/ZULTaVoObjectEnvironment.h"
-#include "numbers/PrimeSearch.h"
-#include "numbers/SingleDispatch.h"
+#include "numbers/detail/PrimeSearch.h"
+#include "numbers/detail/SingleDispatch.h"
+
+using namespace zultav::detail;
 
 template class ZULTaVoFrame<ZULTavPrimeNumber, ZULTaVoConstraint>;
 
@@ -47,6 +49,8 @@ bool HasNoFactor(unsigned int n, unsigned int root) {
 }
 
 }  // namespace
+
+namespace zultav::detail {
 
 unsigned int FindLowerBound(unsigned int n) {
   unsigned int low = 0;
@@ -106,6 +110,8 @@ int CalcBoolean(ZULTaVoInteger* x, ZULTaVoBoolean* b) {
   b->SetFalse();
   return 1;
 }
+
+}  // namespace zultav::detail
 
 void ZULTavPrimeNumber::AddArguments(ZULTaVoConstraintDescriptor& descriptor) {
   descriptor.AddArgument("Arg", ZULTaVoInteger::sDescriptor, kPriority);

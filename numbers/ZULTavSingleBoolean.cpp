@@ -4,7 +4,9 @@
 
 #include "framework/intervals/IntervalControl.h"
 #include "framework/solver/ZULTaVoNumber.h"
-#include "numbers/SingleDispatch.h"
+#include "numbers/detail/SingleDispatch.h"
+
+using namespace zultav::detail;
 
 template class ZULTaVoFrame<ZULTavSingleBoolean, ZULTaVoBoolean>;
 

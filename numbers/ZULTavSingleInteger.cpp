@@ -6,8 +6,10 @@
 
 #include "framework/intervals/IntervalControl.h"
 #include "framework/intervals/SubdefInt.h"
-#include "numbers/SingleDispatch.h"
 #include "numbers/ZULTavSingleBoolean.h"
+#include "numbers/detail/SingleDispatch.h"
+
+using namespace zultav::detail;
 
 template class ZULTaVoFrame<ZULTavSingleInteger, ZULTaVoInteger>;
 

@@ -1,8 +1,10 @@
 #include "numbers/ZULTavSingleReal.h"
 
-#include "numbers/IntervalDispatch.h"
-#include "numbers/SingleRealNarrowing.h"
 #include "numbers/ZULTavSingleInteger.h"
+#include "numbers/detail/IntervalDispatch.h"
+#include "numbers/detail/SingleRealNarrowing.h"
+
+using namespace zultav::detail;
 
 template class ZULTaVoFrame<ZULTavSingleReal, ZULTaVoReal>;
 

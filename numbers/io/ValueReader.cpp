@@ -1,4 +1,4 @@
-#include "numbers/io/ValueReader.h"
+#include "numbers/io/detail/ValueReader.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,7 +14,9 @@
 #include "numbers/ZULTavSingleBoolean.h"
 #include "numbers/ZULTavSingleInteger.h"
 #include "numbers/ZULTavSingleReal.h"
-#include "numbers/io/DecimalPoint.h"
+#include "numbers/io/detail/DecimalPoint.h"
+
+using namespace zultav::detail;
 
 namespace {
 
@@ -175,6 +177,8 @@ Bounds<T> ReadBounds(std::istream& in) {
 
 }  // namespace
 
+namespace zultav::detail {
+
 int CheckNumString(std::istream& in) {
   in >> std::ws;
   switch (in.peek()) {
@@ -227,6 +231,8 @@ int CheckBoolString(std::istream& in) {
 double GetSRValue(std::istream& in) { return ReadValue<double>(in, CheckNumString(in)); }
 
 long GetSIValue(std::istream& in) { return ReadValue<long>(in, CheckNumString(in)); }
+
+}  // namespace zultav::detail
 
 double ZULTavSingleReal::InputReal(std::istream& in) {
   double value = 0;

@@ -11,7 +11,9 @@
 #include "numbers/ZULTavSingleBoolean.h"
 #include "numbers/ZULTavSingleInteger.h"
 #include "numbers/ZULTavSingleReal.h"
-#include "numbers/io/DecimalPoint.h"
+#include "numbers/io/detail/DecimalPoint.h"
+
+using namespace zultav::detail;
 
 namespace {
 

@@ -1,7 +1,9 @@
 #include <algorithm>
 
-#include "numbers/IntegerModulo.h"
+#include "numbers/detail/IntegerModulo.h"
 #include "tests/intervals/integer_oracle.h"
+
+using namespace zultav::detail;
 
 namespace {
 

@@ -6,13 +6,15 @@
 #include <string>
 
 #include "framework/solver/ZULTavAbstractTypes.h"
-#include "numbers/PrimeSearch.h"
 #include "numbers/ZULTavIntervalInteger.h"
 #include "numbers/ZULTavPrimeNumber.h"
 #include "numbers/ZULTavSingleBoolean.h"
 #include "numbers/ZULTavSingleInteger.h"
+#include "numbers/detail/PrimeSearch.h"
 #include "tests/numbers/numbers_module.h"
 #include "tests/oracle/operators.h"
+
+using namespace zultav::detail;
 
 namespace {
 

@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
 #include "framework/intervals/IntervalControl.h"
-#include "numbers/RealModulo.h"
+#include "numbers/detail/RealModulo.h"
 #include "numbers/ZULTavIntervalReal.h"
 #include "tests/numbers/print_interval.h"
+
+using namespace zultav::detail;
 
 namespace {
 

@@ -8,8 +8,10 @@
 #include <string>
 
 #include "numbers/ZULTavNumbers.h"
-#include "numbers/io/ValueReader.h"
+#include "numbers/io/detail/ValueReader.h"
 #include "tests/numbers/comma_locale.h"
+
+using namespace zultav::detail;
 
 namespace {
 

@@ -1,12 +1,14 @@
-#include "numbers/RealModulo.h"
+#include "numbers/detail/RealModulo.h"
 
 #include <algorithm>
 #include <cmath>
 
 #include "framework/intervals/SubdefInt.h"
-#include "numbers/IntervalDispatch.h"
-#include "numbers/Narrowing.h"
 #include "numbers/ZULTavIntervalReal.h"
+#include "numbers/detail/IntervalDispatch.h"
+#include "numbers/detail/Narrowing.h"
+
+namespace zultav::detail {
 
 namespace {
 
@@ -91,6 +93,10 @@ int CalcAllModValue(const SubdefReal& x, const SubdefReal& m, SubdefReal& r) {
     return remainders;
   }));
 }
+
+}  // namespace zultav::detail
+
+using namespace zultav::detail;
 
 int ZULTavIntervalReal::CalcModValue(const ZULTavIntervalReal& a, const ZULTavIntervalReal& b) {
   return Narrow(

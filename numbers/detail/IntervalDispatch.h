@@ -1,10 +1,12 @@
-#ifndef ZULTAV_NUMBERS_INTERVAL_DISPATCH_H
-#define ZULTAV_NUMBERS_INTERVAL_DISPATCH_H
+#ifndef ZULTAV_NUMBERS_DETAIL_INTERVAL_DISPATCH_H
+#define ZULTAV_NUMBERS_DETAIL_INTERVAL_DISPATCH_H
 
 #include <optional>
 #include <type_traits>
 
 #include "framework/solver/ZULTaVoAny.h"
+
+namespace zultav::detail {
 
 /// From the slots of an interval domain, whose arguments are abstract, to its typed operations.
 ///
@@ -149,5 +151,7 @@ int NarrowBounds(Target& target, bool empty, Bound lower, Bound upper) {
   if (cut) target.SetUpperBound(upper);
   return raise || cut;
 }
+
+}  // namespace zultav::detail
 
 #endif

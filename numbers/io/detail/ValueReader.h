@@ -1,9 +1,11 @@
-#ifndef ZULTAV_NUMBERS_IO_VALUE_READER_H
-#define ZULTAV_NUMBERS_IO_VALUE_READER_H
+#ifndef ZULTAV_NUMBERS_IO_DETAIL_VALUE_READER_H
+#define ZULTAV_NUMBERS_IO_DETAIL_VALUE_READER_H
 
 #include <iosfwd>
 
 #include "numbers/Export.h"
+
+namespace zultav::detail {
 
 /// What CheckNumString and CheckBoolString find.
 enum ValueCode {
@@ -31,5 +33,7 @@ ZULTAV_NUMBERS_API int CheckBoolString(std::istream& in);
 ZULTAV_NUMBERS_API double GetSRValue(std::istream& in);
 /// Integers beyond the encodings of Any and Nil are unreadable.
 ZULTAV_NUMBERS_API long GetSIValue(std::istream& in);
+
+}  // namespace zultav::detail
 
 #endif

@@ -1,4 +1,4 @@
-#include "numbers/Catalogue.h"
+#include "numbers/detail/Catalogue.h"
 
 #include <array>
 #include <cstddef>
@@ -13,6 +13,8 @@
 #include "numbers/ZULTavSingleBoolean.h"
 #include "numbers/ZULTavSingleInteger.h"
 #include "numbers/ZULTavSingleReal.h"
+
+namespace zultav::detail {
 
 namespace {
 
@@ -234,3 +236,5 @@ bool AddOperators(ZULTaVoModule& module) {
   }
   return true;
 }
+
+}  // namespace zultav::detail

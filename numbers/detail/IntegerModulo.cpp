@@ -1,8 +1,10 @@
-#include "numbers/IntegerModulo.h"
+#include "numbers/detail/IntegerModulo.h"
 
 #include <algorithm>
 
 #include "framework/intervals/IntervalControl.h"
+
+namespace zultav::detail {
 
 namespace {
 
@@ -119,3 +121,5 @@ int CalcAllModValue(const SubdefInt& a, const SubdefInt& b, SubdefInt& r) {
   }
   return r.SDIntersect(hull);
 }
+
+}  // namespace zultav::detail

@@ -1,10 +1,12 @@
-#ifndef ZULTAV_NUMBERS_PRIME_SEARCH_H
-#define ZULTAV_NUMBERS_PRIME_SEARCH_H
+#ifndef ZULTAV_NUMBERS_DETAIL_PRIME_SEARCH_H
+#define ZULTAV_NUMBERS_DETAIL_PRIME_SEARCH_H
 
 #include "numbers/Export.h"
 
 class ZULTaVoBoolean;
 class ZULTaVoInteger;
+
+namespace zultav::detail {
 
 // The arithmetic of ZULTavPrimeNumber, over the table of the first 1000 primes, 2 … 7919.
 
@@ -25,5 +27,7 @@ ZULTAV_NUMBERS_API int CalcInteger(ZULTaVoInteger* x, int want);
 /// Makes the boolean False when the upper bound of x is 0 or 1, and answers 1 then, even if it was
 /// False. Deduces nothing from any other bound.
 ZULTAV_NUMBERS_API int CalcBoolean(ZULTaVoInteger* x, ZULTaVoBoolean* b);
+
+}  // namespace zultav::detail
 
 #endif

@@ -1,5 +1,7 @@
-#ifndef ZULTAV_NUMBERS_SINGLE_DISPATCH_H
-#define ZULTAV_NUMBERS_SINGLE_DISPATCH_H
+#ifndef ZULTAV_NUMBERS_DETAIL_SINGLE_DISPATCH_H
+#define ZULTAV_NUMBERS_DETAIL_SINGLE_DISPATCH_H
+
+namespace zultav::detail {
 
 /// The ending of a contradiction: the target becomes Nil, which counts as a change.
 template <class Self>
@@ -93,5 +95,7 @@ template <class Self>
 int CheckRelation(Self& target, bool holds) {
   return target.IsAny() || holds ? 0 : Contradict(target);
 }
+
+}  // namespace zultav::detail
 
 #endif

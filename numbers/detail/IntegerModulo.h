@@ -1,8 +1,10 @@
-#ifndef ZULTAV_NUMBERS_INTEGER_MODULO_H
-#define ZULTAV_NUMBERS_INTEGER_MODULO_H
+#ifndef ZULTAV_NUMBERS_DETAIL_INTEGER_MODULO_H
+#define ZULTAV_NUMBERS_DETAIL_INTEGER_MODULO_H
 
 #include "framework/intervals/SubdefInt.h"
 #include "numbers/Export.h"
+
+namespace zultav::detail {
 
 // Remainders r = a mod b of truncated division: r has the sign of a, and |r| < |b|. Bounds at
 // ±SubdefInt::sMaxValue are plain numbers here.
@@ -38,5 +40,7 @@ ZULTAV_NUMBERS_API int CheckModValue(const SubdefInt& a, const SubdefInt& b, Sub
 /// @return 1 when CheckModValue emptied `r`, 0 when `b` holds zero, else whether the last
 ///         intersection changed `r`. The error flag is left up when `r` became empty.
 ZULTAV_NUMBERS_API int CalcAllModValue(const SubdefInt& a, const SubdefInt& b, SubdefInt& r);
+
+}  // namespace zultav::detail
 
 #endif

@@ -1,8 +1,10 @@
-#ifndef ZULTAV_NUMBERS_REAL_MODULO_H
-#define ZULTAV_NUMBERS_REAL_MODULO_H
+#ifndef ZULTAV_NUMBERS_DETAIL_REAL_MODULO_H
+#define ZULTAV_NUMBERS_DETAIL_REAL_MODULO_H
 
 #include "framework/intervals/SubdefReal.h"
 #include "numbers/Export.h"
+
+namespace zultav::detail {
 
 // Remainders r = x mod m of truncated division, as std::fmod has them: r has the sign of x, and
 // |r| < |m|. Every result is an outward rounded enclosure.
@@ -45,5 +47,7 @@ ZULTAV_NUMBERS_API void CalcPositiveModValue(const SubdefReal& x, const SubdefRe
 /// Narrows `r` to the remainders of `x` by `m` for any signs. A divisor that may be zero tells
 /// nothing beyond CheckModValue: 0. Otherwise as CheckModValue answers.
 ZULTAV_NUMBERS_API int CalcAllModValue(const SubdefReal& x, const SubdefReal& m, SubdefReal& r);
+
+}  // namespace zultav::detail
 
 #endif

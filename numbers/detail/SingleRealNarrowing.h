@@ -1,12 +1,14 @@
-#ifndef ZULTAV_NUMBERS_SINGLE_REAL_NARROWING_H
-#define ZULTAV_NUMBERS_SINGLE_REAL_NARROWING_H
+#ifndef ZULTAV_NUMBERS_DETAIL_SINGLE_REAL_NARROWING_H
+#define ZULTAV_NUMBERS_DETAIL_SINGLE_REAL_NARROWING_H
 
 #include <algorithm>
 #include <cmath>
 #include <functional>
 
-#include "numbers/SingleDispatch.h"
 #include "numbers/ZULTavSingleReal.h"
+#include "numbers/detail/SingleDispatch.h"
+
+namespace zultav::detail {
 
 // How the operations of single reals begin and end.
 
@@ -80,5 +82,7 @@ int NarrowExactly(ZULTavSingleReal& target, Compute compute, const Operands&... 
       },
       operands...);
 }
+
+}  // namespace zultav::detail
 
 #endif

@@ -1,10 +1,12 @@
-#ifndef ZULTAV_NUMBERS_NARROWING_H
-#define ZULTAV_NUMBERS_NARROWING_H
+#ifndef ZULTAV_NUMBERS_DETAIL_NARROWING_H
+#define ZULTAV_NUMBERS_DETAIL_NARROWING_H
 
 #include <functional>
 #include <type_traits>
 
 #include "framework/intervals/IntervalControl.h"
+
+namespace zultav::detail {
 
 /// Stores the empty set, its bounds being the exchanged bounds of the full range. Answers 1.
 template <class Set>
@@ -52,5 +54,7 @@ int NarrowBound(Set& target, const Set& other, Move move) {
   if (other.IsEmpty()) return StoreEmpty(target);
   return move(target, other);
 }
+
+}  // namespace zultav::detail
 
 #endif
