@@ -179,10 +179,7 @@ int ZULTavIntervalReal::CalcFirstInversePowerValue(ZULTavIntervalReal& a,
   return Narrow(
       a.mSet,
       [](const SubdefReal& x, const SubdefReal& z, const SubdefInt& n) {
-        SubdefReal part;
-        // Between the parts nothing is known.
-        if (!GetMinusPart(x, part) && !GetPlusPart(x, part)) return x;
-        return HullOfParts(x, [&](const SubdefReal& piece) { return base(z, piece, n); });
+        return HullOfParts(x, [&](const SubdefReal& part) { return base(z, part, n); });
       },
       a.mSet, mSet, b);
 }

@@ -1,5 +1,8 @@
 #include "framework/solver/FrameworkConstraints.h"
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
 #include <tuple>
 
 #include "framework/solver/LocalCopy.h"
@@ -96,10 +99,53 @@ bool Multiply(const Step& step, Number& a0, Number& a1, Number& a2) {
          step.InverseOrAny(a2, [&] { return a0.CalcFirstInverseProdValue(a2, a1); });
 }
 
+// Real domains cut a base and a dividend into a negative part that ends at -1e-14 and a part from
+// zero on. What lies between is the sliver. They see it only in sets that hold nothing else.
+constexpr double kSliver = 1e-14;
+
+/// Whether domain operations on x overlook a sliver of it.
+bool HidesSliver(const Number& x) {
+  const auto* real = ZULTaVoCast<Real>(&x);
+  if (real == nullptr) return false;
+  const double low = real->GetLowerBound(), high = real->GetUpperBound();
+  return low < 0 && high > -kSliver && !(low > -kSliver && high < 0) && x.GetCardinality() != -1;
+}
+
+void CutToSliver(Real& x) {
+  x.SetLowerBound(std::max(x.GetLowerBound(), std::nextafter(-kSliver, 0.0)));
+  x.SetUpperBound(std::min(x.GetUpperBound(), -std::numeric_limits<double>::denorm_min()));
+}
+
+/// Calls `narrow(target, x)`, and for the sliver of x once more: the target keeps the hull of what
+/// both leave. `target` may be x.
+template <class Narrow>
+int NarrowBySliverToo(Number& target, Number& x, Narrow narrow) {
+  if (!HidesSliver(x)) return narrow(target, x);
+  LocalCopy rest(target), sliver(x), ofSliver(target);
+  if (!rest || !sliver || !ofSliver) return 0;
+  CutToSliver(static_cast<Real&>(*sliver));
+  const auto leave = [&](Any& left, Any& by) {
+    const int changed = narrow(static_cast<Number&>(left), static_cast<Number&>(by));
+    // A single-valued domain cannot say which of several values remain.
+    if (left.IsNil() && target.GetCardinality() == -1) left.SetAny();
+    return changed;
+  };
+  Any& other = &target == &x ? *sliver : *ofSliver;
+  if (leave(*rest, x) == 0) return 0;
+  leave(other, *sliver);
+  rest->Unite(other);
+  return target.Intersect(*rest);
+}
+
 bool RaiseToPower(const Step& step, Number& a0, Number& a1, Number& a2) {
-  return step.Took(a0.CalcPowerValue(a1, a2), a0) &&
-         step.InverseOrAny(a1, [&] { return a0.CalcFirstInversePowerValue(a1, a2); }) &&
-         step.InverseOrAny(a2, [&] { return a0.CalcSecondInversePowerValue(a1, a2); });
+  const auto forward = [&](Number& z, Number& x) { return z.CalcPowerValue(x, a2); };
+  const auto toBase = [&](Number& x, Number&) { return a0.CalcFirstInversePowerValue(x, a2); };
+  const auto toExponent = [&](Number& y, Number& x) {
+    return a0.CalcSecondInversePowerValue(x, y);
+  };
+  return step.Took(NarrowBySliverToo(a0, a1, forward), a0) &&
+         step.InverseOrAny(a1, [&] { return NarrowBySliverToo(a1, a1, toBase); }) &&
+         step.InverseOrAny(a2, [&] { return NarrowBySliverToo(a2, a1, toExponent); });
 }
 
 void InsertZero(Any& x) {
@@ -120,7 +166,8 @@ int NarrowRemainder(Number& a0, const Number& a1, const Number& a2) {
 }
 
 bool TakeRemainder(const Step& step, Number& a0, Number& a1, Number& a2) {
-  return step.Took(NarrowRemainder(a0, a1, a2), a0) &&
+  const auto forward = [&](Number& r, Number& x) { return NarrowRemainder(r, x, a2); };
+  return step.Took(NarrowBySliverToo(a0, a1, forward), a0) &&
          step.InverseOrAny(a1, [&] { return a0.CalcFirstInverseModValue(a1, a2); }) &&
          step.InverseOrAny(a2, [&] { return a0.CalcSecondInverseModValue(a1, a2); });
 }

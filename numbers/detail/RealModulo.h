@@ -16,7 +16,8 @@ ZULTAV_NUMBERS_API bool GetZeroPart(const SubdefReal& set, SubdefReal& part);
 ZULTAV_NUMBERS_API bool GetPlusPart(const SubdefReal& set, SubdefReal& part);
 
 /// Hull of `compute(part)`, a set, over the parts of `set`, in that order. A set that is not empty
-/// but has no part counts as zero.
+/// but has no part is itself the part. (Where others remain, constraints see to the numbers that
+/// are in no part.)
 template <class Compute>
 auto HullOfParts(const SubdefReal& set, Compute compute) {
   using PartOf = bool (*)(const SubdefReal&, SubdefReal&);
@@ -29,7 +30,7 @@ auto HullOfParts(const SubdefReal& set, Compute compute) {
     isNothing = false;
     hull = hull.mf_Union(compute(part));
   }
-  return isNothing && !set.IsEmpty() ? compute(SubdefReal(0, 0)) : hull;
+  return isNothing && !set.IsEmpty() ? compute(set) : hull;
 }
 
 /// result := hull of `set` and `value`.

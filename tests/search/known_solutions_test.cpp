@@ -97,8 +97,7 @@ MaybeKnown Power(const Application& at, Rounded power) {
     return n.Above(0)                     ? MaybeKnown(Exactly(0))
            : n.IsInteger() && !n.Below(0) ? MaybeKnown(Exactly(1))
                                           : MaybeKnown();
-  // By intention, bases just below zero count as zero.
-  if (x.Above(0) || (x.Below(-1e-13) && n.IsInteger())) return Monotone(x, n, power);
+  if (x.Above(0) || (x.Below(0) && n.IsInteger())) return Monotone(x, n, power);
   return {};
 }
 
@@ -111,9 +110,6 @@ MaybeKnown Remainder(const Application& at) {
   if (!quotient.IsExact()) return {};
   const Known rest = Monotone(x, Monotone(quotient, m, kProduct), kDifference);
   if (!IsReal(at.result)) return rest;
-  // Real remainders take what is smaller than this for zero.
-  constexpr double kSmall = 1e-13;
-  if (m.Within(kSmall) || x.Within(kSmall)) return {};
   // Those of single reals round the quotient.
   const Known gap = Monotone(Absolute(m), Absolute(rest), kDifference);
   const bool clear = gap.Above(1e-3) && !rest.Within(1e-3);

@@ -164,6 +164,14 @@ TEST(NewtonTest, KeepsWhatTheToleranceOfSingleRealsAccepts) {
       Solve("x : single real; y : real = [0, 3]; x = 1.0000001; 10 * x = 10; y^2 = 2;").size(), 1u);
 }
 
+TEST(NewtonTest, KeepsNegativesNextToZero) {
+  for (const char* statements :
+       {"y = x^3; y <= -1e-46; y >= -1e-44;", "y = x^(-1); y <= -1e15; y >= -1e17;",
+        "y = x^2; x <= -1e-16; x >= -1e-15;", "y = x mod 2; y <= -1e-16; y >= -1e-15;"})
+    EXPECT_FALSE(Solve(std::string("x : real = [-1, 1]; y : real; ") + statements).empty())
+        << statements;
+}
+
 TEST(NewtonTest, PointsOfAContinuumAreProven) {
   const std::vector<Box> boxes =
       Solve("x, y, z : real = [-2, 2]; x^2 + y^2 = 1; z = x * y; z >= 0.25;", 0.01);
