@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <numbers>
+#include <utility>
 
 #include "framework/intervals/SubdefInt.h"
 #include "framework/intervals/SubdefReal.h"
@@ -13,18 +15,21 @@ double trigLow = -1e14;  // radians
 double trigHigh = 1e14;  // radians
 double compPrecision = 1e-6;
 
+bool IsLimit(double value) { return std::isfinite(value) && value > 0; }
+
 }  // namespace
 
 int SDErrorFlag::sRaised = 0;
 
 void InitIntervals(long maxInteger, double maxReal, double low, double high, double precision) {
-  SubdefInt::sMaxValue = std::clamp(maxInteger, 1L, 2147483646L);
-  SubdefReal::sMaxValue = maxReal;
+  if (maxInteger > 0 && std::in_range<std::int32_t>(maxInteger)) SubdefInt::sMaxValue = maxInteger;
+  if (IsLimit(maxReal)) SubdefReal::sMaxValue = maxReal;
   SetTrigLimits(low, high);
-  compPrecision = precision;
+  if (IsLimit(precision)) compPrecision = precision;
 }
 
 void SetTrigLimits(double low, double high) {
+  if (!std::isfinite(low) || !std::isfinite(high)) return;
   trigLow = low * std::numbers::pi;
   trigHigh = high * std::numbers::pi;
 }

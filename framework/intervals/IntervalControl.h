@@ -3,10 +3,12 @@
 
 #include "framework/intervals/Export.h"
 
-/// Sets the process-wide limits and tolerances of the library.
+/// Sets the process-wide limits and tolerances of the library. A magnitude or tolerance that is not
+/// finite and positive, and a window with an end that is not finite, is refused: what was set
+/// before stays.
 ///
-/// @param maxInteger   largest integer magnitude; an integer bound at or beyond it is infinite
-///                     (taken into [1, 2147483646], so that a value one beyond can be stored)
+/// @param maxInteger   largest integer magnitude, of 32 bits; an integer bound at or beyond it is
+///                     infinite. To store a value one beyond, it must be below 2147483647.
 /// @param maxReal      largest finite real magnitude; a real bound at or beyond it is infinite
 /// @param trigLow      lower end of the trigonometric window, in half-turns (multiples of pi)
 /// @param trigHigh     upper end of the trigonometric window, in half-turns

@@ -62,15 +62,12 @@ RealInterval general_arithmetic::Quotient(const RealInterval& a, const RealInter
   RealInterval quotient;
   if (packed::Divide(a, b, quotient)) [[likely]]
     return quotient;
-  if (a.IsEmpty() || b.IsEmpty()) return Empty();
-  if (b.Contains(0)) {
-    if (a.Contains(0)) return Whole();
-    if (b.IsScalar()) {
-      SDRaiseError();
-      return Empty();
-    }
-    if (b.lower < 0 && b.upper > 0) return Whole();
+  const bool isDivisorZero = b.Contains(0) && b.IsScalar();
+  if (a.IsEmpty() || b.IsEmpty() || (isDivisorZero && !a.Contains(0))) {
+    SDRaiseError();
+    return Empty();
   }
+  if (b.Contains(0) && (a.Contains(0) || (b.lower < 0 && b.upper > 0))) return Whole();
   RealInterval x = Extended(a);
   RealInterval y = Extended(b);
   if (y.lower < 0) {

@@ -33,8 +33,8 @@ class ZULTAV_INTERVALS_API RealInterval {
   RealInterval SubIntFromInt(const RealInterval& b) const;
   RealInterval MultIntByInt(const RealInterval& b) const;
   /// Quotients of the receiver by `b`. A divisor containing zero: whole line when the receiver
-  /// contains zero too, empty (flag up) for [0, 0], else the hull of the quotients by the
-  /// non-zero part.
+  /// contains zero too, empty for [0, 0], else the hull of the quotients by the non-zero part. An
+  /// empty result raises the flag.
   RealInterval DivIntByInt(const RealInterval& b) const;
   RealInterval AddNumToInt(double d) const;
   RealInterval subNumFromInt(double d) const;

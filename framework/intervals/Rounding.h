@@ -6,6 +6,8 @@
 #include <cmath>
 #include <cstdint>
 
+#include "framework/intervals/DoubleDouble.h"
+
 #ifdef __AVX512F__
 #include <immintrin.h>
 #endif
@@ -53,11 +55,10 @@ struct Rounded {
   }
 };
 
-/// Knuth's two-sum. An infinite sum has the error NaN, which rounds nowhere.
+/// An infinite sum has the error NaN, which rounds nowhere.
 inline Rounded Sum(double x, double y) {
-  const double sum = x + y;
-  const double second = sum - x;
-  return {sum, (x - (sum - second)) + (y - second)};
+  const DoubleDouble sum = TwoSum(x, y);
+  return {sum.hi, sum.lo};
 }
 
 /// 0 times infinity is 0, the convention of interval arithmetic.

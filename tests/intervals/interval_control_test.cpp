@@ -1,4 +1,7 @@
+#include <climits>
+#include <cmath>
 #include <numbers>
+#include <utility>
 
 #include "framework/intervals/IntervalControl.h"
 #include "framework/intervals/SubdefReal.h"
@@ -22,9 +25,19 @@ TEST(IntervalControlTest, LimitsTakeEffectInTheArithmetic) {
   EXPECT_EQ(SDCheckError(), 1);
   { SDErrorScope inner; }
   EXPECT_EQ(SDCheckError(), 0);
-  // One beyond the limit must stay storable; the rest is what the library starts with.
+  // What is no limit changes nothing.
+  const double nan = std::nan(""), inf = HUGE_VAL;
+  for (const double bad : {nan, inf, -inf, 0.0, -1e6}) InitIntervals(0, bad, nan, 1, bad);
+  InitIntervals(-7, nan, -inf, 1, nan);
+  InitIntervals(std::in_range<std::int32_t>(LONG_MAX) ? 0 : LONG_MAX, nan, -1, inf, nan);
+  EXPECT_EQ(SubdefInt(), SubdefInt(-100, 100));
+  EXPECT_EQ(SubdefReal(), SubdefReal(-1e6, 1e6));
+  EXPECT_EQ(GetTrigLow(), -std::numbers::pi);
+  EXPECT_EQ(GetTrigHigh(), 2 * std::numbers::pi);
+  EXPECT_EQ(GetCompPrecision(), 1e-3);
   InitIntervals(2147483647, 1e19, -1e14 / std::numbers::pi, 1e14 / std::numbers::pi, 1e-6);
-  EXPECT_EQ(SubdefInt::sMaxValue, 2147483646);
+  EXPECT_EQ(SubdefInt::sMaxValue, 2147483647);
+  InitIntervals(2147483646, 1e19, -1e14 / std::numbers::pi, 1e14 / std::numbers::pi, 1e-6);
 }
 
 }  // namespace

@@ -7,51 +7,18 @@
 #include <sstream>
 
 #include "framework/calculator/detail/Decimal.h"
+#include "framework/intervals/Rounding.h"
 
 namespace zultav::detail {
 
 namespace {
 
 using Result = std::optional<Constant>;
+using rounding::Rounded;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // --- Reals ------------------------------------------------------------------------------------
-
-/// The double nearest to an exact result, and where the exact result lies beside it.
-struct Rounded {
-  double value;
-  bool below, above;  // both where that is unknown, neither where the value is exact
-};
-
-Rounded WithError(double value, double error) { return {value, error<0, error> 0}; }
-
-Rounded Add(double a, double b) {
-  const double sum = a + b;
-  const double fromB = sum - a;
-  return WithError(sum, (a - (sum - fromB)) + (b - fromB));
-}
-
-// Below this size the residue of a product may underflow and look like 0.
-bool ResidueHolds(double value) { return std::fabs(value) >= 0x1p-960; }
-
-Rounded Multiply(double a, double b) {
-  const double product = a * b;
-  if (a == 0 || b == 0) return {0, false, false};
-  if (!ResidueHolds(product)) return {product, true, true};
-  return WithError(product, std::fma(a, b, -product));
-}
-
-Rounded Divide(double a, double b) {
-  const double quotient = a / b;
-  if (a == 0) return {0, false, false};
-  if (!ResidueHolds(quotient) || !ResidueHolds(a)) return {quotient, true, true};
-  const double residue = -std::fma(quotient, b, -a);
-  return WithError(quotient, b < 0 ? -residue : residue);
-}
-
-double Down(Rounded r) { return r.below ? std::nextafter(r.value, -kInfinity) : r.value; }
-double Up(Rounded r) { return r.above ? std::nextafter(r.value, kInfinity) : r.value; }
 
 /// The hull of an operation over the corners of its operands.
 template <class Operation>
@@ -61,11 +28,11 @@ Constant OverCorners(const Constant& a, const Constant& b, Operation operation) 
   double lower = kInfinity;
   double upper = -kInfinity;
   for (const Rounded& corner : corners) {
-    if (!std::isfinite(corner.value)) throw ConstantError{"this constant is too large"};
-    lower = std::min(lower, Down(corner));
-    upper = std::max(upper, Up(corner));
+    if (!std::isfinite(corner.nearest)) throw ConstantError{"this constant is too large"};
+    lower = std::min(lower, corner.Down());
+    upper = std::max(upper, corner.Up());
   }
-  const double nearest = operation(a.nearest, b.nearest).value;
+  const double nearest = operation(a.nearest, b.nearest).nearest;
   return Constant::Real(lower, upper, std::clamp(nearest, lower, upper));
 }
 
@@ -74,14 +41,14 @@ Constant Negate(const Constant& a) { return Constant::Real(-a.upper, -a.lower, -
 Result FoldReals(Op op, const Constant& a, const Constant& b) {
   switch (op) {
     case Op::kAdd:
-      return OverCorners(a, b, Add);
+      return OverCorners(a, b, rounding::Sum);
     case Op::kSubtract:
-      return OverCorners(a, Negate(b), Add);
+      return OverCorners(a, Negate(b), rounding::Sum);
     case Op::kMultiply:
-      return OverCorners(a, b, Multiply);
+      return OverCorners(a, b, rounding::Product);
     case Op::kDivide:
       if (b.lower <= 0 && b.upper >= 0) throw ConstantError{"division by zero"};
-      return OverCorners(a, b, Divide);
+      return OverCorners(a, b, rounding::Quotient);
     case Op::kMinimum:
       return Constant::Real(std::min(a.lower, b.lower), std::min(a.upper, b.upper),
                             std::min(a.nearest, b.nearest));
@@ -225,11 +192,9 @@ std::optional<Constant> Constant::FromDigits(std::string_view text) {
 
 Constant Constant::AsReal() const {
   if (IsReal()) return *this;
-  // By its halves, since a 32-bit x86 may keep the double nearest to an integer in a register that
-  // is wider than a double.
-  const Rounded real =
-      Add(0x1p32 * static_cast<std::int32_t>(integer >> 32), static_cast<std::uint32_t>(integer));
-  return Real(Down(real), Up(real), real.value);
+  const DoubleDouble exact = FromInteger(integer);
+  const Rounded real{exact.hi, exact.lo};
+  return Real(real.Down(), real.Up(), real.nearest);
 }
 
 std::string Constant::Describe() const {
