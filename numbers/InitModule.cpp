@@ -21,13 +21,15 @@ int InitModule(ZULTaVoModule* module, ZULTaVoModuleManager* manager) {
   if (abstractTypes == nullptr) return 0;
   module->AddLoadedModule(abstractTypes);
 
-  module->AddObjectDescriptor(ZULTavSingleBoolean::MakeDescriptor());
-  module->AddObjectDescriptor(ZULTavSingleInteger::MakeDescriptor());
-  module->AddObjectDescriptor(ZULTavIntervalInteger::MakeDescriptor());
-  module->AddObjectDescriptor(ZULTavSingleReal::MakeDescriptor());
-  module->AddObjectDescriptor(ZULTavIntervalReal::MakeDescriptor());
-  module->AddObjectDescriptor(ZULTavPositive::MakeDescriptor());
-  module->AddObjectDescriptor(ZULTavAngle::MakeDescriptor());
+  for (const auto make :
+       {&ZULTavSingleBoolean::MakeDescriptor, &ZULTavSingleInteger::MakeDescriptor,
+        &ZULTavIntervalInteger::MakeDescriptor, &ZULTavSingleReal::MakeDescriptor,
+        &ZULTavIntervalReal::MakeDescriptor, &ZULTavPositive::MakeDescriptor,
+        &ZULTavAngle::MakeDescriptor}) {
+    const ZULTaVoObjectDescriptor* const made = make();
+    if (made == nullptr) return 0;
+    module->AddObjectDescriptor(made);
+  }
 
   InitNumbers();
   return AddOperators(*module) ? 1 : 0;

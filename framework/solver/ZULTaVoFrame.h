@@ -87,7 +87,7 @@ class ZULTAV_TYPES_API ZULTaVoFrame : public Base {
 
   const char* CastableID() const override { return CastableIdent; }
   int IsDerivedFrom(const char* id) const override {
-    return (!kIsConstraint && id == sIdent) || Base::IsDerivedFrom(id);
+    return id == sIdent || Base::IsDerivedFrom(id);
   }
   const ZULTaVoObjectDescriptor* GetDescriptor() const override { return sDescriptor; }
 
@@ -111,7 +111,7 @@ class ZULTAV_TYPES_API ZULTaVoFrame : public Base {
     return ZULStreamableClass(CastableIdent, BuildForStream<Self>, 1);
   }
 
-  /// What IsDerivedFrom compares, by pointer. Constraints are known as such only.
+  /// What IsDerivedFrom compares, by pointer. Constraints have that of ZULTaVoConstraint.
   static const char* const sIdent;
   static const char* const CastableIdent;
   /// The descriptor of the class: made by MakeDescriptor, owned by the module that added it.
@@ -137,7 +137,13 @@ class ZULTAV_TYPES_API ZULTaVoFrame : public Base {
 };
 
 template <class Self, class Base>
-const char* const ZULTaVoFrame<Self, Base>::sIdent = Self::kClassName;
+const char* const ZULTaVoFrame<Self, Base>::sIdent = [] {
+  if constexpr (kIsConstraint) {
+    return Base::sIdent;
+  } else {
+    return Self::kClassName;
+  }
+}();
 template <class Self, class Base>
 const char* const ZULTaVoFrame<Self, Base>::CastableIdent = Self::kClassName;
 template <class Self, class Base>

@@ -165,6 +165,7 @@ TEST(ValueTypesTest, IdentityFollowsTheChainOfBasesByPointer) {
       {ZULTaVoInteger::sIdent,    "01100000"},
       {ZULTaVoReal::sIdent,       "00011110"},
       {ZULTaVoConstraint::sIdent, "00000001"},
+      {ZULTavPrimeNumber::sIdent, "00000001"},
       {SB::sIdent,                "10000000"},
       {SI::sIdent,                "01000000"},
       {II::sIdent,                "00100000"},
