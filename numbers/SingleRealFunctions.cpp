@@ -1,5 +1,6 @@
 // Arithmetic and elementary functions of single reals.
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -42,17 +43,25 @@ int NarrowToImage(ZULTavSingleReal& target, SubdefReal (*function)(const SubdefR
   return NarrowToResult(target, function, x);
 }
 
+/// The same, also for an x that is Any: the values of a function that does not take them all.
+int NarrowToRange(ZULTavSingleReal& target, SubdefReal (*function)(const SubdefReal&),
+                  const ZULTavSingleReal& x) {
+  if (target.IsNil() || !x.IsAny()) return NarrowToImage(target, function, x);
+  SDClearError();
+  return target.Intersect(function(SubdefReal()));
+}
+
 /// Too big an angle for the trigonometric functions.
 bool TooBig(double angle) { return !(std::fabs(angle) <= 1e14); }
 
 /// The solver's trigonometric window in radians; the interval library, which counts half-turns,
-/// is told of it.
+/// is told of it. What it keeps may be narrower by a rounding, and beyond that it narrows nothing.
 SubdefReal GetMaxTrigLimit() {
   double low = 0;
   double high = 0;
   ZULTaVoReal::GetTrigLimits(low, high);
   SetTrigLimits(low * std::numbers::inv_pi, high * std::numbers::inv_pi);
-  return {low, high};
+  return {std::max(low, GetTrigLow()), std::min(high, GetTrigHigh())};
 }
 
 /// Inverse of a periodic function: `angle` is intersected with those angles, found by `inverse`,
@@ -74,6 +83,7 @@ int NarrowAngle(ZULTavSingleReal& angle, SubdefReal value, const SubdefReal& ran
 // Sign and arithmetic -----------------------------------------------------------------------
 
 int ZULTavSingleReal::CalcAbsoluteValue(const ZULTavSingleReal& y) {
+  if (y.IsAny() && !IsNil()) return CheckRelation(*this, !Differ(mValue, std::max(mValue, 0.0)));
   return WithValues(
       *this, [&](double value) { return SettleReal(*this, std::fabs(value)); }, y);
 }
@@ -137,8 +147,7 @@ int ZULTavSingleReal::CalcModValue(const ZULTavSingleReal& a, const ZULTavSingle
   return WithValues(
       *this,
       [&](double x, double m) {
-        return WithQuotient(x, m,
-                            [&](double n) { return NarrowToNumber(*this, std::fma(-n, m, x)); });
+        return WithQuotient(x, m, [&](double n) { return NarrowToNumber(*this, x - n * m); });
       },
       a, b);
 }
@@ -151,7 +160,7 @@ int ZULTavSingleReal::CalcFirstInverseModValue(ZULTavSingleReal& a,
         if (a.IsAny() || m == 0) return 0;
         if (CheckModValue(a.mValue, m, r)) return Contradict(a);
         return WithQuotient(a.mValue - r, m,
-                            [&](double n) { return NarrowToNumber(a, std::fma(n, m, r)); });
+                            [&](double n) { return NarrowToNumber(a, n * m + r); });
       },
       *this, b);
 }
@@ -213,8 +222,9 @@ int ZULTavSingleReal::CalcSecondInversePowerValue(const ZULTavSingleReal& a,
         const SDErrorScope errors;
         const SubdefInt whole =
             exponent(SubdefReal(r, r), SubdefReal(x, x), SubdefInt(b.GetSubdef()));
-        // A positive base may have an exponent between the whole ones.
-        if (whole.IsEmpty()) return x < 0 ? Contradict(b) : 0;
+        // A base that is not negative may have an exponent between the whole ones.
+        const bool isWhole = !b.IsAny() && b.mValue == std::floor(b.mValue);
+        if (whole.IsEmpty()) return x < 0 || isWhole ? Contradict(b) : 0;
         SubdefReal candidates;
         candidates.SDIntersect(whole);
         SDClearError();
@@ -229,7 +239,7 @@ int ZULTavSingleReal::CalcPiValue() { return NarrowToConstant(*this, std::number
 int ZULTavSingleReal::CalcEValue() { return NarrowToConstant(*this, std::numbers::e); }
 
 int ZULTavSingleReal::CalcExpValue(const ZULTavSingleReal& x) {
-  return NarrowToImage(*this, exp, x);
+  return NarrowToRange(*this, exp, x);
 }
 
 int ZULTavSingleReal::CalcInverseExpValue(ZULTavSingleReal& x) const {
@@ -237,6 +247,7 @@ int ZULTavSingleReal::CalcInverseExpValue(ZULTavSingleReal& x) const {
 }
 
 int ZULTavSingleReal::CalcSqrtValue(const ZULTavSingleReal& x) {
+  if (x.IsAny()) return NarrowToRange(*this, sqrt, x);
   return WithValues(
       *this,
       [&](double value) {
@@ -252,7 +263,7 @@ int ZULTavSingleReal::CalcInverseSqrtValue(ZULTavSingleReal& x) const {
 }
 
 int ZULTavSingleReal::CalcSinValue(const ZULTavSingleReal& x) {
-  return NarrowToResult(
+  return NarrowToRange(
       *this,
       [](const SubdefReal& value) { return TooBig(value.lower) ? SubdefReal(-1, 1) : sin(value); },
       x);
@@ -268,7 +279,7 @@ int ZULTavSingleReal::CalcInverseSinValue(ZULTavSingleReal& x) const {
 }
 
 int ZULTavSingleReal::CalcCosValue(const ZULTavSingleReal& x) {
-  return NarrowToResult(
+  return NarrowToRange(
       *this,
       [](const SubdefReal& value) { return TooBig(value.lower) ? SubdefReal(-1, 1) : cos(value); },
       x);

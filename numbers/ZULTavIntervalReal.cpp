@@ -34,13 +34,14 @@ BinaryFunction Binary(BinaryFunction function) { return function; }
 
 }  // namespace
 
-ZULTavIntervalReal::ZULTavIntervalReal(double lower, double upper) {
-  SetSubdef({lower, upper});
+ZULTavIntervalReal::ZULTavIntervalReal(double lower, double upper) : mSet(lower, upper) {
+  if (std::isnan(lower) || std::isnan(upper)) SetNil();
   CheckValue();
 }
 
-ZULTavIntervalReal::ZULTavIntervalReal(const ZULTavSingleReal& from, int)
-    : mSet(from.GetSubdef()) {}
+ZULTavIntervalReal::ZULTavIntervalReal(const ZULTavSingleReal& from, int) : mSet(from.GetSubdef()) {
+  NarrowTo(mSet, SubdefReal());
+}
 
 ZULTavIntervalReal::ZULTavIntervalReal(const ZULTavSingleInteger& from, int)
     : ZULTavIntervalReal(ZULTavSingleReal(from, 0), 0) {}
@@ -158,10 +159,10 @@ int ZULTavIntervalReal::IntersectInverse(ZULTavSingleInteger& value) const {
   if (value.IsNil()) return 0;
   if (value.IsAny() && !IsNil()) {
     if (!mSet.IsScalar()) return 0;
-    const double whole = std::round(mSet.lower);
-    if (std::fabs(whole) > static_cast<double>(ZULTavSingleInteger::sNC_INT_MAX)) return 0;
-    if (std::fabs(mSet.lower - whole) <= GetPrecision()) {
-      value.SetExactValue(static_cast<long>(whole));
+    const double number = mSet.lower;
+    if (std::fabs(number) > static_cast<double>(ZULTavSingleInteger::sNC_INT_MAX)) return 0;
+    if (number == std::floor(number)) {
+      value.SetExactValue(static_cast<long>(number));
     } else {
       value.SetNil();
     }

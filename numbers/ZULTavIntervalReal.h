@@ -29,7 +29,8 @@ class ZULTAV_NUMBERS_API ZULTavIntervalReal : public ZULTaVoFrame<ZULTavInterval
   ZULTavIntervalReal(const ZULTavIntervalReal&) = default;
   ZULTavIntervalReal& operator=(const ZULTavIntervalReal&) = default;
   explicit ZULTavIntervalReal(ZULStreamableInit init) : ZULTaVoFrame(init) {}
-  /// [lower, upper], then CheckValue. Nil when a bound is NaN.
+  /// [lower, upper], then CheckValue: Nil when nothing of it lies within the limits of the line, or
+  /// a bound is NaN.
   ZULTavIntervalReal(double lower, double upper);
   explicit ZULTavIntervalReal(const SubdefReal& set) : ZULTavIntervalReal(set.lower, set.upper) {}
   /// The same set of numbers; the second argument means nothing.
@@ -75,7 +76,8 @@ class ZULTAV_NUMBERS_API ZULTavIntervalReal : public ZULTaVoFrame<ZULTavInterval
   void CheckValue();
 
   const SubdefReal& GetSubdef() const { return mSet; }
-  /// Stores the set as it is; a NaN bound makes it Nil.
+  /// Stores the set, its bounds brought between the limits of the line; a NaN bound makes it Nil.
+  /// The stores below do the same.
   void SetSubdef(const SubdefReal& set);
   void SetExactValue(double value) override;
   void SetLowerBound(double value) override;

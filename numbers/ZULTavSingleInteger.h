@@ -149,7 +149,8 @@ class ZULTAV_NUMBERS_API ZULTavSingleInteger final
   long GetNextExactValue(long value) const override;
   long GetPrevExactValue(long value) const override;
 
-  /// Least and greatest value, and the encodings of Any and Nil just outside; set by InitNumbers.
+  /// Least and greatest value, and the encodings of Any and Nil just outside; 0 until InitNumbers
+  /// sets them.
   static long sNC_INT_MAX;
   static long sNC_INT_MIN;
   static long sNC_INT_ANY;

@@ -11,10 +11,10 @@ template class ZULTaVoFrame<ZULTavSingleReal, ZULTaVoReal>;
 ZULStreamableClass rZULTavSingleReal_Descriptor = ZULTavSingleReal::MakeDescriptorRecord();
 ZULStreamableClass rZULTavSingleReal = ZULTavSingleReal::MakeRecord();
 
-double ZULTavSingleReal::sNC_REAL_MAX = 1e19;
-double ZULTavSingleReal::sNC_REAL_MIN = -1e19;
-double ZULTavSingleReal::sNC_REAL_ANY = 1e21;
-double ZULTavSingleReal::sNC_REAL_NIL = -1e21;
+double ZULTavSingleReal::sNC_REAL_MAX = 0;
+double ZULTavSingleReal::sNC_REAL_MIN = 0;
+double ZULTavSingleReal::sNC_REAL_ANY = 0;
+double ZULTavSingleReal::sNC_REAL_NIL = 0;
 
 namespace {
 

@@ -18,12 +18,14 @@ class ZULTavSingleInteger;
 ///
 /// Operands: a generic overload takes single reals and single integers, and answers 0 for any
 /// other type. Then, in typed and generic overloads alike: a Nil target stays as it is (0), a Nil
-/// operand makes the target Nil (1), an operand that is Any narrows nothing (0).
+/// operand makes the target Nil (1), an operand that is Any narrows nothing (0); but where the
+/// values of a function have bounds, its typed overload refuses a result beyond them.
 class ZULTAV_NUMBERS_API ZULTavSingleReal final
     : public ZULTaVoFrame<ZULTavSingleReal, ZULTaVoReal> {
  public:
   static constexpr char kClassName[] = "ZULTavSingleReal";
   static constexpr char kTypeName[] = "single real";
+  static constexpr bool kAnyNarrowsNothing = true;
 
   /// Any.
   ZULTavSingleReal() = default;
@@ -37,7 +39,7 @@ class ZULTAV_NUMBERS_API ZULTavSingleReal final
   ZULTavSingleReal(const ZULTavSingleInteger& integer, int);
   ~ZULTavSingleReal() override;
 
-  /// The sentinels, set when the module initialises: largest and smallest value (±1e19), and the
+  /// The sentinels, 0 until InitNumbers sets them: largest and smallest value (±1e19), and the
   /// encodings of the states Any (1e21) and Nil (-1e21).
   static double sNC_REAL_MAX;
   static double sNC_REAL_MIN;

@@ -61,6 +61,7 @@ class Operand {
 
   bool IsForeign() const { return mDomain == nullptr; }
   bool IsNil() const { return mDomain->GetSubdef().IsEmpty(); }
+  bool IsAny() const { return mDomain->IsAny(); }
   const Domain& operator*() const { return *mDomain; }
 
  private:
@@ -74,6 +75,9 @@ int Forward(Domain& self, Apply apply, const Operands&... operands) {
   if ((operands.IsNil() || ...)) {
     self.SetNil();
     return 1;
+  }
+  if constexpr (requires { Domain::kAnyNarrowsNothing; }) {
+    if ((operands.IsAny() || ...)) return 0;
   }
   return apply(*operands...);
 }
@@ -97,7 +101,8 @@ int Inverse(const Domain& self, Target& target, Apply apply, const Operands&... 
 /// Forward operation: calls the typed operation on `self` with the arguments as Domain.
 ///
 /// @return 0 when an argument is foreign or `self` is Nil; 1, `self` made Nil, when an argument is
-///         Nil; else the typed operation's answer.
+///         Nil; 0 when one is Any and Domain::kAnyNarrowsNothing; else the typed operation's
+///         answer.
 template <class Domain, class... Arguments>
 int CallForward(Domain& self,
                 int (Domain::*operation)(const interval_dispatch::Typed<Domain, Arguments>&...),

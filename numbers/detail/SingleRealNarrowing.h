@@ -38,12 +38,13 @@ inline int NarrowToConstant(ZULTavSingleReal& target, double value) {
 }
 
 /// The number that an enclosure of one number stands for: its midpoint. An enclosure wider than
-/// rounding explains is left as it is.
+/// rounding or underflow explains is left as it is.
 inline SubdefReal Collapsed(const SubdefReal& set) {
   constexpr double kRounding = 16 * 0x1p-52;
+  constexpr double kUnderflow = 0x1p-1022;
   const double size = std::max(std::fabs(set.lower), std::fabs(set.upper));
-  if (set.IsEmpty() || set.upper - set.lower > kRounding * size) return set;
-  const double middle = (set.lower + set.upper) * 0.5;
+  if (set.IsEmpty() || set.upper - set.lower > std::max(kRounding * size, kUnderflow)) return set;
+  const double middle = (set.lower + set.upper) * 0.5 + 0.0;  // not the -0 of an underflow
   return {middle, middle};
 }
 

@@ -18,6 +18,11 @@ namespace {
 using SI = ZULTavSingleInteger;
 using SR = ZULTavSingleReal;
 
+// Taken while the program is loaded, before any module is initialised.
+const double kRealsBefore[] = {SR::sNC_REAL_MAX, SR::sNC_REAL_MIN, SR::sNC_REAL_ANY,
+                               SR::sNC_REAL_NIL};
+const long kIntegersBefore[] = {SI::sNC_INT_MAX, SI::sNC_INT_MIN, SI::sNC_INT_ANY, SI::sNC_INT_NIL};
+
 /// The entry of this module: the framework's own module has one of that name, too.
 decltype(&InitModule) Entry() {
   void* library = dlopen("libZULTavNumbers.so", RTLD_NOW | RTLD_NOLOAD);
@@ -35,6 +40,8 @@ TEST(InitModuleTest, SentinelsLieOneOutsideTheIntegersAndFarOutsideTheReals) {
   EXPECT_EQ(SR::sNC_REAL_MIN, -1e19);
   EXPECT_EQ(SR::sNC_REAL_ANY, 1e21);
   EXPECT_EQ(SR::sNC_REAL_NIL, -1e21);
+  for (const double before : kRealsBefore) EXPECT_EQ(before, 0);
+  for (const long before : kIntegersBefore) EXPECT_EQ(before, 0);
 }
 
 TEST(InitModuleTest, HandsTheSettingsOfTheFrameworkOn) {

@@ -132,12 +132,14 @@ TEST(IntervalRealTest, ConvertsAndWritesBack) {
   };
   constexpr double kUnknown = 1e21, kNone = -1e21;
   for (const WriteRow& row : {
-           WriteRow{{2, 2},                 2,         2,        {2, 2}},
-           WriteRow{{2.5, 2.5},             2.5,       kNone,    {1, 0}},
-           WriteRow{{1.5, 4.2},             kUnknown,  kUnknown, {2, 4}},
-           WriteRow{{2.9999999, 2.9999999}, 2.9999999, 3,        {1, 0}},
-           WriteRow{{3e9, 3e9},             3e9,       kUnknown, {1, 0}},
-           WriteRow{kNil,                   kNone,     kNone,    {1, 0}}
+           WriteRow{{2, 2},                       2,            2,        {2, 2}  },
+           WriteRow{{2.5, 2.5},                   2.5,          kNone,    {1, 0}  },
+           WriteRow{{1.5, 4.2},                   kUnknown,     kUnknown, {2, 4}  },
+           WriteRow{{2.9999999, 2.9999999},       2.9999999,    kNone,    {1, 0}  },
+           WriteRow{{-4, -4},                     -4,           -4,       {-4, -4}},
+           WriteRow{{2147483646.5, 2147483646.5}, 2147483646.5, kUnknown, {1, 0}  },
+           WriteRow{{3e9, 3e9},                   3e9,          kUnknown, {1, 0}  },
+           WriteRow{kNil,                         kNone,        kNone,    {1, 0}  }
   }) {
     SCOPED_TRACE(testing::Message() << row.from);
     const IR from = Interval(row.from);
@@ -191,13 +193,14 @@ TEST(IntervalRealTest, ChangesOfOneValue) {
     Set inserted, removed;
   };
   for (const ValueRow& row : {
-           ValueRow{{1, 2}, 3,    {1, 3}, {1, 2}              },
-           ValueRow{{1, 2}, 1,    {1, 2}, {1 + 2e-6, 2}       },
-           ValueRow{{1, 2}, 2,    {1, 2}, {1, 2 - 2e-6}       },
-           ValueRow{{1, 1}, 1,    {1, 1}, {1 + 2e-6, 1 - 2e-6}},
-           ValueRow{{5, 3}, 7,    {7, 7}, {5, 3}              },
-           ValueRow{kAny,   kMax, kAny,   kAny                },
-           ValueRow{{1, 2}, kNan, {1, 2}, {1, 2}              }
+           ValueRow{{1, 2}, 3,     {1, 3},     {1, 2}              },
+           ValueRow{{1, 2}, -3e19, {-kMax, 2}, {1, 2}              },
+           ValueRow{{1, 2}, 1,     {1, 2},     {1 + 2e-6, 2}       },
+           ValueRow{{1, 2}, 2,     {1, 2},     {1, 2 - 2e-6}       },
+           ValueRow{{1, 1}, 1,     {1, 1},     {1 + 2e-6, 1 - 2e-6}},
+           ValueRow{{5, 3}, 7,     {7, 7},     {5, 3}              },
+           ValueRow{kAny,   kMax,  kAny,       kAny                },
+           ValueRow{{1, 2}, kNan,  {1, 2},     {1, 2}              }
   }) {
     SCOPED_TRACE(testing::Message() << row.before << ", " << row.value);
     IR x = Interval(row.before), y = x;
@@ -210,9 +213,13 @@ TEST(IntervalRealTest, ChangesOfOneValue) {
     IR x = Interval({1, 2});
     (x.*store)(kNan);
     EXPECT_TRUE(x.IsNil());
+    (x.*store)(3e19);
+    EXPECT_EQ(store == &IR::SetLowerBound ? x.GetLowerBound() : x.GetUpperBound(), kMax);
   }
   EXPECT_TRUE(IR(kNan, 1).IsNil());
   EXPECT_EQ(IR(-HUGE_VAL, 3).GetSubdef(), Set(-kMax, 3));
+  EXPECT_TRUE(IR(2e19, 3e19).IsNil());
+  EXPECT_EQ(IR(-3e19, 2e19).GetSubdef(), kAny);
   EXPECT_TRUE(IR(1, 0).IsNil());
   IR hull = Interval({1, 2});
   EXPECT_EQ(hull.Unite(Interval({4, 5})), 1);
