@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "framework/intervals/IntervalControl.h"
-#include "numbers/detail/RealModulo.h"
 #include "numbers/ZULTavIntervalReal.h"
+#include "numbers/detail/RealModulo.h"
 #include "tests/numbers/print_interval.h"
 
 using namespace zultav::detail;
