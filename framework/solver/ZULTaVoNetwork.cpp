@@ -286,6 +286,14 @@ void ZULTaVoNetwork::Retire() {
   mLinks[mRunning].retired = true;
 }
 
+/// Whether a filter that says so can have changed the value: some say it for what they only
+/// confirm. What was and is a single value is the same one, for domains only narrow.
+bool ZULTaVoNetwork::HasChanged(Node& node) {
+  if (node.real != nullptr)
+    return node.real->GetLowerBound() != node.lower || node.real->GetUpperBound() != node.upper;
+  return !node.single || !IsSingleValue(*node.Object());
+}
+
 /// Whether the domain has narrowed enough since it was last propagated.
 bool ZULTaVoNetwork::WorthPropagating(Node& node) const {
   if (node.real == nullptr) return true;
@@ -318,9 +326,10 @@ void ZULTaVoNetwork::PropagateValue(const ZULTaVoObject* object) {
   }
   if (node == nullptr) node = FindNode(object);
   if (node == nullptr) return;
+  const bool running = mRunning != kNoLink;
+  if (running && !HasChanged(*node)) return;
   node->narrowed = true;
   node->UpdateSingle();
-  const bool running = mRunning != kNoLink;
   if (running) ++mStatistics.narrowings;
   if (!WorthPropagating(*node) && running) return;
   for (std::uint32_t edge = node->firstEdge; edge != kNone; edge = mEdges[edge].next) {

@@ -26,7 +26,7 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   };
   struct Statistics {
     std::uint64_t filters = 0;     ///< filter calls
-    std::uint64_t narrowings = 0;  ///< domain changes that filters reported
+    std::uint64_t narrowings = 0;  ///< domain changes made by filters
     std::uint64_t runs = 0;        ///< propagation runs
   };
 
@@ -68,7 +68,8 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   /// does every further run, until PopState goes back to before it.
   Status Propagate();
   /// Tells that the object's value has narrowed: the constraints on it are scheduled. Called by
-  /// filters for their arguments, and by whoever changes a value from outside.
+  /// filters for their arguments, and by whoever changes a value from outside. A filter that says
+  /// so of a single value that it has only confirmed schedules nothing.
   void PropagateValue(const ZULTaVoObject* object);
   /// Called by a filter: the constraint holds for all combinations of the values that are left,
   /// so that it need not run again before PopState brings values back.
@@ -158,6 +159,7 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   void ClearQueue();
   bool HasSingleArgument(const Link& link) const;
   void Wake(std::uint32_t index, const ZULTaVoObject* object);
+  static bool HasChanged(Node& node);
   bool WorthPropagating(Node& node) const;
   int RunFilter(std::uint32_t index);
 

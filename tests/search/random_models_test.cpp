@@ -364,8 +364,7 @@ bool Search(const Model& model, std::uint64_t seed, Solutions& solutions, std::s
     solutions.emplace_back();
     for (std::size_t i = 0; i < solution.GetSize(); ++i)
       solutions.back().push_back(ValueOf(solution.GetValue(i)));
-    if (!solution.IsProven() && text.find("PrimeNumber") == std::string::npos)
-      solutions.back().push_back(kNone);
+    if (!solution.IsProven()) solutions.back().push_back(kNone);
     return true;
   });
   trouble = "the search ends with outcome " + std::to_string(static_cast<int>(outcome));

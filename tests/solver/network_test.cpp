@@ -148,6 +148,22 @@ TEST_F(NetworkTest, LimitAndInterruptKeepWhatWasNarrowedAndCanGoOn) {
   EXPECT_EQ(world.network.Propagate(), Status::kContradiction);
 }
 
+TEST_F(NetworkTest, WhatOnlyConfirmsASingleValueComesToAnEnd) {
+  for (const char* type : {"bit int", "interval int", "interval real"}) {
+    SCOPED_TRACE(type);
+    World fresh;
+    ZULTaVoObject* x = fresh.Add(type, "1");
+    const auto* confirms = static_cast<const ZULTaVoConstraintDescriptor*>(scripted.get());
+    for (int i = 0; i < 2; ++i) ASSERT_EQ(fresh.network.AddConstraint(confirms, &x, 1), 1);
+    ScriptedConstraint::sScript = [](auto&&, const ZULTaVoObjectEnvironment& environment) {
+      environment.GetNetwork()->PropagateValue(environment.GetArgument(0));
+      return 0;
+    };
+    EXPECT_EQ(fresh.network.Propagate(), Status::kConsistent);
+    EXPECT_LE(fresh.network.GetStatistics().filters, 4U);
+  }
+}
+
 TEST_F(NetworkTest, SlowConvergenceOfRealsEnds) {
   const std::pair<const char*, const char*> rows[] = {
       {"0.999999", "-1e9,1e9"}, // x = 0.999999 x shrinks for ever
