@@ -1,5 +1,6 @@
 #include <fnmatch.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -197,7 +198,8 @@ bool IsAsShown(const std::string& shown, const std::string& text) {
 /// Commands stand behind "$ ", what they print below. A block without commands is the model.zul of
 /// the next one.
 TEST(ExamplesTest, ThePagesShowWhatTheProgramPrints) {
-  const fs::path folder = fs::path(testing::TempDir()) / "zultav_pages";
+  const fs::path folder =
+      fs::path(testing::TempDir()) / ("zultav_pages_" + std::to_string(getpid()));
   const fs::path root = fs::path(ZULTAV_TEST_EXAMPLES).parent_path();
   fs::remove_all(folder);
   fs::create_directories(folder);
