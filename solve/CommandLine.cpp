@@ -40,7 +40,9 @@ Each solution is printed as `name = value` lines and ends with ----------. The l
   =====UNSATISFIABLE=====  there is none
   =====UNKNOWN=====        a limit ended the search (exit status 4)
 and is missing when as many solutions as asked for were printed. A solution marked
-"// possible" is a box that may hold a solution, but was not proven to.)";
+"// possible" is a box that may hold a solution, but was not proven to. The bounds of reals are
+rounded outward: what is printed encloses what was found. Warnings, on standard error and in
+JSON, name what a model states and probably does not mean.)";
 
 constexpr char kResumeFooter[] =
     R"(Goes on with a run that `zultav solve --checkpoint` or an earlier resume has saved. Prints the

@@ -107,7 +107,7 @@ std::string Interpreter::EvaluateValuePiece(Span piece, bool isLower, bool isUpp
   if (constant.IsBoolean()) return constant.IsTrue() ? "True" : "False";
   const Registry::Type type = value.GetDescriptor();
   if (constant.IsReal() && ZULTaVoCast<const ZULTaVoInteger>(&value) != nullptr)
-    Fail(piece, constant.Describe() + " is no integer, as '" + type->GetName() + "' asks for");
+    Fail(piece, "'" + text + "' is a real; the type '" + type->GetName() + "' holds integers");
   number.span = piece;
   mBuilder.CheckRange(number, type);
   if (constant.IsInteger()) return std::to_string(constant.integer);

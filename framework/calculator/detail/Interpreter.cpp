@@ -155,6 +155,8 @@ void Interpreter::ExecuteDeclaration(const Statement& statement) {
         all += (all.back() == 'e' ? " '" : ", '") + known + "'";
       }
       ModelError error = {statement.type, "unknown type '" + name + "'", {all}};
+      if (const std::string_view advice = AdviceFor(name); !advice.empty())
+        error.notes.assign(1, std::string(advice));
       if (!suggestion.GetBest().empty())
         error.notes.insert(error.notes.begin(), "did you mean '" + suggestion.GetBest() + "'?");
       throw error;
@@ -366,6 +368,7 @@ void Interpreter::AssertComparison(NodeRange range) {
   if (left.IsConstant() && right.IsConstant()) {
     const auto truth = FoldConstants(root.op, left.constant, &right.constant);
     if (truth && truth->IsTrue()) return;
+    if (truth) mBuilder.Warn(root.span, "this is false, whatever the variables are", {});
   }
   mBuilder.State(operation, left, right, mLine);
 }

@@ -182,7 +182,8 @@ void Lexer::Explain(const Token& bad) const {
   if (IsNameStart(text[0])) failByLimit("a name", mLimits->nameLength);
   if (IsDigit(bad.span.position)) {
     if (text.size() > mLimits->numberLength) failByLimit("a number", mLimits->numberLength);
-    Fail(bad.span, "'" + std::string(text) + "' is neither a number nor a name");
+    Fail(bad.span, "'" + std::string(text) + "' is neither a number nor a name",
+         {"a product is written with its sign, as in '2 * x'"});
   }
   for (const auto& [stranger, name, advice] : kStrangers) {
     if (text != stranger) continue;

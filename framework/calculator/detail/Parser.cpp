@@ -95,14 +95,24 @@ void Parser::FailExpected(std::string_view what) const {
   throw error;
 }
 
-/// Whether the statement went wrong by a word that the language does not have.
+/// What the language has in place of words and signs that may have led the statement astray.
 std::vector<std::string> Parser::Advise() const {
-  std::string_view advice = IsOnNewLine() ? std::string_view() : AdviceFor(TextOf(mToken.span));
-  Lexer words(mSource, mLimits, {mStatement, std::max(mPrevious.End(), mStatement) - mStatement});
+  const std::string_view found = TextOf(mToken.span);
+  std::string_view advice;
+  if (mPrevious.End() == mToken.span.position)
+    advice = AdviceFor(TextOf({mPrevious.position, mPrevious.length + mToken.span.length}));
+  if (advice.empty() && !IsOnNewLine()) advice = AdviceFor(found);
+  const std::uint32_t end = std::max(mPrevious.End(), mStatement);
+  Lexer words(mSource, mLimits, {mStatement, end - mStatement});
   for (Token word = words.Next(); advice.empty() && word.span.length != 0; word = words.Next())
-    if (word.kind == TokenKind::kName) advice = AdviceForKeyword(TextOf(word.span));
-  if (advice.empty()) return {};
-  return {std::string(advice)};
+    if (word.kind == TokenKind::kName)
+      advice = AdviceForEarlier(TextOf(word.span), word.span.position == mStatement);
+  if (!advice.empty()) return {std::string(advice)};
+  const std::string_view before = TextOf(mPrevious);
+  const bool isWord = std::find(kWords.begin(), kWords.end(), before) != kWords.end();
+  if (isWord && (found == ":" || found == "," || found == "=" || found == "["))
+    return {Quote(before) + " is a word of the language and cannot be a name"};
+  return {};
 }
 
 // --- Statements -------------------------------------------------------------------------------
@@ -221,7 +231,7 @@ Declarator Parser::ParseDeclarator() {
   if (!Accept(TokenKind::kOpenBracket)) return result;
   result.isArray = true;
   result.low = ParseExpression(kExtremum);
-  Expect(TokenKind::kRange, "'..' and the last index of the array");
+  Expect(TokenKind::kRange, "'..' and the last index of the array, as in '[1..9]'");
   result.high = ParseExpression(kExtremum);
   Expect(TokenKind::kCloseBracket, "']' after the range of indices");
   return result;

@@ -24,59 +24,74 @@ constexpr std::string_view kCondition =
     "'~p -> (x == 2)' for 'else'";
 constexpr std::string_view kDeclaration =
     "a variable is declared as 'x : int;' or 'x : real = [0, 1];'";
-constexpr std::string_view kConstraint = "a constraint stands by itself: 'x + y <= 10;'";
+constexpr std::string_view kPower = "a power is written 'x ^ y'";
+constexpr std::string_view kSquare = "a square is written 'x ^ 2'";
+constexpr std::string_view kChange = "a variable has one value in a solution: nothing changes it";
 constexpr std::string_view kOptimum =
     "there is no optimisation: state a bound, such as 'cost <= 100;', and tighten it";
 
-struct ForeignWord {
+/// Where a word makes itself felt: where it stands, or also further on in its statement, or so when
+/// it is the first word of one.
+enum class Place { kHere, kBefore, kFirst };
+
+constexpr struct {
   std::string_view word;
-  bool isKeyword;  // no operator with operands in parentheses
+  Place place;
   std::string_view advice;
-};
-constexpr ForeignWord kForeignWords[] = {
-    {"log",           false, kLogarithm                                                            },
-    {"log10",         false, kLogarithm                                                            },
-    {"log2",          false, kLogarithm                                                            },
-    {"pow",           false, "a power is written 'x ^ y'"                                          },
-    {"power",         false, "a power is written 'x ^ y'"                                          },
-    {"sqr",           false, "a square is written 'x ^ 2'"                                         },
-    {"square",        false, "a square is written 'x ^ 2'"                                         },
-    {"cbrt",          false, "a root of degree 3 is a solution of 'y ^ 3 = x'"                     },
-    {"arcsin",        false, "it is called 'asin'"                                                 },
-    {"arccos",        false, "it is called 'acos'"                                                 },
-    {"arctan",        false, "it is called 'atan'"                                                 },
-    {"all_different", false, "it is called 'alldifferent'"                                         },
-    {"mod",           false, "the remainder is written between its operands: 'x mod y'"            },
-    {"div",           true,  "the quotient q without remainder r: 'x = y * q + r', r in [0, y - 1]"},
-    {"and",           true,  "'and' is written '&&'"                                               },
-    {"or",            true,  "'or' is written '||'"                                                },
-    {"not",           true,  "'not' is written '~', 'not equal' is written '<>'"                   },
-    {"xor",           true,  "'either a or b' is written 'a <<>> b'"                               },
-    {"if",            true,  kCondition                                                            },
-    {"then",          true,  kCondition                                                            },
-    {"else",          true,  kCondition                                                            },
-    {"elseif",        true,  kCondition                                                            },
-    {"while",         true,  "a loop is written 'for i in 1..n : …;'"                            },
-    {"var",           true,  kDeclaration                                                          },
-    {"int",           true,  kDeclaration                                                          },
-    {"real",          true,  kDeclaration                                                          },
-    {"bool",          true,  kDeclaration                                                          },
-    {"float",         true,  kDeclaration                                                          },
-    {"double",        true,  kDeclaration                                                          },
-    {"const",         true,  "a constant is named as 'let n = 8;'"                                 },
-    {"constraint",    true,  kConstraint                                                           },
-    {"subject",       true,  kConstraint                                                           },
-    {"solve",         true,  "the solutions are looked for by 'zultav solve'"                      },
-    {"minimize",      true,  kOptimum                                                              },
-    {"minimise",      true,  kOptimum                                                              },
-    {"maximize",      true,  kOptimum                                                              },
-    {"maximise",      true,  kOptimum                                                              },
+} kForeignWords[] = {
+    {"log",           Place::kHere,   kLogarithm                                                  },
+    {"log10",         Place::kHere,   kLogarithm                                                  },
+    {"log2",          Place::kHere,   kLogarithm                                                  },
+    {"pow",           Place::kHere,   kPower                                                      },
+    {"power",         Place::kHere,   kPower                                                      },
+    {"**",            Place::kHere,   kPower                                                      },
+    {"sqr",           Place::kHere,   kSquare                                                     },
+    {"square",        Place::kHere,   kSquare                                                     },
+    {"cbrt",          Place::kHere,   "a cubic root y of x solves 'y ^ 3 = x'"                    },
+    {"arcsin",        Place::kHere,   "it is called 'asin'"                                       },
+    {"arccos",        Place::kHere,   "it is called 'acos'"                                       },
+    {"arctan",        Place::kHere,   "it is called 'atan'"                                       },
+    {"all_different", Place::kHere,   "it is called 'alldifferent'"                               },
+    {"mod",           Place::kHere,   "the remainder is written between its operands: 'x mod y'"  },
+    {"..",            Place::kHere,   "an interval is written '[0, 10]'"                          },
+    {"=<",            Place::kHere,   "'at most' is written '<='"                                 },
+    {"=>",            Place::kHere,   "'at least' is written '>=', 'implies' is written '->'"     },
+    {":=",            Place::kHere,   "that x is 3 is stated by 'x = 3;'"                         },
+    {"++",            Place::kHere,   kChange                                                     },
+    {"+=",            Place::kHere,   kChange                                                     },
+    {"-=",            Place::kHere,   kChange                                                     },
+    {"and",           Place::kBefore, "'and' is written '&&'"                                     },
+    {"or",            Place::kBefore, "'or' is written '||'"                                      },
+    {"not",           Place::kBefore, "'not' is written '~', 'not equal' is written '<>'"         },
+    {"xor",           Place::kBefore, "that either a or b is true is written 'a <<>> b'"          },
+    {"div",           Place::kBefore, "a quotient q with remainder r is stated by 'x = y * q + r'"},
+    {"if",            Place::kBefore, kCondition                                                  },
+    {"then",          Place::kBefore, kCondition                                                  },
+    {"else",          Place::kBefore, kCondition                                                  },
+    {"while",         Place::kFirst,  "a loop is written 'for i in 1..n : …;'"                  },
+    {"var",           Place::kFirst,  kDeclaration                                                },
+    {"int",           Place::kFirst,  kDeclaration                                                },
+    {"integer",       Place::kFirst,  kDeclaration                                                },
+    {"real",          Place::kFirst,  kDeclaration                                                },
+    {"float",         Place::kFirst,  kDeclaration                                                },
+    {"double",        Place::kFirst,  kDeclaration                                                },
+    {"number",        Place::kFirst,  kDeclaration                                                },
+    {"bool",          Place::kFirst,  kDeclaration                                                },
+    {"boolean",       Place::kFirst,  kDeclaration                                                },
+    {"const",         Place::kFirst,  "a constant is named by 'let n = 8;'"                       },
+    {"constraint",    Place::kFirst,  "a constraint stands by itself: 'x + y <= 10;'"             },
+    {"solve",         Place::kFirst,  "solutions are looked for by the command 'zultav solve'"    },
+    {"minimize",      Place::kFirst,  kOptimum                                                    },
+    {"minimise",      Place::kFirst,  kOptimum                                                    },
+    {"maximize",      Place::kFirst,  kOptimum                                                    },
+    {"maximise",      Place::kFirst,  kOptimum                                                    },
 };
 
-const ForeignWord* FindForeign(std::string_view word) {
-  const auto* found = std::find_if(std::begin(kForeignWords), std::end(kForeignWords),
-                                   [word](const ForeignWord& row) { return row.word == word; });
-  return found != std::end(kForeignWords) ? found : nullptr;
+/// The advice on a word that does harm at one of the places from `least` to `most`.
+std::string_view FindAdvice(std::string_view word, Place least, Place most) {
+  for (const auto& row : kForeignWords)
+    if (row.word == word && row.place >= least && row.place <= most) return row.advice;
+  return {};
 }
 
 std::size_t Distance(std::string_view a, std::string_view b) {
@@ -101,7 +116,8 @@ std::size_t Distance(std::string_view a, std::string_view b) {
 }  // namespace
 
 Suggestion::Suggestion(std::string_view unknown)
-    : mUnknown(unknown), mLeast((unknown.size() + 2) / 3 * kEdit + 1) {}
+    : mUnknown(unknown),
+      mLeast(unknown.size() > 1 ? (unknown.size() + 2) / 3 * kEdit + 1 : kEdit) {}
 
 void Suggestion::Offer(std::string_view candidate) {
   const std::size_t shorter = std::min(mUnknown.size(), candidate.size());
@@ -114,13 +130,11 @@ void Suggestion::Offer(std::string_view candidate) {
 }
 
 std::string_view AdviceFor(std::string_view word) {
-  const ForeignWord* foreign = FindForeign(word);
-  return foreign != nullptr ? foreign->advice : std::string_view();
+  return FindAdvice(word, Place::kHere, Place::kFirst);
 }
 
-std::string_view AdviceForKeyword(std::string_view word) {
-  const ForeignWord* foreign = FindForeign(word);
-  return foreign != nullptr && foreign->isKeyword ? foreign->advice : std::string_view();
+std::string_view AdviceForEarlier(std::string_view word, bool isFirst) {
+  return FindAdvice(word, Place::kBefore, isFirst ? Place::kFirst : Place::kBefore);
 }
 
 }  // namespace zultav::detail

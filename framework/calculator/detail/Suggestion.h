@@ -23,11 +23,10 @@ class Suggestion {
   std::string mBest;
 };
 
-/// What the language has for a word that other languages have; empty for any other word.
+/// What the language has for a word or sign that other languages have; empty for any other.
 std::string_view AdviceFor(std::string_view word);
-/// As AdviceFor, of those words only that make nonsense of the statement around them, as "and"
-/// does.
-std::string_view AdviceForKeyword(std::string_view word);
+/// As AdviceFor, where the error shows only further on in the statement that the word stands in.
+std::string_view AdviceForEarlier(std::string_view word, bool isFirst);
 
 }  // namespace zultav::detail
 
