@@ -14,9 +14,9 @@ TEST(DiagnosticsTest, EveryFaultIsNamedWhereItStands) {
   // Text
       {"x = 3 $ 4;",                               "1:7",  {"unexpected character '$'"}                                          },
       {"p | q;",                                   "1:3",  {"unexpected character '|'", "'&&' and '||'"}                         },
-      {"x =\u00a0y;",                              "1:4",  {"a no-break space (U+00A0)", "remove it"}                            },
-      {"x = y\u200b;",                             "1:6",  {"a zero-width space (U+200B)"}                                       },
-      {"x = \ufeffy;",                             "1:5",  {"a byte order mark (U+FEFF)"}                                        },
+      {"x =\u00a0y;",                              "1:4",  {"unexpected no-break space (U+00A0)", "remove it"}                   },
+      {"x = y\u200b;",                             "1:6",  {"unexpected zero-width space (U+200B)"}                              },
+      {"x = \ufeffy;",                             "1:5",  {"unexpected byte order mark (U+FEFF)"}                               },
       {"x \u2265 y;",                              "1:3",  {"'>='"}                                                              },
       {"x = \x01;",                                "1:5",  {"control character (U+0001)"}                                        },
       {"x = 12ab;",                                "1:5",  {"'12ab' is neither a number nor a name"}                             },
