@@ -154,6 +154,9 @@ void Interpreter::ReadInitialValue(Span span, const LocalValue& value) {
            {"the empty set is written 'Nil'"});
     return;
   }
+  Lexer lexer(*mSource, mLimits, span);
+  for (Token token = lexer.Next(); token.kind != TokenKind::kEnd; token = lexer.Next())
+    if (token.kind == TokenKind::kBad) lexer.Explain(token);
   const std::uint32_t position =
       text.OriginOf(std::min(taken, text.text.empty() ? 0 : text.text.size() - 1));
   std::string message =
