@@ -113,6 +113,7 @@ TEST(DiagnosticsTest, EveryFaultIsNamedWhereItStands) {
       {"z : int = 1.5;",                           "1:11", {"'1.5' is a real; the type 'interval int'"}                          },
       {"z : int = [1,\u00a02];",                   "1:14", {"unexpected no-break space"}                                         },
       {"z : real = .5;",                           "1:12", {"a decimal has digits before"}                                       },
+      {"z : real = 0x10;",                         "1:12", {"'0x10' is neither a number"}                                        },
       {"z : int = [5, 1];",                        "1:11", {"this interval is empty", "'Nil'"}                                   },
       {"z : real = [Max, 1];",                     "1:12", {"this interval is empty"}                                            },
       {"z : int = [0, 2147483647];",               "1:15", {"beyond the limits of 'interval int'"}                               },

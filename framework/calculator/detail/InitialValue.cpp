@@ -87,6 +87,8 @@ std::string Interpreter::EvaluateValuePiece(Span piece, bool isLower, bool isUpp
   std::string text(mSource->GetText(piece));
   const bool isWord = token.kind == TokenKind::kName && token.span.length == piece.length;
   if (isWord && SymbolOf(mNames.Intern(text)).kind == Symbol::Kind::kUnknown) return text;
+  const bool isNumber = ZULTaVoCast<const ZULTaVoNumber>(&value) != nullptr;
+  if (isNumber && token.kind == TokenKind::kBad) lexer.Explain(token);
   if (token.kind == TokenKind::kEnd || token.kind == TokenKind::kBad) return text;
 
   Syntax syntax;
@@ -154,9 +156,6 @@ void Interpreter::ReadInitialValue(Span span, const LocalValue& value) {
            {"the empty set is written 'Nil'"});
     return;
   }
-  Lexer lexer(*mSource, mLimits, span);
-  for (Token token = lexer.Next(); token.kind != TokenKind::kEnd; token = lexer.Next())
-    if (token.kind == TokenKind::kBad) lexer.Explain(token);
   const std::uint32_t position =
       text.OriginOf(std::min(taken, text.text.empty() ? 0 : text.text.size() - 1));
   std::string message =
