@@ -9,6 +9,7 @@
 #include <limits>
 #include <utility>
 
+#include "framework/base/Fnv1a.h"
 #include "framework/base/ZULipstream.h"
 #include "solve/ReplaceFile.h"
 
@@ -18,10 +19,8 @@ constexpr char kKind[] = "zultav run";
 constexpr std::uint64_t kVersion = 2;
 constexpr std::size_t kChecksumSize = 8;
 
-/// FNV-1a, 64 bits: finds what a disk or a transfer has done to the bytes, not what a forger has.
 std::string ChecksumOf(std::string_view bytes) {
-  std::uint64_t hash = 0xcbf29ce484222325;
-  for (const char byte : bytes) hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001b3;
+  const std::uint64_t hash = Fnv1a(bytes);
   std::string text;
   for (std::size_t i = 0; i < kChecksumSize; ++i)
     text += static_cast<char>(static_cast<unsigned char>(hash >> 8 * i));
@@ -73,15 +72,17 @@ requires std::is_enum_v<Enum>
 void Transfer(ZULopstream& out, Enum choice) {
   out.WriteUnsigned(static_cast<std::uint64_t>(choice));
 }
-void Transfer(ZULipstream& in, ZULTavSearch::VariableChoice& choice) {
+template <class Enum>
+void ReadChoice(ZULipstream& in, Enum& choice, int count) {
   std::uint64_t number = 0;
-  in.ReadUnsigned(number, static_cast<std::uint64_t>(ZULTavSearch::VariableChoice::kByKind));
-  choice = static_cast<ZULTavSearch::VariableChoice>(number);
+  in.ReadUnsigned(number, static_cast<std::uint64_t>(count - 1));
+  choice = static_cast<Enum>(number);
+}
+void Transfer(ZULipstream& in, ZULTavSearch::VariableChoice& choice) {
+  ReadChoice(in, choice, ZULTavSearch::kVariableChoices);
 }
 void Transfer(ZULipstream& in, ZULTaVoAny::ValueSelection& selection) {
-  std::uint64_t number = 0;
-  in.ReadUnsigned(number, ZULTaVoAny::kGreatestValue);
-  selection = static_cast<ZULTaVoAny::ValueSelection>(number);
+  ReadChoice(in, selection, ZULTaVoAny::kValueSelections);
 }
 
 /// Answers what `use` answers for an object stream over the bytes; false and a reason otherwise.

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <iostream>
+#include <iterator>
 #include <string_view>
 #include <vector>
 
@@ -121,12 +122,15 @@ constexpr std::pair<const char*, VariableChoice> kSelections[] = {
     {"smallest",    VariableChoice::kSmallest  },
     {"round-robin", VariableChoice::kRoundRobin}
 };
+// The one without a word is what is done when nothing is said.
+static_assert(std::size(kSelections) + 1 == ZULTavSearch::kVariableChoices);
 constexpr std::pair<const char*, ZULTaVoAny::ValueSelection> kSplits[] = {
     {"lower",    ZULTaVoAny::kLowerHalf    },
     {"upper",    ZULTaVoAny::kUpperHalf    },
     {"least",    ZULTaVoAny::kLeastValue   },
     {"greatest", ZULTaVoAny::kGreatestValue}
 };
+static_assert(std::size(kSplits) == ZULTaVoAny::kValueSelections);
 
 /// An option whose text is one of a few words.
 template <class T, std::size_t kCount>

@@ -17,6 +17,7 @@ class StopOnSignal {
     sFirst = 0;
     struct sigaction action = {};
     action.sa_handler = &Handle;
+    action.sa_flags = SA_RESTART;  // what is being written goes on
     sigaction(SIGINT, &action, &mOldInterrupt);
     sigaction(SIGTERM, &action, &mOldTerminate);
   }

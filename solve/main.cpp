@@ -7,6 +7,7 @@
 #include "solve/CheckCommand.h"
 #include "solve/CommandLine.h"
 #include "solve/SearchCommand.h"
+#include "solve/StandardOutput.h"
 
 namespace {
 
@@ -28,14 +29,17 @@ int Execute(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::signal(SIGXFSZ, SIG_IGN);  // a file that may not grow is a failed write, not the end
+  // A file that may not grow and a reader that went away are failed writes, not the end.
+  std::signal(SIGXFSZ, SIG_IGN);
+  std::signal(SIGPIPE, SIG_IGN);
+  StandardOutput output;
   try {
     int status = kUsage;
     const auto options = ReadCommandLine(argc, argv, status);
     if (options) status = Execute(*options);
     std::cout.flush();
     if (std::cout) return status;
-    std::cerr << "zultav: cannot write to standard output\n";
+    std::cerr << "zultav: cannot write to standard output: " << output.GetReason() << '\n';
   } catch (const std::bad_alloc&) {
     std::cerr << "zultav: out of memory\n";
   } catch (const std::exception& error) {

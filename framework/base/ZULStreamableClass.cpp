@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
+
+#include "framework/base/Fnv1a.h"
 
 namespace {
 
@@ -11,9 +12,7 @@ namespace {
 constinit std::array<ZULStreamableClass*, 256> gBuckets{};
 
 ZULStreamableClass*& BucketOf(std::string_view name) noexcept {
-  std::uint32_t hash = 2166136261U;  // FNV-1a
-  for (const char c : name) hash = (hash ^ static_cast<unsigned char>(c)) * 16777619U;
-  return gBuckets[hash % gBuckets.size()];
+  return gBuckets[Fnv1a(name) % gBuckets.size()];
 }
 
 }  // namespace

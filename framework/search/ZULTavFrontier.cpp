@@ -19,7 +19,7 @@ ZULTavFrontier::Decision ReadDecision(ZULipstream& in, std::size_t objects) {
   using Second = ZULTavFrontier::Decision::Second;
   std::uint64_t variable = 0, selection = 0, second = 0;
   in.ReadUnsigned(variable, objects);
-  in.ReadUnsigned(selection, ZULTaVoAny::kGreatestValue);
+  in.ReadUnsigned(selection, ZULTaVoAny::kValueSelections - 1);
   in.ReadUnsigned(second, static_cast<std::uint64_t>(Second::kEntered));
   return {static_cast<std::uint32_t>(variable), static_cast<ZULTaVoAny::ValueSelection>(selection),
           static_cast<Second>(second)};

@@ -31,6 +31,7 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
     kSmallest,   ///< the narrowest domain; the first of equals
     kRoundRobin  ///< the next undecided variable after the one split last
   };
+  static constexpr int kVariableChoices = static_cast<int>(VariableChoice::kRoundRobin) + 1;
   enum class Outcome {
     kExhausted,      ///< every solution was reported
     kSolutionLimit,  ///< as many solutions as asked for were reported; there may be more

@@ -16,6 +16,7 @@ class ZULTAV_TYPES_API ZULTaVoAny : public ZULTaVoObject {
  public:
   /// How Bisect splits: which half goes to the other object.
   enum ValueSelection : int { kLowerHalf = 0, kUpperHalf = 1, kLeastValue = 2, kGreatestValue = 3 };
+  static constexpr int kValueSelections = kGreatestValue + 1;
 
   using ZULTaVoObject::ZULTaVoObject;
   int IsDerivedFrom(const char* id) const override {

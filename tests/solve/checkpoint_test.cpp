@@ -1,12 +1,17 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <random>
+#include <thread>
 
 #include "tests/solve/resumed_run.h"
 #include "tests/solve/zultav_program.h"
@@ -18,7 +23,10 @@ constexpr int kInterrupted = 4, kUnusable = 2;
 /// A file name of this test's own; the file is removed with it.
 class TemporaryFile {
  public:
-  TemporaryFile() : mName(testing::TempDir() + "zultav_run_" + std::to_string(getpid())) {
+  TemporaryFile() {
+    static int made = 0;
+    mName = testing::TempDir() + "zultav_run_" + std::to_string(getpid()) + '_' +
+            std::to_string(made++);
     std::filesystem::remove(mName);
   }
   ~TemporaryFile() { std::filesystem::remove(mName); }
@@ -37,6 +45,10 @@ class TemporaryFile {
 /// What is printed of solutions, and the last line unless a limit was reached.
 std::string Solutions(const Result& result) {
   std::string text;
+  if (const auto json = result.Json(); json.is_object()) {
+    for (const auto& solution : json["solutions"]) text += solution.dump() + '\n';
+    return text;
+  }
   for (const std::string& line : result.Lines())
     if (line != "=====UNKNOWN=====" && (line.rfind("//", 0) != 0 || line == "// possible"))
       text += line + '\n';
@@ -143,6 +155,55 @@ TEST(CheckpointTest, ASignalSavesTheRunAndSaysHowToGoOn) {
     EXPECT_GT(shown["open_decisions"], 0);
     EXPECT_EQ(shown["solutions"].size(), shown["statistics"]["solutions"]);
     EXPECT_EQ(Zultav("resume --max-nodes 100 " + file.Name()).status, kInterrupted);
+  }
+}
+
+/// Runs the program with a reader who lets the pipe fill up while signals come.
+Result InterruptedBeforeAFullPipe(const std::string& arguments, bool mayWait) {
+  std::array<int, 2> ends{};
+  EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+  fcntl(ends[1], F_SETPIPE_SZ, 4096);
+  if (!mayWait) fcntl(ends[1], F_SETFL, O_WRONLY | O_NONBLOCK);
+  const std::string command = "exec '" ZULTAV_TEST_PROGRAM "' " + arguments + " 2> /dev/null";
+  const pid_t program = fork();
+  if (program == 0) {
+    dup2(ends[1], STDOUT_FILENO);
+    execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+    _exit(127);
+  }
+  close(ends[1]);
+  Result result;
+  std::array<char, 1000> bytes;
+  for (ssize_t count = 1; count > 0;) {
+    if (result.out.size() < 5 * bytes.size()) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+      if (!result.out.empty()) kill(program, SIGINT);
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    count = read(ends[0], bytes.data(), bytes.size());
+    if (count > 0) result.out.append(bytes.data(), static_cast<std::size_t>(count));
+  }
+  close(ends[0]);
+  int answer = 0;
+  waitpid(program, &answer, 0);
+  if (WIFEXITED(answer)) result.status = WEXITSTATUS(answer);
+  return result;
+}
+
+TEST(CheckpointTest, NothingIsLostToSignalsBeforeAFullPipe) {
+  const TemporaryFile model;
+  model.Set("b[1..12] : bool;");
+  for (const std::string format : {"text", "json"}) {
+    const std::string output = " --format " + format;
+    const std::string whole = Solutions(Zultav("solve -a " + model.Name() + output));
+    for (int i = 0; i < 10; ++i) {
+      const TemporaryFile file;
+      const Result part = InterruptedBeforeAFullPipe(
+          "solve -a " + model.Name() + " --checkpoint " + file.Name() + output, i % 2 == 0);
+      EXPECT_EQ(part.status, kInterrupted);
+      const Result rest = Zultav("resume " + file.Name() + output);
+      EXPECT_TRUE(Solutions(part) + Solutions(rest) == whole) << format << ' ' << i;
+    }
   }
 }
 

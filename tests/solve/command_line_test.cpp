@@ -120,9 +120,18 @@ TEST(CommandLineTest, ASignalEndsTheSearchInGoodOrder) {
 }
 
 TEST(CommandLineTest, OutputThatCannotBeWrittenIsAnError) {
-  const Result result =
-      Zultav("solve " + Example("queens8") + " -a > /dev/full 2> /dev/null; exit $?; :");
-  EXPECT_EQ(result.status, 5);
+  const std::pair<std::string, const char*> rows[] = {
+      {"> /dev/full; echo status $? >&2; }",   "No space left on device"},
+      {">&-; echo status $? >&2; }",           "Bad file descriptor"    },
+      {"; echo status $? >&2; } | sleep 0; }", "Broken pipe"            },
+  };
+  for (const auto& [output, reason] : rows) {
+    const bool piped = output.find('|') != std::string::npos;
+    const Result result =
+        Zultav("solve -a -D n=10 " + Example("queens8") + output, "", piped ? "{ {" : "{");
+    EXPECT_EQ(result.err,
+              std::string("zultav: cannot write to standard output: ") + reason + "\nstatus 5\n");
+  }
 }
 
 TEST(CommandLineTest, ModulesAreFoundThroughTheEnvironment) {

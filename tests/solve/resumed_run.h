@@ -3,14 +3,14 @@
 #include <cstdint>
 #include <string>
 
+#include "framework/base/Fnv1a.h"
 #include "framework/search/ZULTavNewton.h"
 #include "solve/Checkpoint.h"
 #include "solve/LoadedModel.h"
 
 /// The content of a checkpoint with the checksum that makes it a whole file.
 inline std::string WithChecksum(std::string bytes) {
-  std::uint64_t hash = 0xcbf29ce484222325;
-  for (const char byte : bytes) hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001b3;
+  const std::uint64_t hash = Fnv1a(bytes);
   for (int i = 0; i < 8; ++i) bytes += static_cast<char>(hash >> 8 * i);
   return bytes;
 }

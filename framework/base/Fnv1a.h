@@ -1,0 +1,12 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+/// The 64-bit FNV-1a hash: spreads names over a table, and finds what a disk or a transfer has done
+/// to bytes, not what a forger has.
+constexpr std::uint64_t Fnv1a(std::string_view bytes) noexcept {
+  std::uint64_t hash = 0xcbf29ce484222325;
+  for (const char byte : bytes) hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001b3;
+  return hash;
+}
