@@ -13,7 +13,7 @@ TEST(DiagnosticsTest, EveryFaultIsNamedWhereItStands) {
   } kRows[] = {
   // Text
       {"x = 3 $ 4;",                               "1:7",  {"unexpected character '$'"}                                          },
-      {"p | q;",                                   "1:3",  {"unexpected character '|'", "'&&' and '||'"}                         },
+      {"p | q;",                                   "1:3",  {"unexpected character '|'", "'abs(x)'"}                              },
       {"x =\u00a0y;",                              "1:4",  {"unexpected no-break space (U+00A0)", "remove it"}                   },
       {"x = y\u200b;",                             "1:6",  {"unexpected zero-width space (U+200B)"}                              },
       {"x = \ufeffy;",                             "1:5",  {"unexpected byte order mark (U+FEFF)"}                               },
@@ -64,6 +64,8 @@ TEST(DiagnosticsTest, EveryFaultIsNamedWhereItStands) {
       {"x := 3;",                                  "1:4",  {"found '='", "'x = 3;'"}                                             },
       {"w = 2w;",                                  "1:5",  {"'2w' is neither", "'2 * x'"}                                        },
       {"max : int;",                               "1:5",  {"'max' is a word of the language"}                                   },
+      {"x in [2, 4];",                             "1:3",  {"found 'in'", "'x >= 2 && x <= 4'"}                                  },
+      {"x = y + ä;",                              "1:9",  {"'ä'", "names consist of"}                                          },
       {"x = mod(y, 3);",                           "1:5",  {"found 'mod'", "'x mod y'"}                                          },
       {"int z;",                                   "1:5",  {"'x : int;'"}                                                        },
       {"primenumber(x);",                          "1:1",  {"did you mean 'PrimeNumber'?"}                                       },
@@ -77,7 +79,8 @@ TEST(DiagnosticsTest, EveryFaultIsNamedWhereItStands) {
  // Types
       {"x = y + p;",
        "1:7",                                              {"no operator '+' takes 'interval int' and 'single bool'",
-        "candidate: + (single int, single int) -> single int", "more of that name"}                                 },
+        "candidate: + (single int, single int) -> single int", "more of that name",
+        "'n : int = [0, 1];'"}                                                                                      },
       {"p && 1;",                                  "1:6",  {"this is the integer 1"}                                             },
       {"p || 1;",
        "1:3",                                              {"takes 'single bool' and the integer 1",
@@ -218,6 +221,7 @@ TEST(DiagnosticsTest, ReadingGoesOnBehindAnError) {
       {"for i in 1..2 : { x = ;\n y = i;\n}\n z = 3;\n",                   {1, 4}      },
       {"for i in 1..2 : {\n for j in 1..2 : { ) }\n y = i;\n}\n z = 3;\n", {2, 5}      },
       {"x : int;\nfor i in 1..1000 : x = q;\nx = r;\nx = q;",              {2, 3}      },
+      {"x : int = 1\ny : int = [1,\n2]\nz = y;\nw : int = 3 *\n2\nmod 4;", {1, 3, 4}   },
       {"x : int;\nx = 1\nx = z;\ny : int\ny = $;",                         {2, 3, 4, 5}},
       {"}\nx = 1;",                                                        {1, 2}      },
       {"let a = 1 +;\nlet b = a;\nlet c = d;\nlet e = c;",                 {1, 2, 3}   },

@@ -8,7 +8,8 @@ namespace {
 
 bool IsNameStart(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
 bool IsNameByte(char c) { return IsNameStart(c) || (c >= '0' && c <= '9'); }
-bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f'; }
+constexpr std::string_view kBlanks = " \t\n\r\f";
+bool IsBlank(char c) { return kBlanks.find(c) != std::string_view::npos; }
 
 constexpr std::string_view kBlankAdvice = "it looks like a blank or like nothing: remove it";
 constexpr std::string_view kEncodingAdvice = "a model is a text in UTF-8";
@@ -48,11 +49,12 @@ constexpr struct {
     {"\u2265", "",                               "'at least' is written '>='"                       },
     {"\u00b2", "",                               "a square is written 'x ^ 2'"                      },
     {"\u221a", "",                               "a square root is written 'sqrt(x)'"               },
-    {"|",      "",                               "the boolean operators are '&&' and '||'"          },
-    {"&",      "",                               "the boolean operators are '&&' and '||'"          },
+    {"|", "", "'or' is written '||', an absolute value 'abs(x)'"},
+    {"&", "", "'and' is written '&&'"},
     {"!",      "",                               "'not' is written '~', 'not equal' is written '<>'"},
     {"%",      "",                               "the remainder is written 'x mod y'"               },
     {".",      "",                               "a decimal has digits before and after its point"  },
+    {"#", "", "a comment begins with '//'"},
 };
 
 constexpr Punctuation kPunctuation[] = {
@@ -197,7 +199,22 @@ void Lexer::Explain(const Token& bad) const {
     Fail(bad.span, std::string("unexpected control character (U+00") + kHex[code >> 4] +
                        kHex[code & 15] + ")");
   }
-  Fail(bad.span, "unexpected character '" + std::string(text) + "'");
+  ModelError error = {bad.span, "unexpected character '" + std::string(text) + "'", {}};
+  if (text.size() > 1)
+    error.notes.push_back("names consist of the letters A to Z and a to z, digits and '_'");
+  throw error;
+}
+
+/// Whether what stands before a line break and what stands behind it cannot be one value, so that
+/// a ';' was forgotten between them.
+bool Lexer::EndsValue(std::size_t lineBreak) const {
+  const std::size_t last = mText.find_last_not_of(kBlanks, lineBreak);
+  const std::size_t next = mText.find_first_not_of(kBlanks, lineBreak);
+  if (last == std::string_view::npos || last < mPosition || next == std::string_view::npos)
+    return false;
+  if (mText[last] == ']' || mText[last] == '}') return true;
+  return (IsNameByte(mText[last]) || mText[last] == ')') && IsNameStart(mText[next]) &&
+         mText.substr(next, 3) != SignOf(Op::kModulo).text;
 }
 
 Span Lexer::NextValue() {
@@ -208,6 +225,7 @@ Span Lexer::NextValue() {
     if (c == '[' || c == '{' || c == '(') ++depth;
     if (c == ']' || c == '}' || c == ')') --depth;
     if (c == ';' || (c == ',' && depth <= 0)) break;
+    if (c == '\n' && depth <= 0 && EndsValue(end)) break;
     if (c == '/' && (mText.substr(end, 2) == "//" || mText.substr(end, 2) == "/*")) break;
   }
   const std::uint32_t begin = mPosition;

@@ -161,6 +161,7 @@ class Lexer {
   Token Sign();
   Token Make(TokenKind kind, std::size_t length, Op op = Op::kNone);
   bool IsDigit(std::size_t at) const;
+  bool EndsValue(std::size_t lineBreak) const;
 
   std::string_view mText;
   const ZULTavCalculator::Limits* mLimits;

@@ -307,6 +307,13 @@ void ModelBuilder::FailToResolve(const Operation& operation, const Value* operan
     notes.insert(notes.begin(),
                  "the value of '=', '<>', '<', … is a number; for truth values write '==', "
                  "'<<>>', '<<', '<==', '>>', '>=='");
+  const bool computes = operation.op >= Op::kAdd && operation.op != Op::kNot;
+  const auto isTruth = [&](const Value& value) {
+    return value.IsConstant() ? value.constant.IsBoolean() : IsBoolean(value);
+  };
+  if (computes && std::any_of(operands, operands + count, isTruth))
+    notes.insert(notes.begin(),
+                 "a truth value is no number; to count with it declare 'n : int = [0, 1];'");
   Fail(operation.span, message, notes);
 }
 

@@ -54,6 +54,7 @@ constexpr struct {
     {"all_different", Place::kHere,   "it is called 'alldifferent'"                               },
     {"mod",           Place::kHere,   "the remainder is written between its operands: 'x mod y'"  },
     {"..",            Place::kHere,   "an interval is written '[0, 10]'"                          },
+    {"in", Place::kHere, "bounds are stated by 'x >= 2 && x <= 4' or declared by 'x : int = [2, 4];'"},
     {"=<",            Place::kHere,   "'at most' is written '<='"                                 },
     {"=>",            Place::kHere,   "'at least' is written '>=', 'implies' is written '->'"     },
     {":=",            Place::kHere,   "that x is 3 is stated by 'x = 3;'"                         },
