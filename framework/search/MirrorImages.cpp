@@ -30,7 +30,7 @@ MirrorImages::MirrorImages(ZULTaVoNetwork& network, std::span<const SearchVariab
     auto& value = static_cast<ZULTaVoReal&>(*declared[index].GetValue());
     const double lower = value.GetLowerBound(), upper = value.GetUpperBound();
     if (!(lower < 0 && lower == -upper)) continue;
-    network.SaveValue(&value);
+    SaveOrThrow(network, value);
     value.SetUpperBound(0);
     mMirrored.push_back(index);
     network.PropagateValue(&value);

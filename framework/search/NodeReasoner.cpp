@@ -21,6 +21,8 @@ NodeState StateAfter(ZULTaVoNetwork::Status status) {
       return NodeState::kInterrupted;
     case ZULTaVoNetwork::Status::kBadArguments:
       return NodeState::kBadArguments;
+    case ZULTaVoNetwork::Status::kOutOfMemory:
+      throw std::bad_alloc();
   }
   return NodeState::kFixpoint;
 }

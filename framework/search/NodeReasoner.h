@@ -19,7 +19,8 @@ enum class NodeState {
 /// Whether the values may hold solutions and wait for the next step.
 constexpr bool IsOpen(NodeState state) { return state <= NodeState::kSettled; }
 
-/// Narrows the values of a node, and says what is known of those that remain.
+/// Narrows the values of a node, and says what is known of those that remain. Throws
+/// std::bad_alloc when memory ran out.
 class NodeReasoner {
  public:
   NodeReasoner(ZULTaVoNetwork& network, const ZULTavReasoning& reasoning)

@@ -102,8 +102,8 @@ void SearchTree::Descend() {
   auto* kept = static_cast<ZULTaVoAny*>(variable.GetType()->InitObject(place, variable.GetValue()));
   if (kept == nullptr) throw std::bad_alloc();
   mHalves.back().value = kept;
-  mNetwork.PushState();
-  mNetwork.SaveValue(variable.GetValue());
+  if (!mNetwork.PushState()) throw std::bad_alloc();
+  SaveOrThrow(mNetwork, *variable.GetValue());
   // The copy is split, and the network's own value receives the half that is explored first.
   decision.selection = variable.Adapt(decision.selection);
   kept->Bisect(*variable.GetValue(), decision.selection);
@@ -119,7 +119,7 @@ bool SearchTree::TakeSecond() {
   decision.second = Decision::Second::kEntered;
   const bool empty = mHalves.back().value->IsNil();
   if (!empty) {
-    mNetwork.SaveValue(value);
+    SaveOrThrow(mNetwork, *value);
     value->Assign(*mHalves.back().value);
     mNetwork.PropagateValue(value);
   }

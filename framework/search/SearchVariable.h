@@ -1,6 +1,8 @@
 #ifndef ZULTAV_SEARCH_SEARCH_VARIABLE_H
 #define ZULTAV_SEARCH_SEARCH_VARIABLE_H
 
+#include <new>
+
 #include "framework/solver/ZULTavAbstractTypes.h"
 
 /// How narrow a real domain must be to count as decided: either bound suffices.
@@ -10,6 +12,11 @@ struct WidthLimit {
 
   bool Holds(double lower, double upper) const;
 };
+
+/// Saves the value before the search changes it. Throws std::bad_alloc when memory ran out.
+inline void SaveOrThrow(ZULTaVoNetwork& network, ZULTaVoAny& value) {
+  if (!network.SaveValue(&value)) throw std::bad_alloc();
+}
 
 /// A value of the network as the search sees it. Kinds are told apart once, not per node.
 class SearchVariable {

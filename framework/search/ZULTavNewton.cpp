@@ -12,6 +12,7 @@
 #include "framework/search/RealEvaluation.h"
 #include "framework/search/RealFunction.h"
 #include "framework/search/RealSystem.h"
+#include "framework/search/SearchVariable.h"
 #include "framework/search/ZULTavSolution.h"
 #include "framework/solver/SingleValue.h"
 
@@ -385,7 +386,7 @@ int ZULTavNewton::Work::Store(ZULTaVoNetwork& network) {
     if (mBox[i] == mOriginal[i]) continue;
     worthwhile = worthwhile || IsMuchNarrower(mBox[i], mOriginal[i], kWorthwhile);
     ZULTaVoReal& value = Object(i);
-    network.SaveValue(&value);
+    SaveOrThrow(network, value);
     if (mBox[i].lower != mOriginal[i].lower) value.SetLowerBound(mBox[i].lower);
     if (mBox[i].upper != mOriginal[i].upper) value.SetUpperBound(mBox[i].upper);
     network.PropagateValue(&value);
@@ -395,7 +396,7 @@ int ZULTavNewton::Work::Store(ZULTaVoNetwork& network) {
 
 int ZULTavNewton::Work::Refute(ZULTaVoNetwork& network) {
   ZULTaVoReal& value = Object(mWitness);
-  network.SaveValue(&value);
+  SaveOrThrow(network, value);
   value.SetNil();
   network.PropagateValue(&value);
   return 1;

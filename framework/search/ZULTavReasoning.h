@@ -19,8 +19,8 @@ class ZULTAV_UTILITIES_API ZULTavContractor {
   ZULTavContractor& operator=(const ZULTavContractor&) = delete;
 
   /// Narrows values without losing a solution: SaveValue before and PropagateValue after each
-  /// change. Called before each propagation; answers 1 when there should be another call after it,
-  /// else 0.
+  /// change. May throw std::bad_alloc, which ends the search. Called before each propagation;
+  /// answers 1 when there should be another call after it, else 0.
   /// @param again  whether there was a call for this node before: it need not be repeated where
   ///               little has changed. What other nodes were like must not matter, so that an
   ///               interrupted search can be continued.

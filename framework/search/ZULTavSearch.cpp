@@ -41,7 +41,7 @@ ZULTavSearch::Outcome ZULTavSearch::WithNetwork(Step step) {
 
 ZULTavSearch::Outcome ZULTavSearch::Run(const SolutionCallback& report) {
   return WithNetwork([&](NetworkUse& use) {
-    mNetwork.PushState();
+    if (!mNetwork.PushState()) throw std::bad_alloc();
     return SearchRun(mNetwork, mDeclared, mOptions, report, mFrontier, use, mInterrupt).Execute();
   });
 }

@@ -20,14 +20,33 @@ constexpr std::size_t RoundUp(std::size_t size) {
   return (size + Arena::kAlignment - 1) / Arena::kAlignment * Arena::kAlignment;
 }
 
+/// Makes sure that so many items can be added without another allocation.
+template <class T>
+bool MakeRoom(std::vector<T>& list, std::size_t items = 1) noexcept {
+  if (list.capacity() - list.size() >= items) return true;
+  try {
+    list.reserve(std::max(list.size() + items, 2 * list.capacity()));
+    return true;
+  } catch (...) {
+    return false;
+  }
+}
+
 /// A push_back that answers false instead of throwing.
 template <class T>
 bool Append(std::vector<T>& list, const T& item) noexcept {
+  if (!MakeRoom(list)) return false;
+  list.push_back(item);
+  return true;
+}
+
+/// What the module's code makes, or null when it throws.
+template <class Make>
+auto MakeOrNull(Make make) noexcept -> decltype(make()) {
   try {
-    list.push_back(item);
-    return true;
-  } catch (const std::bad_alloc&) {
-    return false;
+    return make();
+  } catch (...) {
+    return nullptr;
   }
 }
 
@@ -103,12 +122,11 @@ ZULTaVoAny* ZULTaVoNetwork::Add(const ZULTaVoObjectDescriptor* type, Init init) 
   new (node)
       Node{type, nullptr, 0,     0,    static_cast<std::uint32_t>(mNodes.size()), kNone, kNone,
            0,    false,   false, false};
-  const bool made = init(node->Object()) != nullptr;
-  if (!made || !Append(mNodes, node)) {
-    if (made) type->DestroyObject(node->Object());
+  if (!MakeRoom(mNodes) || MakeOrNull([&] { return init(node->Object()); }) == nullptr) {
     mArena.Release(mark);
     return nullptr;
   }
+  mNodes.push_back(node);
   node->real = ZULTaVoCast<const ZULTaVoReal>(node->Object());
   node->Remember();
   return node->Object();
@@ -164,7 +182,10 @@ int ZULTaVoNetwork::AddConstraint(const ZULTaVoConstraintDescriptor* type,
   const Arena::Mark mark = mArena.GetMark();
   void* place = mArena.Allocate(type->GetObjectSize());
   auto** copied = static_cast<ZULTaVoObject**>(mArena.Allocate(count * sizeof(ZULTaVoObject*)));
-  if (place == nullptr || copied == nullptr || type->InitObject(place) == nullptr) {
+  std::uint8_t queue = 0;
+  if (place == nullptr || copied == nullptr || !MakeRoom(mLinks) || !MakeRoom(mEdges, count) ||
+      !FindQueue(type->GetPriority(), queue) ||
+      MakeOrNull([&] { return type->InitObject(place); }) == nullptr) {
     mArena.Release(mark);
     return 0;
   }
@@ -172,15 +193,10 @@ int ZULTaVoNetwork::AddConstraint(const ZULTaVoConstraintDescriptor* type,
   std::copy_n(arguments, count, copied);
   constraint->ChangePriority(nullptr, type->GetPriority());
   const auto link = static_cast<std::uint32_t>(mLinks.size());
-  if (!Append(mLinks, {constraint, copied, kNone, static_cast<std::uint8_t>(count), constants,
-                       QueueFor(constraint->GetPriority()), false, checked, false, false, false})) {
-    constraint->~ZULTaVoConstraint();
-    mArena.Release(mark);
-    return 0;
-  }
+  mLinks.push_back({constraint, copied, kNone, static_cast<std::uint8_t>(count), constants, queue,
+                    false, checked, false, false, false});
   for (unsigned int i = 0; i < count; ++i)
-    if (std::find(copied, copied + i, copied[i]) == copied + i && !Depend(*NodeOf(copied[i]), link))
-      return 0;
+    if (std::find(copied, copied + i, copied[i]) == copied + i) Depend(*NodeOf(copied[i]), link);
   Spare(mLinks[link], type->GetFlags());
   constraint->Activate(this);
   Schedule(link);
@@ -200,29 +216,31 @@ void ZULTaVoNetwork::Spare(Link& link, int flags) {
                       std::find(link.arguments, at, *at) == at;
 }
 
-/// Enters the link in the node's list of dependents, at its end.
-bool ZULTaVoNetwork::Depend(Node& node, std::uint32_t link) {
+/// Enters the link in the node's list of dependents, at its end, where there is room.
+void ZULTaVoNetwork::Depend(Node& node, std::uint32_t link) {
   node.single = IsSingleValue(*node.Object());
   const auto edge = static_cast<std::uint32_t>(mEdges.size());
-  if (!Append(mEdges, {link, kNone})) return false;
+  mEdges.push_back({link, kNone});
   (node.lastEdge == kNone ? node.firstEdge : mEdges[node.lastEdge].next) = edge;
   node.lastEdge = edge;
-  return true;
 }
 
 // --- The queue --------------------------------------------------------------------------------
 
-std::uint8_t ZULTaVoNetwork::QueueFor(unsigned short priority) {
-  const auto at = std::lower_bound(
-      mQueues.begin(), mQueues.end(), priority,
-      [](const Queue& queue, unsigned short wanted) { return queue.priority < wanted; });
+/// The queue of that priority, a new one where there is room. False when memory ran out.
+bool ZULTaVoNetwork::FindQueue(unsigned short priority, std::uint8_t& queue) {
+  const auto precedes = [](const Queue& other, unsigned short wanted) {
+    return other.priority < wanted;
+  };
+  auto at = std::lower_bound(mQueues.begin(), mQueues.end(), priority, precedes);
   const auto index = static_cast<std::size_t>(at - mQueues.begin());
-  if (at != mQueues.end() && at->priority == priority) return static_cast<std::uint8_t>(index);
-  if (mQueues.size() == 0xff) return static_cast<std::uint8_t>(std::min<std::size_t>(index, 0xfe));
-  mQueues.insert(at, {priority, kNone, kNone});
+  queue = static_cast<std::uint8_t>(std::min<std::size_t>(index, 0xfe));
+  if ((at != mQueues.end() && at->priority == priority) || mQueues.size() == 0xff) return true;
+  if (!MakeRoom(mQueues)) return false;
+  mQueues.insert(mQueues.begin() + static_cast<std::ptrdiff_t>(index), {priority, kNone, kNone});
   for (Link& link : mLinks)
     if (link.queue >= index) ++link.queue;
-  return static_cast<std::uint8_t>(index);
+  return true;
 }
 
 void ZULTaVoNetwork::MoveConstraint(const ZULTaVoConstraint* constraint) {
@@ -230,10 +248,12 @@ void ZULTaVoNetwork::MoveConstraint(const ZULTaVoConstraint* constraint) {
   for (auto link = mLinks.rbegin(); link != mLinks.rend(); ++link) {
     if (link->constraint != constraint) continue;
     const auto index = static_cast<std::uint32_t>(mLinks.rend() - link - 1);
+    std::uint8_t queue = 0;
+    if (!FindQueue(constraint->GetPriority(), queue)) return;
     const bool queued = link->queued;
     if (queued) Unschedule(index);
-    link->queue = QueueFor(constraint->GetPriority());
-    if (queued) Schedule(index);
+    link->queue = queue;
+    if (queued) Enqueue(index);
     return;
   }
 }
@@ -271,6 +291,11 @@ bool ZULTaVoNetwork::TakeNext(std::uint32_t& index) {
     return true;
   }
   return false;
+}
+
+bool ZULTaVoNetwork::HasScheduled() const {
+  return std::any_of(mQueues.begin(), mQueues.end(),
+                     [](const Queue& queue) { return queue.head != kNone; });
 }
 
 void ZULTaVoNetwork::ScheduleAll() {
@@ -373,17 +398,17 @@ ZULTaVoNetwork::Status ZULTaVoNetwork::Propagate() {
       status = Status::kInterrupted;
     } else if (!mLinks[link].constraint->IsPassive()) {
       ++mStatistics.filters;
-      const int answer = RunFilter(link);
-      if (answer == kFilterContradiction) status = Status::kContradiction;
-      if (answer == kFilterBadArguments) status = Status::kBadArguments;
+      status = RunFilter(link);
     }
   }
   for (const std::uint32_t passive : mPassivated) mLinks[passive].constraint->Reactivate();
   mPassivated.clear();
   if (status == Status::kContradiction || status == Status::kBadArguments) {
     ClearQueue();
-    Schedule(link);  // a run to come fails once more
+    Enqueue(link);  // a run to come fails once more
   }
+  // A filter that was left in the middle has told of none, some or all of what it narrowed.
+  if (status == Status::kOutOfMemory) ScheduleAll();
   return status;
 }
 
@@ -392,28 +417,51 @@ void ZULTaVoNetwork::ClearQueue() {
   while (TakeNext(link)) continue;
 }
 
-int ZULTaVoNetwork::RunFilter(std::uint32_t index) {
+ZULTaVoNetwork::Status ZULTaVoNetwork::RunFilter(std::uint32_t index) {
   const Link link = mLinks[index];  // a filter may add constraints, which moves the list
   const ZULTaVoObjectEnvironment environment(this, link.arguments, link.count, link.constants,
                                              link.checked);
   const std::size_t saved = mTrail.size();
-  if (const auto depth = static_cast<std::uint32_t>(mLevels.size()); depth != 0)
-    for (unsigned int i = 0; i < link.count; ++i) {
-      Node& node = *NodeOf(link.arguments[i]);
-      node.narrowed = false;
-      if (node.depth != depth) Save(node);
-    }
+  if (!SaveArguments(link)) return Status::kOutOfMemory;
+  Status status = Status::kConsistent;
+  bool changed = true;  // perhaps without a word to the network
   mRunning = index;
-  const int answer = link.constraint->Filter(environment, 0);
+  try {
+    const int answer = link.constraint->Filter(environment, 0);
+    changed = answer == kFilterContradiction;
+    if (answer == kFilterContradiction) status = Status::kContradiction;
+    if (answer == kFilterBadArguments) status = Status::kBadArguments;
+  } catch (const std::bad_alloc&) {
+    status = Status::kOutOfMemory;
+  } catch (...) {
+    status = Status::kBadArguments;
+  }
   mRunning = kNoLink;
-  if (link.constraint->IsPassive()) Append(mPassivated, index);
-  if (mTrail.size() > saved) ForgetUnchanged(saved, answer == kFilterContradiction);
-  return answer;
+  if (link.constraint->IsPassive() && !Append(mPassivated, index)) {
+    link.constraint->Reactivate();
+    status = status == Status::kConsistent ? Status::kOutOfMemory : status;
+  }
+  if (mTrail.size() > saved && !changed) ForgetUnchanged(saved);
+  return status;
+}
+
+/// Saves what the filter may change. False when memory ran out.
+bool ZULTaVoNetwork::SaveArguments(const Link& link) {
+  const auto depth = static_cast<std::uint32_t>(mLevels.size());
+  if (depth == 0) return true;
+  for (unsigned int i = 0; i < link.count; ++i) {
+    Node& node = *NodeOf(link.arguments[i]);
+    node.narrowed = false;
+    if (node.depth != depth && !Save(node)) return false;
+  }
+  return true;
 }
 
 // --- The trail --------------------------------------------------------------------------------
 
-void ZULTaVoNetwork::PushState() { mLevels.push_back({mTrail.size(), mRetired.size()}); }
+bool ZULTaVoNetwork::PushState() {
+  return Append(mLevels, {mTrail.size(), mRetired.size(), HasScheduled()});
+}
 
 void ZULTaVoNetwork::PopState() {
   if (mLevels.empty()) return;
@@ -430,27 +478,33 @@ void ZULTaVoNetwork::PopState() {
   }
   for (; mRetired.size() > mLevels.back().retired; mRetired.pop_back())
     mLinks[mRetired.back()].retired = false;
+  const bool open = mLevels.back().open;
   mLevels.pop_back();
+  if (open) ScheduleAll();
 }
 
-void ZULTaVoNetwork::SaveValue(ZULTaVoObject* object) {
+bool ZULTaVoNetwork::SaveValue(ZULTaVoObject* object) {
   Node* node = mLevels.empty() ? nullptr : FindNode(object);
-  if (node != nullptr && node->depth != mLevels.size()) Save(*node);
+  return node == nullptr || node->depth == mLevels.size() || Save(*node);
 }
 
-void ZULTaVoNetwork::Save(Node& node) {
+bool ZULTaVoNetwork::Save(Node& node) {
   const Arena::Mark mark = mTrailArena.GetMark();
-  void* place = mTrailArena.Allocate(node.type->GetObjectSize());
-  if (place == nullptr) throw std::bad_alloc();
-  node.type->InitObject(place, node.Object());
-  auto* copy = static_cast<ZULTaVoAny*>(static_cast<ZULTaVoObject*>(place));
+  void* place = MakeRoom(mTrail) ? mTrailArena.Allocate(node.type->GetObjectSize()) : nullptr;
+  void* made = MakeOrNull([&] { return node.type->InitObject(place, node.Object()); });
+  if (made == nullptr) {
+    mTrailArena.Release(mark);
+    return false;
+  }
+  auto* copy = static_cast<ZULTaVoAny*>(static_cast<ZULTaVoObject*>(made));
   mTrail.push_back({&node, copy, mark, node.depth, node.lower, node.upper});
   node.depth = static_cast<std::uint32_t>(mLevels.size());
+  return true;
 }
 
 /// Drops what a filter had the chance to change and left, down to the first change.
-void ZULTaVoNetwork::ForgetUnchanged(std::size_t from, bool keepAll) {
-  while (mTrail.size() > from && !keepAll && !mTrail.back().node->narrowed) {
+void ZULTaVoNetwork::ForgetUnchanged(std::size_t from) {
+  while (mTrail.size() > from && !mTrail.back().node->narrowed) {
     mTrail.back().node->depth = mTrail.back().depth;
     Forget(mTrail.size() - 1);
     mTrail.pop_back();

@@ -15,6 +15,9 @@
 ///
 /// The network owns its objects, which live in an arena until it is destroyed. What it computes
 /// depends on the order in which objects and constraints were added, never on addresses or time.
+///
+/// Nothing here throws, whatever a module's filters and constructors do. Where memory runs out the
+/// answer says so, and the network is as it was before the call.
 class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
  public:
   enum class Status {
@@ -22,7 +25,8 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
     kContradiction,  ///< a domain is Nil: there is no solution
     kLimit,          ///< the limit on filter calls was reached; what was narrowed is sound
     kInterrupted,    ///< the interrupt flag was seen; what was narrowed is sound
-    kBadArguments    ///< a constraint could not use its arguments
+    kBadArguments,   ///< a constraint could not use its arguments
+    kOutOfMemory     ///< what was narrowed is sound, and the next run goes on from there
   };
   struct Statistics {
     std::uint64_t filters = 0;     ///< filter calls
@@ -77,13 +81,15 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   /// Schedules every constraint once more, whatever it knew.
   void ScheduleAll();
 
-  /// Opens a level: PopState brings every value back to what it was here. Until then values may
-  /// only narrow.
-  void PushState();
+  /// Opens a level: PopState brings every value back to what it was here, and runs what was
+  /// scheduled here once more. Until then values may only narrow. False, and no level is opened,
+  /// when memory ran out.
+  [[nodiscard]] bool PushState();
   void PopState();
   std::size_t GetDepth() const { return mLevels.size(); }
-  /// To be called before a value is changed from outside, so that PopState can restore it.
-  void SaveValue(ZULTaVoObject* object);
+  /// To be called before a value is changed from outside, so that PopState can restore it. False
+  /// when memory ran out: the value must stay as it is.
+  [[nodiscard]] bool SaveValue(ZULTaVoObject* object);
 
   /// A real domain's narrowing that removes less than this fraction of its width since it was
   /// last propagated is kept but not propagated. Default 0.01: coarse enough that slow
@@ -101,7 +107,7 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
 
   const Statistics& GetStatistics() const { return mStatistics; }
 
-  /// Called by constraints whose priority changes.
+  /// Called by constraints whose priority changes. Where memory ran out the order stays.
   void MoveConstraint(const ZULTaVoConstraint* constraint);
 
  private:
@@ -141,6 +147,7 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   struct Level {
     std::size_t trail;
     std::size_t retired;
+    bool open;  // the fixpoint was not reached
   };
   static constexpr std::uint32_t kNoLink = 0xffffffff;
 
@@ -148,23 +155,25 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   Node* FindNode(const ZULTaVoObject* object) const;
   template <class Init>
   ZULTaVoAny* Add(const ZULTaVoObjectDescriptor* type, Init init);
-  bool Depend(Node& node, std::uint32_t link);
+  void Depend(Node& node, std::uint32_t link);
 
-  std::uint8_t QueueFor(unsigned short priority);
+  bool FindQueue(unsigned short priority, std::uint8_t& queue);
   void Spare(Link& link, int flags);
   void Schedule(std::uint32_t index);
   void Enqueue(std::uint32_t index);
   void Unschedule(std::uint32_t index);
   bool TakeNext(std::uint32_t& index);
+  bool HasScheduled() const;
   void ClearQueue();
   bool HasSingleArgument(const Link& link) const;
   void Wake(std::uint32_t index, const ZULTaVoObject* object);
   static bool HasChanged(Node& node);
   bool WorthPropagating(Node& node) const;
-  int RunFilter(std::uint32_t index);
+  Status RunFilter(std::uint32_t index);
+  bool SaveArguments(const Link& link);
 
-  void Save(Node& node);
-  void ForgetUnchanged(std::size_t from, bool keepAll);
+  bool Save(Node& node);
+  void ForgetUnchanged(std::size_t from);
   void Forget(std::size_t entry);
 
   Arena mArena;

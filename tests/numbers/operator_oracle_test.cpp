@@ -148,10 +148,10 @@ class Subject {
   /// operator means.
   bool Propagate(const Box& before) {
     mBefore = before;
-    mNetwork.PushState();
+    EXPECT_TRUE(mNetwork.PushState());
     for (std::size_t i = 0; i < 3; ++i) {
       if (!Has(i)) continue;
-      mNetwork.SaveValue(mPlaces[i].value);
+      EXPECT_TRUE(mNetwork.SaveValue(mPlaces[i].value));
       mPlaces[i].Store(before[i]);
     }
     mNetwork.ScheduleAll();

@@ -91,6 +91,58 @@ std::string Solve(const ZULTaVoModule& numbers, bool& failed) {
   return found.str();
 }
 
+/// The values of all objects after a step down and after the way back. Where memory runs out there
+/// is some again for the next try; counts these failures.
+std::string StepDown(ZULTaVoNetwork& network, ZULTaVoInteger& value, int& failures) {
+  const auto again = [&](auto action) {
+    for (; !action(); ++failures) gAllocationsUntilFailure = -1;
+  };
+  const auto propagate = [&] {
+    return network.Propagate() != ZULTaVoNetwork::Status::kOutOfMemory;
+  };
+  again([&] { return network.PushState(); });
+  again([&] { return network.SaveValue(&value); });
+  value.SetUpperBound(2);
+  network.PropagateValue(&value);
+  again(propagate);
+  gAllocationsUntilFailure = -1;
+  std::ostringstream values;
+  const auto print = [&] {
+    for (std::size_t i = 0; i < network.GetNumberOfObjects(); ++i)
+      values << *network.GetObject(i) << ' ';
+  };
+  print();
+  network.PopState();
+  print();
+  return values.str();
+}
+
+TEST(FailingMemoryTest, PropagationGoesOnWhereMemoryRanOut) {
+  ZULTaVoModuleManager manager;
+  const ZULTaVoModule* numbers = manager.OpenModule("ZULTavNumbers");
+  ASSERT_NE(numbers, nullptr) << manager.GetReason();
+  std::vector<const ZULTaVoModule*> modules = {numbers};
+  modules.insert(modules.end(), numbers->GetLoadedModules().begin(),
+                 numbers->GetLoadedModules().end());
+  ZULTaVoBase::SetAllocator(&AllocateObject);
+  std::string expected;
+  int failures = 0;
+  for (long n = -1; n < 60; ++n) {
+    std::vector<ZULTavDiagnostic> errors;
+    const auto model = ZULTavCalculator(modules).Read(kModel, "model", {}, errors);
+    ASSERT_NE(model, nullptr);
+    ASSERT_EQ(model->Network().Propagate(), ZULTaVoNetwork::Status::kConsistent);
+    auto& a = static_cast<ZULTaVoInteger&>(*model->Variables()[0].values[0]);
+    gAllFailThen = true;
+    gAllocationsUntilFailure = n;
+    const std::string found = StepDown(model->Network(), a, failures);
+    if (n < 0) expected = found;
+    ASSERT_EQ(found, expected) << "allocation " << n;
+  }
+  EXPECT_GT(failures, 3);
+  ZULTaVoBase::SetAllocator(nullptr);
+}
+
 TEST(FailingMemoryTest, EveryRunEndsInAnErrorOrTheAnswer) {
   ZULTaVoModuleManager manager;
   const ZULTaVoModule* numbers = manager.OpenModule("ZULTavNumbers");

@@ -322,7 +322,7 @@ class KnowingProof final : public ZULTavContractor, public ZULTavProver {
   explicit KnowingProof(ZULTaVoReal* x) : mX(x) {}
   int Contract(ZULTaVoNetwork& network, bool /*again*/) override {
     if (mX->GetLowerBound() == mX->GetUpperBound()) return 0;
-    network.SaveValue(mX);
+    EXPECT_TRUE(network.SaveValue(mX));
     mX->SetLowerBound(3);
     mX->SetUpperBound(3);
     network.PropagateValue(mX);

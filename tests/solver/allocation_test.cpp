@@ -1,7 +1,5 @@
 // Memory that runs out: whichever allocation fails, the modules and the network answer for it.
 
-#include <new>
-
 #include "tests/solver/world.h"
 
 namespace {
@@ -41,17 +39,14 @@ bool RunOnce() {
   }
   for (int i = 0; i < 300; ++i)  // more than one chunk
     if (world.network.AddObject(types[0]) == nullptr) return false;
-  try {
-    world.network.Propagate();
-    world.network.PushState();
-    world.network.SaveValue(values[0]);
-    SetTo(*values[0], "3");
-    world.network.PropagateValue(values[0]);
-    world.network.Propagate();
-    world.network.PopState();
-  } catch (const std::bad_alloc&) {  // the trail's way to say so
+  using Status = ZULTaVoNetwork::Status;
+  if (world.network.Propagate() == Status::kOutOfMemory || !world.network.PushState() ||
+      !world.network.SaveValue(values[0]))
     return false;
-  }
+  SetTo(*values[0], "3");
+  world.network.PropagateValue(values[0]);
+  if (world.network.Propagate() == Status::kOutOfMemory) return false;
+  world.network.PopState();
   return Show(*values[0]) == "Any";
 }
 

@@ -81,7 +81,7 @@ inline ZULTaVoAny* World::Add(std::string_view type, std::string_view text) {
 }
 
 inline void World::Change(ZULTaVoAny* value, std::string_view text) {
-  network.SaveValue(value);
+  EXPECT_TRUE(network.SaveValue(value));
   SetTo(*value, text);
   network.PropagateValue(value);
 }
