@@ -15,6 +15,25 @@
 
 using namespace zultav::detail;
 
+namespace {
+
+constexpr double kOneByPi = 0.3183098861837907;
+
+/// Passes the solver's window on to the interval library, while this module is loaded.
+class TrigLimitsLink {
+ public:
+  TrigLimitsLink() {
+    ZULTaVoReal::ListenToTrigLimits(
+        [](double low, double high) { SetTrigLimits(low * kOneByPi, high * kOneByPi); });
+  }
+  ~TrigLimitsLink() { ZULTaVoReal::ListenToTrigLimits(nullptr); }
+  TrigLimitsLink(const TrigLimitsLink&) = delete;
+  TrigLimitsLink& operator=(const TrigLimitsLink&) = delete;
+};
+const TrigLimitsLink sLink;
+
+}  // namespace
+
 int InitModule(ZULTaVoModule* module, ZULTaVoModuleManager* manager) {
   if (module == nullptr || manager == nullptr) return 0;
   ZULTaVoModule* abstractTypes = manager->OpenModule(ZULString("ZULTavAbstractTypes"));
@@ -39,7 +58,6 @@ void InitNumbers() {
   // The largest 32-bit integer is kept free: it encodes Any.
   constexpr long kMaxInteger = 2147483646;
   constexpr double kMaxReal = 1e19;
-  constexpr double kOneByPi = 0.3183098861837907;
   double low = 0;
   double high = 0;
   ZULTaVoReal::GetTrigLimits(low, high);

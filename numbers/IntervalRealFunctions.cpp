@@ -9,6 +9,7 @@
 #include "numbers/detail/IntervalDispatch.h"
 #include "numbers/detail/Narrowing.h"
 #include "numbers/detail/RealModulo.h"
+#include "numbers/detail/TrigWindow.h"
 
 using namespace zultav::detail;
 
@@ -51,6 +52,18 @@ int NarrowToPreimage(SubdefReal& x, const SubdefReal& z, double below, double ab
         return WholeNumbers(set).AddIntToInt({below, above});
       },
       z);
+}
+
+using PeriodicInverse = SubdefReal (*)(const SubdefReal&, const SubdefReal&, const SubdefReal&);
+
+/// Inverse of a periodic function, within the solver's window.
+int NarrowAngle(SubdefReal& angle, PeriodicInverse inverse, const SubdefReal& value) {
+  return Narrow(
+      angle,
+      [inverse](const SubdefReal& z, const SubdefReal& x) {
+        return inverse(z, x, GetTrigWindow());
+      },
+      value, angle);
 }
 
 double Floor(double value) { return std::floor(value); }
@@ -110,7 +123,7 @@ int ZULTavIntervalReal::CalcSinValue(const ZULTavIntervalReal& x) {
 }
 
 int ZULTavIntervalReal::CalcInverseSinValue(ZULTavIntervalReal& x) const {
-  return Narrow(x.mSet, Binary(asin), mSet, x.mSet);
+  return NarrowAngle(x.mSet, asin, mSet);
 }
 
 int ZULTavIntervalReal::CalcCosValue(const ZULTavIntervalReal& x) {
@@ -119,7 +132,7 @@ int ZULTavIntervalReal::CalcCosValue(const ZULTavIntervalReal& x) {
 }
 
 int ZULTavIntervalReal::CalcInverseCosValue(ZULTavIntervalReal& x) const {
-  return Narrow(x.mSet, Binary(acos), mSet, x.mSet);
+  return NarrowAngle(x.mSet, acos, mSet);
 }
 
 int ZULTavIntervalReal::CalcTanValue(const ZULTavIntervalReal& x) {
@@ -127,7 +140,7 @@ int ZULTavIntervalReal::CalcTanValue(const ZULTavIntervalReal& x) {
 }
 
 int ZULTavIntervalReal::CalcInverseTanValue(ZULTavIntervalReal& x) const {
-  return Narrow(x.mSet, Binary(atan), mSet, x.mSet);
+  return NarrowAngle(x.mSet, atan, mSet);
 }
 
 int ZULTavIntervalReal::CalcFloorValue(const ZULTavIntervalReal& x) {

@@ -8,6 +8,7 @@
 #include "numbers/ZULTavSingleReal.h"
 #include "numbers/detail/IntervalDispatch.h"
 #include "numbers/detail/SingleRealNarrowing.h"
+#include "numbers/detail/TrigWindow.h"
 
 using namespace zultav::detail;
 
@@ -54,28 +55,29 @@ int NarrowToRange(ZULTavSingleReal& target, SubdefReal (*function)(const SubdefR
 /// Too big an angle for the trigonometric functions.
 bool TooBig(double angle) { return !(std::fabs(angle) <= 1e14); }
 
-/// The solver's trigonometric window in radians; the interval library, which counts half-turns,
-/// is told of it. What it keeps may be narrower by a rounding, and beyond that it narrows nothing.
+/// The solver's trigonometric limits in radians, where they lie inside its window: beyond that the
+/// interval library narrows nothing.
 SubdefReal GetMaxTrigLimit() {
   double low = 0;
   double high = 0;
   ZULTaVoReal::GetTrigLimits(low, high);
-  SetTrigLimits(low * std::numbers::inv_pi, high * std::numbers::inv_pi);
-  return {std::max(low, GetTrigLow()), std::min(high, GetTrigHigh())};
+  const SubdefReal window = GetTrigWindow();
+  return {std::max(low, window.lower), std::min(high, window.upper)};
 }
 
 /// Inverse of a periodic function: `angle` is intersected with those angles, found by `inverse`,
 /// whose function value is `value`. A fixed angle has the margin p.
 int NarrowAngle(ZULTavSingleReal& angle, SubdefReal value, const SubdefReal& range,
-                SubdefReal (*inverse)(const SubdefReal&, const SubdefReal&)) {
-  const SubdefReal window = GetMaxTrigLimit();
+                SubdefReal (*inverse)(const SubdefReal&, const SubdefReal&, const SubdefReal&)) {
   SDClearError();
   value.SDIntersect(range);
   if (SDCheckError()) return angle.Intersect(value);
   const double at = angle.GetValue();
   const double margin = ZULTaVoReal::GetPrecision();
   return angle.Intersect(Candidate(
-      angle, inverse(value, angle.IsAny() ? window : SubdefReal(at - margin, at + margin))));
+      angle,
+      inverse(value, angle.IsAny() ? GetMaxTrigLimit() : SubdefReal(at - margin, at + margin),
+              GetTrigWindow())));
 }
 
 }  // namespace

@@ -4,8 +4,6 @@
 #include <string_view>
 #include <system_error>
 
-#include "framework/solver/ZULTaVoReal.h"
-
 namespace {
 
 /// The directories beside the program, so that a build tree and an installed one both work without
@@ -22,15 +20,16 @@ void AddDirectories(ZULTaVoModuleManager& manager) {
 }  // namespace
 
 bool Modules::Open(const Options& options, std::string& reason) {
-  if (options.precision && !ZULTaVoReal::SetPrecision(*options.precision)) {
+  if (options.precision && !mSettings.SetPrecision(*options.precision)) {
     reason = "the precision is out of range";
     return false;
   }
   if (options.trigLimits &&
-      !ZULTaVoReal::SetTrigLimits(options.trigLimits->first, options.trigLimits->second)) {
+      !mSettings.SetTrigLimits(options.trigLimits->first, options.trigLimits->second)) {
     reason = "the trigonometric limits are out of range";
     return false;
   }
+  mScope.emplace(&mSettings);
   AddDirectories(mManager);
   mMain = mManager.OpenModule(ZULString(std::string_view(options.module)));
   if (mMain == nullptr)

@@ -1,17 +1,19 @@
 #ifndef ZULTAV_SOLVE_MODULES_H
 #define ZULTAV_SOLVE_MODULES_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "framework/solver/ZULTaVoModuleManager.h"
+#include "framework/solver/ZULTaVoRealSettings.h"
 #include "solve/Options.h"
 
-/// The module that the options name, and those that it depends on.
+/// The module that the options name, and those that it depends on. The precision and the window of
+/// the options hold for this thread as long as the object lives, and so for the networks it makes.
 class Modules {
  public:
-  /// Sets what modules read when they are opened (the precision), and opens the module. Answers
-  /// false, with the reason, when it cannot be opened.
+  /// Answers false, with the reason, when the module cannot be opened.
   bool Open(const Options& options, std::string& reason);
 
   const ZULTaVoModule& Main() const { return *mMain; }
@@ -19,6 +21,8 @@ class Modules {
   std::vector<const ZULTaVoModule*> All() const;
 
  private:
+  ZULTaVoRealSettings mSettings;
+  std::optional<ZULTaVoRealScope> mScope;
   ZULTaVoModuleManager mManager;
   ZULTaVoModule* mMain = nullptr;
 };

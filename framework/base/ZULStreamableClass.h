@@ -11,8 +11,8 @@ class ZULStreamable;
 /// object. Meant as a static of the class; while it lives, its class can be found by name.
 ///
 /// Records may be built and destroyed in any order, during static initialisation too: entering one
-/// neither allocates nor throws. The registry has no lock: libraries are loaded and unloaded from
-/// one thread, while no other reads or writes objects.
+/// neither allocates nor throws. Threads may do so, and read and write objects, at the same time,
+/// as long as no library is unloaded whose objects are being read or written.
 class ZULTAV_BASE_API ZULStreamableClass {
  public:
   /// Given null, a builder makes a new object (null if memory is out); given an object, it returns

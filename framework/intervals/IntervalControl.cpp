@@ -1,6 +1,7 @@
 #include "framework/intervals/IntervalControl.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <numbers>
@@ -11,15 +12,15 @@
 
 namespace {
 
-double trigLow = -1e14;  // radians
-double trigHigh = 1e14;  // radians
+std::atomic<double> trigLow = -1e14;  // radians
+std::atomic<double> trigHigh = 1e14;  // radians
 double compPrecision = 1e-6;
 
 bool IsLimit(double value) { return std::isfinite(value) && value > 0; }
 
 }  // namespace
 
-int SDErrorFlag::sRaised = 0;
+constinit thread_local int SDErrorFlag::sRaised = 0;
 
 void InitIntervals(long maxInteger, double maxReal, double low, double high, double precision) {
   if (maxInteger > 0 && std::in_range<std::int32_t>(maxInteger)) SubdefInt::sMaxValue = maxInteger;

@@ -5,7 +5,8 @@
 
 /// Sets the process-wide limits and tolerances of the library. A magnitude or tolerance that is not
 /// finite and positive, and a window with an end that is not finite, is refused: what was set
-/// before stays.
+/// before stays. To be called before other threads use the library; all else in it may be used by
+/// any number of threads.
 ///
 /// @param maxInteger   largest integer magnitude, of 32 bits; an integer bound at or beyond it is
 ///                     infinite. To store a value one beyond, it must be below 2147483647.
@@ -16,8 +17,9 @@
 ZULTAV_INTERVALS_API void InitIntervals(long maxInteger, double maxReal, double trigLow,
                                         double trigHigh, double precision);
 
-/// Resets the trigonometric window, in half-turns. Inverse periodic functions tighten only the
-/// part of an argument that lies inside the window; what lies outside is left as it is.
+/// Resets the trigonometric window of the process, in half-turns. Inverse periodic functions
+/// tighten only the part of an argument that lies inside the window; what lies outside is left as
+/// it is. They can be given a window of their own, too, as the domains do.
 ZULTAV_INTERVALS_API void SetTrigLimits(double low, double high);
 
 /// The trigonometric window in radians.
@@ -31,12 +33,13 @@ ZULTAV_INTERVALS_API double GetRelEps(double value);
 ZULTAV_INTERVALS_API double GetCompPrecision();
 
 /// The library's error flag: raised by a narrowing whose result is empty, by clamped integer
-/// arithmetic and by functions without a value. Process-wide, hence for one thread at a time.
+/// arithmetic and by functions without a value. Each thread has its own.
 class ZULTAV_INTERVALS_API SDErrorFlag {
   friend int SDCheckError();
   friend void SDClearError();
   friend void SDRaiseError();
-  static int sRaised;
+  // Read and lowered by every operation: at a fixed place of the thread, not behind a call.
+  [[gnu::tls_model("initial-exec")]] static constinit thread_local int sRaised;
 };
 inline int SDCheckError() { return SDErrorFlag::sRaised; }
 inline void SDClearError() { SDErrorFlag::sRaised = 0; }

@@ -35,7 +35,13 @@ ZULTAV_INTERVALS_API SubdefReal tan(const SubdefReal& x);
 ZULTAV_INTERVALS_API SubdefReal atan(const SubdefReal& x);
 
 /// Hull of the part of x whose sine (cosine, tangent) lies in z; what of x lies outside the
-/// trigonometric window is kept as it is. Empty: flag up.
+/// trigonometric window (radians; else that of the process) is kept as it is. Empty: flag up.
+ZULTAV_INTERVALS_API SubdefReal asin(const SubdefReal& z, const SubdefReal& x,
+                                     const SubdefReal& window);
+ZULTAV_INTERVALS_API SubdefReal acos(const SubdefReal& z, const SubdefReal& x,
+                                     const SubdefReal& window);
+ZULTAV_INTERVALS_API SubdefReal atan(const SubdefReal& z, const SubdefReal& x,
+                                     const SubdefReal& window);
 ZULTAV_INTERVALS_API SubdefReal asin(const SubdefReal& z, const SubdefReal& x);
 ZULTAV_INTERVALS_API SubdefReal acos(const SubdefReal& z, const SubdefReal& x);
 ZULTAV_INTERVALS_API SubdefReal atan(const SubdefReal& z, const SubdefReal& x);

@@ -137,11 +137,13 @@ Solution Last(const RealInterval& z, double to) {
   return {F::kIsOdd ? -mirrored.piece : 1 - mirrored.piece, -mirrored.bound};
 }
 
+SubdefReal ProcessWindow() { return {GetTrigLow(), GetTrigHigh()}; }
+
 template <class F>
-SubdefReal Solve(RealInterval z, const SubdefReal& x) {
+SubdefReal Solve(RealInterval z, const SubdefReal& x, const SubdefReal& window) {
   const double max = SubdefReal::sMaxValue;
-  const double low = std::max({GetTrigLow(), -kMaxAngle, -max});
-  const double high = std::min({GetTrigHigh(), kMaxAngle, max});
+  const double low = std::max({window.lower, -kMaxAngle, -max});
+  const double high = std::min({window.upper, kMaxAngle, max});
   RealInterval result = Empty();
   if (x.lower < low || x.lower <= -max) result = {x.lower, std::min(x.upper, low)};
   if (x.upper > high || x.upper >= max)
@@ -164,8 +166,16 @@ SubdefReal Solve(RealInterval z, const SubdefReal& x) {
 
 }  // namespace
 
-SubdefReal asin(const SubdefReal& z, const SubdefReal& x) { return Solve<Sine>(z, x); }
+SubdefReal asin(const SubdefReal& z, const SubdefReal& x, const SubdefReal& window) {
+  return Solve<Sine>(z, x, window);
+}
+SubdefReal acos(const SubdefReal& z, const SubdefReal& x, const SubdefReal& window) {
+  return Solve<Cosine>(z, x, window);
+}
+SubdefReal atan(const SubdefReal& z, const SubdefReal& x, const SubdefReal& window) {
+  return Solve<Tangent>(z, x, window);
+}
 
-SubdefReal acos(const SubdefReal& z, const SubdefReal& x) { return Solve<Cosine>(z, x); }
-
-SubdefReal atan(const SubdefReal& z, const SubdefReal& x) { return Solve<Tangent>(z, x); }
+SubdefReal asin(const SubdefReal& z, const SubdefReal& x) { return asin(z, x, ProcessWindow()); }
+SubdefReal acos(const SubdefReal& z, const SubdefReal& x) { return acos(z, x, ProcessWindow()); }
+SubdefReal atan(const SubdefReal& z, const SubdefReal& x) { return atan(z, x, ProcessWindow()); }

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "framework/intervals/ZULTavIntervals.h"
+#include "framework/solver/ZULTaVoReal.h"
 
 namespace {
 
@@ -21,6 +22,12 @@ double RoundDown(double x) { return std::floor(x); }
 double RoundUp(double x) { return std::ceil(x); }
 /// Halves away from zero.
 double RoundNearest(double x) { return std::round(x); }
+
+SubdefReal GetTrigWindow() {
+  double low = 0, high = 0;
+  ZULTaVoReal::GetTrigLimits(low, high);
+  return {low, high};
+}
 
 SubdefReal Quotient(const SubdefReal& x, const SubdefReal& y) { return x.DivIntByInt(y); }
 
@@ -227,11 +234,11 @@ bool Project(Function function, const SubdefReal& z, SubdefReal& x, SubdefReal& 
     case Function::kSqrt:
       return Meet(x, sqr(z));
     case Function::kSine:
-      return Meet(x, asin(z, x));
+      return Meet(x, asin(z, x, GetTrigWindow()));
     case Function::kCosine:
-      return Meet(x, acos(z, x));
+      return Meet(x, acos(z, x, GetTrigWindow()));
     case Function::kTangent:
-      return Meet(x, atan(z, x));
+      return Meet(x, atan(z, x, GetTrigWindow()));
     case Function::kRemainder:
     case Function::kRound:
     case Function::kFloor:

@@ -23,7 +23,8 @@ std::vector<std::uint32_t> FindSignless(const ZULTavSymmetries* symmetries) {
 
 NetworkUse::NetworkUse(ZULTaVoNetwork& network, const std::atomic<bool>& interrupt,
                        ZULTavSearch::Statistics& statistics)
-    : mNetwork(network),
+    : mSettings(network.GetRealSettings()),
+      mNetwork(network),
       mDepth(network.GetDepth()),
       mBefore(network.GetStatistics()),
       mStatistics(statistics),

@@ -12,8 +12,8 @@
 #include "framework/search/SearchTree.h"
 #include "framework/search/ZULTavSearch.h"
 
-/// The network in the hands of one run: it can be interrupted, what it does is counted, and in the
-/// end the levels that were opened are closed.
+/// The network in the hands of one run: its settings hold, it can be interrupted, what it does is
+/// counted, and in the end the levels that were opened are closed.
 class NetworkUse {
  public:
   NetworkUse(ZULTaVoNetwork& network, const std::atomic<bool>& interrupt,
@@ -27,6 +27,7 @@ class NetworkUse {
   void UpdateStatistics();
 
  private:
+  ZULTaVoRealScope mSettings;
   ZULTaVoNetwork& mNetwork;
   std::size_t mDepth;
   ZULTaVoNetwork::Statistics mBefore;

@@ -22,6 +22,10 @@
 /// where the width limit allows. Where the sign of a real does not matter, only one half is
 /// searched and each box reported with its mirror images. The same network and options give the
 /// same solutions in the same order. Nothing here throws.
+///
+/// A search is for one thread at a time, except for Stop; different searches may run in different
+/// threads, each in a network of its own. The network's precision and trigonometric window hold
+/// for the thread while it searches, in the callbacks, too.
 class ZULTAV_UTILITIES_API ZULTavSearch {
  public:
   enum class VariableChoice {

@@ -1,13 +1,15 @@
 #include "framework/solver/ZULTaVoBase.h"
 
+#include <atomic>
 #include <cstdlib>
 
 namespace {
-ZULTaVoBase::Allocator sAllocate = nullptr;
+std::atomic<ZULTaVoBase::Allocator> sAllocate = nullptr;
 }
 
 void* ZULTaVoBase::operator new(std::size_t size) noexcept {
-  return sAllocate != nullptr ? sAllocate(size) : std::malloc(size);
+  const Allocator allocate = sAllocate.load(std::memory_order_relaxed);
+  return allocate != nullptr ? allocate(size) : std::malloc(size);
 }
 
 void ZULTaVoBase::operator delete(void* memory) noexcept { std::free(memory); }

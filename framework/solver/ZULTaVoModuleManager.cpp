@@ -8,6 +8,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <map>
+#include <mutex>
 
 namespace {
 
@@ -71,6 +72,11 @@ struct ZULTaVoModuleManager::Library {
     static std::map<void*, std::weak_ptr<Library>> open;
     return open;
   }
+  /// Held while a library is opened or closed; a module that starts opens others meanwhile.
+  static std::recursive_mutex& Lock() {
+    static std::recursive_mutex lock;
+    return lock;
+  }
 
   std::vector<std::shared_ptr<Library>> needs;
   Handle handle;
@@ -80,6 +86,7 @@ struct ZULTaVoModuleManager::Library {
 ZULTaVoModuleManager::ZULTaVoModuleManager() = default;
 
 ZULTaVoModuleManager::~ZULTaVoModuleManager() {
+  const std::lock_guard lock(Library::Lock());
   while (!mLibraries.empty()) mLibraries.pop_back();
 }
 
@@ -126,6 +133,7 @@ ZULTaVoModule* ZULTaVoModuleManager::OpenModule(const ZULString& name) {
 }
 
 ZULTaVoModule* ZULTaVoModuleManager::Load(const std::string& name) {
+  const std::lock_guard lock(Library::Lock());
   std::string searched;
   std::string path;
   for (const std::string& directory : SearchPath()) {

@@ -9,7 +9,9 @@
 #include "framework/solver/ZULTaVoModule.h"
 
 /// Opens modules by name and keeps them open. Managers of one process share their modules: each
-/// library is initialised once and closed with the last manager that holds it.
+/// library is initialised once and closed with the last manager that holds it. A manager is for one
+/// thread at a time, the managers of a process are for any threads; so are the modules and the
+/// descriptors they hold, which do not change once they are open.
 ///
 /// A module NAME is the shared library "libNAME.so" in one of the directories of the search path,
 /// which exports `extern "C" int InitModule(ZULTaVoModule*, ZULTaVoModuleManager*)`, answering 1.

@@ -79,7 +79,7 @@ struct alignas(Arena::kAlignment) ZULTaVoNetwork::Node {
   }
 };
 
-ZULTaVoNetwork::ZULTaVoNetwork() = default;
+ZULTaVoNetwork::ZULTaVoNetwork() { SetRealSettings(ZULTaVoRealScope::GetPresent()); }
 
 ZULTaVoNetwork::~ZULTaVoNetwork() {
   while (!mLevels.empty()) PopState();
@@ -87,6 +87,14 @@ ZULTaVoNetwork::~ZULTaVoNetwork() {
     link->constraint->~ZULTaVoConstraint();
   for (auto node = mNodes.rbegin(); node != mNodes.rend(); ++node)
     (*node)->type->DestroyObject((*node)->Object());
+}
+
+void ZULTaVoNetwork::SetRealSettings(const ZULTaVoRealSettings* settings) {
+  if (settings != nullptr) {
+    mRealSettings = *settings;
+  } else {
+    mRealSettings.reset();
+  }
 }
 
 // --- Objects and constraints ------------------------------------------------------------------
@@ -382,6 +390,7 @@ void ZULTaVoNetwork::Wake(std::uint32_t index, const ZULTaVoObject* object) {
 // --- Propagation ------------------------------------------------------------------------------
 
 ZULTaVoNetwork::Status ZULTaVoNetwork::Propagate() {
+  const ZULTaVoRealScope settings(GetRealSettings());
   ++mStatistics.runs;
   const std::uint64_t limit =
       mStatistics.filters +

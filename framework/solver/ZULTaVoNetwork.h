@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -10,12 +11,14 @@
 #include "framework/solver/ZULTaVoAny.h"
 #include "framework/solver/ZULTaVoConstraint.h"
 #include "framework/solver/ZULTaVoConstraintDescriptor.h"
+#include "framework/solver/ZULTaVoRealSettings.h"
 
 /// Values, the constraints between them, and propagation to the fixpoint.
 ///
 /// The network owns its objects, which live in an arena until it is destroyed. What it computes
 /// depends on the order in which objects and constraints were added, never on addresses or time.
 ///
+/// A network is for one thread at a time; different networks may be used by different threads.
 /// Nothing here throws, whatever a module's filters and constructors do. Where memory runs out the
 /// answer says so, and the network is as it was before the call.
 class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
@@ -105,6 +108,13 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   /// A run ends soon after the flag becomes true. Null: never.
   void SetInterrupt(const std::atomic<bool>* flag) { mInterrupt = flag; }
 
+  /// The precision and the window of its reals: of its own, or of the process if null. A new
+  /// network has those of the scope in which it is made.
+  void SetRealSettings(const ZULTaVoRealSettings* settings);
+  const ZULTaVoRealSettings* GetRealSettings() const {
+    return mRealSettings ? &*mRealSettings : nullptr;
+  }
+
   const Statistics& GetStatistics() const { return mStatistics; }
 
   /// Called by constraints whose priority changes. Where memory ran out the order stays.
@@ -190,6 +200,7 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   double mFraction = 0.01;
   std::uint64_t mFilterLimit = 0;
   const std::atomic<bool>* mInterrupt = nullptr;
+  std::optional<ZULTaVoRealSettings> mRealSettings;
   Statistics mStatistics;
 };
 

@@ -1,7 +1,10 @@
 #ifndef ZULTAV_SOLVER_ZULTAVO_REAL_H
 #define ZULTAV_SOLVER_ZULTAVO_REAL_H
 
+#include <atomic>
+
 #include "framework/solver/ZULTaVoNumber.h"
+#include "framework/solver/ZULTaVoRealSettings.h"
 
 /// A set of reals.
 class ZULTAV_TYPES_API ZULTaVoReal : public ZULTaVoNumber {
@@ -48,8 +51,15 @@ class ZULTAV_TYPES_API ZULTaVoReal : public ZULTaVoNumber {
   virtual double GetNextExactValue(double value) const = 0;
   virtual double GetPrevExactValue(double value) const = 0;
 
+  // The settings that hold for this thread: those of the network in which it propagates, else those
+  // of the process, which the setters change.
+
   /// The solver's precision p, the tolerance of real domains; always positive. Default 1e-6.
-  static double GetPrecision() { return sPrecision; }
+  static double GetPrecision() {
+    const ZULTaVoRealSettings* settings = ZULTaVoRealScope::GetPresent();
+    return settings != nullptr ? settings->GetPrecision()
+                               : sPrecision.load(std::memory_order_relaxed);
+  }
   /// Answers 1, or 0 and changes nothing unless 0 < precision < infinity.
   static int SetPrecision(double precision);
   /// The window of the inverse trigonometric functions, in radians. Default ±1e14.
@@ -57,11 +67,15 @@ class ZULTAV_TYPES_API ZULTaVoReal : public ZULTaVoNumber {
   /// Answers 1, or 0 and changes nothing unless low < high, both finite.
   static int SetTrigLimits(double low, double high);
 
+  /// Who is told of the window when SetTrigLimits has changed it; null for nobody. There is one.
+  using TrigLimitsListener = void (*)(double low, double high);
+  static void ListenToTrigLimits(TrigLimitsListener listener);
+
   static const char* const sIdent;
   static const ZULTaVoObjectDescriptor* sDescriptor;
 
  private:
-  static double sPrecision;
+  static constinit std::atomic<double> sPrecision;  // of the process
 };
 
 #endif

@@ -155,6 +155,43 @@ TEST_F(NetworkTest, AFilterThatThrowsLosesNothing) {
   EXPECT_EQ(Show(*x) + " " + Show(*y), "0,100 0,100");
 }
 
+TEST_F(NetworkTest, EachNetworkGoesByItsOwnPrecisionAndWindow) {
+  struct Side {
+    double precision, trigLow, trigHigh;
+    const char *below, *angle;
+  };
+  const Side sides[] = {
+      {0.25, -10, 10,  "0,0.975", "0.5235987756,100"},
+      {0.5,  50,  60,  "0,0.95",  "0,100"           },
+      {0.25, -10, 0.1, "0,0.975", "0.1,100"         }
+  };
+  struct Made {
+    World world;
+    ZULTaVoAny *below, *angle;
+  };
+  std::vector<std::unique_ptr<Made>> made;
+  for (const Side& side : sides) {
+    ZULTaVoRealSettings settings;
+    ASSERT_TRUE(settings.SetPrecision(side.precision) && !settings.SetPrecision(0));
+    ASSERT_TRUE(settings.SetTrigLimits(side.trigLow, side.trigHigh));
+    const ZULTaVoRealScope scope(&settings);
+    World& network = made.emplace_back(std::make_unique<Made>())->world;
+    ZULTaVoAny* one = network.Add("interval real", "0,1");
+    ZULTaVoAny* sine = network.Add("interval real", "0.5,0.6");
+    made.back()->below = network.Add("interval real", "0,1");
+    made.back()->angle = network.Add("interval real", "0,100");
+    ASSERT_TRUE(network.Post("LessTernary", {made.back()->below, one, made.back()->below}));
+    ASSERT_TRUE(network.Post("Sine", {sine, made.back()->angle}));
+  }
+  for (std::size_t i = 0; i < made.size(); ++i) {
+    EXPECT_EQ(made[i]->world.network.Propagate(), Status::kConsistent);
+    EXPECT_EQ(Show(*made[i]->below), sides[i].below);
+    EXPECT_EQ(Show(*made[i]->angle), sides[i].angle);
+  }
+  EXPECT_EQ(ZULTaVoReal::GetPrecision(), 1e-6);
+  EXPECT_EQ(world.network.GetRealSettings(), nullptr);
+}
+
 TEST_F(NetworkTest, LimitAndInterruptKeepWhatWasNarrowedAndCanGoOn) {
   ZULTaVoAny* x = world.Add("interval int", "0,1000");
   ZULTaVoAny* y = world.Add("interval int", "0,1000");
