@@ -62,6 +62,7 @@ class Reader {
         more = parser.Next(syntax);
       } catch (const ModelError& error) {
         mErrors.Add(mSource, error);
+        for (const std::uint32_t name : parser.GetDeclared()) mInterpreter.MarkBroken(name);
         parser.Skip();
         continue;
       }

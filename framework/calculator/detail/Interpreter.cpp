@@ -22,6 +22,11 @@ Interpreter::Symbol& Interpreter::SymbolOf(std::uint32_t name) {
   return mSymbols[name];
 }
 
+void Interpreter::MarkBroken(std::uint32_t name) {
+  Symbol& symbol = SymbolOf(name);
+  if (symbol.kind == Symbol::Kind::kUnknown) symbol.kind = Symbol::Kind::kBroken;
+}
+
 void Interpreter::Introduce(std::uint32_t name, Span span, Symbol symbol) {
   Symbol& known = SymbolOf(name);
   if (known.kind != Symbol::Kind::kUnknown && known.kind != Symbol::Kind::kBroken) {
@@ -126,14 +131,13 @@ void Interpreter::ExecuteLet(const Statement& statement) {
     return;
   }
   Symbol symbol;
-  symbol.kind = Symbol::Kind::kBroken;
   try {
     const Value value = EvaluateConstant(statement.expression);
     symbol.kind = Symbol::Kind::kConstant;
     symbol.data = static_cast<std::uint32_t>(mConstants.size());
     mConstants.push_back(value);
   } catch (const ModelError&) {
-    if (SymbolOf(statement.name).kind == Symbol::Kind::kUnknown) SymbolOf(statement.name) = symbol;
+    MarkBroken(statement.name);
     throw;
   }
   Introduce(statement.name, statement.span, symbol);
@@ -165,10 +169,7 @@ void Interpreter::ExecuteDeclaration(const Statement& statement) {
     if (statement.hasValue) ReadInitialValue(statement.value, initial);
     for (const Declarator& declarator : statement.declarators) Declare(declarator, type, initial);
   } catch (const ModelError&) {
-    // Each fault of the declaration is one error: what uses these names is not reported too.
-    for (const Declarator& declarator : statement.declarators)
-      if (SymbolOf(declarator.name).kind == Symbol::Kind::kUnknown)
-        SymbolOf(declarator.name).kind = Symbol::Kind::kBroken;
+    for (const Declarator& declarator : statement.declarators) MarkBroken(declarator.name);
     throw;
   }
 }

@@ -28,6 +28,8 @@ class Interpreter {
   /// Carries out all statements of one piece of source. Throws ModelError; the message is empty
   /// when the fault was reported before.
   void Run(const Source& source, const Syntax& syntax);
+  /// Of an unknown name: its declaration was faulty, so that its use is no other fault.
+  void MarkBroken(std::uint32_t name);
   /// The definitions that the model had no use for.
   std::vector<std::string> GetUnusedDefinitions() const;
   /// The name that is known and nearest to the given one, for messages.

@@ -49,12 +49,12 @@ constexpr struct {
     {"\u2265", "",                               "'at least' is written '>='"                       },
     {"\u00b2", "",                               "a square is written 'x ^ 2'"                      },
     {"\u221a", "",                               "a square root is written 'sqrt(x)'"               },
-    {"|", "", "'or' is written '||', an absolute value 'abs(x)'"},
-    {"&", "", "'and' is written '&&'"},
+    {"|",      "",                               "'or' is written '||', an absolute value 'abs(x)'" },
+    {"&",      "",                               "'and' is written '&&'"                            },
     {"!",      "",                               "'not' is written '~', 'not equal' is written '<>'"},
     {"%",      "",                               "the remainder is written 'x mod y'"               },
     {".",      "",                               "a decimal has digits before and after its point"  },
-    {"#", "", "a comment begins with '//'"},
+    {"#",      "",                               "a comment begins with '//'"                       },
 };
 
 constexpr Punctuation kPunctuation[] = {

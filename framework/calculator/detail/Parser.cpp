@@ -122,6 +122,7 @@ bool Parser::Next(Syntax& syntax) {
   mSyntax = &syntax;
   mNesting = 0;
   mBraces = 0;
+  mDeclared.clear();
   while (Accept(TokenKind::kSemicolon)) continue;
   if (Is(TokenKind::kEnd)) return false;
   ParseStatement(syntax.statements, false);
@@ -187,6 +188,7 @@ void Parser::ParseLet(std::vector<Statement>& statements) {
     const Token name = Expect(TokenKind::kName, "the name of a constant");
     statement.span = name.span;
     statement.name = mNames.Intern(TextOf(name.span));
+    mDeclared.push_back(statement.name);
     if (!Is(TokenKind::kOperator) || mToken.op != Op::kEqual)
       FailExpected("'=' after the name of the constant");
     Advance();
@@ -228,6 +230,7 @@ Declarator Parser::ParseDeclarator() {
   const Token name = Expect(TokenKind::kName, "the name of a variable");
   result.span = name.span;
   result.name = mNames.Intern(TextOf(name.span));
+  mDeclared.push_back(result.name);
   if (!Accept(TokenKind::kOpenBracket)) return result;
   result.isArray = true;
   result.low = ParseExpression(kExtremum);

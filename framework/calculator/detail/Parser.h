@@ -20,6 +20,8 @@ class Parser {
   /// Throws ModelError; Skip then moves behind the damaged statement.
   bool Next(Syntax& syntax);
   void Skip();
+  /// The names that the last statement declares, as far as it was read.
+  const std::vector<std::uint32_t>& GetDeclared() const { return mDeclared; }
   /// Reads an expression that takes up the whole part, adding to `syntax`.
   NodeRange WholeExpression(Syntax& syntax);
 
@@ -65,6 +67,7 @@ class Parser {
   Lexer mLexer;
   Token mToken;
   Span mPrevious;
+  std::vector<std::uint32_t> mDeclared;
   std::uint32_t mStatement;  // where the present statement begins
   Syntax* mSyntax = nullptr;
   std::size_t mNesting = 0;
