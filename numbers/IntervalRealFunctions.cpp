@@ -242,13 +242,12 @@ int ZULTavIntervalReal::CalcSecondInversePowerValue(const ZULTavIntervalReal& a,
 int ZULTavIntervalReal::CalcPowerValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) {
   SubdefInt exponents;
   return GetIntegers(b, exponents) ? CalcPowerValue(a, exponents)
-                                   : CallForward(*this, &ZULTavIntervalReal::CalcPowerValue, a, b);
+                                   : ZULTaVoFrame::CalcPowerValue(a, b);
 }
 
 int ZULTavIntervalReal::CalcFirstInversePowerValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const {
   SubdefInt exponents;
-  if (!GetIntegers(b, exponents))
-    return CallInverse(*this, &ZULTavIntervalReal::CalcFirstInversePowerValue, a, b);
+  if (!GetIntegers(b, exponents)) return ZULTaVoFrame::CalcFirstInversePowerValue(a, b);
   return interval_dispatch::Inverse(
       *this, a, [&](ZULTavIntervalReal& x) { return CalcFirstInversePowerValue(x, exponents); });
 }
@@ -256,62 +255,10 @@ int ZULTavIntervalReal::CalcFirstInversePowerValue(ZULTaVoNumber& a, const ZULTa
 int ZULTavIntervalReal::CalcSecondInversePowerValue(const ZULTaVoNumber& a,
                                                     ZULTaVoNumber& b) const {
   SubdefInt exponents;
-  if (!GetIntegers(b, exponents))
-    return CallSecondInverse(*this, &ZULTavIntervalReal::CalcSecondInversePowerValue, a, b);
+  if (!GetIntegers(b, exponents)) return ZULTaVoFrame::CalcSecondInversePowerValue(a, b);
   const interval_dispatch::Operand<ZULTavIntervalReal> x(a);
   if (x.IsForeign() || !CalcSecondInversePowerValue(*x, exponents)) return 0;
   ZULTavIntervalReal narrowed;
   narrowed.SetSubdef(exponents.IsEmpty() ? SubdefReal(1, -1) : ToReals(exponents));
   return narrowed.IntersectInverse(b);
-}
-
-// Slots -------------------------------------------------------------------------------------
-
-int ZULTavIntervalReal::CalcExpValue(const ZULTaVoReal& x) {
-  return CallForward(*this, &ZULTavIntervalReal::CalcExpValue, x);
-}
-int ZULTavIntervalReal::CalcInverseExpValue(ZULTaVoReal& x) const {
-  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseExpValue, x);
-}
-int ZULTavIntervalReal::CalcSqrtValue(const ZULTaVoReal& x) {
-  return CallForward(*this, &ZULTavIntervalReal::CalcSqrtValue, x);
-}
-int ZULTavIntervalReal::CalcInverseSqrtValue(ZULTaVoReal& x) const {
-  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseSqrtValue, x);
-}
-int ZULTavIntervalReal::CalcSinValue(const ZULTaVoReal& x) {
-  return CallForward(*this, &ZULTavIntervalReal::CalcSinValue, x);
-}
-int ZULTavIntervalReal::CalcInverseSinValue(ZULTaVoReal& x) const {
-  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseSinValue, x);
-}
-int ZULTavIntervalReal::CalcCosValue(const ZULTaVoReal& x) {
-  return CallForward(*this, &ZULTavIntervalReal::CalcCosValue, x);
-}
-int ZULTavIntervalReal::CalcInverseCosValue(ZULTaVoReal& x) const {
-  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseCosValue, x);
-}
-int ZULTavIntervalReal::CalcTanValue(const ZULTaVoReal& x) {
-  return CallForward(*this, &ZULTavIntervalReal::CalcTanValue, x);
-}
-int ZULTavIntervalReal::CalcInverseTanValue(ZULTaVoReal& x) const {
-  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseTanValue, x);
-}
-int ZULTavIntervalReal::CalcFloorValue(const ZULTaVoReal& x) {
-  return CallForward(*this, &ZULTavIntervalReal::CalcFloorValue, x);
-}
-int ZULTavIntervalReal::CalcInverseFloorValue(ZULTaVoReal& x) const {
-  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseFloorValue, x);
-}
-int ZULTavIntervalReal::CalcCeilValue(const ZULTaVoReal& x) {
-  return CallForward(*this, &ZULTavIntervalReal::CalcCeilValue, x);
-}
-int ZULTavIntervalReal::CalcInverseCeilValue(ZULTaVoReal& x) const {
-  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseCeilValue, x);
-}
-int ZULTavIntervalReal::CalcRoundValue(const ZULTaVoReal& x) {
-  return CallForward(*this, &ZULTavIntervalReal::CalcRoundValue, x);
-}
-int ZULTavIntervalReal::CalcInverseRoundValue(ZULTaVoReal& x) const {
-  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseRoundValue, x);
 }

@@ -6,7 +6,6 @@
 
 #include "numbers/ZULTavSingleInteger.h"
 #include "numbers/ZULTavSingleReal.h"
-#include "numbers/detail/IntervalDispatch.h"
 #include "numbers/detail/SingleRealNarrowing.h"
 #include "numbers/detail/TrigWindow.h"
 
@@ -187,7 +186,7 @@ int ZULTavSingleReal::CalcPowerValue(const ZULTaVoNumber& a, const ZULTaVoNumber
     ZULTavSingleReal x;
     return x.Convert(a) ? CalcPowerValue(x, *exponent) : 0;
   }
-  return CallForward(*this, &ZULTavSingleReal::CalcPowerValue, a, b);
+  return ZULTaVoFrame::CalcPowerValue(a, b);
 }
 
 int ZULTavSingleReal::CalcPowerValue(const ZULTavSingleReal& a, const ZULTavSingleReal& b) {
@@ -199,10 +198,6 @@ int ZULTavSingleReal::CalcPowerValue(const ZULTavSingleReal& a, const ZULTavSing
   return NarrowExactly(
       *this, [&](const SubdefReal& x, auto) { return pow(x, SubIntBase(b.GetValue())); }, a,
       ZULTavSingleReal(b, 0));
-}
-
-int ZULTavSingleReal::CalcFirstInversePowerValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const {
-  return CallInverse(*this, &ZULTavSingleReal::CalcFirstInversePowerValue, a, b);
 }
 
 int ZULTavSingleReal::CalcFirstInversePowerValue(ZULTavSingleReal& a,
@@ -346,91 +341,4 @@ double ZULTavSingleReal::my_round(double value) {
   double whole = 0;
   const double fraction = std::modf(value, &whole);
   return fraction >= 0.5 ? whole + 1 : fraction <= -0.5 ? whole - 1 : whole;
-}
-
-// Slots -------------------------------------------------------------------------------------
-
-int ZULTavSingleReal::CalcAbsoluteValue(const ZULTaVoNumber& y) {
-  return CallForward(*this, &ZULTavSingleReal::CalcAbsoluteValue, y);
-}
-int ZULTavSingleReal::CalcInverseAbsoluteValue(ZULTaVoNumber& y) const {
-  return CallInverse(*this, &ZULTavSingleReal::CalcInverseAbsoluteValue, y);
-}
-int ZULTavSingleReal::CalcNegativeValue(const ZULTaVoNumber& y) {
-  return CallForward(*this, &ZULTavSingleReal::CalcNegativeValue, y);
-}
-int ZULTavSingleReal::CalcInverseNegativeValue(ZULTaVoNumber& y) const {
-  return CallInverse(*this, &ZULTavSingleReal::CalcInverseNegativeValue, y);
-}
-int ZULTavSingleReal::CalcSumValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) {
-  return CallForward(*this, &ZULTavSingleReal::CalcSumValue, a, b);
-}
-int ZULTavSingleReal::CalcFirstInverseSumValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const {
-  return CallInverse(*this, &ZULTavSingleReal::CalcFirstInverseSumValue, a, b);
-}
-int ZULTavSingleReal::CalcProdValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) {
-  return CallForward(*this, &ZULTavSingleReal::CalcProdValue, a, b);
-}
-int ZULTavSingleReal::CalcFirstInverseProdValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const {
-  return CallInverse(*this, &ZULTavSingleReal::CalcFirstInverseProdValue, a, b);
-}
-int ZULTavSingleReal::CalcModValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) {
-  return CallForward(*this, &ZULTavSingleReal::CalcModValue, a, b);
-}
-int ZULTavSingleReal::CalcFirstInverseModValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const {
-  return CallInverse(*this, &ZULTavSingleReal::CalcFirstInverseModValue, a, b);
-}
-int ZULTavSingleReal::CalcSecondInverseModValue(const ZULTaVoNumber& a, ZULTaVoNumber& b) const {
-  return CallSecondInverse(*this, &ZULTavSingleReal::CalcSecondInverseModValue, a, b);
-}
-int ZULTavSingleReal::CalcSecondInversePowerValue(const ZULTaVoNumber& a, ZULTaVoNumber& b) const {
-  return CallSecondInverse(*this, &ZULTavSingleReal::CalcSecondInversePowerValue, a, b);
-}
-int ZULTavSingleReal::CalcExpValue(const ZULTaVoReal& x) {
-  return CallForward(*this, &ZULTavSingleReal::CalcExpValue, x);
-}
-int ZULTavSingleReal::CalcInverseExpValue(ZULTaVoReal& x) const {
-  return CallInverse(*this, &ZULTavSingleReal::CalcInverseExpValue, x);
-}
-int ZULTavSingleReal::CalcSqrtValue(const ZULTaVoReal& x) {
-  return CallForward(*this, &ZULTavSingleReal::CalcSqrtValue, x);
-}
-int ZULTavSingleReal::CalcInverseSqrtValue(ZULTaVoReal& x) const {
-  return CallInverse(*this, &ZULTavSingleReal::CalcInverseSqrtValue, x);
-}
-int ZULTavSingleReal::CalcSinValue(const ZULTaVoReal& x) {
-  return CallForward(*this, &ZULTavSingleReal::CalcSinValue, x);
-}
-int ZULTavSingleReal::CalcInverseSinValue(ZULTaVoReal& x) const {
-  return CallInverse(*this, &ZULTavSingleReal::CalcInverseSinValue, x);
-}
-int ZULTavSingleReal::CalcCosValue(const ZULTaVoReal& x) {
-  return CallForward(*this, &ZULTavSingleReal::CalcCosValue, x);
-}
-int ZULTavSingleReal::CalcInverseCosValue(ZULTaVoReal& x) const {
-  return CallInverse(*this, &ZULTavSingleReal::CalcInverseCosValue, x);
-}
-int ZULTavSingleReal::CalcTanValue(const ZULTaVoReal& x) {
-  return CallForward(*this, &ZULTavSingleReal::CalcTanValue, x);
-}
-int ZULTavSingleReal::CalcInverseTanValue(ZULTaVoReal& x) const {
-  return CallInverse(*this, &ZULTavSingleReal::CalcInverseTanValue, x);
-}
-int ZULTavSingleReal::CalcFloorValue(const ZULTaVoReal& x) {
-  return CallForward(*this, &ZULTavSingleReal::CalcFloorValue, x);
-}
-int ZULTavSingleReal::CalcInverseFloorValue(ZULTaVoReal& x) const {
-  return CallInverse(*this, &ZULTavSingleReal::CalcInverseFloorValue, x);
-}
-int ZULTavSingleReal::CalcCeilValue(const ZULTaVoReal& x) {
-  return CallForward(*this, &ZULTavSingleReal::CalcCeilValue, x);
-}
-int ZULTavSingleReal::CalcInverseCeilValue(ZULTaVoReal& x) const {
-  return CallInverse(*this, &ZULTavSingleReal::CalcInverseCeilValue, x);
-}
-int ZULTavSingleReal::CalcRoundValue(const ZULTaVoReal& x) {
-  return CallForward(*this, &ZULTavSingleReal::CalcRoundValue, x);
-}
-int ZULTavSingleReal::CalcInverseRoundValue(ZULTaVoReal& x) const {
-  return CallInverse(*this, &ZULTavSingleReal::CalcInverseRoundValue, x);
 }

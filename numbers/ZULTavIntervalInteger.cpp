@@ -7,10 +7,14 @@
 #include "numbers/detail/IntegerModulo.h"
 #include "numbers/detail/IntervalDispatch.h"
 #include "numbers/detail/Narrowing.h"
+#include "numbers/detail/SlotBodies.h"
 
 using namespace zultav::detail;
 
-template class ZULTaVoFrame<ZULTavIntervalInteger, ZULTaVoInteger>;
+template class zultav::detail::IntegerSlots<ZULTavIntervalInteger,
+                                            zultav::detail::IntervalDispatch>;
+template class ZULTaVoFrame<ZULTavIntervalInteger,
+                            IntegerSlots<ZULTavIntervalInteger, IntervalDispatch>>;
 
 ZULStreamableClass rZULTavIntervalInteger_Descriptor =
     ZULTavIntervalInteger::MakeDescriptorRecord();
@@ -433,196 +437,35 @@ int ZULTavIntervalInteger::CalcSecondInversePowerValue(const Interval& a, Interv
       mSet, a.mSet, b.mSet);
 }
 
-// Slots and overloads for a mix of classes: the typed operations through their dispatch ----------
+// Overloads for a mix of classes ----------------------------------------------------------------
 
-int ZULTavIntervalInteger::CalcEqualValue(const ZULTaVoAny& y) {
-  return CallForward(*this, &Interval::CalcEqualValue, y);
-}
+using Mixed = IntervalDispatch<Interval>;
 
-int ZULTavIntervalInteger::CalcInverseEqualValue(ZULTaVoAny& y) const {
-  return CallInverse(*this, &Interval::CalcInverseEqualValue, y);
-}
-
-int ZULTavIntervalInteger::CalcInverseEqualValue(Single& y) const {
-  return CallInverse(*this, &Interval::CalcInverseEqualValue, y);
-}
-
-int ZULTavIntervalInteger::CalcLessOrEqualValue(const ZULTaVoAny& y) {
-  return CallForward(*this, &Interval::CalcLessOrEqualValue, y);
-}
-
-int ZULTavIntervalInteger::CalcInverseLessOrEqualValue(ZULTaVoAny& y) const {
-  return CallInverse(*this, &Interval::CalcInverseLessOrEqualValue, y);
-}
-
-int ZULTavIntervalInteger::CalcInverseLessOrEqualValue(Single& y) const {
-  return CallInverse(*this, &Interval::CalcInverseLessOrEqualValue, y);
-}
-
-int ZULTavIntervalInteger::CalcLessValue(const ZULTaVoScalar& y) {
-  return CallForward(*this, &Interval::CalcLessValue, y);
-}
-
-int ZULTavIntervalInteger::CalcInverseLessValue(ZULTaVoScalar& y) const {
-  return CallInverse(*this, &Interval::CalcInverseLessValue, y);
-}
-
-int ZULTavIntervalInteger::CalcInverseLessValue(Single& y) const {
-  return CallInverse(*this, &Interval::CalcInverseLessValue, y);
-}
-
-int ZULTavIntervalInteger::CalcNotLessValue(const ZULTaVoScalar& y) {
-  return CallForward(*this, &Interval::CalcNotLessValue, y);
-}
-
-int ZULTavIntervalInteger::CalcInverseNotLessValue(ZULTaVoScalar& y) const {
-  return CallInverse(*this, &Interval::CalcInverseNotLessValue, y);
-}
-
-int ZULTavIntervalInteger::CalcInverseNotLessValue(Single& y) const {
-  return CallInverse(*this, &Interval::CalcInverseNotLessValue, y);
-}
-
-int ZULTavIntervalInteger::CalcNotLessAndUnequalValue(const ZULTaVoAny& y) {
-  return CallForward(*this, &Interval::CalcNotLessAndUnequalValue, y);
-}
-
-int ZULTavIntervalInteger::CalcInverseNotLessAndUnequalValue(ZULTaVoAny& y) const {
-  return CallInverse(*this, &Interval::CalcInverseNotLessAndUnequalValue, y);
-}
-
-int ZULTavIntervalInteger::CalcInverseNotLessAndUnequalValue(Single& y) const {
-  return CallInverse(*this, &Interval::CalcInverseNotLessAndUnequalValue, y);
-}
-
-int ZULTavIntervalInteger::CalcNextValue(const ZULTaVoScalar& y) {
-  return CallForward(*this, &Interval::CalcNextValue, y);
-}
-
-int ZULTavIntervalInteger::CalcInverseNextValue(ZULTaVoScalar& y) const {
-  return CallInverse(*this, &Interval::CalcInverseNextValue, y);
-}
-
-int ZULTavIntervalInteger::CalcInverseNextValue(Single& y) const {
-  return CallInverse(*this, &Interval::CalcInverseNextValue, y);
-}
-
-int ZULTavIntervalInteger::CalcAbsoluteValue(const ZULTaVoNumber& y) {
-  return CallForward(*this, &Interval::CalcAbsoluteValue, y);
-}
-
-int ZULTavIntervalInteger::CalcInverseAbsoluteValue(ZULTaVoNumber& y) const {
-  return CallInverse(*this, &Interval::CalcInverseAbsoluteValue, y);
-}
-
-int ZULTavIntervalInteger::CalcInverseAbsoluteValue(Single& y) const {
-  return CallInverse(*this, &Interval::CalcInverseAbsoluteValue, y);
-}
-
-int ZULTavIntervalInteger::CalcNegativeValue(const ZULTaVoNumber& y) {
-  return CallForward(*this, &Interval::CalcNegativeValue, y);
-}
-
-int ZULTavIntervalInteger::CalcInverseNegativeValue(ZULTaVoNumber& y) const {
-  return CallInverse(*this, &Interval::CalcInverseNegativeValue, y);
-}
-
-int ZULTavIntervalInteger::CalcInverseNegativeValue(Single& y) const {
-  return CallInverse(*this, &Interval::CalcInverseNegativeValue, y);
-}
-
-int ZULTavIntervalInteger::CalcMinValue(const ZULTaVoScalar& a, const ZULTaVoScalar& b) {
-  return CallForward(*this, &Interval::CalcMinValue, a, b);
-}
-
-int ZULTavIntervalInteger::CalcFirstInverseMinValue(ZULTaVoScalar& a,
-                                                    const ZULTaVoScalar& b) const {
-  return CallInverse(*this, &Interval::CalcFirstInverseMinValue, a, b);
-}
-
-int ZULTavIntervalInteger::CalcFirstInverseMinValue(Single& a, const Interval& b) const {
-  return CallInverse(*this, &Interval::CalcFirstInverseMinValue, a, b);
-}
-
-int ZULTavIntervalInteger::CalcMaxValue(const ZULTaVoScalar& a, const ZULTaVoScalar& b) {
-  return CallForward(*this, &Interval::CalcMaxValue, a, b);
-}
-
-int ZULTavIntervalInteger::CalcFirstInverseMaxValue(ZULTaVoScalar& a,
-                                                    const ZULTaVoScalar& b) const {
-  return CallInverse(*this, &Interval::CalcFirstInverseMaxValue, a, b);
-}
-
-int ZULTavIntervalInteger::CalcFirstInverseMaxValue(Single& a, const Interval& b) const {
-  return CallInverse(*this, &Interval::CalcFirstInverseMaxValue, a, b);
-}
-
-int ZULTavIntervalInteger::CalcSumValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) {
-  return CallForward(*this, &Interval::CalcSumValue, a, b);
-}
-
-int ZULTavIntervalInteger::CalcFirstInverseSumValue(ZULTaVoNumber& a,
-                                                    const ZULTaVoNumber& b) const {
-  return CallInverse(*this, &Interval::CalcFirstInverseSumValue, a, b);
-}
-
-int ZULTavIntervalInteger::CalcFirstInverseSumValue(Single& a, const Interval& b) const {
-  return CallInverse(*this, &Interval::CalcFirstInverseSumValue, a, b);
-}
-
-int ZULTavIntervalInteger::CalcProdValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) {
-  return CallForward(*this, &Interval::CalcProdValue, a, b);
-}
-
-int ZULTavIntervalInteger::CalcFirstInverseProdValue(ZULTaVoNumber& a,
-                                                     const ZULTaVoNumber& b) const {
-  return CallInverse(*this, &Interval::CalcFirstInverseProdValue, a, b);
-}
-
-int ZULTavIntervalInteger::CalcFirstInverseProdValue(Single& a, const Interval& b) const {
-  return CallInverse(*this, &Interval::CalcFirstInverseProdValue, a, b);
-}
-
-int ZULTavIntervalInteger::CalcModValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) {
-  return CallForward(*this, &Interval::CalcModValue, a, b);
-}
-
-int ZULTavIntervalInteger::CalcFirstInverseModValue(ZULTaVoNumber& a,
-                                                    const ZULTaVoNumber& b) const {
-  return CallInverse(*this, &Interval::CalcFirstInverseModValue, a, b);
-}
-
-int ZULTavIntervalInteger::CalcFirstInverseModValue(Single& a, const Interval& b) const {
-  return CallInverse(*this, &Interval::CalcFirstInverseModValue, a, b);
-}
-
-int ZULTavIntervalInteger::CalcSecondInverseModValue(const ZULTaVoNumber& a,
-                                                     ZULTaVoNumber& b) const {
-  return CallSecondInverse(*this, &Interval::CalcSecondInverseModValue, a, b);
-}
-
-int ZULTavIntervalInteger::CalcSecondInverseModValue(const Interval& a, Single& b) const {
-  return CallSecondInverse(*this, &Interval::CalcSecondInverseModValue, a, b);
-}
-
-int ZULTavIntervalInteger::CalcPowerValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) {
-  return CallForward(*this, &Interval::CalcPowerValue, a, b);
-}
+#define MIXED(T, SHAPE, NAME, ABSTRACT) MIXED_##SHAPE(T, NAME)
+#define MIXED_Unary(T, NAME)                                       \
+  int T::CalcInverse##NAME##Value(Single& y) const {               \
+    return Mixed::Inverse(*this, &T::CalcInverse##NAME##Value, y); \
+  }
+#define MIXED_Symmetric(T, NAME)                                             \
+  int T::CalcFirstInverse##NAME##Value(Single& a, const Interval& b) const { \
+    return Mixed::Inverse(*this, &T::CalcFirstInverse##NAME##Value, a, b);   \
+  }
+#define MIXED_Binary(T, NAME)                                                     \
+  int T::CalcSecondInverse##NAME##Value(const Interval& a, Single& b) const {     \
+    return Mixed::SecondInverse(*this, &T::CalcSecondInverse##NAME##Value, a, b); \
+  }                                                                               \
+  MIXED_Symmetric(T, NAME)
+ZULTAV_SCALAR_OPERATIONS(MIXED, ZULTavIntervalInteger)
+ZULTAV_ARITHMETIC_OPERATIONS(MIXED, ZULTavIntervalInteger)
+#undef MIXED
+#undef MIXED_Unary
+#undef MIXED_Symmetric
+#undef MIXED_Binary
 
 int ZULTavIntervalInteger::CalcPowerValue(const Single& a, const Interval& b) {
-  return CallForward(*this, &Interval::CalcPowerValue, a, b);
-}
-
-int ZULTavIntervalInteger::CalcFirstInversePowerValue(ZULTaVoNumber& a,
-                                                      const ZULTaVoNumber& b) const {
-  return CallInverse(*this, &Interval::CalcFirstInversePowerValue, a, b);
+  return Mixed::Forward(*this, &Interval::CalcPowerValue, a, b);
 }
 
 int ZULTavIntervalInteger::CalcFirstInversePowerValue(Interval& a, const Single& b) const {
-  return CallInverse(*this, &Interval::CalcFirstInversePowerValue, a, b);
-}
-
-int ZULTavIntervalInteger::CalcSecondInversePowerValue(const ZULTaVoNumber& a,
-                                                       ZULTaVoNumber& b) const {
-  return CallSecondInverse(*this, &Interval::CalcSecondInversePowerValue, a, b);
+  return Mixed::Inverse(*this, &Interval::CalcFirstInversePowerValue, a, b);
 }

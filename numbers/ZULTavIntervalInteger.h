@@ -3,8 +3,8 @@
 
 #include "framework/intervals/SubdefInt.h"
 #include "framework/solver/ZULTaVoFrame.h"
-#include "framework/solver/ZULTaVoInteger.h"
 #include "numbers/Export.h"
+#include "numbers/detail/Slots.h"
 
 class ZULTavSingleInteger;
 
@@ -20,7 +20,9 @@ class ZULTavSingleInteger;
 /// receiver (a Nil target of an inverse) is never narrowed further, 0; any other Nil operand makes
 /// it Nil, 1.
 class ZULTAV_NUMBERS_API ZULTavIntervalInteger final
-    : public ZULTaVoFrame<ZULTavIntervalInteger, ZULTaVoInteger> {
+    : public ZULTaVoFrame<
+          ZULTavIntervalInteger,
+          zultav::detail::IntegerSlots<ZULTavIntervalInteger, zultav::detail::IntervalDispatch>> {
  public:
   static constexpr char kClassName[] = "ZULTavIntervalInteger";
   static constexpr char kTypeName[] = "interval int";
@@ -98,45 +100,36 @@ class ZULTAV_NUMBERS_API ZULTavIntervalInteger final
 
   // Constants and relations ------------------------------------------------------------------
 
+  ZULTAV_INTEGER_OPERATIONS(ZULTAV_USE, ZULTaVoFrame)
   int CalcMinValue() override;
   int CalcMaxValue() override;
   int CalcZeroValue() override;
   int CalcOneValue() override;
 
-  int CalcEqualValue(const ZULTaVoAny& y) override;
   int CalcEqualValue(const ZULTavIntervalInteger& y) { return Intersect(y); }
-  int CalcInverseEqualValue(ZULTaVoAny& y) const override;
   int CalcInverseEqualValue(ZULTavIntervalInteger& y) const { return y.Intersect(*this); }
   int CalcInverseEqualValue(ZULTavSingleInteger& y) const;
 
   /// Relations move one bound and leave the other where it is.
-  int CalcLessOrEqualValue(const ZULTaVoAny& y) override;
   int CalcLessOrEqualValue(const ZULTavIntervalInteger& y);
-  int CalcInverseLessOrEqualValue(ZULTaVoAny& y) const override;
   int CalcInverseLessOrEqualValue(ZULTavIntervalInteger& y) const;
   int CalcInverseLessOrEqualValue(ZULTavSingleInteger& y) const;
 
-  int CalcLessValue(const ZULTaVoScalar& y) override;
   int CalcLessValue(const ZULTavIntervalInteger& y);
-  int CalcInverseLessValue(ZULTaVoScalar& y) const override;
   int CalcInverseLessValue(ZULTavIntervalInteger& y) const;
   int CalcInverseLessValue(ZULTavSingleInteger& y) const;
 
-  int CalcNotLessValue(const ZULTaVoScalar& y) override;
   int CalcNotLessValue(const ZULTavIntervalInteger& y) {
     return y.CalcInverseLessOrEqualValue(*this);
   }
-  int CalcInverseNotLessValue(ZULTaVoScalar& y) const override;
   int CalcInverseNotLessValue(ZULTavIntervalInteger& y) const {
     return y.CalcLessOrEqualValue(*this);
   }
   int CalcInverseNotLessValue(ZULTavSingleInteger& y) const;
 
-  int CalcNotLessAndUnequalValue(const ZULTaVoAny& y) override;
   int CalcNotLessAndUnequalValue(const ZULTavIntervalInteger& y) {
     return y.CalcInverseLessValue(*this);
   }
-  int CalcInverseNotLessAndUnequalValue(ZULTaVoAny& y) const override;
   int CalcInverseNotLessAndUnequalValue(ZULTavIntervalInteger& y) const {
     return y.CalcLessValue(*this);
   }
@@ -145,21 +138,15 @@ class ZULTAV_NUMBERS_API ZULTavIntervalInteger final
   // Unary operations -------------------------------------------------------------------------
 
   /// x = y + 1; there is none for a y of M.
-  int CalcNextValue(const ZULTaVoScalar& y) override;
   int CalcNextValue(const ZULTavIntervalInteger& y);
-  int CalcInverseNextValue(ZULTaVoScalar& y) const override;
   int CalcInverseNextValue(ZULTavIntervalInteger& y) const;
   int CalcInverseNextValue(ZULTavSingleInteger& y) const;
 
-  int CalcAbsoluteValue(const ZULTaVoNumber& y) override;
   int CalcAbsoluteValue(const ZULTavIntervalInteger& y);
-  int CalcInverseAbsoluteValue(ZULTaVoNumber& y) const override;
   int CalcInverseAbsoluteValue(ZULTavIntervalInteger& y) const;
   int CalcInverseAbsoluteValue(ZULTavSingleInteger& y) const;
 
-  int CalcNegativeValue(const ZULTaVoNumber& y) override;
   int CalcNegativeValue(const ZULTavIntervalInteger& y);
-  int CalcInverseNegativeValue(ZULTaVoNumber& y) const override;
   int CalcInverseNegativeValue(ZULTavIntervalInteger& y) const;
   int CalcInverseNegativeValue(ZULTavSingleInteger& y) const;
 
@@ -168,58 +155,46 @@ class ZULTAV_NUMBERS_API ZULTavIntervalInteger final
 
   // Binary operations ------------------------------------------------------------------------
 
-  using ZULTaVoFrame::CalcMaxValue;
-  using ZULTaVoFrame::CalcMinValue;
-  int CalcMinValue(const ZULTaVoScalar& a, const ZULTaVoScalar& b) override;
   int CalcMinValue(const ZULTavIntervalInteger& a, const ZULTavIntervalInteger& b);
-  int CalcFirstInverseMinValue(ZULTaVoScalar& a, const ZULTaVoScalar& b) const override;
   int CalcFirstInverseMinValue(ZULTavIntervalInteger& a, const ZULTavIntervalInteger& b) const;
   int CalcFirstInverseMinValue(ZULTavSingleInteger& a, const ZULTavIntervalInteger& b) const;
 
-  int CalcMaxValue(const ZULTaVoScalar& a, const ZULTaVoScalar& b) override;
   int CalcMaxValue(const ZULTavIntervalInteger& a, const ZULTavIntervalInteger& b);
-  int CalcFirstInverseMaxValue(ZULTaVoScalar& a, const ZULTaVoScalar& b) const override;
   int CalcFirstInverseMaxValue(ZULTavIntervalInteger& a, const ZULTavIntervalInteger& b) const;
   int CalcFirstInverseMaxValue(ZULTavSingleInteger& a, const ZULTavIntervalInteger& b) const;
 
-  int CalcSumValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) override;
   int CalcSumValue(const ZULTavIntervalInteger& a, const ZULTavIntervalInteger& b);
-  int CalcFirstInverseSumValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const override;
   int CalcFirstInverseSumValue(ZULTavIntervalInteger& a, const ZULTavIntervalInteger& b) const;
   int CalcFirstInverseSumValue(ZULTavSingleInteger& a, const ZULTavIntervalInteger& b) const;
 
-  int CalcProdValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) override;
   int CalcProdValue(const ZULTavIntervalInteger& a, const ZULTavIntervalInteger& b);
-  int CalcFirstInverseProdValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const override;
   int CalcFirstInverseProdValue(ZULTavIntervalInteger& a, const ZULTavIntervalInteger& b) const;
   int CalcFirstInverseProdValue(ZULTavSingleInteger& a, const ZULTavIntervalInteger& b) const;
 
   /// The remainder has the sign of `a`; see CalcAllModValue for its enclosure, which stops early
   /// and may lose remainders near zero when `b` is no single value.
-  int CalcModValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) override;
   int CalcModValue(const ZULTavIntervalInteger& a, const ZULTavIntervalInteger& b);
   /// From a = q*b + r over the hull of the quotients q; hence no tight enclosures.
-  int CalcFirstInverseModValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const override;
   int CalcFirstInverseModValue(ZULTavIntervalInteger& a, const ZULTavIntervalInteger& b) const;
   int CalcFirstInverseModValue(ZULTavSingleInteger& a, const ZULTavIntervalInteger& b) const;
-  int CalcSecondInverseModValue(const ZULTaVoNumber& a, ZULTaVoNumber& b) const override;
   int CalcSecondInverseModValue(const ZULTavIntervalInteger& a, ZULTavIntervalInteger& b) const;
   int CalcSecondInverseModValue(const ZULTavIntervalInteger& a, ZULTavSingleInteger& b) const;
 
   /// 0^0 is 1; a negative exponent counts only where the power is an integer.
-  int CalcPowerValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) override;
   int CalcPowerValue(const ZULTavIntervalInteger& a, const ZULTavIntervalInteger& b);
   int CalcPowerValue(const ZULTavSingleInteger& a, const ZULTavIntervalInteger& b);
-  int CalcFirstInversePowerValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const override;
   int CalcFirstInversePowerValue(ZULTavIntervalInteger& a, const ZULTavIntervalInteger& b) const;
   int CalcFirstInversePowerValue(ZULTavIntervalInteger& a, const ZULTavSingleInteger& b) const;
-  int CalcSecondInversePowerValue(const ZULTaVoNumber& a, ZULTaVoNumber& b) const override;
   int CalcSecondInversePowerValue(const ZULTavIntervalInteger& a, ZULTavIntervalInteger& b) const;
 
  private:
   SubdefInt mSet;
 };
 
-extern template class ZULTaVoFrame<ZULTavIntervalInteger, ZULTaVoInteger>;
+extern template class zultav::detail::IntegerSlots<ZULTavIntervalInteger,
+                                                   zultav::detail::IntervalDispatch>;
+extern template class ZULTaVoFrame<
+    ZULTavIntervalInteger,
+    zultav::detail::IntegerSlots<ZULTavIntervalInteger, zultav::detail::IntervalDispatch>>;
 
 #endif

@@ -10,10 +10,12 @@
 #include "numbers/ZULTavSingleReal.h"
 #include "numbers/detail/IntervalDispatch.h"
 #include "numbers/detail/Narrowing.h"
+#include "numbers/detail/SlotBodies.h"
 
 using namespace zultav::detail;
 
-template class ZULTaVoFrame<ZULTavIntervalReal, ZULTaVoReal>;
+template class zultav::detail::RealSlots<ZULTavIntervalReal, zultav::detail::IntervalDispatch>;
+template class ZULTaVoFrame<ZULTavIntervalReal, RealSlots<ZULTavIntervalReal, IntervalDispatch>>;
 
 ZULStreamableClass rZULTavIntervalReal_Descriptor = ZULTavIntervalReal::MakeDescriptorRecord();
 ZULStreamableClass rZULTavIntervalReal = ZULTavIntervalReal::MakeRecord();
@@ -439,79 +441,4 @@ int ZULTavIntervalReal::CalcProdValue(const ZULTavIntervalReal& a, const ZULTavI
 int ZULTavIntervalReal::CalcFirstInverseProdValue(ZULTavIntervalReal& a,
                                                   const ZULTavIntervalReal& b) const {
   return Narrow(a.mSet, &SubdefReal::DivIntByInt, mSet, b.mSet);
-}
-
-// Slots -------------------------------------------------------------------------------------
-
-int ZULTavIntervalReal::CalcEqualValue(const ZULTaVoAny& y) {
-  return CallForward(*this, &ZULTavIntervalReal::CalcEqualValue, y);
-}
-int ZULTavIntervalReal::CalcInverseEqualValue(ZULTaVoAny& y) const {
-  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseEqualValue, y);
-}
-int ZULTavIntervalReal::CalcLessOrEqualValue(const ZULTaVoAny& y) {
-  return CallForward(*this, &ZULTavIntervalReal::CalcLessOrEqualValue, y);
-}
-int ZULTavIntervalReal::CalcInverseLessOrEqualValue(ZULTaVoAny& y) const {
-  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseLessOrEqualValue, y);
-}
-int ZULTavIntervalReal::CalcNotLessAndUnequalValue(const ZULTaVoAny& y) {
-  return CallForward(*this, &ZULTavIntervalReal::CalcNotLessAndUnequalValue, y);
-}
-int ZULTavIntervalReal::CalcInverseNotLessAndUnequalValue(ZULTaVoAny& y) const {
-  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseNotLessAndUnequalValue, y);
-}
-int ZULTavIntervalReal::CalcLessValue(const ZULTaVoScalar& y) {
-  return CallForward(*this, &ZULTavIntervalReal::CalcLessValue, y);
-}
-int ZULTavIntervalReal::CalcInverseLessValue(ZULTaVoScalar& y) const {
-  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseLessValue, y);
-}
-int ZULTavIntervalReal::CalcNotLessValue(const ZULTaVoScalar& y) {
-  return CallForward(*this, &ZULTavIntervalReal::CalcNotLessValue, y);
-}
-int ZULTavIntervalReal::CalcInverseNotLessValue(ZULTaVoScalar& y) const {
-  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseNotLessValue, y);
-}
-int ZULTavIntervalReal::CalcMinValue(const ZULTaVoScalar& a, const ZULTaVoScalar& b) {
-  return CallForward(*this, &ZULTavIntervalReal::CalcMinValue, a, b);
-}
-int ZULTavIntervalReal::CalcFirstInverseMinValue(ZULTaVoScalar& a, const ZULTaVoScalar& b) const {
-  return CallInverse(*this, &ZULTavIntervalReal::CalcFirstInverseMinValue, a, b);
-}
-int ZULTavIntervalReal::CalcMaxValue(const ZULTaVoScalar& a, const ZULTaVoScalar& b) {
-  return CallForward(*this, &ZULTavIntervalReal::CalcMaxValue, a, b);
-}
-int ZULTavIntervalReal::CalcFirstInverseMaxValue(ZULTaVoScalar& a, const ZULTaVoScalar& b) const {
-  return CallInverse(*this, &ZULTavIntervalReal::CalcFirstInverseMaxValue, a, b);
-}
-int ZULTavIntervalReal::CalcNextValue(const ZULTaVoScalar& y) {
-  return CallForward(*this, &ZULTavIntervalReal::CalcNextValue, y);
-}
-int ZULTavIntervalReal::CalcInverseNextValue(ZULTaVoScalar& y) const {
-  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseNextValue, y);
-}
-int ZULTavIntervalReal::CalcAbsoluteValue(const ZULTaVoNumber& y) {
-  return CallForward(*this, &ZULTavIntervalReal::CalcAbsoluteValue, y);
-}
-int ZULTavIntervalReal::CalcInverseAbsoluteValue(ZULTaVoNumber& y) const {
-  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseAbsoluteValue, y);
-}
-int ZULTavIntervalReal::CalcNegativeValue(const ZULTaVoNumber& y) {
-  return CallForward(*this, &ZULTavIntervalReal::CalcNegativeValue, y);
-}
-int ZULTavIntervalReal::CalcInverseNegativeValue(ZULTaVoNumber& y) const {
-  return CallInverse(*this, &ZULTavIntervalReal::CalcInverseNegativeValue, y);
-}
-int ZULTavIntervalReal::CalcSumValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) {
-  return CallForward(*this, &ZULTavIntervalReal::CalcSumValue, a, b);
-}
-int ZULTavIntervalReal::CalcFirstInverseSumValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const {
-  return CallInverse(*this, &ZULTavIntervalReal::CalcFirstInverseSumValue, a, b);
-}
-int ZULTavIntervalReal::CalcProdValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) {
-  return CallForward(*this, &ZULTavIntervalReal::CalcProdValue, a, b);
-}
-int ZULTavIntervalReal::CalcFirstInverseProdValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const {
-  return CallInverse(*this, &ZULTavIntervalReal::CalcFirstInverseProdValue, a, b);
 }

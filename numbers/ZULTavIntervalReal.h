@@ -3,8 +3,8 @@
 
 #include "framework/intervals/ZULTavIntervals.h"
 #include "framework/solver/ZULTaVoFrame.h"
-#include "framework/solver/ZULTaVoReal.h"
 #include "numbers/Export.h"
+#include "numbers/detail/Slots.h"
 
 class ZULTavIntervalInteger;
 class ZULTavSingleInteger;
@@ -19,7 +19,10 @@ class ZULTavSingleReal;
 /// Operands: a generic overload takes any real or integer domain by its bounds, and answers 0 for
 /// other types. What is narrowed in a domain of another class is written back into it
 /// (IntersectInverse). A Nil target stays as it is (0), a Nil operand makes the target Nil (1).
-class ZULTAV_NUMBERS_API ZULTavIntervalReal : public ZULTaVoFrame<ZULTavIntervalReal, ZULTaVoReal> {
+class ZULTAV_NUMBERS_API ZULTavIntervalReal
+    : public ZULTaVoFrame<
+          ZULTavIntervalReal,
+          zultav::detail::RealSlots<ZULTavIntervalReal, zultav::detail::IntervalDispatch>> {
  public:
   static constexpr char kClassName[] = "ZULTavIntervalReal";
   static constexpr char kTypeName[] = "interval real";
@@ -91,6 +94,7 @@ class ZULTAV_NUMBERS_API ZULTavIntervalReal : public ZULTaVoFrame<ZULTavInterval
   double GetPrevExactValue(double) const override { return mSet.upper; }
 
   // Relations.
+  ZULTAV_REAL_OPERATIONS(ZULTAV_USE, ZULTaVoFrame)
   int CalcMinValue() override;
   int CalcMaxValue() override;
   int CalcZeroValue() override;
@@ -98,70 +102,43 @@ class ZULTAV_NUMBERS_API ZULTavIntervalReal : public ZULTaVoFrame<ZULTavInterval
   /// Pi and E are known to 1e-10 either way.
   int CalcPiValue() override;
   int CalcEValue() override;
-  int CalcEqualValue(const ZULTaVoAny& y) override;
   int CalcEqualValue(const ZULTavIntervalReal& y);
-  int CalcInverseEqualValue(ZULTaVoAny& y) const override;
   int CalcInverseEqualValue(ZULTavIntervalReal& y) const;
   /// Narrows only by more than GetCompPrecision(), exactly onto the other bound; may leave the
   /// bounds crossed, which is Nil.
-  int CalcLessOrEqualValue(const ZULTaVoAny& y) override;
   int CalcLessOrEqualValue(const ZULTavIntervalReal& y);
-  int CalcInverseLessOrEqualValue(ZULTaVoAny& y) const override;
   int CalcInverseLessOrEqualValue(ZULTavIntervalReal& y) const;
-  int CalcNotLessAndUnequalValue(const ZULTaVoAny& y) override;
   int CalcNotLessAndUnequalValue(const ZULTavIntervalReal& y);
-  int CalcInverseNotLessAndUnequalValue(ZULTaVoAny& y) const override;
   int CalcInverseNotLessAndUnequalValue(ZULTavIntervalReal& y) const;
   /// Nil where the sets overlap by no more than the relative tolerance GetRelEps allows; else the
   /// bound moves p/10 beyond the other one.
-  int CalcLessValue(const ZULTaVoScalar& y) override;
   int CalcLessValue(const ZULTavIntervalReal& y);
-  int CalcInverseLessValue(ZULTaVoScalar& y) const override;
   int CalcInverseLessValue(ZULTavIntervalReal& y) const;
-  int CalcNotLessValue(const ZULTaVoScalar& y) override;
   int CalcNotLessValue(const ZULTavIntervalReal& y);
-  int CalcInverseNotLessValue(ZULTaVoScalar& y) const override;
   int CalcInverseNotLessValue(ZULTavIntervalReal& y) const;
 
   // Order, sign, arithmetic.
-  int CalcMinValue(const ZULTaVoScalar& a, const ZULTaVoScalar& b) override;
   int CalcMinValue(const ZULTavIntervalReal& a, const ZULTavIntervalReal& b);
-  int CalcFirstInverseMinValue(ZULTaVoScalar& a, const ZULTaVoScalar& b) const override;
   int CalcFirstInverseMinValue(ZULTavIntervalReal& a, const ZULTavIntervalReal& b) const;
-  int CalcMaxValue(const ZULTaVoScalar& a, const ZULTaVoScalar& b) override;
   int CalcMaxValue(const ZULTavIntervalReal& a, const ZULTavIntervalReal& b);
-  int CalcFirstInverseMaxValue(ZULTaVoScalar& a, const ZULTaVoScalar& b) const override;
   int CalcFirstInverseMaxValue(ZULTavIntervalReal& a, const ZULTavIntervalReal& b) const;
   /// The successor of v is v + p.
-  int CalcNextValue(const ZULTaVoScalar& y) override;
   int CalcNextValue(const ZULTavIntervalReal& y);
-  int CalcInverseNextValue(ZULTaVoScalar& y) const override;
   int CalcInverseNextValue(ZULTavIntervalReal& y) const;
-  int CalcAbsoluteValue(const ZULTaVoNumber& y) override;
   int CalcAbsoluteValue(const ZULTavIntervalReal& y);
-  int CalcInverseAbsoluteValue(ZULTaVoNumber& y) const override;
   int CalcInverseAbsoluteValue(ZULTavIntervalReal& y) const;
-  int CalcNegativeValue(const ZULTaVoNumber& y) override;
   int CalcNegativeValue(const ZULTavIntervalReal& y);
-  int CalcInverseNegativeValue(ZULTaVoNumber& y) const override;
   int CalcInverseNegativeValue(ZULTavIntervalReal& y) const;
   int CalcSignumValue(ZULTaVoInteger& sign) const override;
   int CalcInverseSignumValue(const ZULTaVoInteger& sign) override;
-  int CalcSumValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) override;
   int CalcSumValue(const ZULTavIntervalReal& a, const ZULTavIntervalReal& b);
-  int CalcFirstInverseSumValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const override;
   int CalcFirstInverseSumValue(ZULTavIntervalReal& a, const ZULTavIntervalReal& b) const;
-  int CalcProdValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) override;
   int CalcProdValue(const ZULTavIntervalReal& a, const ZULTavIntervalReal& b);
-  int CalcFirstInverseProdValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const override;
   int CalcFirstInverseProdValue(ZULTavIntervalReal& a, const ZULTavIntervalReal& b) const;
 
   /// Truncated remainder. A divisor that reaches both sides of zero only bounds the result.
-  int CalcModValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) override;
   int CalcModValue(const ZULTavIntervalReal& a, const ZULTavIntervalReal& b);
-  int CalcFirstInverseModValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const override;
   int CalcFirstInverseModValue(ZULTavIntervalReal& a, const ZULTavIntervalReal& b) const;
-  int CalcSecondInverseModValue(const ZULTaVoNumber& a, ZULTaVoNumber& b) const override;
   int CalcSecondInverseModValue(const ZULTavIntervalReal& a, ZULTavIntervalReal& b) const;
 
   /// An exponent of an integer class means its integers alone; a real one means all reals in it
@@ -182,44 +159,32 @@ class ZULTAV_NUMBERS_API ZULTavIntervalReal : public ZULTaVoFrame<ZULTavInterval
   int CalcSecondInversePowerValue(const ZULTavIntervalReal& a, ZULTavIntervalReal& b) const;
 
   // Elementary functions. Angles in radians.
-  int CalcExpValue(const ZULTaVoReal& x) override;
   int CalcExpValue(const ZULTavIntervalReal& x);
-  int CalcInverseExpValue(ZULTaVoReal& x) const override;
   int CalcInverseExpValue(ZULTavIntervalReal& x) const;
-  int CalcSqrtValue(const ZULTaVoReal& x) override;
   int CalcSqrtValue(const ZULTavIntervalReal& x);
-  int CalcInverseSqrtValue(ZULTaVoReal& x) const override;
   int CalcInverseSqrtValue(ZULTavIntervalReal& x) const;
-  int CalcSinValue(const ZULTaVoReal& x) override;
   int CalcSinValue(const ZULTavIntervalReal& x);
-  int CalcInverseSinValue(ZULTaVoReal& x) const override;
   int CalcInverseSinValue(ZULTavIntervalReal& x) const;
-  int CalcCosValue(const ZULTaVoReal& x) override;
   int CalcCosValue(const ZULTavIntervalReal& x);
-  int CalcInverseCosValue(ZULTaVoReal& x) const override;
   int CalcInverseCosValue(ZULTavIntervalReal& x) const;
-  int CalcTanValue(const ZULTaVoReal& x) override;
   int CalcTanValue(const ZULTavIntervalReal& x);
-  int CalcInverseTanValue(ZULTaVoReal& x) const override;
   int CalcInverseTanValue(ZULTavIntervalReal& x) const;
   /// Whole numbers. The inverses are closed: that of floor holds the next whole number itself.
-  int CalcFloorValue(const ZULTaVoReal& x) override;
   int CalcFloorValue(const ZULTavIntervalReal& x);
-  int CalcInverseFloorValue(ZULTaVoReal& x) const override;
   int CalcInverseFloorValue(ZULTavIntervalReal& x) const;
-  int CalcCeilValue(const ZULTaVoReal& x) override;
   int CalcCeilValue(const ZULTavIntervalReal& x);
-  int CalcInverseCeilValue(ZULTaVoReal& x) const override;
   int CalcInverseCeilValue(ZULTavIntervalReal& x) const;
-  int CalcRoundValue(const ZULTaVoReal& x) override;
   int CalcRoundValue(const ZULTavIntervalReal& x);
-  int CalcInverseRoundValue(ZULTaVoReal& x) const override;
   int CalcInverseRoundValue(ZULTavIntervalReal& x) const;
 
  private:
   SubdefReal mSet;
 };
 
-extern template class ZULTaVoFrame<ZULTavIntervalReal, ZULTaVoReal>;
+extern template class zultav::detail::RealSlots<ZULTavIntervalReal,
+                                                zultav::detail::IntervalDispatch>;
+extern template class ZULTaVoFrame<
+    ZULTavIntervalReal,
+    zultav::detail::RealSlots<ZULTavIntervalReal, zultav::detail::IntervalDispatch>>;
 
 #endif

@@ -5,10 +5,12 @@
 #include "framework/intervals/IntervalControl.h"
 #include "framework/solver/ZULTaVoNumber.h"
 #include "numbers/detail/SingleDispatch.h"
+#include "numbers/detail/SlotBodies.h"
 
 using namespace zultav::detail;
 
-template class ZULTaVoFrame<ZULTavSingleBoolean, ZULTaVoBoolean>;
+template class zultav::detail::BooleanSlots<ZULTavSingleBoolean, zultav::detail::SingleDispatch>;
+template class ZULTaVoFrame<ZULTavSingleBoolean, BooleanSlots<ZULTavSingleBoolean, SingleDispatch>>;
 
 ZULStreamableClass rZULTavSingleBoolean_Descriptor = ZULTavSingleBoolean::MakeDescriptorRecord();
 ZULStreamableClass rZULTavSingleBoolean = ZULTavSingleBoolean::MakeRecord();
@@ -16,7 +18,6 @@ ZULStreamableClass rZULTavSingleBoolean = ZULTavSingleBoolean::MakeRecord();
 namespace {
 
 using SB = ZULTavSingleBoolean;
-using Dispatch = SingleDispatch<SB>;
 
 /// What a relation leaves of one side, given the code of the other: False, True, Any, Nil.
 using Partner = std::array<SubdefBool, 4>;
@@ -173,61 +174,4 @@ int ZULTavSingleBoolean::CalcFirstInverseMaxValue(SB& a, const SB& b) const {
 int ZULTavSingleBoolean::CalcNegativeValue(const SB& y) { return Narrow(Not(y.mSet)); }
 int ZULTavSingleBoolean::CalcInverseNegativeValue(SB& y) const {
   return y.CalcNegativeValue(*this);
-}
-
-// Slots ----------------------------------------------------------------------------------------
-
-int ZULTavSingleBoolean::CalcEqualValue(const ZULTaVoAny& y) {
-  return Dispatch::Forward(*this, &SB::CalcEqualValue, y);
-}
-int ZULTavSingleBoolean::CalcInverseEqualValue(ZULTaVoAny& y) const {
-  return Dispatch::Inverse(*this, &SB::CalcInverseEqualValue, y);
-}
-int ZULTavSingleBoolean::CalcLessOrEqualValue(const ZULTaVoAny& y) {
-  return Dispatch::Forward(*this, &SB::CalcLessOrEqualValue, y);
-}
-int ZULTavSingleBoolean::CalcInverseLessOrEqualValue(ZULTaVoAny& y) const {
-  return Dispatch::Inverse(*this, &SB::CalcInverseLessOrEqualValue, y);
-}
-int ZULTavSingleBoolean::CalcNotLessAndUnequalValue(const ZULTaVoAny& y) {
-  return Dispatch::Forward(*this, &SB::CalcNotLessAndUnequalValue, y);
-}
-int ZULTavSingleBoolean::CalcInverseNotLessAndUnequalValue(ZULTaVoAny& y) const {
-  return Dispatch::Inverse(*this, &SB::CalcInverseNotLessAndUnequalValue, y);
-}
-int ZULTavSingleBoolean::CalcMinValue(const ZULTaVoScalar& a, const ZULTaVoScalar& b) {
-  return Dispatch::Forward(*this, &SB::CalcMinValue, a, b);
-}
-int ZULTavSingleBoolean::CalcFirstInverseMinValue(ZULTaVoScalar& a, const ZULTaVoScalar& b) const {
-  return Dispatch::FirstInverse(*this, &SB::CalcFirstInverseMinValue, a, b);
-}
-int ZULTavSingleBoolean::CalcMaxValue(const ZULTaVoScalar& a, const ZULTaVoScalar& b) {
-  return Dispatch::Forward(*this, &SB::CalcMaxValue, a, b);
-}
-int ZULTavSingleBoolean::CalcFirstInverseMaxValue(ZULTaVoScalar& a, const ZULTaVoScalar& b) const {
-  return Dispatch::FirstInverse(*this, &SB::CalcFirstInverseMaxValue, a, b);
-}
-int ZULTavSingleBoolean::CalcLessValue(const ZULTaVoScalar& y) {
-  return Dispatch::Forward(*this, &SB::CalcLessValue, y);
-}
-int ZULTavSingleBoolean::CalcInverseLessValue(ZULTaVoScalar& y) const {
-  return Dispatch::Inverse(*this, &SB::CalcInverseLessValue, y);
-}
-int ZULTavSingleBoolean::CalcNotLessValue(const ZULTaVoScalar& y) {
-  return Dispatch::Forward(*this, &SB::CalcNotLessValue, y);
-}
-int ZULTavSingleBoolean::CalcInverseNotLessValue(ZULTaVoScalar& y) const {
-  return Dispatch::Inverse(*this, &SB::CalcInverseNotLessValue, y);
-}
-int ZULTavSingleBoolean::CalcNextValue(const ZULTaVoScalar& y) {
-  return Dispatch::Forward(*this, &SB::CalcNextValue, y);
-}
-int ZULTavSingleBoolean::CalcInverseNextValue(ZULTaVoScalar& y) const {
-  return Dispatch::Inverse(*this, &SB::CalcInverseNextValue, y);
-}
-int ZULTavSingleBoolean::CalcNegativeValue(const ZULTaVoBoolean& y) {
-  return Dispatch::Forward(*this, &SB::CalcNegativeValue, y);
-}
-int ZULTavSingleBoolean::CalcInverseNegativeValue(ZULTaVoBoolean& y) const {
-  return Dispatch::Inverse(*this, &SB::CalcInverseNegativeValue, y);
 }

@@ -2,9 +2,9 @@
 #define ZULTAV_NUMBERS_ZULTAV_SINGLE_BOOLEAN_H
 
 #include "framework/intervals/SubdefBool.h"
-#include "framework/solver/ZULTaVoBoolean.h"
 #include "framework/solver/ZULTaVoFrame.h"
 #include "numbers/Export.h"
+#include "numbers/detail/Slots.h"
 
 /// A truth value: False, True, undecided (Any) or contradictory (Nil). False < True, so that the
 /// minimum is the logical and, the maximum the logical or.
@@ -12,7 +12,9 @@
 /// Beside each slot, which takes abstract arguments and ignores those of another class, stands the
 /// operation over this class.
 class ZULTAV_NUMBERS_API ZULTavSingleBoolean final
-    : public ZULTaVoFrame<ZULTavSingleBoolean, ZULTaVoBoolean> {
+    : public ZULTaVoFrame<
+          ZULTavSingleBoolean,
+          zultav::detail::BooleanSlots<ZULTavSingleBoolean, zultav::detail::SingleDispatch>> {
  public:
   static constexpr char kClassName[] = "ZULTavSingleBoolean";
   static constexpr char kTypeName[] = "single bool";
@@ -51,41 +53,26 @@ class ZULTAV_NUMBERS_API ZULTavSingleBoolean final
   /// A code that is none of the four becomes Any. Answers 1.
   int CheckValue();
 
+  ZULTAV_BOOLEAN_OPERATIONS(ZULTAV_USE, ZULTaVoFrame)
   int CalcMinValue() override;
   int CalcMaxValue() override;
-  int CalcEqualValue(const ZULTaVoAny& y) override;
   int CalcEqualValue(const ZULTavSingleBoolean& y);
-  int CalcInverseEqualValue(ZULTaVoAny& y) const override;
   int CalcInverseEqualValue(ZULTavSingleBoolean& y) const;
-  int CalcLessOrEqualValue(const ZULTaVoAny& y) override;
   int CalcLessOrEqualValue(const ZULTavSingleBoolean& y);
-  int CalcInverseLessOrEqualValue(ZULTaVoAny& y) const override;
   int CalcInverseLessOrEqualValue(ZULTavSingleBoolean& y) const;
-  int CalcNotLessAndUnequalValue(const ZULTaVoAny& y) override;
   int CalcNotLessAndUnequalValue(const ZULTavSingleBoolean& y);
-  int CalcInverseNotLessAndUnequalValue(ZULTaVoAny& y) const override;
   int CalcInverseNotLessAndUnequalValue(ZULTavSingleBoolean& y) const;
 
-  int CalcMinValue(const ZULTaVoScalar& a, const ZULTaVoScalar& b) override;
   int CalcMinValue(const ZULTavSingleBoolean& a, const ZULTavSingleBoolean& b);
-  int CalcFirstInverseMinValue(ZULTaVoScalar& a, const ZULTaVoScalar& b) const override;
   int CalcFirstInverseMinValue(ZULTavSingleBoolean& a, const ZULTavSingleBoolean& b) const;
-  int CalcMaxValue(const ZULTaVoScalar& a, const ZULTaVoScalar& b) override;
   int CalcMaxValue(const ZULTavSingleBoolean& a, const ZULTavSingleBoolean& b);
-  int CalcFirstInverseMaxValue(ZULTaVoScalar& a, const ZULTaVoScalar& b) const override;
   int CalcFirstInverseMaxValue(ZULTavSingleBoolean& a, const ZULTavSingleBoolean& b) const;
-  int CalcLessValue(const ZULTaVoScalar& y) override;
   int CalcLessValue(const ZULTavSingleBoolean& y);
-  int CalcInverseLessValue(ZULTaVoScalar& y) const override;
   int CalcInverseLessValue(ZULTavSingleBoolean& y) const;
-  int CalcNotLessValue(const ZULTaVoScalar& y) override;
   int CalcNotLessValue(const ZULTavSingleBoolean& y);
-  int CalcInverseNotLessValue(ZULTaVoScalar& y) const override;
   int CalcInverseNotLessValue(ZULTavSingleBoolean& y) const;
   /// The receiver is True and y False: nothing else has a successor.
-  int CalcNextValue(const ZULTaVoScalar& y) override;
   int CalcNextValue(const ZULTavSingleBoolean& y);
-  int CalcInverseNextValue(ZULTaVoScalar& y) const override;
   int CalcInverseNextValue(ZULTavSingleBoolean& y) const;
 
   // A number counts as True unless it is 0.
@@ -96,9 +83,7 @@ class ZULTAV_NUMBERS_API ZULTavSingleBoolean final
   int IsFalse() const override { return mSet == SubdefBool::kFalse; }
   int SetFalse() override { return Narrow(SubdefBool::kFalse); }
   int SetTrue() override { return Narrow(SubdefBool::kTrue); }
-  int CalcNegativeValue(const ZULTaVoBoolean& y) override;
   int CalcNegativeValue(const ZULTavSingleBoolean& y);
-  int CalcInverseNegativeValue(ZULTaVoBoolean& y) const override;
   int CalcInverseNegativeValue(ZULTavSingleBoolean& y) const;
 
  private:
@@ -111,6 +96,10 @@ class ZULTAV_NUMBERS_API ZULTavSingleBoolean final
   SubdefBool mSet;
 };
 
-extern template class ZULTaVoFrame<ZULTavSingleBoolean, ZULTaVoBoolean>;
+extern template class zultav::detail::BooleanSlots<ZULTavSingleBoolean,
+                                                   zultav::detail::SingleDispatch>;
+extern template class ZULTaVoFrame<
+    ZULTavSingleBoolean,
+    zultav::detail::BooleanSlots<ZULTavSingleBoolean, zultav::detail::SingleDispatch>>;
 
 #endif

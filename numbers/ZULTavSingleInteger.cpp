@@ -8,10 +8,12 @@
 #include "framework/intervals/SubdefInt.h"
 #include "numbers/ZULTavSingleBoolean.h"
 #include "numbers/detail/SingleDispatch.h"
+#include "numbers/detail/SlotBodies.h"
 
 using namespace zultav::detail;
 
-template class ZULTaVoFrame<ZULTavSingleInteger, ZULTaVoInteger>;
+template class zultav::detail::IntegerSlots<ZULTavSingleInteger, zultav::detail::SingleDispatch>;
+template class ZULTaVoFrame<ZULTavSingleInteger, IntegerSlots<ZULTavSingleInteger, SingleDispatch>>;
 
 ZULStreamableClass rZULTavSingleInteger_Descriptor = ZULTavSingleInteger::MakeDescriptorRecord();
 ZULStreamableClass rZULTavSingleInteger = ZULTavSingleInteger::MakeRecord();
@@ -24,7 +26,6 @@ long ZULTavSingleInteger::sNC_INT_NIL = 0;
 namespace {
 
 using SI = ZULTavSingleInteger;
-using Dispatch = SingleDispatch<SI>;
 
 int Store(SI& target, long value) { return Settle(target, value, target.GetValue() == value); }
 
@@ -349,99 +350,4 @@ int ZULTavSingleInteger::CalcInverseSignumValue(const ZULTaVoInteger& sign) {
     default:
       return 0;
   }
-}
-
-// Slots ----------------------------------------------------------------------------------------
-
-int ZULTavSingleInteger::CalcEqualValue(const ZULTaVoAny& y) {
-  return Dispatch::Forward(*this, &SI::CalcEqualValue, y);
-}
-int ZULTavSingleInteger::CalcInverseEqualValue(ZULTaVoAny& y) const {
-  return Dispatch::Inverse(*this, &SI::CalcInverseEqualValue, y);
-}
-int ZULTavSingleInteger::CalcLessOrEqualValue(const ZULTaVoAny& y) {
-  return Dispatch::Forward(*this, &SI::CalcLessOrEqualValue, y);
-}
-int ZULTavSingleInteger::CalcInverseLessOrEqualValue(ZULTaVoAny& y) const {
-  return Dispatch::Inverse(*this, &SI::CalcInverseLessOrEqualValue, y);
-}
-int ZULTavSingleInteger::CalcNotLessAndUnequalValue(const ZULTaVoAny& y) {
-  return Dispatch::Forward(*this, &SI::CalcNotLessAndUnequalValue, y);
-}
-int ZULTavSingleInteger::CalcInverseNotLessAndUnequalValue(ZULTaVoAny& y) const {
-  return Dispatch::Inverse(*this, &SI::CalcInverseNotLessAndUnequalValue, y);
-}
-int ZULTavSingleInteger::CalcMinValue(const ZULTaVoScalar& a, const ZULTaVoScalar& b) {
-  return Dispatch::Forward(*this, &SI::CalcMinValue, a, b);
-}
-int ZULTavSingleInteger::CalcFirstInverseMinValue(ZULTaVoScalar& a, const ZULTaVoScalar& b) const {
-  return Dispatch::FirstInverse(*this, &SI::CalcFirstInverseMinValue, a, b);
-}
-int ZULTavSingleInteger::CalcMaxValue(const ZULTaVoScalar& a, const ZULTaVoScalar& b) {
-  return Dispatch::Forward(*this, &SI::CalcMaxValue, a, b);
-}
-int ZULTavSingleInteger::CalcFirstInverseMaxValue(ZULTaVoScalar& a, const ZULTaVoScalar& b) const {
-  return Dispatch::FirstInverse(*this, &SI::CalcFirstInverseMaxValue, a, b);
-}
-int ZULTavSingleInteger::CalcLessValue(const ZULTaVoScalar& y) {
-  return Dispatch::Forward(*this, &SI::CalcLessValue, y);
-}
-int ZULTavSingleInteger::CalcInverseLessValue(ZULTaVoScalar& y) const {
-  return Dispatch::Inverse(*this, &SI::CalcInverseLessValue, y);
-}
-int ZULTavSingleInteger::CalcNotLessValue(const ZULTaVoScalar& y) {
-  return Dispatch::Forward(*this, &SI::CalcNotLessValue, y);
-}
-int ZULTavSingleInteger::CalcInverseNotLessValue(ZULTaVoScalar& y) const {
-  return Dispatch::Inverse(*this, &SI::CalcInverseNotLessValue, y);
-}
-int ZULTavSingleInteger::CalcNextValue(const ZULTaVoScalar& y) {
-  return Dispatch::Forward(*this, &SI::CalcNextValue, y);
-}
-int ZULTavSingleInteger::CalcInverseNextValue(ZULTaVoScalar& y) const {
-  return Dispatch::Inverse(*this, &SI::CalcInverseNextValue, y);
-}
-int ZULTavSingleInteger::CalcAbsoluteValue(const ZULTaVoNumber& y) {
-  return Dispatch::Forward(*this, &SI::CalcAbsoluteValue, y);
-}
-int ZULTavSingleInteger::CalcInverseAbsoluteValue(ZULTaVoNumber& y) const {
-  return Dispatch::Inverse(*this, &SI::CalcInverseAbsoluteValue, y);
-}
-int ZULTavSingleInteger::CalcNegativeValue(const ZULTaVoNumber& y) {
-  return Dispatch::Forward(*this, &SI::CalcNegativeValue, y);
-}
-int ZULTavSingleInteger::CalcInverseNegativeValue(ZULTaVoNumber& y) const {
-  return Dispatch::Inverse(*this, &SI::CalcInverseNegativeValue, y);
-}
-int ZULTavSingleInteger::CalcSumValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) {
-  return Dispatch::Forward(*this, &SI::CalcSumValue, a, b);
-}
-int ZULTavSingleInteger::CalcFirstInverseSumValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const {
-  return Dispatch::FirstInverse(*this, &SI::CalcFirstInverseSumValue, a, b);
-}
-int ZULTavSingleInteger::CalcProdValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) {
-  return Dispatch::Forward(*this, &SI::CalcProdValue, a, b);
-}
-int ZULTavSingleInteger::CalcFirstInverseProdValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const {
-  return Dispatch::FirstInverse(*this, &SI::CalcFirstInverseProdValue, a, b);
-}
-int ZULTavSingleInteger::CalcModValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) {
-  return Dispatch::Forward(*this, &SI::CalcModValue, a, b);
-}
-int ZULTavSingleInteger::CalcFirstInverseModValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const {
-  return Dispatch::FirstInverse(*this, &SI::CalcFirstInverseModValue, a, b);
-}
-int ZULTavSingleInteger::CalcSecondInverseModValue(const ZULTaVoNumber& a, ZULTaVoNumber& b) const {
-  return Dispatch::SecondInverse(*this, &SI::CalcSecondInverseModValue, a, b);
-}
-int ZULTavSingleInteger::CalcPowerValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) {
-  return Dispatch::Forward(*this, &SI::CalcPowerValue, a, b);
-}
-int ZULTavSingleInteger::CalcFirstInversePowerValue(ZULTaVoNumber& a,
-                                                    const ZULTaVoNumber& b) const {
-  return Dispatch::FirstInverse(*this, &SI::CalcFirstInversePowerValue, a, b);
-}
-int ZULTavSingleInteger::CalcSecondInversePowerValue(const ZULTaVoNumber& a,
-                                                     ZULTaVoNumber& b) const {
-  return Dispatch::SecondInverse(*this, &SI::CalcSecondInversePowerValue, a, b);
 }

@@ -5,8 +5,8 @@
 
 #include "framework/intervals/SubIntBase.h"
 #include "framework/solver/ZULTaVoFrame.h"
-#include "framework/solver/ZULTaVoInteger.h"
 #include "numbers/Export.h"
+#include "numbers/detail/Slots.h"
 
 class ZULTavSingleBoolean;
 
@@ -17,7 +17,9 @@ class ZULTavSingleBoolean;
 /// this class. The typed ones trust their receiver and arguments to be neither Nil nor Any, except
 /// where they say otherwise.
 class ZULTAV_NUMBERS_API ZULTavSingleInteger final
-    : public ZULTaVoFrame<ZULTavSingleInteger, ZULTaVoInteger> {
+    : public ZULTaVoFrame<
+          ZULTavSingleInteger,
+          zultav::detail::IntegerSlots<ZULTavSingleInteger, zultav::detail::SingleDispatch>> {
  public:
   static constexpr char kClassName[] = "ZULTavSingleInteger";
   static constexpr char kTypeName[] = "single int";
@@ -58,82 +60,53 @@ class ZULTAV_NUMBERS_API ZULTavSingleInteger final
   /// Nil if the error flag is up, which is lowered; Any for a value out of range.
   void CheckValue();
 
+  ZULTAV_INTEGER_OPERATIONS(ZULTAV_USE, ZULTaVoFrame)
   int CalcMinValue() override;
   int CalcMaxValue() override;
-  int CalcEqualValue(const ZULTaVoAny& y) override;
   int CalcEqualValue(const ZULTavSingleInteger& y);
-  int CalcInverseEqualValue(ZULTaVoAny& y) const override;
   int CalcInverseEqualValue(ZULTavSingleInteger& y) const;
-  int CalcLessOrEqualValue(const ZULTaVoAny& y) override;
   int CalcLessOrEqualValue(const ZULTavSingleInteger& y);
-  int CalcInverseLessOrEqualValue(ZULTaVoAny& y) const override;
   int CalcInverseLessOrEqualValue(ZULTavSingleInteger& y) const;
-  int CalcNotLessAndUnequalValue(const ZULTaVoAny& y) override;
   int CalcNotLessAndUnequalValue(const ZULTavSingleInteger& y);
-  int CalcInverseNotLessAndUnequalValue(ZULTaVoAny& y) const override;
   int CalcInverseNotLessAndUnequalValue(ZULTavSingleInteger& y) const;
 
-  int CalcMinValue(const ZULTaVoScalar& a, const ZULTaVoScalar& b) override;
   int CalcMinValue(const ZULTavSingleInteger& a, const ZULTavSingleInteger& b);
-  int CalcFirstInverseMinValue(ZULTaVoScalar& a, const ZULTaVoScalar& b) const override;
   int CalcFirstInverseMinValue(ZULTavSingleInteger& a, const ZULTavSingleInteger& b) const;
-  int CalcMaxValue(const ZULTaVoScalar& a, const ZULTaVoScalar& b) override;
   int CalcMaxValue(const ZULTavSingleInteger& a, const ZULTavSingleInteger& b);
-  int CalcFirstInverseMaxValue(ZULTaVoScalar& a, const ZULTaVoScalar& b) const override;
   int CalcFirstInverseMaxValue(ZULTavSingleInteger& a, const ZULTavSingleInteger& b) const;
-  int CalcLessValue(const ZULTaVoScalar& y) override;
   int CalcLessValue(const ZULTavSingleInteger& y);
-  int CalcInverseLessValue(ZULTaVoScalar& y) const override;
   int CalcInverseLessValue(ZULTavSingleInteger& y) const;
-  int CalcNotLessValue(const ZULTaVoScalar& y) override;
   int CalcNotLessValue(const ZULTavSingleInteger& y);
-  int CalcInverseNotLessValue(ZULTaVoScalar& y) const override;
   int CalcInverseNotLessValue(ZULTavSingleInteger& y) const;
   /// The receiver is y + 1; there is nothing beyond sNC_INT_MAX.
-  int CalcNextValue(const ZULTaVoScalar& y) override;
   int CalcNextValue(const ZULTavSingleInteger& y);
-  int CalcInverseNextValue(ZULTaVoScalar& y) const override;
   int CalcInverseNextValue(ZULTavSingleInteger& y) const;
 
   int CalcZeroValue() override;
   int CalcOneValue() override;
-  int CalcAbsoluteValue(const ZULTaVoNumber& y) override;
   int CalcAbsoluteValue(const ZULTavSingleInteger& y);
-  int CalcInverseAbsoluteValue(ZULTaVoNumber& y) const override;
   int CalcInverseAbsoluteValue(ZULTavSingleInteger& y) const;
-  int CalcNegativeValue(const ZULTaVoNumber& y) override;
   int CalcNegativeValue(const ZULTavSingleInteger& y);
-  int CalcInverseNegativeValue(ZULTaVoNumber& y) const override;
   int CalcInverseNegativeValue(ZULTavSingleInteger& y) const;
   int CalcSignumValue(ZULTaVoInteger& sign) const override;
   int CalcInverseSignumValue(const ZULTaVoInteger& sign) override;
 
   // Arithmetic beyond ±sNC_INT_MAX is a contradiction: the narrowed value becomes Nil.
-  int CalcSumValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) override;
   int CalcSumValue(const ZULTavSingleInteger& a, const ZULTavSingleInteger& b);
-  int CalcFirstInverseSumValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const override;
   int CalcFirstInverseSumValue(ZULTavSingleInteger& a, const ZULTavSingleInteger& b) const;
-  int CalcProdValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) override;
   int CalcProdValue(const ZULTavSingleInteger& a, const ZULTavSingleInteger& b);
   /// A fixed `a` is kept when the truncated quotient equals the receiver (not `a`): callers do not
   /// ask about a fixed argument.
-  int CalcFirstInverseProdValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const override;
   int CalcFirstInverseProdValue(ZULTavSingleInteger& a, const ZULTavSingleInteger& b) const;
-  int CalcModValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) override;
   int CalcModValue(const ZULTavSingleInteger& a, const ZULTavSingleInteger& b);
-  int CalcFirstInverseModValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const override;
   int CalcFirstInverseModValue(ZULTavSingleInteger& a, const ZULTavSingleInteger& b) const;
   /// An unconstrained `b` counts as the number sNC_INT_ANY, so that it becomes Nil unless a is
   /// the receiver's value; callers that cannot live with that restore it.
-  int CalcSecondInverseModValue(const ZULTaVoNumber& a, ZULTaVoNumber& b) const override;
   int CalcSecondInverseModValue(const ZULTavSingleInteger& a, ZULTavSingleInteger& b) const;
-  int CalcPowerValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) override;
   int CalcPowerValue(const ZULTavSingleInteger& a, const ZULTavSingleInteger& b);
   /// A base (exponent) that is not determined uniquely becomes Nil. A fixed `a` is kept when the
   /// base found equals the receiver (not `a`).
-  int CalcFirstInversePowerValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const override;
   int CalcFirstInversePowerValue(ZULTavSingleInteger& a, const ZULTavSingleInteger& b) const;
-  int CalcSecondInversePowerValue(const ZULTaVoNumber& a, ZULTaVoNumber& b) const override;
   int CalcSecondInversePowerValue(const ZULTavSingleInteger& a, ZULTavSingleInteger& b) const;
 
   /// Stores a value in its encoding; one beyond the encodings becomes Any. A bound of a single
@@ -165,6 +138,10 @@ class ZULTAV_NUMBERS_API ZULTavSingleInteger final
   SubIntBase mValue;
 };
 
-extern template class ZULTaVoFrame<ZULTavSingleInteger, ZULTaVoInteger>;
+extern template class zultav::detail::IntegerSlots<ZULTavSingleInteger,
+                                                   zultav::detail::SingleDispatch>;
+extern template class ZULTaVoFrame<
+    ZULTavSingleInteger,
+    zultav::detail::IntegerSlots<ZULTavSingleInteger, zultav::detail::SingleDispatch>>;
 
 #endif

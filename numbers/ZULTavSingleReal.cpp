@@ -3,10 +3,12 @@
 #include "numbers/ZULTavSingleInteger.h"
 #include "numbers/detail/IntervalDispatch.h"
 #include "numbers/detail/SingleRealNarrowing.h"
+#include "numbers/detail/SlotBodies.h"
 
 using namespace zultav::detail;
 
-template class ZULTaVoFrame<ZULTavSingleReal, ZULTaVoReal>;
+template class zultav::detail::RealSlots<ZULTavSingleReal, zultav::detail::IntervalDispatch>;
+template class ZULTaVoFrame<ZULTavSingleReal, RealSlots<ZULTavSingleReal, IntervalDispatch>>;
 
 ZULStreamableClass rZULTavSingleReal_Descriptor = ZULTavSingleReal::MakeDescriptorRecord();
 ZULStreamableClass rZULTavSingleReal = ZULTavSingleReal::MakeRecord();
@@ -298,49 +300,4 @@ int ZULTavSingleReal::CalcInverseNextValue(ZULTavSingleReal& y) const {
         return Settle(y, value - step, !Differ(value, y.mValue + step));
       },
       *this);
-}
-
-// Slots -------------------------------------------------------------------------------------
-
-int ZULTavSingleReal::CalcLessOrEqualValue(const ZULTaVoAny& y) {
-  return CallForward(*this, &ZULTavSingleReal::CalcLessOrEqualValue, y);
-}
-int ZULTavSingleReal::CalcInverseLessOrEqualValue(ZULTaVoAny& y) const {
-  return CallInverse(*this, &ZULTavSingleReal::CalcInverseLessOrEqualValue, y);
-}
-int ZULTavSingleReal::CalcNotLessAndUnequalValue(const ZULTaVoAny& y) {
-  return CallForward(*this, &ZULTavSingleReal::CalcNotLessAndUnequalValue, y);
-}
-int ZULTavSingleReal::CalcInverseNotLessAndUnequalValue(ZULTaVoAny& y) const {
-  return CallInverse(*this, &ZULTavSingleReal::CalcInverseNotLessAndUnequalValue, y);
-}
-int ZULTavSingleReal::CalcLessValue(const ZULTaVoScalar& y) {
-  return CallForward(*this, &ZULTavSingleReal::CalcLessValue, y);
-}
-int ZULTavSingleReal::CalcInverseLessValue(ZULTaVoScalar& y) const {
-  return CallInverse(*this, &ZULTavSingleReal::CalcInverseLessValue, y);
-}
-int ZULTavSingleReal::CalcNotLessValue(const ZULTaVoScalar& y) {
-  return CallForward(*this, &ZULTavSingleReal::CalcNotLessValue, y);
-}
-int ZULTavSingleReal::CalcInverseNotLessValue(ZULTaVoScalar& y) const {
-  return CallInverse(*this, &ZULTavSingleReal::CalcInverseNotLessValue, y);
-}
-int ZULTavSingleReal::CalcMinValue(const ZULTaVoScalar& a, const ZULTaVoScalar& b) {
-  return CallForward(*this, &ZULTavSingleReal::CalcMinValue, a, b);
-}
-int ZULTavSingleReal::CalcFirstInverseMinValue(ZULTaVoScalar& a, const ZULTaVoScalar& b) const {
-  return CallInverse(*this, &ZULTavSingleReal::CalcFirstInverseMinValue, a, b);
-}
-int ZULTavSingleReal::CalcMaxValue(const ZULTaVoScalar& a, const ZULTaVoScalar& b) {
-  return CallForward(*this, &ZULTavSingleReal::CalcMaxValue, a, b);
-}
-int ZULTavSingleReal::CalcFirstInverseMaxValue(ZULTaVoScalar& a, const ZULTaVoScalar& b) const {
-  return CallInverse(*this, &ZULTavSingleReal::CalcFirstInverseMaxValue, a, b);
-}
-int ZULTavSingleReal::CalcNextValue(const ZULTaVoScalar& y) {
-  return CallForward(*this, &ZULTavSingleReal::CalcNextValue, y);
-}
-int ZULTavSingleReal::CalcInverseNextValue(ZULTaVoScalar& y) const {
-  return CallInverse(*this, &ZULTavSingleReal::CalcInverseNextValue, y);
 }

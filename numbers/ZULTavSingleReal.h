@@ -5,8 +5,8 @@
 
 #include "framework/intervals/ZULTavIntervals.h"
 #include "framework/solver/ZULTaVoFrame.h"
-#include "framework/solver/ZULTaVoReal.h"
 #include "numbers/Export.h"
+#include "numbers/detail/Slots.h"
 
 class ZULTavSingleInteger;
 
@@ -21,7 +21,9 @@ class ZULTavSingleInteger;
 /// operand makes the target Nil (1), an operand that is Any narrows nothing (0); but where the
 /// values of a function have bounds, its typed overload refuses a result beyond them.
 class ZULTAV_NUMBERS_API ZULTavSingleReal final
-    : public ZULTaVoFrame<ZULTavSingleReal, ZULTaVoReal> {
+    : public ZULTaVoFrame<
+          ZULTavSingleReal,
+          zultav::detail::RealSlots<ZULTavSingleReal, zultav::detail::IntervalDispatch>> {
  public:
   static constexpr char kClassName[] = "ZULTavSingleReal";
   static constexpr char kTypeName[] = "single real";
@@ -97,6 +99,7 @@ class ZULTAV_NUMBERS_API ZULTavSingleReal final
   double GetPrevExactValue(double) const override { return mValue; }
 
   // Relations.
+  ZULTAV_REAL_OPERATIONS(ZULTAV_USE, ZULTaVoFrame)
   int CalcMinValue() override;
   int CalcMaxValue() override;
   int CalcZeroValue() override;
@@ -108,109 +111,66 @@ class ZULTAV_NUMBERS_API ZULTavSingleReal final
   int CalcInverseEqualValue(ZULTaVoAny& y) const override;
   int CalcInverseEqualValue(ZULTavSingleReal& y) const;
   int CalcInverseEqualValue(ZULTavSingleInteger& y) const;
-  int CalcLessOrEqualValue(const ZULTaVoAny& y) override;
   int CalcLessOrEqualValue(const ZULTavSingleReal& y);
-  int CalcInverseLessOrEqualValue(ZULTaVoAny& y) const override;
   int CalcInverseLessOrEqualValue(ZULTavSingleReal& y) const;
-  int CalcNotLessAndUnequalValue(const ZULTaVoAny& y) override;
   int CalcNotLessAndUnequalValue(const ZULTavSingleReal& y);
-  int CalcInverseNotLessAndUnequalValue(ZULTaVoAny& y) const override;
   int CalcInverseNotLessAndUnequalValue(ZULTavSingleReal& y) const;
   /// Strict relations have the fixed margin 1e-14.
-  int CalcLessValue(const ZULTaVoScalar& y) override;
   int CalcLessValue(const ZULTavSingleReal& y);
-  int CalcInverseLessValue(ZULTaVoScalar& y) const override;
   int CalcInverseLessValue(ZULTavSingleReal& y) const;
-  int CalcNotLessValue(const ZULTaVoScalar& y) override;
   int CalcNotLessValue(const ZULTavSingleReal& y);
-  int CalcInverseNotLessValue(ZULTaVoScalar& y) const override;
   int CalcInverseNotLessValue(ZULTavSingleReal& y) const;
 
   // Order, sign, arithmetic.
-  int CalcMinValue(const ZULTaVoScalar& a, const ZULTaVoScalar& b) override;
   int CalcMinValue(const ZULTavSingleReal& a, const ZULTavSingleReal& b);
-  int CalcFirstInverseMinValue(ZULTaVoScalar& a, const ZULTaVoScalar& b) const override;
   int CalcFirstInverseMinValue(ZULTavSingleReal& a, const ZULTavSingleReal& b) const;
-  int CalcMaxValue(const ZULTaVoScalar& a, const ZULTaVoScalar& b) override;
   int CalcMaxValue(const ZULTavSingleReal& a, const ZULTavSingleReal& b);
-  int CalcFirstInverseMaxValue(ZULTaVoScalar& a, const ZULTaVoScalar& b) const override;
   int CalcFirstInverseMaxValue(ZULTavSingleReal& a, const ZULTavSingleReal& b) const;
   /// The successor of v is v + 2p.
-  int CalcNextValue(const ZULTaVoScalar& y) override;
   int CalcNextValue(const ZULTavSingleReal& y);
-  int CalcInverseNextValue(ZULTaVoScalar& y) const override;
   int CalcInverseNextValue(ZULTavSingleReal& y) const;
-  int CalcAbsoluteValue(const ZULTaVoNumber& y) override;
   int CalcAbsoluteValue(const ZULTavSingleReal& y);
-  int CalcInverseAbsoluteValue(ZULTaVoNumber& y) const override;
   int CalcInverseAbsoluteValue(ZULTavSingleReal& y) const;
-  int CalcNegativeValue(const ZULTaVoNumber& y) override;
   int CalcNegativeValue(const ZULTavSingleReal& y);
-  int CalcInverseNegativeValue(ZULTaVoNumber& y) const override;
   int CalcInverseNegativeValue(ZULTavSingleReal& y) const;
   /// `sign` must be a single integer.
   int CalcSignumValue(ZULTaVoInteger& sign) const override;
   int CalcInverseSignumValue(const ZULTaVoInteger& sign) override;
-  int CalcSumValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) override;
   int CalcSumValue(const ZULTavSingleReal& a, const ZULTavSingleReal& b);
-  int CalcFirstInverseSumValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const override;
   int CalcFirstInverseSumValue(ZULTavSingleReal& a, const ZULTavSingleReal& b) const;
-  int CalcProdValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) override;
   int CalcProdValue(const ZULTavSingleReal& a, const ZULTavSingleReal& b);
-  int CalcFirstInverseProdValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const override;
   int CalcFirstInverseProdValue(ZULTavSingleReal& a, const ZULTavSingleReal& b) const;
 
   /// Truncated remainder. Nothing is narrowed by a divisor 0 or a quotient beyond ±sNC_INT_MAX.
-  int CalcModValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) override;
   int CalcModValue(const ZULTavSingleReal& a, const ZULTavSingleReal& b);
-  int CalcFirstInverseModValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const override;
   int CalcFirstInverseModValue(ZULTavSingleReal& a, const ZULTavSingleReal& b) const;
-  int CalcSecondInverseModValue(const ZULTaVoNumber& a, ZULTaVoNumber& b) const override;
   int CalcSecondInverseModValue(const ZULTavSingleReal& a, ZULTavSingleReal& b) const;
 
   /// No margin: a fixed receiver must lie in the enclosure of the power.
   int CalcPowerValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) override;
   int CalcPowerValue(const ZULTavSingleReal& a, const ZULTavSingleReal& b);
   int CalcPowerValue(const ZULTavSingleReal& a, const ZULTavSingleInteger& b);
-  int CalcFirstInversePowerValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const override;
   int CalcFirstInversePowerValue(ZULTavSingleReal& a, const ZULTavSingleReal& b) const;
   int CalcFirstInversePowerValue(ZULTavSingleReal& a, const ZULTavSingleInteger& b) const;
   /// Whole-number exponents only.
-  int CalcSecondInversePowerValue(const ZULTaVoNumber& a, ZULTaVoNumber& b) const override;
   int CalcSecondInversePowerValue(const ZULTavSingleReal& a, ZULTavSingleReal& b) const;
 
   // Elementary functions. Angles in radians; beyond ±1e14 they narrow (almost) nothing.
-  int CalcExpValue(const ZULTaVoReal& x) override;
   int CalcExpValue(const ZULTavSingleReal& x);
-  int CalcInverseExpValue(ZULTaVoReal& x) const override;
   int CalcInverseExpValue(ZULTavSingleReal& x) const;
-  int CalcSqrtValue(const ZULTaVoReal& x) override;
   int CalcSqrtValue(const ZULTavSingleReal& x);
-  int CalcInverseSqrtValue(ZULTaVoReal& x) const override;
   int CalcInverseSqrtValue(ZULTavSingleReal& x) const;
-  int CalcSinValue(const ZULTaVoReal& x) override;
   int CalcSinValue(const ZULTavSingleReal& x);
-  int CalcInverseSinValue(ZULTaVoReal& x) const override;
   int CalcInverseSinValue(ZULTavSingleReal& x) const;
-  int CalcCosValue(const ZULTaVoReal& x) override;
   int CalcCosValue(const ZULTavSingleReal& x);
-  int CalcInverseCosValue(ZULTaVoReal& x) const override;
   int CalcInverseCosValue(ZULTavSingleReal& x) const;
-  int CalcTanValue(const ZULTaVoReal& x) override;
   int CalcTanValue(const ZULTavSingleReal& x);
-  int CalcInverseTanValue(ZULTaVoReal& x) const override;
   int CalcInverseTanValue(ZULTavSingleReal& x) const;
-  int CalcFloorValue(const ZULTaVoReal& x) override;
   int CalcFloorValue(const ZULTavSingleReal& x);
-  int CalcInverseFloorValue(ZULTaVoReal& x) const override;
   int CalcInverseFloorValue(ZULTavSingleReal& x) const;
-  int CalcCeilValue(const ZULTaVoReal& x) override;
   int CalcCeilValue(const ZULTavSingleReal& x);
-  int CalcInverseCeilValue(ZULTaVoReal& x) const override;
   int CalcInverseCeilValue(ZULTavSingleReal& x) const;
-  int CalcRoundValue(const ZULTaVoReal& x) override;
   int CalcRoundValue(const ZULTavSingleReal& x);
-  int CalcInverseRoundValue(ZULTaVoReal& x) const override;
   int CalcInverseRoundValue(ZULTavSingleReal& x) const;
 
   /// Nearest whole number, halves away from zero.
@@ -220,6 +180,9 @@ class ZULTAV_NUMBERS_API ZULTavSingleReal final
   double mValue = sNC_REAL_ANY;
 };
 
-extern template class ZULTaVoFrame<ZULTavSingleReal, ZULTaVoReal>;
+extern template class zultav::detail::RealSlots<ZULTavSingleReal, zultav::detail::IntervalDispatch>;
+extern template class ZULTaVoFrame<
+    ZULTavSingleReal,
+    zultav::detail::RealSlots<ZULTavSingleReal, zultav::detail::IntervalDispatch>>;
 
 #endif

@@ -8,7 +8,8 @@
 
 namespace zultav::detail {
 
-/// From the slots of an interval domain, whose arguments are abstract, to its typed operations.
+/// From the slots of a domain, whose arguments are abstract, to its typed operations, for domains
+/// that convert arguments of other classes.
 ///
 /// A domain class needs, besides its typed operations and SetNil,
 ///  - `GetSubdef() const`: its set of values, which has IsEmpty;
@@ -16,15 +17,6 @@ namespace zultav::detail {
 ///    another class holds; false, and nothing stored, when the class is foreign to the slots;
 ///  - `int IntersectInverse(ZULTaVoAny& target) const`: narrows a value of any class that Convert
 ///    takes to the domain's values. Answers 1 when the target changed.
-///
-/// Every slot, and every overload for a mix of classes, is then one line:
-///
-///     int D::CalcSumValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) {
-///       return CallForward(*this, &D::CalcSumValue, a, b);
-///     }
-///     int D::CalcFirstInverseSumValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const {
-///       return CallInverse(*this, &D::CalcFirstInverseSumValue, a, b);
-///     }
 ///
 /// Relations defined by exchanging roles need nothing of their own: they are exchanged between
 /// the typed operations, so that the other side is of the receiver's class already.
@@ -98,49 +90,55 @@ int Inverse(const Domain& self, Target& target, Apply apply, const Operands&... 
 
 }  // namespace interval_dispatch
 
-/// Forward operation: calls the typed operation on `self` with the arguments as Domain.
-///
-/// @return 0 when an argument is foreign or `self` is Nil; 1, `self` made Nil, when an argument is
-///         Nil; 0 when one is Any and Domain::kAnyNarrowsNothing; else the typed operation's
-///         answer.
-template <class Domain, class... Arguments>
-int CallForward(Domain& self,
-                int (Domain::*operation)(const interval_dispatch::Typed<Domain, Arguments>&...),
-                const Arguments&... arguments) {
-  using interval_dispatch::Operand;
-  return interval_dispatch::Forward(
-      self, [&](const auto&... typed) { return (self.*operation)(typed...); },
-      Operand<Domain>(arguments)...);
-}
+template <class Domain>
+class IntervalDispatch {
+  template <class Argument>
+  using Typed = interval_dispatch::Typed<Domain, Argument>;
+  using Operand = interval_dispatch::Operand<Domain>;
 
-/// Inverse operation on its first argument: calls the typed operation with `target` itself when
-/// that is a Domain, else with a copy as Domain whose narrowing is written back.
-///
-/// @return 0 when an argument is foreign or `target` is Nil; 1, `target` made Nil, when `self` is
-///         Nil; else 1 when `target` changed. What Nil among the other arguments means is left to
-///         the typed operation.
-template <class Domain, class Target, class... Others>
-int CallInverse(const Domain& self,
-                int (Domain::*operation)(Domain&,
-                                         const interval_dispatch::Typed<Domain, Others>&...) const,
-                Target& target, const Others&... others) {
-  using interval_dispatch::Operand;
-  return interval_dispatch::Inverse(
-      self, target,
-      [&](Domain& narrowed, const auto&... typed) { return (self.*operation)(narrowed, typed...); },
-      Operand<Domain>(others)...);
-}
+ public:
+  /// Forward operation: calls the typed operation on `self` with the arguments as Domain.
+  ///
+  /// @return 0 when an argument is foreign or `self` is Nil; 1, `self` made Nil, when an argument
+  ///         is Nil; 0 when one is Any and Domain::kAnyNarrowsNothing; else the typed operation's
+  ///         answer.
+  template <class... Arguments>
+  static int Forward(Domain& self, int (Domain::*operation)(const Typed<Arguments>&...),
+                     const Arguments&... arguments) {
+    return interval_dispatch::Forward(
+        self, [&](const auto&... typed) { return (self.*operation)(typed...); },
+        Operand(arguments)...);
+  }
 
-/// As CallInverse for an operation that narrows its second argument.
-template <class Domain, class Other, class Target>
-int CallSecondInverse(const Domain& self, int (Domain::*operation)(const Domain&, Domain&) const,
-                      const Other& other, Target& target) {
-  using interval_dispatch::Operand;
-  return interval_dispatch::Inverse(
-      self, target,
-      [&](Domain& narrowed, const Domain& typed) { return (self.*operation)(typed, narrowed); },
-      Operand<Domain>(other));
-}
+  /// Inverse operation on its first argument: calls the typed operation with `target` itself when
+  /// that is a Domain, else with a copy as Domain whose narrowing is written back.
+  ///
+  /// @return 0 when an argument is foreign or `target` is Nil; 1, `target` made Nil, when `self` is
+  ///         Nil; else 1 when `target` changed. What Nil among the other arguments means is left to
+  ///         the typed operation.
+  template <class Target, class... Others>
+  static int Inverse(const Domain& self,
+                     int (Domain::*operation)(Domain&, const Typed<Others>&...) const,
+                     Target& target, const Others&... others) {
+    return interval_dispatch::Inverse(
+        self, target,
+        [&](Domain& narrowed, const auto&... typed) {
+          return (self.*operation)(narrowed, typed...);
+        },
+        Operand(others)...);
+  }
+
+  /// As Inverse for an operation that narrows its second argument.
+  template <class Other, class Target>
+  static int SecondInverse(const Domain& self,
+                           int (Domain::*operation)(const Domain&, Domain&) const,
+                           const Other& other, Target& target) {
+    return interval_dispatch::Inverse(
+        self, target,
+        [&](Domain& narrowed, const Domain& typed) { return (self.*operation)(typed, narrowed); },
+        Operand(other));
+  }
+};
 
 /// Narrows a value of another module to [lower, upper] (Nil when `empty`) through its bounds, each
 /// stored only where it moves inward. Answers 1 when the target changed.

@@ -132,13 +132,3 @@ int ZULTavIntervalReal::CalcSecondInverseModValue(const ZULTavIntervalReal& a,
       },
       a.mSet, b.mSet, mSet);
 }
-
-int ZULTavIntervalReal::CalcModValue(const ZULTaVoNumber& a, const ZULTaVoNumber& b) {
-  return CallForward(*this, &ZULTavIntervalReal::CalcModValue, a, b);
-}
-int ZULTavIntervalReal::CalcFirstInverseModValue(ZULTaVoNumber& a, const ZULTaVoNumber& b) const {
-  return CallInverse(*this, &ZULTavIntervalReal::CalcFirstInverseModValue, a, b);
-}
-int ZULTavIntervalReal::CalcSecondInverseModValue(const ZULTaVoNumber& a, ZULTaVoNumber& b) const {
-  return CallSecondInverse(*this, &ZULTavIntervalReal::CalcSecondInverseModValue, a, b);
-}

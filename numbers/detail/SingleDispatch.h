@@ -40,8 +40,8 @@ class SingleDispatch {
         Own(y), [&] { return (result.*typed)(Own(y)); }, result);
   }
   template <class Abstract>
-  static int FirstInverse(const Self& result, int (Self::*typed)(Self&, const Self&) const,
-                          Abstract& a, const Abstract& b) {
+  static int Inverse(const Self& result, int (Self::*typed)(Self&, const Self&) const, Abstract& a,
+                     const Abstract& b) {
     if (!AreOwn(a, b)) return 0;
     return Step(
         Own(a), [&] { return (result.*typed)(Own(a), Own(b)); }, result);

@@ -10,6 +10,11 @@
 #include "framework/solver/ZULTaVoConstraint.h"
 #include "framework/solver/ZULTaVoInteger.h"
 #include "framework/solver/ZULTaVoReal.h"
+#include "numbers/ZULTavIntervalInteger.h"
+#include "numbers/ZULTavIntervalReal.h"
+#include "numbers/ZULTavSingleBoolean.h"
+#include "numbers/ZULTavSingleInteger.h"
+#include "numbers/ZULTavSingleReal.h"
 
 namespace {
 
@@ -112,6 +117,23 @@ TEST(SlotOrderTest, NothingFollows) {
   EXPECT_EQ(SlotOf(&Extended<Number>::Last), 65);
   EXPECT_EQ(SlotOf(&Extended<Integer>::Last), 74);
   EXPECT_EQ(SlotOf(&Extended<Real>::Last), 92);
+}
+
+// What all domains have in common overrides slots and adds none, and no data.
+template <class Common, class Base>
+void ExpectNothingAdded() {
+  EXPECT_EQ(SlotOf(&Extended<Common>::Last), SlotOf(&Extended<Base>::Last));
+  EXPECT_EQ(sizeof(Common), sizeof(Base));
+}
+
+TEST(SlotOrderTest, DomainsAddNothing) {
+  using namespace zultav::detail;
+  ExpectNothingAdded<BooleanSlots<ZULTavSingleBoolean, SingleDispatch>, Boolean>();
+  ExpectNothingAdded<IntegerSlots<ZULTavSingleInteger, SingleDispatch>, Integer>();
+  ExpectNothingAdded<IntegerSlots<ZULTavIntervalInteger, IntervalDispatch>, Integer>();
+  ExpectNothingAdded<RealSlots<ZULTavSingleReal, IntervalDispatch>, Real>();
+  ExpectNothingAdded<RealSlots<ZULTavIntervalReal, IntervalDispatch>, Real>();
+  EXPECT_EQ(SlotOf(&Extended<ZULTavIntervalReal>::Last), 92);
 }
 
 }  // namespace
