@@ -1,29 +1,6 @@
 #include "tests/calculator/calculator_world.h"
 
-#include <gtest/gtest.h>
-
 #include <sstream>
-
-namespace {
-
-std::unique_ptr<ZULTaVoModuleManager> manager;
-ZULTaVoModule* numbers = nullptr;
-
-class OpenNumbers : public testing::Environment {
- public:
-  void SetUp() override {
-    manager = std::make_unique<ZULTaVoModuleManager>();
-    numbers = manager->OpenModule("ZULTavNumbers");
-    ASSERT_NE(numbers, nullptr) << manager->GetReason();
-  }
-  void TearDown() override { manager.reset(); }
-};
-
-const testing::Environment* const environment = testing::AddGlobalTestEnvironment(new OpenNumbers);
-
-}  // namespace
-
-const ZULTaVoModule& Numbers() { return *numbers; }
 
 std::string Reading::ErrorText() const {
   std::ostringstream out;
@@ -52,7 +29,7 @@ std::string Reading::ValueText(const std::string& name, std::size_t element) con
 
 Reading ReadModel(const std::string& text, const ZULTavCalculator::Options& options) {
   Reading reading;
-  const ZULTavCalculator calculator({numbers});
+  const ZULTavCalculator calculator({&NumberModule()});
   reading.model = calculator.Read(text, "test", options, reading.errors);
   EXPECT_EQ(reading.model == nullptr, !reading.errors.empty()) << text;
   return reading;

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "framework/calculator/ZULTavCalculator.h"
-#include "framework/solver/ZULTaVoModuleManager.h"
+#include "tests/number_module.h"
 
 using Definitions = std::map<std::string, std::string>;
 
@@ -23,9 +23,6 @@ struct Reading {
   ZULTaVoAny& Value(const std::string& name, std::size_t element = 0) const;
   std::string ValueText(const std::string& name, std::size_t element = 0) const;
 };
-
-/// The module of values, open while tests run.
-const ZULTaVoModule& Numbers();
 
 /// Reads a model with the operators of the module.
 Reading ReadModel(const std::string& text, const ZULTavCalculator::Options& options = {});

@@ -171,7 +171,7 @@ TEST(DiagnosticsTest, WhatIsHardlyMeantIsWarnedOf) {
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.source);
     std::vector<ZULTavDiagnostic> errors, warnings;
-    const auto model = ZULTavCalculator({&Numbers()})
+    const auto model = ZULTavCalculator({&NumberModule()})
                            .Read(
                                "x, y : int; odd : int = 7; even : int = 6; p : bool; w : real; "
                                "array[1..3] : int;\n" +

@@ -145,7 +145,7 @@ TEST(LimitsTest, AnyAllocationMayFail) {
   const std::string text =
       "let n = 2; q[1..n] : int = [1, n]; for i in 1..n where i > 1 : q[i] + 1.5 < sqrt(2);"
       "alldifferent(q); p : bool; p -> exists(i in 1..n) q[i] == i; q[3] = 1;";
-  const ZULTavCalculator calculator({&Numbers()});
+  const ZULTavCalculator calculator({&NumberModule()});
   for (const bool all : {false, true}) {
     std::size_t refused = 0;
     for (long n = 0;; ++n) {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cfenv>
-#include <vector>
+#include <utility>
 
 #include "framework/intervals/IntervalControl.h"
 #include "framework/intervals/RealInterval.h"
@@ -107,64 +107,34 @@ TEST(RealIntervalTest, KeepsInfiniteSides) {
   }
 }
 
-/// Every interval with bounds from a few numbers, an empty one among them.
-std::vector<SubdefReal> SmallIntervals() {
-  const double bounds[] = {-kMax, -2, -1, 0, 1, 2.5, kMax};
-  std::vector<SubdefReal> intervals{SubdefReal(kMax, -kMax)};
-  for (const double low : bounds)
-    for (const double high : bounds)
-      if (low <= high) intervals.emplace_back(low, high);
-  return intervals;
-}
-
-bool SameSet(const RealInterval& x, const RealInterval& y) {
-  return x == y || (x.IsEmpty() && y.IsEmpty());
-}
-
-/// The hull of the grid points of x for which `keeps` holds; the bounds above are grid points.
-template <class Keeps>
-SubdefReal HullOfGrid(const SubdefReal& x, Keeps keeps) {
-  SubdefReal hull(kMax, -kMax);
-  for (const double point : {-kMax, -2.5, -2.0, -1.5, -1.0, -0.5, 0.0, 0.5, 1.0, 2.0, 2.5, kMax})
-    if (x.Contains(point) && keeps(point))
-      hull = SubdefReal(std::min(hull.lower, point), std::max(hull.upper, point));
-  return hull;
-}
-
-TEST(RealIntervalTest, OrderOperationsMatchPointwiseSets) {
-  const SubdefReal line;
-  for (const SubdefReal& x : SmallIntervals()) {
-    EXPECT_TRUE(SameSet(x.mf_Abs(), HullOfGrid(line, [&](double v) {
-                          return v >= 0 && (x.Contains(v) || x.Contains(-v));
-                        })));
-    for (const SubdefReal& y : SmallIntervals()) {
-      SCOPED_TRACE(testing::Message()
-                   << x.lower << ' ' << x.upper << ' ' << y.lower << ' ' << y.upper);
-      const auto someY = [&y](auto matches) { return !HullOfGrid(y, matches).IsEmpty(); };
-      const auto image = [&](auto f) {
-        return HullOfGrid(line, [&](double v) {
-          return !HullOfGrid(x, [&](double a) {
-                    return someY([&](double b) { return f(a, b) == v; });
-                  }).IsEmpty();
-        });
-      };
-      const auto preimage = [&](auto f) {
-        return HullOfGrid(
-            line, [&](double a) { return someY([&](double b) { return x.Contains(f(a, b)); }); });
-      };
-      const auto min = [](double a, double b) { return std::min(a, b); };
-      const auto max = [](double a, double b) { return std::max(a, b); };
-      EXPECT_TRUE(SameSet(x.mf_Min(y), image(min)));
-      EXPECT_TRUE(SameSet(x.mf_Max(y), image(max)));
-      EXPECT_TRUE(SameSet(InverseMin(x, y), preimage(min)));
-      EXPECT_TRUE(SameSet(InverseMax(x, y), preimage(max)));
-      EXPECT_TRUE(SameSet(InverseAbs(x, y),
-                          HullOfGrid(y, [&](double v) { return x.Contains(std::fabs(v)); })));
-      EXPECT_TRUE(SameSet(x.mf_Union(y), HullOfGrid(line, [&](double v) {
-                            return x.Contains(v) || y.Contains(v);
-                          })));
-    }
-  }
+TEST(RealIntervalTest, OrderOperationsAreHulls) {
+  using R = SubdefReal;
+  const R empty(kMax, -kMax), line;
+  const std::pair<RealInterval, RealInterval> rows[] = {
+      {RealInterval(1,         5).mf_Min({2, 3}),    {1, 3}   },
+      {RealInterval(1,         5).mf_Min({-9, 3}),   {-9, 3}  },
+      {RealInterval(1,         5).mf_Max({2, 3}),    {2, 5}   },
+      {RealInterval(1,         5).mf_Max({4, kMax}), {4, kMax}},
+      {RealInterval(1,         2).mf_Union({4, 5}),  {1, 5}   },
+      {RealInterval(1,         2).mf_Union(empty),   {1, 2}   },
+      {empty.mf_Union({1, 2}), {1, 2}              },
+      {RealInterval(-3,           2).mf_Abs(),               {0, 3}         },
+      {RealInterval(-3,          -2).mf_Abs(),               {2, 3}},
+      {InverseMin(R{1, 5},               {7, 9}),               {1, 5}         },
+      {InverseMin(R{1, 5},               {5, 9}),            {1, kMax}},
+      {InverseMax(R{1, 5},              {-9, 0}),               {1, 5}         },
+      {InverseMax(R{1, 5},              {-9, 1}),           {-kMax, 5}},
+      {InverseAbs(R{1, 2},                 line),              {-2, 2}         },
+      {InverseAbs(R{1, 2},          {-1.5, 0.5}),           {-1.5, -1}},
+      {InverseAbs(R{-5, 2},              {-9, 1}),              {-2, 1}         },
+  };
+  for (const auto& [found, expected] : rows) EXPECT_EQ(found, expected) << &found - &rows[0].first;
+  for (const RealInterval& none :
+       {RealInterval(1, 5).mf_Min(empty), empty.mf_Max({1, 5}), RealInterval(empty).mf_Abs(),
+        RealInterval(InverseMin(R{4, 5}, {1, 3})), RealInterval(InverseMax(R{4, 5}, {6, 7})),
+        RealInterval(InverseMin(empty, line)), RealInterval(InverseMax(R{4, 5}, empty)),
+        RealInterval(InverseAbs(R{-5, -1}, line)), RealInterval(InverseAbs(R{1, 2}, {-0.5, 0.5}))})
+    EXPECT_TRUE(none.IsEmpty());
   EXPECT_FALSE(SDCheckError());
 }
 

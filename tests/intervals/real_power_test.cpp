@@ -43,43 +43,6 @@ TEST_F(RealPowerTest, IsTheTightestEnclosureAtPoints) {
   }
 }
 
-TEST_F(RealPowerTest, LosesNoTripleOfBaseExponentAndPower) {
-  const double bases[] = {-kMax, -3, -1.5, -1, -0.25, 0, 0.5, 1, 2, 3, kMax};
-  const auto overlap = [](const SubdefReal& a, const SubdefReal& b) {
-    return a.lower <= b.upper && b.lower <= a.upper;
-  };
-  for (const double low : bases) {
-    for (const double high : bases) {
-      if (low > high) continue;
-      const SubdefReal x(low, high);
-      for (long first = -4; first <= 4; ++first) {
-        for (long last = first; last <= 4; ++last) {
-          const SubdefInt n(first, last);
-          const SubdefReal reals(static_cast<double>(first), static_cast<double>(last));
-          const SubdefReal image = pow(x, reals);
-          for (double v = std::max(low, -3.0); v <= std::min(high, 3.0); v += 0.25) {
-            for (double k = reals.lower; k <= reals.upper; k += v > 0 ? 0.5 : 1) {
-              if (v == 0 && k < 0) continue;
-              SCOPED_TRACE(testing::Message() << low << ' ' << high << ' ' << first << ' ' << last
-                                              << ": " << v << '^' << k);
-              const SubdefReal z = pow(SubdefReal(v, v), k);
-              ASSERT_EQ(image.mf_Union(z), image);
-              ASSERT_TRUE(base(z, reals).Contains(v));
-              if (k != std::floor(k)) continue;
-              const auto whole = static_cast<long>(k);
-              ASSERT_TRUE(overlap(pow(x, z, n), z));
-              ASSERT_TRUE(base(z, x, n).Contains(v));
-              ASSERT_TRUE(exponent(z, x, n).Contains(whole));
-              ASSERT_TRUE(exponent(z, v, n).Contains(whole));
-            }
-          }
-        }
-      }
-    }
-  }
-  SDClearError();  // pow of [0, 0] by negative exponents
-}
-
 TEST_F(RealPowerTest, IsTightOnSets) {
   const SubdefReal line;
   const SubdefReal positive(0, kMax);

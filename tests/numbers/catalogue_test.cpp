@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/numbers/numbers_module.h"
+#include "tests/number_module.h"
 
 namespace {
 
@@ -113,7 +113,7 @@ std::string Describe(const ZULTaVoObjectDescriptor& descriptor) {
 
 TEST(CatalogueTest, RegistersEverythingInOrder) {
   const std::vector<std::string> expected = ExpectedDescriptors();
-  const auto& registered = NumbersModule().GetDescriptors();
+  const auto& registered = NumberModule().GetDescriptors();
   ASSERT_EQ(expected.size(), 503U);
   ASSERT_EQ(registered.size(), expected.size());
   for (std::size_t i = 0; i < expected.size(); ++i)

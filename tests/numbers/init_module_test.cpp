@@ -11,7 +11,7 @@
 #include "numbers/InitModule.h"
 #include "numbers/ZULTavSingleInteger.h"
 #include "numbers/ZULTavSingleReal.h"
-#include "tests/numbers/numbers_module.h"
+#include "tests/number_module.h"
 
 namespace {
 
@@ -75,8 +75,8 @@ TEST(InitModuleTest, RefusesWithoutTheAbstractTypes) {
 }
 
 TEST(InitModuleTest, DependsOnTheAbstractTypes) {
-  ASSERT_EQ(NumbersModule().GetLoadedModules().size(), 1U);
-  EXPECT_EQ(NumbersModule().GetLoadedModules()[0]->GetName(), "ZULTavAbstractTypes");
+  ASSERT_EQ(NumberModule().GetLoadedModules().size(), 1U);
+  EXPECT_EQ(NumberModule().GetLoadedModules()[0]->GetName(), "ZULTavAbstractTypes");
 }
 
 }  // namespace

@@ -64,18 +64,7 @@ TEST(IntegerModuloTest, Examples) {
   }
 }
 
-TEST(IntegerModuloTest, PartsAndInsertion) {
-  SubdefInt part;
-  EXPECT_TRUE(GetMinusPart({-5, 3}, part));
-  EXPECT_EQ(part, Set(-5, -1));
-  EXPECT_TRUE(GetZeroPart({-5, 3}, part));
-  EXPECT_EQ(part, Set(0, 0));
-  EXPECT_TRUE(GetPlusPart({-5, 3}, part));
-  EXPECT_EQ(part, Set(1, 3));
-  EXPECT_FALSE(GetMinusPart({0, 3}, part));
-  EXPECT_FALSE(GetZeroPart({1, 3}, part));
-  EXPECT_FALSE(GetPlusPart({-5, 0}, part));
-
+TEST(IntegerModuloTest, Insertion) {
   SubdefInt hull = SubdefInt::Empty();
   const SubdefInt limits(2, 8);
   const struct {

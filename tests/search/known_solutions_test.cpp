@@ -630,7 +630,7 @@ TEST(KnownSolutionsTest, AreKept) {
   for (const bool singleReals : {false, true}) {
     Counts counts;
     KeepSolutions(singleReals, singleReals ? 3000 : 5000, &counts);
-    KeepSolutions(singleReals, 20000, nullptr);
+    KeepSolutions(singleReals, singleReals ? 20000 : 60000, nullptr);
   }
 }
 

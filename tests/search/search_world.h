@@ -1,8 +1,6 @@
 #ifndef ZULTAV_TESTS_SEARCH_SEARCH_WORLD_H
 #define ZULTAV_TESTS_SEARCH_SEARCH_WORLD_H
 
-#include <gtest/gtest.h>
-
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -13,17 +11,7 @@
 #include "framework/calculator/ZULTavCalculator.h"
 #include "framework/search/ZULTavUtilities.h"
 #include "framework/solver/ZULTavAbstractTypes.h"
-
-inline const ZULTaVoModule& NumberModule() {
-  static ZULTaVoModuleManager manager;
-  static const ZULTaVoModule* module = [] {
-    manager.AddSearchDirectory(ZULTAV_TEST_MODULES);
-    const ZULTaVoModule* opened = manager.OpenModule("ZULTavNumbers");
-    if (opened == nullptr) ADD_FAILURE() << manager.GetReason();
-    return opened;
-  }();
-  return *module;
-}
+#include "tests/number_module.h"
 
 /// A model that was read from text, or why it could not.
 struct TextModel {

@@ -60,6 +60,12 @@ TEST(OperatorTest, EachFactoryPostsItsConstraintInEveryDirection) {
       {"sqrt",   "BufferedUnary",    {SI, SR},     {"Any", "3"},          {"9", "3"}                        },
       {"sqrt",   "BufferedUnary",    {II, IR},     {"2,10", "Any"},       {"2,10", "1.414213562,3.16227766"}},
       {"Pi",     "Constant",         {IR},         {"Any"},               {"3.141592653,3.141592654"}       },
+      {"==",     "SecondInverse",    {IR, IR, SB}, {"0,1", "2,3", "Any"}, {"0,1", "2,3", "0"}               },
+      {"==",     "SecondInverse",    {SR, IR, SB}, {"2", "2", "Any"},     {"2", "2", "1"}                   },
+      {"==",     "SecondInverse",    {IR, IR, SB}, {"0,2", "2,3", "Any"}, {"0,2", "2,3", "Any"}             },
+      {"<<",     "SecondInverseSym", {IR, SR, SB}, {"0,1", "2", "Any"},   {"0,1", "2", "1"}                 },
+      {"<<",     "SecondInverseSym", {IR, SR, SB}, {"2,3", "2", "Any"},   {"2,3", "2", "0"}                 },
+      {"<<",     "SecondInverseSym", {IR, IR, SB}, {"0,2", "1,3", "Any"}, {"0,2", "1,3", "Any"}             },
   };
   for (const OperatorRow& row : rows) {
     SCOPED_TRACE(std::string(row.name) + " " + row.before[0]);
@@ -172,7 +178,9 @@ TEST(FrameworkConstraintTest, NarrowsInEveryDirection) {
 TEST(FrameworkConstraintTest, RefusesMissingForeignAndNilArguments) {
   World world;
   ZULTaVoAny* nil[] = {world.Add(II, "Nil"), world.Add(IR, "Nil"), world.Add(SB, "Nil")};
-  for (const auto* descriptor : world.Open("ZULTavAbstractTypes").GetDescriptors()) {
+  auto descriptors = world.Open("ZULTavAbstractTypes").GetDescriptors();
+  descriptors.push_back(world.Open("ZULTavNumbers").FindConstraint("PrimeNumber"));
+  for (const auto* descriptor : descriptors) {
     if (descriptor->GetKind() != ZULTaVoObjectDescriptor::Kind::kConstraint) continue;
     SCOPED_TRACE(descriptor->GetName());
     const auto& type = static_cast<const ZULTaVoConstraintDescriptor&>(*descriptor);
