@@ -51,7 +51,6 @@ class Checkpoint {
                     const std::function<void(const ZULTavSolution&)>& use) const;
 
   Found& GetFound() { return *mFound; }
-  const std::string& GetModelFile() const { return mModelFile; }
   /// Of all runs before this one.
   const ZULTavSearch::Statistics& GetBefore() const { return mBefore; }
   /// The sum of those and of the present run.

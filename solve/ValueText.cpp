@@ -7,6 +7,7 @@
 #include <ostream>
 #include <string_view>
 
+#include "framework/solver/SingleValue.h"
 #include "framework/solver/ZULTavAbstractTypes.h"
 
 namespace {
@@ -20,8 +21,6 @@ template <class Number>
 auto BoundsOf(const Number& value) {
   return Bounds<decltype(value.GetLowerBound())>{value.GetLowerBound(), value.GetUpperBound()};
 }
-
-constexpr long kSingleAny = -1;  // how a single-value type counts Any
 
 /// What the type of a number can hold: a bound that lies there is an infinite side.
 template <class Number>

@@ -6,7 +6,6 @@
 #include <memory>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "framework/calculator/Export.h"
@@ -76,8 +75,6 @@ class ZULTAV_CALCULATOR_API ZULTavModel {
   const ZULTaVoNetwork& Network() const { return mNetwork; }
   /// In the order of declaration.
   const std::vector<Variable>& Variables() const { return mVariables; }
-  /// The variable of that name, or null.
-  const Variable* FindVariable(std::string_view name) const;
   const std::vector<Expression>& Expressions() const { return mExpressions; }
   /// In the order of the source.
   const std::vector<Statement>& Statements() const { return mStatements; }
@@ -89,11 +86,6 @@ class ZULTAV_CALCULATOR_API ZULTavModel {
   /// model of these modules: in.Reason() says why.
   static std::unique_ptr<ZULTavModel> Read(ZULipstream& in,
                                            std::span<const ZULTaVoModule* const> modules);
-
-  /// Writes an expression with every application in parentheses, such as "((x ^ 2) + y)".
-  void PrintExpression(std::ostream& out, std::uint32_t expression) const;
-  /// Writes a statement, such as "((x ^ 2) + y) = 5".
-  void PrintStatement(std::ostream& out, const Statement& statement) const;
 
  private:
   friend class zultav::detail::ModelBuilder;

@@ -10,15 +10,13 @@
 #include "framework/intervals/SubdefReal.h"
 #include "framework/solver/FrameworkConstraints.h"
 #include "framework/solver/LocalCopy.h"
+#include "framework/solver/SingleValue.h"
 
 namespace {
 
 using Function = RealSystem::Function;
 using Relation = RealSystem::Relation;
 using Guard = RealSystem::Guard;
-
-// What a type of single values answers as the cardinality of Any.
-constexpr long kSingleAny = -1;
 
 constexpr RealInterval kPi = {0x1.921fb54442d18p+1, 0x1.921fb54442d19p+1};
 constexpr RealInterval kE = {0x1.5bf0a8b145769p+1, 0x1.5bf0a8b14576ap+1};
@@ -263,7 +261,7 @@ class RealSystemBuilder {
       } else {
         discrete = false;
         numbers = numbers && argument->IsDerivedFrom(ZULTaVoReal::sIdent) &&
-                  !IsSingle(static_cast<const ZULTaVoAny&>(*argument));
+                  !IsSingleType(static_cast<const ZULTaVoAny&>(*argument));
       }
     }
     if (discrete) return;  // decided by propagation once its arguments are single values
@@ -273,7 +271,7 @@ class RealSystemBuilder {
 
   /// Whether the type holds one value only. Such values are compared with a tolerance, which makes
   /// solutions of what has none in true reals.
-  bool IsSingle(const ZULTaVoAny& value) {
+  bool IsSingleType(const ZULTaVoAny& value) {
     const auto [place, isNew] = mSingles.try_emplace(value.GetDescriptor(), true);
     if (!isNew) return place->second;
     LocalCopy any(value);

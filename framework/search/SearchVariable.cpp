@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
-namespace {
+#include "framework/solver/SingleValue.h"
 
-// What a single-value type answers as the cardinality of Any.
-constexpr long kUnsplittable = -1;
+namespace {
 
 SearchVariable::Kind KindOf(const ZULTaVoAny& value) {
   if (value.IsDerivedFrom(ZULTaVoInteger::sIdent)) return SearchVariable::Kind::kInteger;
@@ -28,15 +27,15 @@ SearchVariable::SearchVariable(ZULTaVoAny* value, const ZULTaVoObjectDescriptor*
 bool SearchVariable::IsSingle() const {
   switch (mKind) {
     case Kind::kInteger:
-      return AsInteger().GetLowerBound() == AsInteger().GetUpperBound();
+      return IsSingleValue(AsInteger());
     case Kind::kBoolean:
-      return AsBoolean().IsTrue() || AsBoolean().IsFalse();
+      return IsSingleValue(AsBoolean());
     case Kind::kReal:
-      return AsReal().GetLowerBound() == AsReal().GetUpperBound();
+      return IsSingleValue(AsReal());
     case Kind::kOther:
       break;
   }
-  return mValue->GetCardinality() == 1;
+  return IsSingleValue(*mValue);
 }
 
 bool SearchVariable::IsOpen(const WidthLimit& limit) const {
@@ -47,7 +46,7 @@ bool SearchVariable::IsOpen(const WidthLimit& limit) const {
     const double middle = (lower + upper) * 0.5;
     if (limit.Holds(lower, upper) || !(lower < middle && middle < upper)) return false;
   }
-  return mValue->GetCardinality() != kUnsplittable;
+  return mValue->GetCardinality() != kSingleAny;
 }
 
 ZULTaVoAny::ValueSelection SearchVariable::Adapt(ZULTaVoAny::ValueSelection selection) const {

@@ -57,7 +57,7 @@ class Step {
   template <class Operation>
   bool InverseOrAny(Any& x, Operation operation) const {
     if (IsSingleValue(x)) return true;
-    const bool unbounded = x.GetCardinality() == -1;
+    const bool unbounded = x.GetCardinality() == kSingleAny;
     const int answer = operation();
     if (answer != 0 && unbounded && x.IsNil()) {
       x.SetAny();

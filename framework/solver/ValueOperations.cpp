@@ -102,7 +102,7 @@ bool IsSingleValue(const ZULTaVoAny& x) {
   if (x.GetCardinality() != 1) return false;
   if (x.IsDerivedFrom(ZULTaVoInteger::sIdent)) return true;
   const auto* real = ZULTaVoCast<ZULTaVoReal>(&x);  // a narrow interval counts as one value, too
-  return real == nullptr || real->GetLowerBound() == real->GetUpperBound();
+  return real == nullptr || IsSingleValue(*real);
 }
 
 double ZULTaVoAny::GetWidth() const {

@@ -68,8 +68,7 @@ struct alignas(Arena::kAlignment) ZULTaVoNetwork::Node {
   ZULTaVoAny* Object() { return reinterpret_cast<ZULTaVoAny*>(this + 1); }
   /// Most reals are found to be wider without a look at their class.
   void UpdateSingle() {
-    single = (real == nullptr || real->GetLowerBound() == real->GetUpperBound()) &&
-             IsSingleValue(*Object());
+    single = real != nullptr ? IsSingleValue(*real) : IsSingleValue(*Object());
   }
   void Remember() {
     UpdateSingle();

@@ -43,7 +43,6 @@ class ZULTAV_TYPES_API ZULTaVoObjectDescriptor : public ZULStreamable, public ZU
 
   const char* GetName() const { return mName.Str(); }
   const ZULTaVoObjectDescriptor* GetBase() const { return mBase; }
-  int GetVersion() const { return mVersion; }
 
  private:
   friend class ZULTaVoModule;

@@ -1,6 +1,35 @@
 #include "tests/calculator/calculator_world.h"
 
+#include <algorithm>
+#include <cctype>
 #include <sstream>
+
+namespace {
+
+/// With every application in parentheses, such as "((x ^ 2) + y)".
+std::string ExpressionText(const ZULTavModel& model, std::uint32_t index) {
+  const auto& node = model.Expressions()[index];
+  std::ostringstream out;
+  if (node.IsVariable()) {
+    const auto& variable = model.Variables()[node.operands[0]];
+    out << variable.name;
+    if (variable.isArray) out << '[' << variable.firstIndex + long(node.operands[1]) << ']';
+    return out.str();
+  }
+  if (node.IsConstant()) {
+    node.object->PrintOn(out);
+    return out.str();
+  }
+  const std::string name = node.op->GetName();
+  if (node.op->GetNumberOfArguments() == 0) return name;
+  const std::string first = ExpressionText(model, node.operands[0]);
+  if (node.op->GetNumberOfArguments() == 2)
+    return "(" + first + " " + name + " " + ExpressionText(model, node.operands[1]) + ")";
+  return std::isalpha(static_cast<unsigned char>(name[0])) ? name + "(" + first + ")"
+                                                           : "(" + name + first + ")";
+}
+
+}  // namespace
 
 std::string Reading::ErrorText() const {
   std::ostringstream out;
@@ -9,16 +38,23 @@ std::string Reading::ErrorText() const {
 }
 
 std::string Reading::StatementText() const {
-  std::ostringstream out;
+  constexpr const char* kSigns[] = {" = ", " <> ", " < ", " <= ", " > ", " >= "};
+  std::string text;
   for (const auto& statement : model->Statements()) {
-    model->PrintStatement(out, statement);
-    out << "; ";
+    text += ExpressionText(*model, statement.left);
+    if (statement.kind != ZULTavModel::Statement::Kind::kTrue)
+      text += kSigns[static_cast<std::size_t>(statement.kind)] +
+              ExpressionText(*model, statement.right);
+    text += "; ";
   }
-  return out.str();
+  return text;
 }
 
 ZULTaVoAny& Reading::Value(const std::string& name, std::size_t element) const {
-  return *model->FindVariable(name)->values.at(element);
+  const auto& variables = model->Variables();
+  const auto found = std::find_if(variables.begin(), variables.end(),
+                                  [&](const auto& variable) { return variable.name == name; });
+  return *found->values.at(element);
 }
 
 std::string Reading::ValueText(const std::string& name, std::size_t element) const {

@@ -88,7 +88,6 @@ TEST(LimitsTest, LongChainsNeedNoDeepStack) {
                                       Repeat(row.repeated, kTerms) + row.after);
     EXPECT_EQ(reading.ErrorText(), "");
     ASSERT_NE(reading.model, nullptr);
-    EXPECT_GE(reading.StatementText().size(), 20U);  // printing needs no deep stack either
   }
 }
 

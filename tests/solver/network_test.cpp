@@ -254,8 +254,9 @@ TEST_F(NetworkTest, SlowConvergenceOfRealsEnds) {
   fresh.network.ScheduleAll();
   EXPECT_EQ(fresh.network.Propagate(), Status::kLimit);
   fresh.network.SetNarrowingFraction(-1);
-  fresh.network.SetNarrowingFraction(1);
-  EXPECT_EQ(fresh.network.GetNarrowingFraction(), 0);
+  fresh.network.SetNarrowingFraction(1);  // neither is a share
+  fresh.network.ScheduleAll();
+  EXPECT_EQ(fresh.network.Propagate(), Status::kLimit);
 }
 
 /// A search that goes on from a stored path has not visited what lies beside it.
