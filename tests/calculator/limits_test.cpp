@@ -1,11 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <random>
-
 #include "tests/calculator/calculator_world.h"
-
-extern long gAllocationsUntilFailure;
-extern bool gAllFailThen;
+#include "tests/counted_memory.h"
 
 namespace {
 
@@ -88,55 +84,6 @@ TEST(LimitsTest, LongChainsNeedNoDeepStack) {
                                       Repeat(row.repeated, kTerms) + row.after);
     EXPECT_EQ(reading.ErrorText(), "");
     ASSERT_NE(reading.model, nullptr);
-  }
-}
-
-constexpr const char* kWholeModel = R"(// every construct once
-let n = 4, half = 1/2, big = n > 3;   /* constants */
-q[1..n], x : int = [1, n*2]; r : real = [0.5, 1e3]; b, c : bool; s : single real = -2.5e-1;
-for i in 1..n, j in i+1..n where (i + j) mod 2 = 1 : { q[i] <> q[j]; q[i] + i < 9; }
-alldifferent(q); x = sum(i in 1..n) q[i] * 2 - min(q); r = real(x - 1) ^ half + sqrt(2) * Pi;
-b -> (x >> 3 || ~c) && forall(i in 1..n where i > 2) (q[i] <<>> x); c == PrimeNumber(x);
-product(i in 1..2) q[i] >= 0.1; max(x, q[2], 3) /\ 7 \/ -x <= 100;
-)";
-
-/// Reading ends, and ends with a model or with errors.
-void ReadHostile(const std::string& text) {
-  ZULTavCalculator::Options options;
-  options.limits.iterations = 10000;
-  options.limits.operations = 10000;
-  options.limits.variables = 10000;
-  const Reading reading = ReadModel(text, options);
-  EXPECT_LT(reading.ErrorText().size(), 1000000U);
-}
-
-TEST(LimitsTest, DamagedTextIsReadOrRefused) {
-  const std::string whole = kWholeModel;
-  ASSERT_EQ(ReadModel(whole).ErrorText(), "");
-  for (std::size_t length = 0; length < whole.size(); ++length)
-    ReadHostile(whole.substr(0, length));
-  std::mt19937 random(3);
-  for (int i = 0; i < 3000; ++i) {
-    std::string text = whole;
-    for (unsigned int change = random() % 4; change < 4; ++change) {
-      const std::size_t at = random() % text.size();
-      const std::size_t length = random() % 12;
-      const std::string piece = text.substr(random() % text.size(), random() % 12);
-      switch (random() % 4) {
-        case 0:
-          text[at] = static_cast<char>(random());
-          break;
-        case 1:
-          text.erase(at, length);
-          break;
-        case 2:
-          text.insert(at, piece);
-          break;
-        default:
-          text.replace(at, length, piece);
-      }
-    }
-    ReadHostile(text);
   }
 }
 

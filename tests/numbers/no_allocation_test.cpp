@@ -6,8 +6,7 @@
 #include <vector>
 
 #include "framework/solver/ZULTavAbstractTypes.h"
-
-extern long gAllocations;  // counted_new.cpp
+#include "tests/counted_memory.h"
 
 namespace {
 void* Count(std::size_t size) {

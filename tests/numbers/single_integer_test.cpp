@@ -366,31 +366,15 @@ TEST(SingleIntegerTest, ValuesBeyondTheRangeAreUnknown) {
 // Sign -------------------------------------------------------------------------------------------
 
 TEST(SingleIntegerTest, SignsMayBeASet) {
-  struct {
-    long low, high;
-    V negative, zero, positive;
-  } rows[] = {
-      {-1, 1,  -5,   0,    5   },
-      {-1, 0,  -5,   0,    kNil},
-      {0,  1,  kNil, 0,    5   },
-      {1,  9,  kNil, kNil, 5   },
-      {-9, -1, -5,   kNil, kNil},
-      {2,  9,  kNil, kNil, kNil},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(testing::Message() << row.low << ".." << row.high);
-    const ZULTavIntervalInteger signs(row.low, row.high);
-    const std::pair<V, V> cases[] = {
-        {-5, row.negative},
-        {0,  row.zero    },
-        {5,  row.positive}
-    };
-    for (const auto& [x, expected] : cases) {
-      SI number(x);
-      EXPECT_EQ(number.CalcInverseSignumValue(signs), expected != x);
-      EXPECT_EQ(number.GetValue(), expected);
-    }
-  }
+  for (long low = -9; low <= 9; ++low)
+    for (long high = low; high <= 9; ++high)
+      for (V x : {V{-5}, V{0}, V{5}}) {
+        SCOPED_TRACE(testing::Message() << x << " with sign " << low << ".." << high);
+        const V sign = (x > 0) - (x < 0), expected = low <= sign && sign <= high ? x : kNil;
+        SI number(x);
+        EXPECT_EQ(number.CalcInverseSignumValue(ZULTavIntervalInteger(low, high)), expected != x);
+        EXPECT_EQ(number.GetValue(), expected);
+      }
   /// -1 and 1, which no domain of this module can hold without 0.
   class BothSigns final : public OtherInteger {
    public:

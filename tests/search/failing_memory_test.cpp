@@ -10,9 +10,7 @@
 #include "framework/calculator/ZULTavCalculator.h"
 #include "framework/search/ZULTavUtilities.h"
 #include "framework/solver/ZULTavAbstractTypes.h"
-
-extern long gAllocationsUntilFailure;
-extern bool gAllFailThen;
+#include "tests/counted_memory.h"
 
 namespace {
 

@@ -172,15 +172,6 @@ TEST(NewtonTest, KeepsNegativesNextToZero) {
         << statements;
 }
 
-TEST(NewtonTest, PointsOfAContinuumAreProven) {
-  const std::vector<Box> boxes =
-      Solve("x, y, z : real = [-2, 2]; x^2 + y^2 = 1; z = x * y; z >= 0.25;", 0.01);
-  EXPECT_GT(boxes.size(), 30u);
-  const auto proven =
-      std::count_if(boxes.begin(), boxes.end(), [](const Box& b) { return b.proven; });
-  EXPECT_GT(proven * 10, static_cast<long>(boxes.size()) * 8);
-}
-
 // --- Random systems ---------------------------------------------------------------------------
 
 /// Quadratic equations in kCount unknowns, with coefficients that doubles hold.
