@@ -1,9 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
 #include <optional>
-#include <random>
 #include <sstream>
 #include <string>
 
@@ -171,30 +168,6 @@ TEST(ValueReaderTest, TheBadBitStays) {
   SR value;
   value.InputValue(in);
   EXPECT_EQ(in.rdstate(), std::ios::badbit | std::ios::failbit);
-}
-
-/// What is printed reads back, and prints the same.
-template <class C>
-void ExpectStableText(const C& value) {
-  std::ostringstream text;
-  text << value;
-  EXPECT_EQ(Read<C>(text.str()), text.str() + '|');
-}
-
-TEST(ValueReaderTest, ReadsWhatIsPrinted) {
-  std::mt19937_64 random(20240611);
-  std::uniform_real_distribution<double> digits(-1, 1);
-  std::uniform_int_distribution<long> integer(-SI::sNC_INT_MAX, SI::sNC_INT_MAX);
-  std::uniform_int_distribution<int> exponent(-22, 62);
-  for (int i = 0; i < 2000; ++i) {
-    const double a = std::ldexp(digits(random), exponent(random));
-    const double b = a + 1 + std::fabs(a) * (1 + digits(random));
-    const auto [m, n] = std::minmax({integer(random), integer(random)});
-    ExpectStableText(SR(a));
-    ExpectStableText(IR(a, b));
-    ExpectStableText(SI(m));
-    ExpectStableText(II(m, n));
-  }
 }
 
 }  // namespace

@@ -118,19 +118,6 @@ TEST(OperatorTest, ResolvesTheExactTypesFirstThenBaseTypesInOrder) {
   EXPECT_EQ(find("plus", {SI, SI}), "");
 }
 
-TEST(OperatorTest, OperatorsOfOneModuleTakeTheIntegersOfAnother) {
-  World world;
-  ZULTaVoAny* x = world.Add("bit int", "2,5");
-  ZULTaVoAny* y = world.Add("bit int", "-1,4");
-  ZULTaVoAny* sum = world.Add(II, "8,90");
-  ZULTaVoObject* const operands[] = {x, y};
-  const ZULTaVoObjectDescriptor* types[] = {world.Type("bit int"), world.Type("bit int")};
-  const auto* plus = world.Open("ZULTavNumbers").FindOperator("+", types, 2);
-  ASSERT_EQ(plus->Post(world.network, operands, sum), 1);
-  EXPECT_EQ(world.network.Propagate(), Status::kConsistent);
-  EXPECT_EQ(ShowAll({x, y, sum}), (Shown{"4,5", "3,4", "8,9"}));
-}
-
 // Those of integers and booleans are compared with brute force as operators.
 TEST(FrameworkConstraintTest, NarrowsInEveryDirection) {
   const ConstraintRow rows[] = {
