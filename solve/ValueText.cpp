@@ -56,7 +56,7 @@ std::string Shortest(T number) {
 }
 
 /// A number that its reader takes for a real.
-std::string AsReal(std::string text) {
+std::string AsReal(const std::string& text) {
   return text.find_first_of(".e") == std::string::npos ? text + ".0" : text;
 }
 
@@ -103,10 +103,10 @@ void Cut(Decimal& number, std::size_t count, bool upward) {
 }
 
 /// Without zeros at the end; with an exponent where the number would become long.
-std::string Layout(Decimal number) {
+std::string Layout(const Decimal& number) {
   constexpr int kLeast = -5, kGreatest = 15;
-  auto& [digits, exponent] = number;
-  digits.erase(digits.find_last_not_of('0') + 1);
+  const int exponent = number.exponent;
+  std::string digits = number.digits.substr(0, number.digits.find_last_not_of('0') + 1);
   if (exponent < kLeast || exponent >= kGreatest) {
     if (digits.size() > 1) digits.insert(1, ".");
     return digits + 'e' + std::to_string(exponent);
@@ -136,7 +136,7 @@ std::string DecimalText(double number, double precision, Rounding rounding) {
     Cut(decimal, static_cast<std::size_t>(std::min(count, kMost)),
         (rounding == Rounding::kUp) == (number > 0));
   }
-  return (number < 0 ? "-" : "") + Layout(std::move(decimal));
+  return (number < 0 ? "-" : "") + Layout(decimal);
 }
 
 // --- Values -----------------------------------------------------------------------------------
