@@ -349,8 +349,7 @@ double ValueOf(const ZULTaVoAny& value) {
 /// Whether reading went well, and the search to its end. A solution that is not proven has a value
 /// too many.
 bool Search(const Model& model, std::uint64_t seed, Solutions& solutions, std::string& trouble) {
-  const std::string text = model.Text();
-  TextModel read(text);
+  TextModel read(model.Text());
   trouble = read.error;
   if (read.model == nullptr) return false;
   ZULTavSearch::Options options;

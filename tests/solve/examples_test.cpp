@@ -126,18 +126,14 @@ TEST(ExamplesTest, OptionsDoNotChangeWhatIsFound) {
       }
       std::set<int> found;
       for (const json& solution : document["solutions"]) {
-        const json& values = solution["values"];
+        const json &values = solution["values"], &r = values["r"];
         const int x = values["x"];
         found.insert(x);
         EXPECT_EQ(values["y"], x + (defines ? 3 : 2));
         EXPECT_EQ(values["b"], x > 2);
         EXPECT_EQ(solution["proven"], true);
-        if (values["r"].is_number()) {
-          EXPECT_EQ(values["r"], std::sqrt(x));
-        } else {
-          EXPECT_LE(values["r"]["lo"], std::sqrt(x));
-          EXPECT_GE(values["r"]["hi"], std::sqrt(x));
-        }
+        EXPECT_LE(r.is_number() ? r : r["lo"], std::sqrt(x));
+        EXPECT_GE(r.is_number() ? r : r["hi"], std::sqrt(x));
       }
       EXPECT_EQ(found.size(), static_cast<std::size_t>(count));
       EXPECT_EQ(document["solutions"].size(), found.size());
