@@ -1,31 +1,22 @@
 #include "solve/Checkpoint.h"
 
-#include <array>
-#include <cerrno>
 #include <cmath>
-#include <cstring>
-#include <fstream>
-#include <iterator>
 #include <limits>
+#include <new>
+#include <sstream>
 #include <utility>
 
-#include "framework/base/Fnv1a.h"
 #include "framework/base/ZULipstream.h"
-#include "solve/ReplaceFile.h"
+#include "framework/base/ZULopstream.h"
 
 namespace {
 
 constexpr char kKind[] = "zultav run";
-constexpr std::uint64_t kVersion = 2;
-constexpr std::size_t kChecksumSize = 8;
-
-std::string ChecksumOf(std::string_view bytes) {
-  const std::uint64_t hash = Fnv1a(bytes);
-  std::string text;
-  for (std::size_t i = 0; i < kChecksumSize; ++i)
-    text += static_cast<char>(static_cast<unsigned char>(hash >> 8 * i));
-  return text;
-}
+constexpr std::uint64_t kVersion = 3;
+/// Kinds of records.
+enum : char { kRun = 'R', kFound = 'F', kState = 'S' };
+/// Bytes of solutions that are kept before they are written.
+constexpr std::streamoff kFoundLimit = 1 << 16;
 
 // Every field is written and read by a function of the same shape, so that one list of them
 // (ForEachField) serves both ways.
@@ -95,66 +86,177 @@ bool ReadBytes(const std::string& bytes, std::string& reason, Use use) {
   return false;
 }
 
+/// Answers true with what `write` writes to an object stream; false and a reason otherwise.
 template <class Write>
-std::string BytesOf(Write write) {
-  std::ostringstream bytes;
-  ZULopstream out(bytes);
+bool WriteBytes(std::string& bytes, std::string& reason, Write write) {
+  std::ostringstream target;
+  ZULopstream out(target);
   write(out);
-  return out.Good() ? bytes.str() : std::string();
+  if (out.Good()) bytes = target.str();
+  if (!out.Good()) reason = target ? out.Reason() : "out of memory";
+  return out.Good();
+}
+
+std::string Head() {
+  std::string head, none;
+  WriteBytes(head, none, [](ZULopstream& out) {
+    out.WriteString(kKind);
+    out.WriteUnsigned(kVersion);
+  });
+  return head;
+}
+
+bool IsHead(const std::string& bytes, std::string& reason) {
+  reason = "it is empty";
+  if (bytes.empty()) return false;
+  std::uint64_t version = 0;
+  const bool read = ReadBytes(bytes, reason, [&](ZULipstream& in) {
+    std::string kind;
+    if (in.ReadString(kind, sizeof(kKind)) && kind != kKind) in.Fail("it is something else");
+    return in.ReadUnsigned(version);
+  });
+  if (!read || version == kVersion) return read;
+  reason = "it is of version " + std::to_string(version) + ", and this program's is " +
+           std::to_string(kVersion);
+  return false;
 }
 
 }  // namespace
 
-/// What a checkpoint consists of, in the order of the file.
+/// Solutions as bytes, ready to be written.
+class Checkpoint::Found {
+ public:
+  Found() : mOut(mBytes) {}
+  void Add(const ZULTavSolution& solution) {
+    solution.Write(mOut);
+    ++mCount;
+  }
+  bool IsEmpty() const { return mCount == 0; }
+  bool IsWhole() const { return mOut.Good(); }
+  bool IsMuch() { return mBytes.tellp() >= kFoundLimit; }
+  void Write(ZULopstream& out) const {
+    out.WriteUnsigned(mCount);
+    out.WriteString(mBytes.view());
+  }
+
+ private:
+  std::ostringstream mBytes;
+  ZULopstream mOut;
+  std::uint64_t mCount = 0;
+};
+
+/// What a run consists of, in the order of the file.
 template <class Self, class Stream>
-void Checkpoint::ForEachField(Self& self, Stream& stream) {
+void Checkpoint::ForEachRunField(Self& self, Stream& stream) {
   const auto transfer = [&stream](auto&... fields) { (Transfer(stream, fields), ...); };
   transfer(self.mModelFile, self.mModule, self.mPrecision, self.mRatio, self.mTrigLimits);
   auto& options = self.mOptions;
   transfer(options.choice, options.selection, options.limits.solutions, options.absoluteWidth,
-           options.relativeWidth, options.hiddenNodes);
-  auto& before = self.mBefore;
-  transfer(before.solutions, before.nodes, before.fails, before.narrowings, before.propagations,
-           before.peakDepth, before.seconds);
-  transfer(self.mFinished, self.mModel, self.mState, self.mFoundBytes);
+           options.relativeWidth, options.hiddenNodes, self.mModel);
 }
 
-Checkpoint::Checkpoint(const Options& options, const ZULTavModel& model) : Checkpoint() {
-  mModelFile = options.modelFile;
-  mModule = options.module;
-  mPrecision = options.precision;
-  mRatio = options.ratio;
-  mTrigLimits = options.trigLimits;
-  mOptions = options.search;
-  mModel = BytesOf([&](ZULopstream& out) { model.Write(out); });
+/// How far it came.
+template <class AnyState, class Stream>
+void Checkpoint::ForEachStateField(AnyState& state, Stream& stream) {
+  const auto transfer = [&stream](auto&... fields) { (Transfer(stream, fields), ...); };
+  auto& total = state.total;
+  transfer(total.solutions, total.nodes, total.fails, total.narrowings, total.propagations,
+           total.peakDepth, total.seconds);
+  transfer(state.finished, state.search);
 }
 
-std::unique_ptr<Checkpoint> Checkpoint::Read(const std::string& file, std::string& reason) {
-  errno = 0;
-  std::ifstream source(file, std::ios::binary);
-  std::string bytes(std::istreambuf_iterator<char>(source), {});
-  if (!source || bytes.empty()) {
-    reason = "cannot read checkpoint '" + file + "'";
-    if (errno != 0) reason += std::string(": ") + std::strerror(errno);
+Checkpoint::Checkpoint() : mFound(std::make_unique<Found>()) {}
+Checkpoint::~Checkpoint() = default;
+
+std::unique_ptr<Checkpoint> Checkpoint::Begin(const Options& options, const ZULTavModel& model,
+                                              std::string& reason) {
+  const std::string& file = options.checkpointFile;
+  const auto old = Open(file, Journal::Access::kReplace, reason);
+  if (old == nullptr) return nullptr;
+  if (old->mJournal->Exists() && !old->IsFinished() && !options.force) {
+    reason = "'" + file + "' holds an unfinished run: go on with 'zultav resume " + file +
+             "', or replace it with --force";
     return nullptr;
   }
-  auto checkpoint = std::unique_ptr<Checkpoint>(new Checkpoint());
-  std::string why = "it is damaged";
-  const std::size_t size = bytes.size() - std::min(bytes.size(), kChecksumSize);
-  const bool whole = ChecksumOf(std::string_view(bytes).substr(0, size)) == bytes.substr(size);
-  bytes.resize(size);
-  const auto read = [&](ZULipstream& in) {
-    std::string kind;
-    std::uint64_t version = 0;
-    if (in.ReadString(kind, sizeof(kKind)) && kind != kKind) in.Fail("it is something else");
-    in.ReadUnsigned(version);
-    if (in.Good() && version != kVersion) in.Fail("it is of another version");
-    ForEachField(*checkpoint, in);
-    return in.Good();
-  };
-  if (whole && ReadBytes(bytes, why, read)) return checkpoint;
+  std::unique_ptr<Checkpoint> made(new Checkpoint());
+  made->mModelFile = options.modelFile;
+  made->mModule = options.module;
+  made->mPrecision = options.precision;
+  made->mRatio = options.ratio;
+  made->mTrigLimits = options.trigLimits;
+  made->mOptions = options.search;
+  made->mJournal = std::move(old->mJournal);
+  std::string run, why;
+  const auto fill = [&](Journal& journal, std::string&) { return journal.Append(kRun, run, why); };
+  if (WriteBytes(made->mModel, why, [&](ZULopstream& out) { model.Write(out); }) &&
+      WriteBytes(run, why, [&](ZULopstream& out) { ForEachRunField(*made, out); }) &&
+      made->mJournal->Rewrite(Head(), fill, why))
+    return made;
+  reason = "cannot write checkpoint '" + file + "': " + why;
+  return nullptr;
+}
+
+std::unique_ptr<Checkpoint> Checkpoint::Open(const std::string& file, Journal::Access access,
+                                             std::string& reason) {
+  std::unique_ptr<Checkpoint> checkpoint(new Checkpoint());
+  std::string why;
+  checkpoint->mJournal = Journal::Open(file, access, why);
+  if (checkpoint->mJournal == nullptr) {
+    reason = "cannot open checkpoint '" + file + "': " + why;
+    return nullptr;
+  }
+  if (!checkpoint->mJournal->Exists() || checkpoint->Read(why)) return checkpoint;
   reason = "'" + file + "' is no checkpoint that can be used: " + why;
   return nullptr;
+}
+
+/// Reads all records, and stops at the last state that is whole.
+bool Checkpoint::Read(std::string& reason) {
+  if (!IsHead(mJournal->ReadHead(Head().size()), reason)) return false;
+  Journal::Record record;
+  reason = "it is damaged";
+  if (!mJournal->Read(record)) return false;
+  reason = "it does not begin with a run";
+  if (record.kind != kRun || !ReadBytes(record.bytes, reason, [this](ZULipstream& in) {
+        ForEachRunField(*this, in);
+        return in.Good();
+      }))
+    return false;
+  mJournal->EndHere();
+  std::uint64_t solutions = 0;
+  for (std::uint64_t begin = mJournal->GetPosition(); mJournal->Read(record);
+       begin = mJournal->GetPosition()) {
+    std::uint64_t count = 0;
+    const auto readCount = [&](ZULipstream& in) { return in.ReadUnsigned(count); };
+    if (record.kind == kFound) {
+      if (!ReadBytes(record.bytes, reason, readCount)) return false;
+      solutions += count;
+    } else if (!ReadState(record, reason)) {
+      return false;
+    } else if (mState.total.solutions != solutions) {
+      reason = "it does not agree with itself";
+      return false;
+    } else {
+      mJournal->EndHere();
+      CountState(begin);
+    }
+  }
+  return true;
+}
+
+bool Checkpoint::ReadState(const Journal::Record& record, std::string& reason) {
+  return ReadBytes(record.bytes, reason, [&](ZULipstream& in) {
+    if (record.kind != kState) in.Fail("it holds a record of an unknown kind");
+    ForEachStateField(mState, in);
+    return in.Good();
+  });
+}
+
+/// The last state begins there and goes to the end; the one before it, if any, is superseded.
+void Checkpoint::CountState(std::uint64_t begin) {
+  mSupersededSize += mStateSize;
+  mStateBegin = begin;
+  mStateSize = mJournal->GetEnd() - begin;
 }
 
 void Checkpoint::Restore(Options& options) const {
@@ -173,8 +275,8 @@ void Checkpoint::Restore(Options& options) const {
   if (options.solutionsGiven) return;
   std::uint64_t& solutions = search.limits.solutions;
   solutions = mOptions.limits.solutions;
-  if (solutions != ZULTavSearch::kUnlimited && solutions > mBefore.solutions)
-    solutions -= mBefore.solutions;
+  if (solutions != ZULTavSearch::kUnlimited && solutions > mState.total.solutions)
+    solutions -= mState.total.solutions;
 }
 
 std::unique_ptr<ZULTavModel> Checkpoint::MakeModel(std::span<const ZULTaVoModule* const> modules,
@@ -187,50 +289,119 @@ std::unique_ptr<ZULTavModel> Checkpoint::MakeModel(std::span<const ZULTaVoModule
   return read ? std::move(model) : nullptr;
 }
 
-bool Checkpoint::RestoreSearch(ZULTavSearch& search, std::string& reason) {
-  if (mState.empty()) return true;  // a new run
-  return ForEachFound(search, reason,
-                      [this](const ZULTavSolution& solution) { mFound->Add(solution); }) &&
-         ReadBytes(mState, reason, [&](ZULipstream& in) { return search.ReadState(in); });
+bool Checkpoint::RestoreSearch(ZULTavSearch& search, std::string& reason) const {
+  if (mState.search.empty()) return true;  // it has not been saved since it began
+  return ReadBytes(mState.search, reason, [&](ZULipstream& in) { return search.ReadState(in); });
 }
 
 bool Checkpoint::ForEachFound(const ZULTavSearch& search, std::string& reason,
-                              const std::function<void(const ZULTavSolution&)>& use) const {
-  return ReadBytes(mFoundBytes, reason, [&](ZULipstream& in) {
-    ZULTavSolution solution = search.MakeSolution();
-    for (std::uint64_t i = 0; i < mBefore.solutions; ++i) {
-      if (!solution.Read(in)) return false;
-      use(solution);
-    }
-    return true;
-  });
+                              const std::function<void(const ZULTavSolution&)>& use) {
+  ZULTavSolution solution = search.MakeSolution();
+  std::uint64_t left = mState.total.solutions;
+  Journal::Record record;
+  mJournal->ReadHead(Head().size());
+  while (left > 0) {
+    std::uint64_t count = 0;
+    std::string solutions;
+    const auto readRecord = [&](ZULipstream& in) {
+      in.ReadUnsigned(count, left);
+      return in.ReadString(solutions, record.bytes.size());
+    };
+    const auto readSolutions = [&](ZULipstream& in) {
+      for (std::uint64_t i = 0; i < count; ++i) {
+        if (!solution.Read(in)) return false;
+        use(solution);
+      }
+      return true;
+    };
+    reason = "it is damaged";
+    if (!mJournal->Read(record)) return false;
+    if (record.kind != kFound) continue;
+    if (!ReadBytes(record.bytes, reason, readRecord) ||
+        !ReadBytes(solutions, reason, readSolutions))
+      return false;
+    left -= count;
+  }
+  reason.clear();
+  return true;
 }
 
 ZULTavSearch::Statistics Checkpoint::Total(const ZULTavSearch::Statistics& present) const {
   ZULTavSearch::Statistics total = present;
-  total += mBefore;
+  total += mState.total;
   return total;
 }
 
-bool Checkpoint::Save(const std::string& file, const ZULTavSearch& search, bool finished,
-                      std::string& reason) const {
-  Checkpoint saved;
-  saved.mModelFile = mModelFile;
-  saved.mModule = mModule;
-  saved.mPrecision = mPrecision;
-  saved.mRatio = mRatio;
-  saved.mTrigLimits = mTrigLimits;
-  saved.mOptions = mOptions;
-  saved.mBefore = Total(search.GetStatistics());
-  saved.mFinished = finished;
-  saved.mModel = mModel;
-  saved.mState = BytesOf([&](ZULopstream& out) { search.WriteState(out); });
-  saved.mFoundBytes = mFound->GetBytes();
-  std::string bytes = BytesOf([&](ZULopstream& out) {
-    out.WriteString(kKind);
-    out.WriteUnsigned(kVersion);
-    ForEachField(saved, out);
-  });
-  bytes += ChecksumOf(bytes);
-  return ReplaceFile(file, bytes, reason);
+void Checkpoint::Add(const ZULTavSolution& solution) {
+  mFound->Add(solution);
+  if (!mFound->IsMuch()) return;
+  std::string reason;
+  try {
+    AppendFound(reason);  // where that fails, saving fails too, and says why
+  } catch (const std::bad_alloc&) {
+  }
+}
+
+bool Checkpoint::AppendFound(std::string& reason) {
+  if (mFound->IsEmpty()) return true;
+  reason = "out of memory";
+  if (!mFound->IsWhole()) return false;
+  std::string bytes;
+  auto next = std::make_unique<Found>();
+  if (!WriteBytes(bytes, reason, [this](ZULopstream& out) { mFound->Write(out); }) ||
+      !mJournal->Append(kFound, bytes, reason))
+    return false;
+  mFound = std::move(next);
+  return true;
+}
+
+bool Checkpoint::AppendState(const State& state, std::string& reason) {
+  std::string bytes;
+  return WriteBytes(bytes, reason, [&](ZULopstream& out) { ForEachStateField(state, out); }) &&
+         mJournal->Append(kState, bytes, reason);
+}
+
+bool Checkpoint::Save(const ZULTavSearch& search, bool finished, std::string& reason) {
+  try {
+    State state{Total(search.GetStatistics()), finished, {}};
+    if (!WriteBytes(state.search, reason, [&](ZULopstream& out) { search.WriteState(out); }) ||
+        !AppendFound(reason))
+      return false;
+    const std::uint64_t begin = mJournal->GetEnd();
+    if (!AppendState(state, reason)) return false;
+    CountState(begin);
+    if (!mJournal->Sync(reason)) return false;
+  } catch (const std::bad_alloc&) {
+    reason = "out of memory";
+    return false;
+  }
+  DropSupersededStates();
+  return true;
+}
+
+/// Writes the file anew when most of it is states that others have followed. Where that cannot be
+/// done, it just goes on growing.
+void Checkpoint::DropSupersededStates() {
+  const std::uint64_t end = mJournal->GetEnd();
+  if (mSupersededSize < mTolerated || mSupersededSize < end - mSupersededSize) return;
+  const auto fill = [&](Journal& made, std::string& reason) {
+    Journal::Record record;
+    mJournal->ReadHead(Head().size());
+    for (std::uint64_t begin = 0; (begin = mJournal->GetPosition()) < end;) {
+      if (!mJournal->Read(record)) return false;
+      if (record.kind == kState && begin != mStateBegin) continue;
+      if (!made.Append(record.kind, record.bytes, reason)) return false;
+    }
+    return true;
+  };
+  try {
+    std::string reason;
+    if (mJournal->Rewrite(Head(), fill, reason)) {
+      mSupersededSize = 0;
+      mStateBegin = mJournal->GetEnd() - mStateSize;
+      return;
+    }
+  } catch (const std::bad_alloc&) {
+  }
+  mTolerated = 2 * mSupersededSize;
 }

@@ -6,37 +6,31 @@
 #include <memory>
 #include <optional>
 #include <span>
-#include <sstream>
 #include <string>
 #include <utility>
 
-#include "framework/base/ZULopstream.h"
 #include "framework/calculator/ZULTavModel.h"
 #include "framework/search/ZULTavSearch.h"
+#include "solve/Journal.h"
 #include "solve/Options.h"
 
 /// A run of the search as a file: what it searches, how, how far it came, and what it found.
 ///
-/// The file is an object stream (docs/streams.md) of fixed-width numbers followed by its checksum,
-/// the same for every width of `long`.
+/// The file is a journal (docs/streams.md) of fixed-width numbers, the same for every width of
+/// `long`: the run once, then what was found and how far it came, as often as it is saved. So the
+/// cost of saving does not depend on what was found before, which is kept nowhere else.
 class Checkpoint {
  public:
-  /// What was found before this run, and by it. Solutions are kept as bytes, ready to be saved.
-  class Found {
-   public:
-    Found() : mOut(mBytes) {}
-    void Add(const ZULTavSolution& solution) { solution.Write(mOut); }
-    std::string GetBytes() const { return mBytes.str(); }
-
-   private:
-    std::ostringstream mBytes;
-    ZULopstream mOut;
-  };
-
-  /// Begins a checkpoint of a new run. Call it before any propagation.
-  Checkpoint(const Options& options, const ZULTavModel& model);
-  /// Reads the file; answers null, with the reason, when it is no whole checkpoint.
-  static std::unique_ptr<Checkpoint> Read(const std::string& file, std::string& reason);
+  /// Begins a checkpoint of a new run, which is in the file from now on. Call it before any
+  /// propagation. Null, with the reason, where the file can be none, is something else, or holds an
+  /// unfinished run that the options do not give up.
+  static std::unique_ptr<Checkpoint> Begin(const Options& options, const ZULTavModel& model,
+                                           std::string& reason);
+  /// Opens a checkpoint to look at it, or to go on with it. Null, with the reason, when it is none
+  /// that can be used.
+  static std::unique_ptr<Checkpoint> Open(const std::string& file, Journal::Access access,
+                                          std::string& reason);
+  ~Checkpoint();
 
   /// The options of the run: how it searches, with which module, how many solutions are still
   /// wanted unless the command line says so.
@@ -45,36 +39,56 @@ class Checkpoint {
   /// not of these modules.
   std::unique_ptr<ZULTavModel> MakeModel(std::span<const ZULTaVoModule* const> modules,
                                          std::string& reason) const;
-  bool RestoreSearch(ZULTavSearch& search, std::string& reason);
+  bool RestoreSearch(ZULTavSearch& search, std::string& reason) const;
   /// Calls `use` for each solution found before. False, with the reason, when the bytes are bad.
   bool ForEachFound(const ZULTavSearch& search, std::string& reason,
-                    const std::function<void(const ZULTavSolution&)>& use) const;
+                    const std::function<void(const ZULTavSolution&)>& use);
 
-  Found& GetFound() { return *mFound; }
   /// Of all runs before this one.
-  const ZULTavSearch::Statistics& GetBefore() const { return mBefore; }
+  const ZULTavSearch::Statistics& GetBefore() const { return mState.total; }
   /// The sum of those and of the present run.
   ZULTavSearch::Statistics Total(const ZULTavSearch::Statistics& present) const;
-  bool IsFinished() const { return mFinished; }
+  bool IsFinished() const { return mState.finished; }
+  /// Whether something follows the last state that is whole.
+  bool IsTorn() const { return mJournal->IsTorn(); }
 
-  /// Saves what the search needs to go on. The file is replaced as a whole or left as it was; then
-  /// the answer is false and `reason` says why.
-  bool Save(const std::string& file, const ZULTavSearch& search, bool finished,
-            std::string& reason) const;
+  /// Keeps a solution for the next saving.
+  void Add(const ZULTavSolution& solution);
+  /// Saves what the search needs to go on. On failure what was saved last stays, the answer is
+  /// false and `reason` says why.
+  bool Save(const ZULTavSearch& search, bool finished, std::string& reason);
 
  private:
-  Checkpoint() : mFound(std::make_unique<Found>()) {}
+  class Found;
+  struct State {
+    ZULTavSearch::Statistics total;
+    bool finished = false;
+    std::string search;  // a stream within the stream
+  };
+
+  Checkpoint();
   template <class Self, class Stream>
-  static void ForEachField(Self& self, Stream& stream);
+  static void ForEachRunField(Self& self, Stream& stream);
+  template <class AnyState, class Stream>
+  static void ForEachStateField(AnyState& state, Stream& stream);
+  bool Read(std::string& reason);
+  bool ReadState(const Journal::Record& record, std::string& reason);
+  bool AppendFound(std::string& reason);
+  bool AppendState(const State& state, std::string& reason);
+  void CountState(std::uint64_t begin);
+  void DropSupersededStates();
 
   std::string mModelFile, mModule;
   std::optional<double> mPrecision, mRatio;
   std::optional<std::pair<double, double>> mTrigLimits;
   ZULTavSearch::Options mOptions;
-  ZULTavSearch::Statistics mBefore;
-  bool mFinished = false;
-  std::string mModel, mState, mFoundBytes;  // streams within the stream
-  std::unique_ptr<Found> mFound;
+  std::string mModel;  // a stream within the stream
+  State mState;        // before this run
+  std::unique_ptr<Journal> mJournal;
+  std::unique_ptr<Found> mFound;  // not in the file yet
+  // Where the last state begins, and how many bytes it takes, and those before it.
+  std::uint64_t mStateBegin = 0, mStateSize = 0, mSupersededSize = 0;
+  std::uint64_t mTolerated = std::uint64_t{1} << 20;
 };
 
 #endif

@@ -48,7 +48,7 @@ JSON, name what a model states and probably does not mean.)";
 constexpr char kResumeFooter[] =
     R"(Goes on with a run that `zultav solve --checkpoint` or an earlier resume has saved. Prints the
 solutions that remain: together with those printed before they are those of one run. The model
-file is not read again. The checkpoint is kept up to date.
+file is not read again. The checkpoint is kept up to date; while one run uses it, another is refused.
 
 Examples
   zultav solve model.zul -a --checkpoint run.zck    interrupted by Ctrl-C, say
@@ -253,7 +253,12 @@ class Reader {
                    "Save the run in this file, every now and then and when it is\ninterrupted; "
                    "`zultav resume FILE` goes on with it")
         ->type_name("FILE")
+        ->check(NotEmpty())
         ->excludes("--propagate-only");
+    app.add_flag("--force", mOptions.force,
+                 "Give up an unfinished run that the checkpoint holds; without it\nonly an absent "
+                 "file or a finished run is replaced")
+        ->needs("--checkpoint");
     AddEvery(app);
   }
 
@@ -267,7 +272,9 @@ class Reader {
   }
 
   CLI::App& AddCheckpointArgument(CLI::App& app) {
-    app.add_option("FILE", mOptions.checkpointFile, "Checkpoint file")->required();
+    app.add_option("FILE", mOptions.checkpointFile, "Checkpoint file")
+        ->required()
+        ->check(NotEmpty());
     return app;
   }
 
@@ -358,6 +365,14 @@ class Reader {
            },
            "Stop after so many seconds")
         ->type_name("SECONDS");
+  }
+
+  static CLI::Validator NotEmpty() {
+    return CLI::Validator(
+        [](const std::string& text) {
+          return text.empty() ? std::string("the name of the file is empty") : std::string();
+        },
+        "");
   }
 
   /// The library would accept "-1" for an unsigned number and wrap it round.

@@ -41,6 +41,7 @@ struct Options {
   ZULTavSearch::Options search;
   bool solutionsGiven = false;
   std::string checkpointFile;  ///< empty: the run is not saved
+  bool force = false;          ///< an unfinished run in that file is given up
   double savePeriod = 60;      ///< seconds
 };
 

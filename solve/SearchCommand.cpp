@@ -73,7 +73,8 @@ class Run {
     mProgress.Erase();
     ending.statistics = Total();
     const int status = Conclude(outcome, mReport, ending);
-    if (mCheckpoint != nullptr && Save(outcome == Outcome::kExhausted) &&
+    // A search that failed has no state to go on from; what was saved before stays.
+    if (mCheckpoint != nullptr && status != kInternal && Save(outcome == Outcome::kExhausted) &&
         outcome != Outcome::kExhausted)
       ending.checkpoint = mOptions.checkpointFile;
     mReport.End(ending);
@@ -107,7 +108,7 @@ class Run {
           mModel, [&](std::size_t i) -> const ZULTaVoAny& { return solution.GetValue(i); },
           solution.IsProven());
       mReport.FlushNowAndThen();
-      if (mCheckpoint != nullptr) mCheckpoint->GetFound().Add(solution);
+      if (mCheckpoint != nullptr) mCheckpoint->Add(solution);
       return static_cast<bool>(std::cout);
     });
     const bool any = Total().solutions != 0;
@@ -122,9 +123,10 @@ class Run {
 
   /// A run is worth more than its checkpoint: it goes on where that cannot be written.
   bool Save(bool finished) {
-    std::cout.flush();  // what the checkpoint calls printed is printed
+    // What the checkpoint calls printed is printed.
+    if (!std::cout.flush()) return false;
     std::string reason;
-    if (mCheckpoint->Save(mOptions.checkpointFile, mSearch, finished, reason)) return true;
+    if (mCheckpoint->Save(mSearch, finished, reason)) return true;
     mProgress.Erase();
     if (reason != std::exchange(mSaveFailure, reason))
       std::cerr << "zultav: cannot save checkpoint '" << mOptions.checkpointFile << "': " << reason
@@ -157,19 +159,25 @@ int Solve(const Options& options) {
   report->Warnings(model.GetWarnings());
   if (status != kAnswered) return Refuse(options, *report, errors, status);
   std::unique_ptr<Checkpoint> checkpoint;
-  if (!options.checkpointFile.empty())
-    checkpoint = std::make_unique<Checkpoint>(options, model.Get());
+  if (!options.checkpointFile.empty()) {
+    std::string reason;
+    checkpoint = Checkpoint::Begin(options, model.Get(), reason);
+    if (checkpoint == nullptr) return Refuse(options, *report, {Failure(reason)}, kUsage);
+  }
   return Run(options, model.Get(), checkpoint.get(), *report).Execute();
 }
 
 /// `use` gets the options that the checkpoint was made with, the model and the report.
 template <class Use>
-int WithCheckpoint(Options options, Use use) {
+int WithCheckpoint(Options options, Journal::Access access, Use use) {
   const auto report = MakeReport(options);
   std::string reason;
   std::vector<ZULTavDiagnostic> errors;
-  const auto checkpoint = Checkpoint::Read(options.checkpointFile, reason);
+  const auto checkpoint = Checkpoint::Open(options.checkpointFile, access, reason);
   if (checkpoint == nullptr) return Refuse(options, *report, {Failure(reason)}, kUsage);
+  if (checkpoint->IsTorn())
+    std::cerr << "zultav: the end of checkpoint '" << options.checkpointFile
+              << "' is not whole; the state before it counts\n";
   checkpoint->Restore(options);
   LoadedModel model;
   if (const int status = model.Load(options, *checkpoint, errors); status != kAnswered)
@@ -179,38 +187,43 @@ int WithCheckpoint(Options options, Use use) {
 
 int Resume(const Options& given) {
   return WithCheckpoint(
-      given, [](const Options& options, ZULTavModel& model, Checkpoint& checkpoint,
-                Report& report) { return Run(options, model, &checkpoint, report).Execute(); });
+      given, Journal::Access::kWrite,
+      [](const Options& options, ZULTavModel& model, Checkpoint& checkpoint, Report& report) {
+        return Run(options, model, &checkpoint, report).Execute();
+      });
 }
 
 int Show(const Options& given) {
-  return WithCheckpoint(given, [](const Options& options, ZULTavModel& model,
-                                  Checkpoint& checkpoint, Report& report) {
-    ZULTavSearch search(model.Network(), ValuesOf(model), options.search);
-    std::string reason;
-    const auto print = [&](const ZULTavSolution& solution) {
-      report.Solution(
-          model, [&](std::size_t i) -> const ZULTaVoAny& { return solution.GetValue(i); },
-          solution.IsProven());
-    };
-    if (!checkpoint.ForEachFound(search, reason, print) ||
-        !checkpoint.RestoreSearch(search, reason)) {
-      report.Errors({Failure("the checkpoint cannot be used: " + reason, options.checkpointFile)});
-      return static_cast<int>(kUsage);
-    }
-    Ending ending;
-    ending.searched = true;
-    ending.limited = !checkpoint.IsFinished();
-    ending.statistics = checkpoint.GetBefore();
-    if (ending.statistics.solutions != 0)
-      ending.status = ending.limited ? Ending::Status::kSatisfied : Ending::Status::kAllSolutions;
-    else if (!ending.limited)
-      ending.status = Ending::Status::kUnsatisfiable;
-    ending.model = options.modelFile;
-    ending.openDecisions = search.GetFrontier().path.size();
-    report.End(ending);
-    return static_cast<int>(kAnswered);
-  });
+  return WithCheckpoint(
+      given, Journal::Access::kRead,
+      [](const Options& options, ZULTavModel& model, Checkpoint& checkpoint, Report& report) {
+        ZULTavSearch search(model.Network(), ValuesOf(model), options.search);
+        std::string reason;
+        const auto print = [&](const ZULTavSolution& solution) {
+          report.Solution(
+              model, [&](std::size_t i) -> const ZULTaVoAny& { return solution.GetValue(i); },
+              solution.IsProven());
+        };
+        if (!checkpoint.ForEachFound(search, reason, print) ||
+            !checkpoint.RestoreSearch(search, reason)) {
+          report.Errors(
+              {Failure("the checkpoint cannot be used: " + reason, options.checkpointFile)});
+          return static_cast<int>(kUsage);
+        }
+        Ending ending;
+        ending.searched = true;
+        ending.limited = !checkpoint.IsFinished();
+        ending.statistics = checkpoint.GetBefore();
+        if (ending.statistics.solutions != 0)
+          ending.status =
+              ending.limited ? Ending::Status::kSatisfied : Ending::Status::kAllSolutions;
+        else if (!ending.limited)
+          ending.status = Ending::Status::kUnsatisfiable;
+        ending.model = options.modelFile;
+        ending.openDecisions = search.GetFrontier().path.size();
+        report.End(ending);
+        return static_cast<int>(kAnswered);
+      });
 }
 
 }  // namespace

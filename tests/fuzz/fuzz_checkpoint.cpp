@@ -1,4 +1,4 @@
-// Any bytes as a checkpoint whose checksum fits: refused with a reason, or a search that goes on.
+// Any bytes as a checkpoint whose checksums fit: refused with a reason, or a search that goes on.
 
 #include <unistd.h>
 
@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string file =
       std::filesystem::temp_directory_path() / ("zultav_fuzz_" + std::to_string(getpid()));
   std::ofstream(file, std::ios::binary)
-      << WithChecksum(std::string(reinterpret_cast<const char*>(data), size));
+      << WithChecksums(std::string(reinterpret_cast<const char*>(data), size));
   std::string reason;
   const bool goesOn = GoesOn(file, reason);
   std::remove(file.c_str());

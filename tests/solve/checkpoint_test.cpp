@@ -1,8 +1,10 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <csignal>
@@ -10,15 +12,28 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <random>
+#include <set>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "tests/solve/resumed_run.h"
 #include "tests/solve/zultav_program.h"
 
+extern long gAllocationsUntilFailure;
+
 namespace {
 
 constexpr int kInterrupted = 4, kUnusable = 2;
+
+// A sanitizer takes memory of its own.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kSanitized = true;
+#else
+constexpr bool kSanitized = false;
+#endif
 
 /// A file name of this test's own; the file is removed with it.
 class TemporaryFile {
@@ -55,68 +70,76 @@ std::string Solutions(const Result& result) {
   return text;
 }
 
+std::vector<std::string> ExampleModels() {
+  std::vector<std::string> names;
+  for (const auto& entry :
+       std::filesystem::directory_iterator(std::filesystem::path(Example("x")).parent_path()))
+    if (const std::string name = entry.path().stem();
+        entry.path().extension() == ".zul" && !name.ends_with("_misspelt"))
+      names.push_back(name);
+  return names;
+}
+
 // --- Interrupted and resumed --------------------------------------------------------------------
 
-struct RunCase {
-  std::string example;
-  std::vector<int> nodes;  // after so many a part of the run ends
-  std::string arguments;
+class ResumeTest : public testing::TestWithParam<std::string> {
+ protected:
+  /// Those that would take long get a smaller size.
+  std::string Solve() const {
+    static const std::map<std::string, std::string> sizes = {
+        {"combustion", " --eps 1e-30,1e-9"},
+        {"continuum",  " --eps 1e-2"      },
+        {"thermostat", " -D hours=8"      },
+        {"trigexp",    " -D n=20"         }
+    };
+    const auto size = sizes.find(GetParam());
+    return "solve " + Example(GetParam()) + (size != sizes.end() ? size->second : "");
+  }
 };
-void PrintTo(const RunCase& row, std::ostream* out) { *out << row.example; }
-
-class ResumeTest : public testing::TestWithParam<RunCase> {};
 
 TEST_P(ResumeTest, PartsAreTogetherTheWholeRun) {
-  const auto& [example, steps, arguments] = GetParam();
-  const std::string run = "solve " + Example(example) + " -a --digits full " + arguments;
+  const std::string run = Solve() + " -a --digits full";
   const std::string whole = Solutions(Zultav(run));
-  for (const int nodes : steps) {
-    SCOPED_TRACE(nodes);
-    const TemporaryFile file;
-    const std::string limit = " --max-nodes " + std::to_string(nodes);
-    Result part = Zultav(run + limit + " --checkpoint " + file.Name());
-    std::string parts = Solutions(part);
-    for (int i = 0; part.status == kInterrupted && i < 200; ++i) {
-      part = Zultav("resume " + file.Name() + " --digits full" + limit);
-      parts += Solutions(part);
+  const TemporaryFile file;
+  Result part = Zultav(run + " --max-nodes 1 --checkpoint " + file.Name());
+  std::string parts = Solutions(part);
+  for (int last = 1, nodes = 1; part.status == kInterrupted;
+       last = std::exchange(nodes, last + nodes)) {
+    part = Zultav("resume " + file.Name() + " --digits full --max-nodes " + std::to_string(nodes));
+    parts += Solutions(part);
+  }
+  EXPECT_EQ(part.status, Zultav(run).status) << part.err;
+  EXPECT_TRUE(parts == whole);
+  EXPECT_TRUE(Solutions(Zultav("show --digits full " + file.Name())) == whole);
+}
+
+TEST_P(ResumeTest, EveryOptionOfTheSearchIsKept) {
+  for (const std::string options :
+       {"--select first", "--select largest", "--select smallest", "--select round-robin",
+        "--split lower", "--split upper", "--split least", "--split greatest", "--eps 0.5",
+        "--eps 1e-3,1e-2", "--ratio 0", "--ratio 0.5", "-p 1e-3", "--trig-limits=-10,10", "-n 3",
+        "-n 1", "--select largest --split greatest --eps 0.1 --ratio 0.1 -p 1e-4 -n 2"}) {
+    for (const std::string output : {"", " --digits full", " --format json", " --format module"}) {
+      if (!output.empty() && options != "--select largest") continue;
+      SCOPED_TRACE(options + output);
+      const std::string run =
+          Solve() + (options.find("-n") == std::string::npos ? " -a " : " ") + options + output;
+      const TemporaryFile once, twice;
+      const Result whole = Zultav(run + " --max-nodes 14 --checkpoint " + once.Name());
+      Result part = Zultav(run + " --max-nodes 5 --checkpoint " + twice.Name());
+      std::string parts = Solutions(part);
+      if (part.status == kInterrupted) {
+        part = Zultav("resume --max-nodes 9 " + twice.Name() + output);
+        parts += Solutions(part);
+      }
+      EXPECT_EQ(part.status, whole.status) << part.err;
+      EXPECT_EQ(parts, Solutions(whole));
     }
-    EXPECT_EQ(part.status, 0) << part.err;
-    EXPECT_EQ(parts, whole);
-    EXPECT_EQ(Solutions(Zultav("show --digits full " + file.Name())), whole);
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Examples, ResumeTest,
-    testing::Values(
-        RunCase{
-            "broyden", {1, 2},
-             ""
-},
-        RunCase{"broyden_banded", {1, 4}, ""}, RunCase{"caprasse", {60, 333}, ""},
-        RunCase{"change_making", {20, 101}, ""}, RunCase{"chinese_remainder", {1, 2}, ""},
-        RunCase{"circle_parabola", {1}, ""}, RunCase{"combustion", {1, 3}, "--eps 1e-30,1e-9"},
-        RunCase{"compound_interest", {1}, ""}, RunCase{"continuum", {300, 999}, "--eps 1e-2"},
-        RunCase{"cyclohexane", {3, 50}, ""}, RunCase{"folium", {1, 2}, ""},
-        RunCase{"gear_train", {5, 31}, ""}, RunCase{"kepler", {1}, ""},
-        RunCase{"kinematics", {1, 10}, ""}, RunCase{"logic_puzzle", {1}, ""},
-        RunCase{"magic_square", {60}, ""}, RunCase{"no_contact", {1}, ""},
-        RunCase{"party", {1}, ""}, RunCase{"pythagorean", {1, 9}, ""},
-        RunCase{"queens8", {13, 200}, ""}, RunCase{"robot_arm", {1}, ""},
-        RunCase{"rounding", {1}, ""}, RunCase{"scheduling", {1, 3}, ""},
-        RunCase{"send_more_money", {1, 5}, ""}, RunCase{"sphere_cylinder_plane", {1, 2}, ""},
-        RunCase{"squares", {500}, ""}, RunCase{"thermostat", {1}, "-D hours=8"},
-        RunCase{"trigexp", {1}, "-D n=20"}, RunCase{"twin_primes", {10}, ""},
-        RunCase{"two_circles", {1}, ""}, RunCase{"unsatisfiable", {1}, ""}),
-    [](const auto& row) { return row.param.example; });
-
-TEST(CheckpointTest, CoversEveryExample) {
-  std::size_t models = 0;
-  for (const auto& entry :
-       std::filesystem::directory_iterator(std::filesystem::path(Example("x")).parent_path()))
-    models += entry.path().extension() == ".zul";
-  EXPECT_EQ(models, 31u + 1) << "one is misspelt on purpose; add new ones above";
-}
+INSTANTIATE_TEST_SUITE_P(Examples, ResumeTest, testing::ValuesIn(ExampleModels()),
+                         [](const auto& row) { return row.param; });
 
 TEST(CheckpointTest, SolutionsAreCountedOn) {
   for (const char* example : {"queens8", "squares"}) {  // the second one ends between mirror images
@@ -144,8 +167,8 @@ TEST(CheckpointTest, TimeEndsARunBetweenMirrorImages) {
 }
 
 TEST(CheckpointTest, ASignalSavesTheRunAndSaysHowToGoOn) {
-  const TemporaryFile file;
   for (const char* signal : {"INT", "TERM"}) {
+    const TemporaryFile file;
     const Result result =
         Zultav("solve " + Example("queens8") + " -a -D n=14 --checkpoint " + file.Name(), "",
                std::string("timeout -s ") + signal + " 0.3");
@@ -219,7 +242,6 @@ TEST(CheckpointTest, AKilledRunCanBeResumed) {
     const std::string moment =
         std::to_string(time.count() * 0.01 * static_cast<double>(1 + random() % 100));
     Zultav(run + " --every 0.001 --checkpoint " + file.Name(), "", "timeout -s KILL " + moment);
-    std::filesystem::remove(file.Name() + ".part");
     if (!file.Exists()) continue;  // killed before it had begun
     std::string recorded = Solutions(Zultav("show " + file.Name()));
     if (const auto end = recorded.rfind("==========\n"); end != std::string::npos)
@@ -232,28 +254,163 @@ TEST(CheckpointTest, AKilledRunCanBeResumed) {
   EXPECT_GT(resumed, 30);
 }
 
-TEST(CheckpointTest, ACheckpointThatCannotBeWrittenDoesNotEndTheRun) {
+// --- The file ------------------------------------------------------------------------------------
+
+TEST(CheckpointTest, WhatCannotBeSavedLeavesWhatWas) {
   const std::string run = "solve -a " + Example("queens8");
-  const std::string whole = Solutions(Zultav(run));
-  const std::pair<std::string, const char*> rows[] = {
-      {"/nowhere/run",          "No such file or directory"},
-      {testing::TempDir(),      "directory"                },
-      {"/proc/zultav_test_run", "No such file or directory"},
-  };
-  for (const auto& [place, reason] : rows) {
-    SCOPED_TRACE(place);
-    const Result result = Zultav(run + " --every 0.001 --checkpoint " + place);
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(Solutions(result), whole);
-    EXPECT_NE(result.err.find(reason), std::string::npos) << result.err;
-  }
   const TemporaryFile file;
   Zultav(run + " --max-nodes 100 --checkpoint " + file.Name());
   const std::string before = file.Bytes();
   const Result full = Zultav("resume --max-nodes 3 " + file.Name(), "", "ulimit -f 1;");
   EXPECT_EQ(full.status, kInterrupted);
   EXPECT_NE(full.err.find("File too large"), std::string::npos) << full.err;
+  EXPECT_EQ(full.err.find("the run is saved"), std::string::npos) << full.err;
   EXPECT_EQ(file.Bytes(), before);
+  // What was not printed was not found: it is printed again.
+  const Result unseen = Zultav("resume " + file.Name() + " > /dev/full; :");
+  EXPECT_EQ(file.Bytes(), before);
+}
+
+TEST(CheckpointTest, MemoryThatRunsOutLeavesWhatWas) {
+  const TemporaryFile file;
+  Zultav("solve -a --max-nodes 50 " + Example("queens8") + " --checkpoint " + file.Name());
+  std::string reason;
+  auto run = GoingOn::From(file.Name(), Journal::Access::kWrite, reason);
+  ASSERT_NE(run, nullptr) << reason;
+  run->Run();
+  std::uint64_t known = 50;
+  bool saved = false;
+  for (long n = 0; !saved; ++n) {
+    gAllocationsUntilFailure = n;
+    saved = run->GetCheckpoint().Save(run->GetSearch(), false, reason);
+    gAllocationsUntilFailure = -1;
+    if (saved) known += GoingOn::kNodes;
+    const auto after = Checkpoint::Open(file.Name(), Journal::Access::kRead, reason);
+    ASSERT_NE(after, nullptr) << reason;
+    EXPECT_FALSE(after->IsTorn());
+    EXPECT_EQ(after->GetBefore().nodes, known) << n;
+    ASSERT_LT(n, 1000);
+  }
+  const auto whole = Solutions(Zultav("solve -a --max-nodes 55 " + Example("queens8")));
+  EXPECT_EQ(Solutions(Zultav("show " + file.Name())), whole);
+}
+
+TEST(CheckpointTest, OnlyACheckpointIsReplaced) {
+  const TemporaryFile model, place;
+  const std::string text = "x : int = [1, 9]; x * x = 49;", name = place.Name();
+  model.Set(text);
+  const std::string solve = "solve -a " + model.Name() + " --force --checkpoint ";
+  const std::pair<std::string, const char*> rows[] = {
+      {"true",                                                     "No such file"        }, // name/ below
+      {"mkdir " + name,                                            "folder"              },
+      {"mkfifo " + name,                                           "no regular file"     },
+      {"ln -s /dev/null " + name,                                  "no regular file"     },
+      {"ln " + model.Name() + ' ' + name,                          "not an object stream"},
+      {"ln -s " + model.Name() + ' ' + name,                       "not an object stream"},
+      {": > " + name,                                              "it is empty"         },
+      {"printf '\\211ZUL\\r\\n\\1\\0\\12zultav run\\2' > " + name, "it is of version 2"  },
+      {"ln -s " + name + ' ' + name,                               "symbolic links"      },
+  };
+  for (const auto& [make, reason] : rows) {
+    SCOPED_TRACE(make);
+    ASSERT_EQ(std::system(make.c_str()), 0);
+    struct stat before = {}, after = {};
+    lstat(name.c_str(), &before);
+    const bool nowhere = make == "true";
+    const Result result = Zultav(solve + name + (nowhere ? "/below" : ""));
+    EXPECT_EQ(result.status, kUnusable);
+    EXPECT_EQ(result.out, "");
+    EXPECT_NE(result.err.find(reason), std::string::npos) << result.err;
+    for (const char* command : {"resume ", "show "}) {
+      const Result other = Zultav(command + name);
+      EXPECT_EQ(other.status, kUnusable) << other.err;
+    }
+    lstat(name.c_str(), &after);
+    EXPECT_EQ(before.st_ino, after.st_ino);
+    EXPECT_EQ(before.st_size, after.st_size);
+    std::filesystem::remove(name);
+  }
+  EXPECT_EQ(model.Bytes(), text);
+  EXPECT_EQ(Zultav(solve + "''").status, kUnusable);
+}
+
+TEST(CheckpointTest, AnUnfinishedRunIsReplacedByForceOnly) {
+  const TemporaryFile file;
+  const std::string run = "solve -a " + Example("queens8") + " --checkpoint " + file.Name();
+  Zultav(run + " --max-nodes 9");
+  const std::string before = file.Bytes();
+  const Result refused = Zultav(run);
+  EXPECT_EQ(refused.status, kUnusable);
+  EXPECT_NE(refused.err.find("--force"), std::string::npos) << refused.err;
+  EXPECT_EQ(file.Bytes(), before);
+  EXPECT_EQ(Zultav(run + " --force").status, 0);
+  EXPECT_EQ(Zultav(run).status, 0) << "one that has ended may be replaced";
+}
+
+TEST(CheckpointTest, LinksAndModesStay) {
+  const TemporaryFile target, link;
+  std::filesystem::create_symlink(target.Name(), link.Name());  // of a file that is still to come
+  const std::string run = "solve -a " + Example("queens8") + " --checkpoint " + link.Name();
+  Zultav(run);
+  ASSERT_TRUE(target.Exists());
+  constexpr auto kOwner = std::filesystem::perms::owner_read | std::filesystem::perms::owner_write;
+  std::filesystem::permissions(target.Name(), kOwner);
+  for (const std::string& command : {run + " --max-nodes 9", "resume " + link.Name()}) {
+    EXPECT_NE(Zultav(command).status, kUnusable);
+    EXPECT_TRUE(std::filesystem::is_symlink(link.Name()));
+    EXPECT_EQ(std::filesystem::status(target.Name()).permissions(), kOwner);
+  }
+}
+
+TEST(CheckpointTest, OneRunAtATime) {
+  const TemporaryFile file;
+  const std::string run =
+      "solve -a -D n=14 " + Example("queens8") + " --every 0.01 --checkpoint " + file.Name();
+  std::thread first([&] { Zultav(run, "", "timeout -s KILL 2"); });
+  while (!file.Exists()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  for (const std::string& second : {run + " --force", "resume " + file.Name()}) {
+    const Result result = Zultav(second);
+    EXPECT_EQ(result.status, kUnusable);
+    EXPECT_NE(result.err.find("another run"), std::string::npos) << result.err;
+  }
+  EXPECT_EQ(Zultav("show " + file.Name()).status, 0);
+  first.join();
+  EXPECT_EQ(Zultav("resume --max-nodes 9 " + file.Name()).status, kInterrupted) << "it was killed";
+}
+
+TEST(CheckpointTest, SavingDoesNotGrowWithWhatWasFound) {
+  const TemporaryFile model, file;
+  model.Set("b[1..12] : bool; n[1..500] : int = [7, 7];");
+  const std::string run = "solve " + model.Name();
+  const std::string little = kSanitized ? "" : "ulimit -d 32000;";  // KiB
+  const Result first =
+      Zultav(run + " -n 3000 --every 0.01 --checkpoint " + file.Name(), "", little);
+  const std::string before = file.Bytes();
+  EXPECT_GT(before.size(), 20'000'000u) << "more than there is memory for, all in all";
+  const Result rest = Zultav("resume -a " + file.Name(), "", little);
+  EXPECT_TRUE(file.Bytes().starts_with(before)) << "a saving only adds";
+  const std::string whole = Zultav(run + " -a").out;
+  EXPECT_TRUE(first.out + rest.out == whole);
+  EXPECT_TRUE(Solutions(Zultav("show " + file.Name(), "", little)) == whole);
+}
+
+TEST(CheckpointTest, StatesThatOthersHaveFollowedGo) {
+  const TemporaryFile model, file;
+  model.Set("b[1..2000] : bool;");
+  Zultav("solve --checkpoint " + file.Name() + ' ' + model.Name());
+  std::string reason;
+  const auto run = GoingOn::From(file.Name(), Journal::Access::kWrite, reason);
+  ASSERT_NE(run, nullptr) << reason;
+  run->Run();
+  const std::size_t once = file.Bytes().size();
+  std::size_t most = 0;
+  for (int i = 0; i < 400; ++i) {
+    ASSERT_TRUE(run->GetCheckpoint().Save(run->GetSearch(), false, reason)) << reason;
+    most = std::max(most, file.Bytes().size());
+  }
+  EXPECT_LT(most, once + (1u << 20) + (1u << 16));
+  EXPECT_LT(file.Bytes().size(), most);
+  EXPECT_TRUE(GoesOn(file.Name(), reason)) << reason;
 }
 
 // --- Hostile files ------------------------------------------------------------------------------
@@ -280,54 +437,50 @@ class HostileCheckpointTest : public testing::Test {
   std::string mBytes;
 };
 
+// A file that is cut off or has a wrong bit is refused, or goes on from an earlier state, and is
+// known not to be whole unless it was cut between two records.
 TEST_F(HostileCheckpointTest, DamageIsFound) {
-  for (std::size_t size = 0; size < mBytes.size(); ++size) {
-    mFile.Set(mBytes.substr(0, size));
-    ASSERT_FALSE(GoesOn(mFile.Name())) << size;
+  for (int i = 0; i < 2; ++i) Zultav("resume --max-nodes 4 " + mFile.Name());
+  const std::string bytes = mFile.Bytes();
+  std::set<std::uint64_t> states;
+  int between = 0;
+  const auto check = [&] {
+    std::string reason;
+    const auto checkpoint = Checkpoint::Open(mFile.Name(), Journal::Access::kRead, reason);
+    if (checkpoint == nullptr) return;
+    between += !checkpoint->IsTorn();
+    const bool isNew = states.insert(checkpoint->GetBefore().nodes).second;
+    EXPECT_TRUE(!isNew || GoesOn(mFile.Name()));
+  };
+  for (std::size_t size = 0; size < bytes.size(); ++size) {
+    mFile.Set(bytes.substr(0, size));
+    check();
   }
-  std::mt19937 random(7);
-  for (std::size_t i = 0; i < mBytes.size(); ++i) {
-    std::string bytes = mBytes;
-    bytes[i] = static_cast<char>(bytes[i] ^ (1 << random() % 8));
-    mFile.Set(bytes);
-    ASSERT_FALSE(GoesOn(mFile.Name())) << i;
+  EXPECT_EQ(states, (std::set<std::uint64_t>{0, 9, 13}));
+  EXPECT_EQ(between, 5) << "six records: the run, and twice what was found, thrice a state";
+  between = 0;
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    std::string flipped = bytes;
+    flipped[i] = static_cast<char>(flipped[i] ^ (1 << i % 8));
+    mFile.Set(flipped);
+    check();
   }
+  EXPECT_EQ(states, (std::set<std::uint64_t>{0, 9, 13}));
+  EXPECT_EQ(between, 0);
 }
 
-// Where the checksum was made to fit, the reader must still take nothing for granted.
+// Where the checksums were made to fit, the reader must still take nothing for granted.
 TEST_F(HostileCheckpointTest, ForgeriesDoNoHarm) {
-  const std::string content = mBytes.substr(0, mBytes.size() - 8);
   int refused = 0;
-  for (std::size_t i = 0; i < content.size(); ++i) {
+  for (std::size_t i = 0; i < mBytes.size(); ++i) {
     for (int bit = 0; bit < 8; ++bit) {
-      std::string bytes = content;
+      std::string bytes = mBytes;
       bytes[i] = static_cast<char>(bytes[i] ^ (1 << bit));
-      mFile.Set(WithChecksum(bytes));
+      mFile.Set(WithChecksums(bytes));
       refused += !GoesOn(mFile.Name());
     }
-    mFile.Set(WithChecksum(content.substr(0, i)));
-    ASSERT_FALSE(GoesOn(mFile.Name())) << i;
   }
-  EXPECT_GT(refused, static_cast<int>(content.size()));
-}
-
-TEST_F(HostileCheckpointTest, TheProgramSaysWhatIsWrong) {
-  const struct {
-    std::string bytes, reason;
-  } rows[] = {
-      {"",                       "cannot read checkpoint"},
-      {"x : int;",               "damaged"               },
-      {mBytes.substr(1),         "damaged"               },
-      {WithChecksum("x : int;"), "not an object stream"  },
-  };
-  for (const auto& [bytes, reason] : rows) {
-    mFile.Set(bytes);
-    for (const char* command : {"resume ", "show "}) {
-      const Result result = Zultav(command + mFile.Name());
-      EXPECT_EQ(result.status, kUnusable);
-      EXPECT_NE(result.err.find(reason), std::string::npos) << result.err;
-    }
-  }
+  EXPECT_GT(refused, static_cast<int>(mBytes.size()));
 }
 
 }  // namespace
