@@ -51,7 +51,10 @@ class TemporaryFile {
     std::ifstream in(mName, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), {}};
   }
-  void Set(std::string_view bytes) const { std::ofstream(mName, std::ios::binary) << bytes; }
+  void Set(std::string_view bytes) const {
+    std::filesystem::remove(mName);  // what is truncated some file systems bring to the disk
+    std::ofstream(mName, std::ios::binary) << bytes;
+  }
 
  private:
   std::string mName;
