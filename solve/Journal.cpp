@@ -7,9 +7,11 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <thread>
 
 #include "framework/base/Fnv1a.h"
 #include "solve/WriteAll.h"
@@ -47,10 +49,15 @@ std::string TargetOf(const std::string& name) {
   return path;
 }
 
-/// False when another process has locked it. Where files cannot be locked, none has.
+/// False when another process has locked it. One that was killed may be at the disk for a moment
+/// more. Where files cannot be locked, none has.
 bool Lock(int file) {
-  while (flock(file, LOCK_EX | LOCK_NB) != 0)
-    if (errno != EINTR) return errno != EWOULDBLOCK;
+  constexpr std::chrono::milliseconds kPause(20);
+  for (int tries = 50; flock(file, LOCK_EX | LOCK_NB) != 0; --tries) {
+    if (errno != EWOULDBLOCK && errno != EINTR) return true;
+    if (tries == 0) return false;
+    std::this_thread::sleep_for(kPause);
+  }
   return true;
 }
 
