@@ -19,10 +19,9 @@
 #include <utility>
 #include <vector>
 
+#include "tests/counted_memory.h"
 #include "tests/solve/resumed_run.h"
 #include "tests/solve/zultav_program.h"
-
-extern long gAllocationsUntilFailure;
 
 namespace {
 
