@@ -1,4 +1,4 @@
-// A second module beside the numbers, to show that one can be dropped in: integers whose domain is
+// A module of one's own, to be dropped in beside the numbers: integers whose domain is
 // any subset of [-32, 31], holes included. Every operation is a filter by its own definition.
 
 #include <algorithm>
