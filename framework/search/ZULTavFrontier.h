@@ -10,9 +10,11 @@
 #include "framework/search/ZULTavSolution.h"
 #include "framework/solver/ZULTaVoAny.h"
 
-class SearchVariable;
 class ZULipstream;
 class ZULopstream;
+namespace zultav::detail {
+class SearchVariable;
+}
 
 /// What is left of a search, and how far it came: all that another run needs to go on, over an
 /// equal network with equal options. Between any two steps of a run it is whole.
@@ -49,7 +51,8 @@ struct ZULTAV_UTILITIES_API ZULTavFrontier {
   void Write(ZULopstream& out) const;
   /// False when the bytes are none of a search for the declared variables, over a network of so
   /// many objects: in.Reason() says why. Throws std::bad_alloc when memory ran out.
-  bool Read(ZULipstream& in, std::span<const SearchVariable> declared, std::size_t objects);
+  bool Read(ZULipstream& in, std::span<const zultav::detail::SearchVariable> declared,
+            std::size_t objects);
 
   /// The open halves beside it are all that is not explored yet.
   Path path;

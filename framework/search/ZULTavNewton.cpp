@@ -7,14 +7,16 @@
 #include <vector>
 
 #include "framework/intervals/ZULTavIntervals.h"
-#include "framework/search/PivotedInverse.h"
-#include "framework/search/RealContractor.h"
-#include "framework/search/RealEvaluation.h"
-#include "framework/search/RealFunction.h"
-#include "framework/search/RealSystem.h"
-#include "framework/search/SearchVariable.h"
 #include "framework/search/ZULTavSolution.h"
+#include "framework/search/detail/PivotedInverse.h"
+#include "framework/search/detail/RealContractor.h"
+#include "framework/search/detail/RealEvaluation.h"
+#include "framework/search/detail/RealFunction.h"
+#include "framework/search/detail/RealSystem.h"
+#include "framework/search/detail/SearchVariable.h"
 #include "framework/solver/SingleValue.h"
+
+using namespace zultav::detail;
 
 namespace {
 

@@ -3,10 +3,12 @@
 #include <new>
 #include <utility>
 
-#include "framework/search/NodeReasoner.h"
-#include "framework/search/SearchRun.h"
-#include "framework/search/SearchTimer.h"
-#include "framework/search/SearchTree.h"
+#include "framework/search/detail/NodeReasoner.h"
+#include "framework/search/detail/SearchRun.h"
+#include "framework/search/detail/SearchTimer.h"
+#include "framework/search/detail/SearchTree.h"
+
+using namespace zultav::detail;
 
 namespace {
 

@@ -5,7 +5,9 @@
 
 #include "framework/base/ZULipstream.h"
 #include "framework/base/ZULopstream.h"
-#include "framework/search/SearchVariable.h"
+#include "framework/search/detail/SearchVariable.h"
+
+using namespace zultav::detail;
 
 ZULTavSolution::ZULTavSolution(std::span<const SearchVariable> variables) {
   constexpr auto units = [](std::size_t bytes) {

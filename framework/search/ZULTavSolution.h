@@ -9,9 +9,11 @@
 #include "framework/search/Export.h"
 #include "framework/solver/ZULTaVoAny.h"
 
-class SearchVariable;
 class ZULipstream;
 class ZULopstream;
+namespace zultav::detail {
+class SearchVariable;
+}
 
 /// Copies of the searched values, in the order in which they were given to the search. Lives
 /// independently of the network, but not longer than the module that made its types.
@@ -19,7 +21,7 @@ class ZULTAV_UTILITIES_API ZULTavSolution {
  public:
   ZULTavSolution() = default;
   /// Copies the present values. Throws std::bad_alloc when memory ran out.
-  explicit ZULTavSolution(std::span<const SearchVariable> variables);
+  explicit ZULTavSolution(std::span<const zultav::detail::SearchVariable> variables);
   ~ZULTavSolution();
   ZULTavSolution(ZULTavSolution&& other) noexcept = default;
   ZULTavSolution& operator=(ZULTavSolution&& other) noexcept;

@@ -1,10 +1,12 @@
-#include "framework/search/RealFunction.h"
+#include "framework/search/detail/RealFunction.h"
 
 #include <cfloat>
 #include <cmath>
 
 #include "framework/intervals/ZULTavIntervals.h"
 #include "framework/solver/ZULTaVoReal.h"
+
+namespace zultav::detail {
 
 namespace {
 
@@ -295,3 +297,5 @@ bool IsMuchNarrower(const RealInterval& now, const RealInterval& before, double 
   };
   return moved(now.lower, before.lower) || moved(now.upper, before.upper);
 }
+
+}  // namespace zultav::detail

@@ -1,8 +1,10 @@
-#ifndef ZULTAV_SEARCH_REAL_FUNCTION_H
-#define ZULTAV_SEARCH_REAL_FUNCTION_H
+#ifndef ZULTAV_SEARCH_DETAIL_REAL_FUNCTION_H
+#define ZULTAV_SEARCH_DETAIL_REAL_FUNCTION_H
 
 #include "framework/intervals/SubdefReal.h"
-#include "framework/search/RealSystem.h"
+#include "framework/search/detail/RealSystem.h"
+
+namespace zultav::detail {
 
 // The functions of RealSystem on intervals. Unary ones ignore y. Every result encloses all true
 // values; the error flag may be up afterwards.
@@ -35,5 +37,7 @@ inline bool IsFinite(const RealInterval& x) {
 /// Whether an interval has lost this share of its width; an unbounded one, an infinite side or this
 /// share of a bound.
 bool IsMuchNarrower(const RealInterval& now, const RealInterval& before, double share);
+
+}  // namespace zultav::detail
 
 #endif

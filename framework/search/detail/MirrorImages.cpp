@@ -1,9 +1,11 @@
-#include "framework/search/MirrorImages.h"
+#include "framework/search/detail/MirrorImages.h"
 
 #include <algorithm>
 
 #include "framework/solver/ZULTaVoNetwork.h"
 #include "framework/solver/ZULTaVoReal.h"
+
+namespace zultav::detail {
 
 namespace {
 
@@ -57,3 +59,5 @@ bool MirrorImages::Next(ZULTavSolution& image) const {
   }
   return false;
 }
+
+}  // namespace zultav::detail

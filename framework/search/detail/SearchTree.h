@@ -1,12 +1,14 @@
-#ifndef ZULTAV_SEARCH_SEARCH_TREE_H
-#define ZULTAV_SEARCH_SEARCH_TREE_H
+#ifndef ZULTAV_SEARCH_DETAIL_SEARCH_TREE_H
+#define ZULTAV_SEARCH_DETAIL_SEARCH_TREE_H
 
 #include <cstdint>
 #include <span>
 #include <vector>
 
-#include "framework/search/SearchVariable.h"
 #include "framework/search/ZULTavSearch.h"
+#include "framework/search/detail/SearchVariable.h"
+
+namespace zultav::detail {
 
 /// The path from the root of the search to the present node, and the halves left open beside it.
 ///
@@ -86,5 +88,7 @@ class SearchTree {
   std::vector<Half> mHalves;  // one for each decision of the path down to the present node
   Arena mArena;
 };
+
+}  // namespace zultav::detail
 
 #endif

@@ -1,9 +1,11 @@
-#ifndef ZULTAV_SEARCH_PIVOTED_INVERSE_H
-#define ZULTAV_SEARCH_PIVOTED_INVERSE_H
+#ifndef ZULTAV_SEARCH_DETAIL_PIVOTED_INVERSE_H
+#define ZULTAV_SEARCH_DETAIL_PIVOTED_INVERSE_H
 
 #include <cstddef>
 #include <span>
 #include <vector>
+
+namespace zultav::detail {
 
 /// Picks a well-conditioned square part of a matrix, as large as its rank, and inverts that part.
 /// Plain floating point: who needs a guarantee checks what the inverse is used for.
@@ -39,5 +41,7 @@ class PivotedInverse {
   std::vector<double> mScales;
   std::vector<double> mWork, mInverse;
 };
+
+}  // namespace zultav::detail
 
 #endif

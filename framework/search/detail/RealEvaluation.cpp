@@ -1,10 +1,12 @@
-#include "framework/search/RealEvaluation.h"
+#include "framework/search/detail/RealEvaluation.h"
 
 #include <cmath>
 #include <utility>
 
 #include "framework/intervals/ZULTavIntervals.h"
-#include "framework/search/RealFunction.h"
+#include "framework/search/detail/RealFunction.h"
+
+namespace zultav::detail {
 
 namespace {
 
@@ -189,3 +191,5 @@ bool RealEvaluation::GetSlopes(const RealSystem::Statement& equation, RealInterv
     mAdjoints[operations[index].first] = mAdjoints[operations[index].second] = kZero;
   return usable;
 }
+
+}  // namespace zultav::detail

@@ -1,11 +1,13 @@
-#ifndef ZULTAV_SEARCH_MIRROR_IMAGES_H
-#define ZULTAV_SEARCH_MIRROR_IMAGES_H
+#ifndef ZULTAV_SEARCH_DETAIL_MIRROR_IMAGES_H
+#define ZULTAV_SEARCH_DETAIL_MIRROR_IMAGES_H
 
 #include <cstdint>
 #include <vector>
 
-#include "framework/search/SearchVariable.h"
 #include "framework/search/ZULTavSolution.h"
+#include "framework/search/detail/SearchVariable.h"
+
+namespace zultav::detail {
 
 /// Solutions that follow from each other by changing signs.
 ///
@@ -28,5 +30,7 @@ class MirrorImages {
   std::vector<std::uint32_t> mMirrored;
   WidthLimit mLimit;
 };
+
+}  // namespace zultav::detail
 
 #endif

@@ -1,7 +1,9 @@
-#include "framework/search/PendingBoxes.h"
+#include "framework/search/detail/PendingBoxes.h"
 
 #include <algorithm>
 #include <utility>
+
+namespace zultav::detail {
 
 namespace {
 
@@ -72,3 +74,5 @@ void PendingBoxes::Unite(ZULTavSolution& box, const ZULTavSolution& other) const
     if (IsMergeable(mDeclared[i])) box.GetValue(i).Unite(other.GetValue(i));
   box.SetProven(box.IsProven() || other.IsProven());
 }
+
+}  // namespace zultav::detail

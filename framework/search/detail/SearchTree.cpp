@@ -1,8 +1,10 @@
-#include "framework/search/SearchTree.h"
+#include "framework/search/detail/SearchTree.h"
 
 #include <algorithm>
 #include <functional>
 #include <new>
+
+namespace zultav::detail {
 
 SearchTree::SearchTree(ZULTaVoNetwork& network, const std::vector<ZULTaVoAny*>& declared,
                        Path& path)
@@ -163,3 +165,5 @@ bool SearchTree::ReachesOpenHalf(const ZULTavSolution& solution) const {
   }
   return false;
 }
+
+}  // namespace zultav::detail

@@ -1,11 +1,13 @@
-#ifndef ZULTAV_SEARCH_REAL_EVALUATION_H
-#define ZULTAV_SEARCH_REAL_EVALUATION_H
+#ifndef ZULTAV_SEARCH_DETAIL_REAL_EVALUATION_H
+#define ZULTAV_SEARCH_DETAIL_REAL_EVALUATION_H
 
 #include <span>
 #include <vector>
 
 #include "framework/intervals/SubdefReal.h"
-#include "framework/search/RealSystem.h"
+#include "framework/search/detail/RealSystem.h"
+
+namespace zultav::detail {
 
 /// Evaluates the functions of a system over a box X and at a point m of it, and the slopes between
 /// them: intervals S with f(x) - f(m) in S (x - m). Slopes are composed of those of the single
@@ -55,5 +57,7 @@ class RealEvaluation {
   std::vector<SubdefReal> mValues, mCenters, mAdjoints;
   std::vector<Slopes> mSlopes;
 };
+
+}  // namespace zultav::detail
 
 #endif

@@ -1,8 +1,10 @@
-#ifndef ZULTAV_SEARCH_NODE_REASONER_H
-#define ZULTAV_SEARCH_NODE_REASONER_H
+#ifndef ZULTAV_SEARCH_DETAIL_NODE_REASONER_H
+#define ZULTAV_SEARCH_DETAIL_NODE_REASONER_H
 
-#include "framework/search/SearchTree.h"
 #include "framework/search/ZULTavReasoning.h"
+#include "framework/search/detail/SearchTree.h"
+
+namespace zultav::detail {
 
 /// What a step of the search found, or left behind, at a node.
 enum class NodeState {
@@ -42,5 +44,7 @@ class NodeReasoner {
   ZULTaVoNetwork& mNetwork;
   ZULTavReasoning mReasoning;
 };
+
+}  // namespace zultav::detail
 
 #endif

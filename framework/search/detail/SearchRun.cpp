@@ -1,7 +1,9 @@
-#include "framework/search/SearchRun.h"
+#include "framework/search/detail/SearchRun.h"
 
 #include <algorithm>
 #include <utility>
+
+namespace zultav::detail {
 
 namespace {
 
@@ -231,3 +233,5 @@ SearchRun::Reported SearchRun::ReportFirst() {
   }
   return Reported::kGoOn;
 }
+
+}  // namespace zultav::detail

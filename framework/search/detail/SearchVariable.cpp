@@ -1,9 +1,11 @@
-#include "framework/search/SearchVariable.h"
+#include "framework/search/detail/SearchVariable.h"
 
 #include <algorithm>
 #include <cmath>
 
 #include "framework/solver/SingleValue.h"
+
+namespace zultav::detail {
 
 namespace {
 
@@ -55,3 +57,5 @@ ZULTaVoAny::ValueSelection SearchVariable::Adapt(ZULTaVoAny::ValueSelection sele
   if (selection == ZULTaVoAny::kGreatestValue) return ZULTaVoAny::kUpperHalf;
   return selection;
 }
+
+}  // namespace zultav::detail

@@ -1,11 +1,13 @@
-#ifndef ZULTAV_SEARCH_SEARCH_TIMER_H
-#define ZULTAV_SEARCH_SEARCH_TIMER_H
+#ifndef ZULTAV_SEARCH_DETAIL_SEARCH_TIMER_H
+#define ZULTAV_SEARCH_DETAIL_SEARCH_TIMER_H
 
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
+
+namespace zultav::detail {
 
 /// Raises the interrupt flag when the time is up, unless it is destroyed before; takes it back when
 /// it is destroyed after.
@@ -40,5 +42,7 @@ class Period {
   Clock::duration mLength;
   Clock::time_point mNext;
 };
+
+}  // namespace zultav::detail
 
 #endif

@@ -1,4 +1,4 @@
-#include "framework/search/RealSystem.h"
+#include "framework/search/detail/RealSystem.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,6 +11,8 @@
 #include "framework/solver/FrameworkConstraints.h"
 #include "framework/solver/LocalCopy.h"
 #include "framework/solver/SingleValue.h"
+
+namespace zultav::detail {
 
 namespace {
 
@@ -461,3 +463,5 @@ std::vector<bool> RealSystem::FindEven() const {
   }
   return unknowns;
 }
+
+}  // namespace zultav::detail

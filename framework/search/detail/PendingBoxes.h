@@ -1,12 +1,14 @@
-#ifndef ZULTAV_SEARCH_PENDING_BOXES_H
-#define ZULTAV_SEARCH_PENDING_BOXES_H
+#ifndef ZULTAV_SEARCH_DETAIL_PENDING_BOXES_H
+#define ZULTAV_SEARCH_DETAIL_PENDING_BOXES_H
 
 #include <algorithm>
 #include <deque>
 #include <span>
 
-#include "framework/search/SearchVariable.h"
 #include "framework/search/ZULTavSolution.h"
+#include "framework/search/detail/SearchVariable.h"
+
+namespace zultav::detail {
 
 /// Solutions that wait to be reported, since a box found later may touch them and join them.
 ///
@@ -49,5 +51,7 @@ bool PendingBoxes::BringForward(Predicate final) {
   std::rotate(mBoxes.begin(), found, found + 1);
   return true;
 }
+
+}  // namespace zultav::detail
 
 #endif

@@ -1,8 +1,10 @@
-#include "framework/search/PivotedInverse.h"
+#include "framework/search/detail/PivotedInverse.h"
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
+
+namespace zultav::detail {
 
 namespace {
 
@@ -113,3 +115,5 @@ void PivotedInverse::Thin(std::span<const double> matrix, std::size_t columns) {
       if (std::fabs(row[j]) * mScales[j] < kDecidesNothing * largest) row[j] = 0;
   }
 }
+
+}  // namespace zultav::detail

@@ -1,9 +1,11 @@
-#ifndef ZULTAV_SEARCH_SEARCH_VARIABLE_H
-#define ZULTAV_SEARCH_SEARCH_VARIABLE_H
+#ifndef ZULTAV_SEARCH_DETAIL_SEARCH_VARIABLE_H
+#define ZULTAV_SEARCH_DETAIL_SEARCH_VARIABLE_H
 
 #include <new>
 
 #include "framework/solver/ZULTavAbstractTypes.h"
+
+namespace zultav::detail {
 
 /// How narrow a real domain must be to count as decided: either bound suffices.
 struct WidthLimit {
@@ -48,5 +50,7 @@ class SearchVariable {
   const ZULTaVoObjectDescriptor* mType;
   Kind mKind;
 };
+
+}  // namespace zultav::detail
 
 #endif

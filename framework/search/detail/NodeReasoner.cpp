@@ -1,6 +1,8 @@
-#include "framework/search/NodeReasoner.h"
+#include "framework/search/detail/NodeReasoner.h"
 
 #include <algorithm>
+
+namespace zultav::detail {
 
 namespace {
 
@@ -64,3 +66,5 @@ bool NodeReasoner::Proves(NodeState state, const SearchTree& tree, ZULTavSolutio
          std::all_of(variables.begin(), variables.end(),
                      [](const SearchVariable& variable) { return variable.IsSingle(); });
 }
+
+}  // namespace zultav::detail

@@ -1,10 +1,12 @@
-#include "framework/search/RealContractor.h"
+#include "framework/search/detail/RealContractor.h"
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
-#include "framework/search/RealFunction.h"
+#include "framework/search/detail/RealFunction.h"
+
+namespace zultav::detail {
 
 namespace {
 
@@ -297,3 +299,5 @@ bool RealContractor::MayGain() const {
     return mParts[i] == mPart && IsMuchNarrower(mHull[i], mValues[SlotOf(i)], kWorthwhile);
   });
 }
+
+}  // namespace zultav::detail

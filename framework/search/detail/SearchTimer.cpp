@@ -1,7 +1,9 @@
-#include "framework/search/SearchTimer.h"
+#include "framework/search/detail/SearchTimer.h"
 
 #include <algorithm>
 #include <system_error>
+
+namespace zultav::detail {
 
 namespace {
 
@@ -37,3 +39,5 @@ SearchTimer::~SearchTimer() {
 }
 
 Period::Period(double seconds) : mLength(DurationOf(seconds)), mNext(Clock::now() + mLength) {}
+
+}  // namespace zultav::detail

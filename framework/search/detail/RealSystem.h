@@ -1,5 +1,5 @@
-#ifndef ZULTAV_SEARCH_REAL_SYSTEM_H
-#define ZULTAV_SEARCH_REAL_SYSTEM_H
+#ifndef ZULTAV_SEARCH_DETAIL_REAL_SYSTEM_H
+#define ZULTAV_SEARCH_DETAIL_REAL_SYSTEM_H
 
 #include <cstdint>
 #include <span>
@@ -10,6 +10,8 @@
 #include "framework/solver/ZULTaVoInteger.h"
 #include "framework/solver/ZULTaVoNetwork.h"
 #include "framework/solver/ZULTaVoReal.h"
+
+namespace zultav::detail {
 
 /// The constraints of a network over reals as a system of equations and conditions.
 ///
@@ -105,5 +107,7 @@ class RealSystem {
   std::vector<const ZULTaVoAny*> mDiscrete;
   bool mComplete = true;
 };
+
+}  // namespace zultav::detail
 
 #endif

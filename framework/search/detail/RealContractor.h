@@ -1,12 +1,14 @@
-#ifndef ZULTAV_SEARCH_REAL_CONTRACTOR_H
-#define ZULTAV_SEARCH_REAL_CONTRACTOR_H
+#ifndef ZULTAV_SEARCH_DETAIL_REAL_CONTRACTOR_H
+#define ZULTAV_SEARCH_DETAIL_REAL_CONTRACTOR_H
 
 #include <cstdint>
 #include <span>
 #include <vector>
 
 #include "framework/intervals/SubdefReal.h"
-#include "framework/search/RealSystem.h"
+#include "framework/search/detail/RealSystem.h"
+
+namespace zultav::detail {
 
 /// Narrows boxes of a system by its statements: forward and backward through the functions of one
 /// statement after the other (HC4), and by shaving. Shaving supposes an unknown to lie in a slice
@@ -78,5 +80,7 @@ class RealContractor {
   std::vector<std::uint32_t> mParts;   // how many parts narrowed the unknown
   std::uint32_t mPart = 0;
 };
+
+}  // namespace zultav::detail
 
 #endif

@@ -1,16 +1,18 @@
-#ifndef ZULTAV_SEARCH_SEARCH_RUN_H
-#define ZULTAV_SEARCH_SEARCH_RUN_H
+#ifndef ZULTAV_SEARCH_DETAIL_SEARCH_RUN_H
+#define ZULTAV_SEARCH_DETAIL_SEARCH_RUN_H
 
 #include <atomic>
 #include <chrono>
 #include <optional>
 
-#include "framework/search/MirrorImages.h"
-#include "framework/search/NodeReasoner.h"
-#include "framework/search/PendingBoxes.h"
-#include "framework/search/SearchTimer.h"
-#include "framework/search/SearchTree.h"
 #include "framework/search/ZULTavSearch.h"
+#include "framework/search/detail/MirrorImages.h"
+#include "framework/search/detail/NodeReasoner.h"
+#include "framework/search/detail/PendingBoxes.h"
+#include "framework/search/detail/SearchTimer.h"
+#include "framework/search/detail/SearchTree.h"
+
+namespace zultav::detail {
 
 /// The network in the hands of one run: its settings hold, it can be interrupted, what it does is
 /// counted, and in the end the levels that were opened are closed.
@@ -84,5 +86,7 @@ class SearchRun {
   MirrorImages mImages;
   ZULTavSolution mCandidate;  // the declared values before hidden ones are split
 };
+
+}  // namespace zultav::detail
 
 #endif
