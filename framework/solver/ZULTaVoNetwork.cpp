@@ -425,6 +425,18 @@ void ZULTaVoNetwork::ClearQueue() {
   while (TakeNext(link)) continue;
 }
 
+/// Saves what the filter may change. False when memory ran out.
+[[gnu::always_inline]] inline bool ZULTaVoNetwork::SaveArguments(const Link& link) {
+  const auto depth = static_cast<std::uint32_t>(mLevels.size());
+  if (depth == 0) return true;
+  for (unsigned int i = 0; i < link.count; ++i) {
+    Node& node = *NodeOf(link.arguments[i]);
+    node.narrowed = false;
+    if (node.depth != depth && !Save(node)) return false;
+  }
+  return true;
+}
+
 ZULTaVoNetwork::Status ZULTaVoNetwork::RunFilter(std::uint32_t index) {
   const Link link = mLinks[index];  // a filter may add constraints, which moves the list
   const ZULTaVoObjectEnvironment environment(this, link.arguments, link.count, link.constants,
@@ -451,18 +463,6 @@ ZULTaVoNetwork::Status ZULTaVoNetwork::RunFilter(std::uint32_t index) {
   }
   if (mTrail.size() > saved && !changed) ForgetUnchanged(saved);
   return status;
-}
-
-/// Saves what the filter may change. False when memory ran out.
-bool ZULTaVoNetwork::SaveArguments(const Link& link) {
-  const auto depth = static_cast<std::uint32_t>(mLevels.size());
-  if (depth == 0) return true;
-  for (unsigned int i = 0; i < link.count; ++i) {
-    Node& node = *NodeOf(link.arguments[i]);
-    node.narrowed = false;
-    if (node.depth != depth && !Save(node)) return false;
-  }
-  return true;
 }
 
 // --- The trail --------------------------------------------------------------------------------
