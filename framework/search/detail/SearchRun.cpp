@@ -96,7 +96,8 @@ SearchRun::Outcome SearchRun::Explore() {
     Count(state);
     if (state == NodeState::kBranched) continue;
     // While the halves beside this node are still open: they decide which boxes are final.
-    const End end = state == NodeState::kFound ? ReportFinal() : End();
+    End end;
+    if (state == NodeState::kFound) end = ReportFinal();
     if (!mTree.Backtrack()) {
       mFrontier.explored = true;
       const bool all = !end || (*end == Outcome::kSolutionLimit && mPending.GetSize() == 0);
