@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <cmath>
 
-#include "framework/intervals/BothBounds.h"
 #include "framework/intervals/IntervalControl.h"
-#include "framework/intervals/PointFunctions.h"
-#include "framework/intervals/RealLine.h"
-#include "framework/intervals/Rounding.h"
+#include "framework/intervals/detail/BothBounds.h"
+#include "framework/intervals/detail/PointFunctions.h"
+#include "framework/intervals/detail/RealLine.h"
+#include "framework/intervals/detail/Rounding.h"
+
+using namespace zultav::detail;
 
 using elementary::Angle;
 using elementary::AtanAt;

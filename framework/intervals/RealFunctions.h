@@ -13,18 +13,18 @@ ZULTAV_INTERVALS_API SubdefReal exp(const SubdefReal& x);
 /// Natural logarithm of the positive part of x; empty (flag up) when there is none.
 ZULTAV_INTERVALS_API SubdefReal log(const SubdefReal& x);
 /// Non-negative root of the non-negative part of x, tightest; empty when there is none.
-inline SubdefReal sqrt(const SubdefReal& x) {
+ZULTAV_HOT SubdefReal sqrt(const SubdefReal& x) {
   SubdefReal root(0, 0);
-  if (packed::Sqrt(x, root)) [[likely]]
+  if (zultav::detail::packed::Sqrt(x, root)) [[likely]]
     return root;
-  return general_arithmetic::Sqrt(x);
+  return zultav::detail::general_arithmetic::Sqrt(x);
 }
 /// Square, tightest.
-inline SubdefReal sqr(const SubdefReal& x) {
+ZULTAV_HOT SubdefReal sqr(const SubdefReal& x) {
   SubdefReal square(0, 0);
-  if (packed::Square(x, square)) [[likely]]
+  if (zultav::detail::packed::Square(x, square)) [[likely]]
     return square;
-  return general_arithmetic::Square(x);
+  return zultav::detail::general_arithmetic::Square(x);
 }
 /// Radians. [-1, 1] for an unbounded or very wide x.
 ZULTAV_INTERVALS_API SubdefReal sin(const SubdefReal& x);

@@ -4,8 +4,10 @@
 #include <utility>
 
 #include "framework/intervals/IntervalControl.h"
-#include "framework/intervals/RealLine.h"
-#include "framework/intervals/Rounding.h"
+#include "framework/intervals/detail/RealLine.h"
+#include "framework/intervals/detail/Rounding.h"
+
+using namespace zultav::detail;
 
 using real_line::Empty;
 using real_line::Extended;

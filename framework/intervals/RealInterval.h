@@ -54,54 +54,54 @@ class ZULTAV_INTERVALS_API RealInterval {
 };
 
 /// The arithmetic on any intervals, ordinary or not.
-namespace general_arithmetic {
+namespace zultav::detail::general_arithmetic {
 ZULTAV_INTERVALS_API RealInterval Sum(const RealInterval& x, const RealInterval& y);
 ZULTAV_INTERVALS_API RealInterval Product(const RealInterval& x, const RealInterval& y);
 ZULTAV_INTERVALS_API RealInterval Quotient(const RealInterval& x, const RealInterval& y);
 ZULTAV_INTERVALS_API RealInterval Square(const RealInterval& x);
 ZULTAV_INTERVALS_API RealInterval Sqrt(const RealInterval& x);
-}  // namespace general_arithmetic
+}  // namespace zultav::detail::general_arithmetic
 
-#include "framework/intervals/PackedArithmetic.h"
+#include "framework/intervals/detail/PackedArithmetic.h"
 
 // Inline, so that code built for newer processors does ordinary arithmetic without a call. All
 // other code calls the library, which the dynamic loader chooses to fit the processor.
 
-inline RealInterval RealInterval::AddIntToInt(const RealInterval& b) const {
+ZULTAV_HOT RealInterval RealInterval::AddIntToInt(const RealInterval& b) const {
   RealInterval sum;
-  if (packed::Add(*this, b, sum)) [[likely]]
+  if (zultav::detail::packed::Add(*this, b, sum)) [[likely]]
     return sum;
-  return general_arithmetic::Sum(*this, b);
+  return zultav::detail::general_arithmetic::Sum(*this, b);
 }
 
-inline RealInterval RealInterval::SubIntFromInt(const RealInterval& b) const {
+ZULTAV_HOT RealInterval RealInterval::SubIntFromInt(const RealInterval& b) const {
   RealInterval difference;
-  if (packed::Subtract(*this, b, difference)) [[likely]]
+  if (zultav::detail::packed::Subtract(*this, b, difference)) [[likely]]
     return difference;
-  return general_arithmetic::Sum(*this, {-b.upper, -b.lower});
+  return zultav::detail::general_arithmetic::Sum(*this, {-b.upper, -b.lower});
 }
 
-inline RealInterval RealInterval::MultIntByInt(const RealInterval& b) const {
+ZULTAV_HOT RealInterval RealInterval::MultIntByInt(const RealInterval& b) const {
   RealInterval product;
-  if (packed::Multiply(*this, b, product)) [[likely]]
+  if (zultav::detail::packed::Multiply(*this, b, product)) [[likely]]
     return product;
-  return general_arithmetic::Product(*this, b);
+  return zultav::detail::general_arithmetic::Product(*this, b);
 }
 
-inline RealInterval RealInterval::DivIntByInt(const RealInterval& b) const {
+ZULTAV_HOT RealInterval RealInterval::DivIntByInt(const RealInterval& b) const {
   RealInterval quotient;
-  if (packed::Divide(*this, b, quotient)) [[likely]]
+  if (zultav::detail::packed::Divide(*this, b, quotient)) [[likely]]
     return quotient;
-  return general_arithmetic::Quotient(*this, b);
+  return zultav::detail::general_arithmetic::Quotient(*this, b);
 }
 
-inline RealInterval RealInterval::AddNumToInt(double d) const {
+ZULTAV_HOT RealInterval RealInterval::AddNumToInt(double d) const {
   RealInterval sum;
-  if (packed::Add(*this, d, sum)) [[likely]]
+  if (zultav::detail::packed::Add(*this, d, sum)) [[likely]]
     return sum;
-  return general_arithmetic::Sum(*this, {d, d});
+  return zultav::detail::general_arithmetic::Sum(*this, {d, d});
 }
 
-inline RealInterval RealInterval::subNumFromInt(double d) const { return AddNumToInt(-d); }
+ZULTAV_HOT RealInterval RealInterval::subNumFromInt(double d) const { return AddNumToInt(-d); }
 
 #endif

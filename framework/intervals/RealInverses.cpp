@@ -9,9 +9,11 @@
 #include <limits>
 
 #include "framework/intervals/IntervalControl.h"
-#include "framework/intervals/PointFunctions.h"
 #include "framework/intervals/RealFunctions.h"
-#include "framework/intervals/RealLine.h"
+#include "framework/intervals/detail/PointFunctions.h"
+#include "framework/intervals/detail/RealLine.h"
+
+using namespace zultav::detail;
 
 using elementary::Angle;
 using elementary::Approximation;

@@ -4,12 +4,14 @@
 #include <cmath>
 #include <optional>
 
-#include "framework/intervals/ElementaryKernels.h"
 #include "framework/intervals/IntervalControl.h"
 #include "framework/intervals/RealFunctions.h"
-#include "framework/intervals/RealLine.h"
-#include "framework/intervals/Rounding.h"
-#include "framework/intervals/RoundingDecisions.h"
+#include "framework/intervals/detail/ElementaryKernels.h"
+#include "framework/intervals/detail/RealLine.h"
+#include "framework/intervals/detail/Rounding.h"
+#include "framework/intervals/detail/RoundingDecisions.h"
+
+using namespace zultav::detail;
 
 using elementary::Approximation;
 using elementary::RoundOutward;

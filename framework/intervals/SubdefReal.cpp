@@ -3,8 +3,10 @@
 #include <algorithm>
 
 #include "framework/intervals/IntervalControl.h"
-#include "framework/intervals/RealLine.h"
 #include "framework/intervals/SubdefInt.h"
+#include "framework/intervals/detail/RealLine.h"
+
+using namespace zultav::detail;
 
 using real_line::Empty;
 using real_line::Saturated;

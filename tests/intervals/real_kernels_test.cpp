@@ -3,8 +3,10 @@
 
 #include <gtest/gtest.h>
 
-#include "framework/intervals/ElementaryKernels.h"
+#include "framework/intervals/detail/ElementaryKernels.h"
 #include "tests/intervals/mpfr_oracle.h"
+
+using namespace zultav::detail;
 
 namespace {
 

@@ -1,9 +1,14 @@
-#ifndef ZULTAV_INTERVALS_PACKED_ARITHMETIC_H
-#define ZULTAV_INTERVALS_PACKED_ARITHMETIC_H
+// Before the guard: it includes this header behind its class.
+#include "framework/intervals/RealInterval.h"
+
+#ifndef ZULTAV_INTERVALS_DETAIL_PACKED_ARITHMETIC_H
+#define ZULTAV_INTERVALS_DETAIL_PACKED_ARITHMETIC_H
 
 #if defined(__FMA__) && defined(__AVX2__)
 #include <immintrin.h>
 #endif
+
+#include "framework/intervals/detail/Level.h"
 
 // Arithmetic on ordinary intervals with both bounds in one register, for code that is built for
 // processors with fused multiply-add. Ordinary: operands and result are not empty, all their bounds
@@ -11,8 +16,8 @@
 // function answers false where that is not so, and the general arithmetic has to do it.
 //
 // A register holds (-lower, upper), so that outward is upward for both bounds. The roundings are
-// those of Rounding.h, without a branch. Included by RealInterval.h.
-namespace packed {
+// those of Rounding.h, without a branch.
+namespace zultav::detail::inline ZULTAV_LEVEL::packed {
 
 #if defined(__FMA__) && defined(__AVX2__)
 
@@ -185,6 +190,6 @@ inline bool Sqrt(const RealInterval&, RealInterval&) { return false; }
 
 #endif
 
-}  // namespace packed
+}  // namespace zultav::detail::inline ZULTAV_LEVEL::packed
 
 #endif

@@ -1,12 +1,15 @@
-#ifndef ZULTAV_INTERVALS_DOUBLE_DOUBLE_H
-#define ZULTAV_INTERVALS_DOUBLE_DOUBLE_H
+#ifndef ZULTAV_INTERVALS_DETAIL_DOUBLE_DOUBLE_H
+#define ZULTAV_INTERVALS_DETAIL_DOUBLE_DOUBLE_H
 
 #include <cmath>
 #include <concepts>
 #include <cstdint>
 #include <type_traits>
 
-#include "framework/intervals/DoublePair.h"
+#include "framework/intervals/detail/DoublePair.h"
+#include "framework/intervals/detail/Level.h"
+
+namespace zultav::detail::inline ZULTAV_LEVEL {
 
 /// A number of about 106 bits: the unevaluated sum of two doubles, the second much the smaller.
 /// Or two such numbers, where Number is DoublePair; then gcc 12 copies the whole through memory,
@@ -122,5 +125,7 @@ inline DoubleDoubleOf<DoublePair> Lookup(const DoubleDouble* table, IntegerPair 
 }
 
 #endif
+
+}  // namespace zultav::detail::inline ZULTAV_LEVEL
 
 #endif

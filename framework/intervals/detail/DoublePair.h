@@ -1,5 +1,5 @@
-#ifndef ZULTAV_INTERVALS_DOUBLE_PAIR_H
-#define ZULTAV_INTERVALS_DOUBLE_PAIR_H
+#ifndef ZULTAV_INTERVALS_DETAIL_DOUBLE_PAIR_H
+#define ZULTAV_INTERVALS_DETAIL_DOUBLE_PAIR_H
 
 #include <bit>
 #include <cmath>
@@ -9,9 +9,9 @@
 #include <immintrin.h>
 #endif
 
-// What is computed for both bounds of an interval must be in line: the processor overlaps the one
-// with the other, and registers of two numbers do not travel through memory.
-#define ZULTAV_HOT [[gnu::always_inline]] inline
+#include "framework/intervals/detail/Level.h"
+
+namespace zultav::detail::inline ZULTAV_LEVEL {
 
 // What the elementary functions compute with: a double or, on processors with fused multiply-add,
 // two at once. These operations let one text serve both.
@@ -97,5 +97,7 @@ inline DoublePair FlipSign(DoublePair x, IntegerPair bits) {
 }
 
 #endif
+
+}  // namespace zultav::detail::inline ZULTAV_LEVEL
 
 #endif

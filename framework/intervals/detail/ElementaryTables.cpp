@@ -1,8 +1,8 @@
 // Written by make_elementary_tables.py.
 // clang-format off
-#include "framework/intervals/ElementaryTables.h"
+#include "framework/intervals/detail/ElementaryTables.h"
 
-namespace elementary {
+namespace zultav::detail::inline ZULTAV_LEVEL::elementary {
 
 const DoubleDouble kExpTable[128] = {
     {0x1.0000000000000p+0, 0x0.0p+0},
@@ -1169,4 +1169,4 @@ const DoubleDouble kAtanTable[512] = {
     {0x1.911db1938fec5p+0, 0x1.615bc560c474dp-54},
 };
 
-}  // namespace elementary
+}  // namespace zultav::detail::inline ZULTAV_LEVEL::elementary

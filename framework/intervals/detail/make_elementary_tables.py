@@ -62,10 +62,10 @@ def atan_row(i):
 
 print("// Written by make_elementary_tables.py.")
 print("// clang-format off")
-print('#include "framework/intervals/ElementaryTables.h"\n')
-print("namespace elementary {\n")
+print('#include "framework/intervals/detail/ElementaryTables.h"\n')
+print("namespace zultav::detail::inline ZULTAV_LEVEL::elementary {\n")
 table("DoubleDouble kExpTable[128]", map(exp_row, range(128)))
 table("LogRow kLogTable[256]", map(log_row, range(256)))
 table("DoubleDouble kSinTable[257]", map(sin_row, range(257)))
 table("DoubleDouble kAtanTable[512]", map(atan_row, range(512)))
-print("}  // namespace elementary")
+print("}  // namespace zultav::detail::inline ZULTAV_LEVEL::elementary")

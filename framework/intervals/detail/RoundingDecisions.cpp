@@ -1,11 +1,13 @@
-#include "framework/intervals/RoundingDecisions.h"
+#include "framework/intervals/detail/RoundingDecisions.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "framework/intervals/ElementaryKernels.h"
-#include "framework/intervals/FixedPoint.h"
-#include "framework/intervals/Rounding.h"
+#include "framework/intervals/detail/ElementaryKernels.h"
+#include "framework/intervals/detail/FixedPoint.h"
+#include "framework/intervals/detail/Rounding.h"
+
+namespace zultav::detail::inline ZULTAV_LEVEL {
 
 namespace decide {
 namespace {
@@ -108,3 +110,5 @@ elementary::Angle elementary::ReduceSlowly(double x) {
   const DoubleDouble r = (TimesHalfPi(rest) / 256).ToDoubleDouble();
   return {angle.quadrant, ((angle.quadrant & 3) << 8) + index, r, 0x1p-180, 0x1p-67};
 }
+
+}  // namespace zultav::detail::inline ZULTAV_LEVEL

@@ -1,17 +1,18 @@
-#ifndef ZULTAV_INTERVALS_BOTH_BOUNDS_H
-#define ZULTAV_INTERVALS_BOTH_BOUNDS_H
+#ifndef ZULTAV_INTERVALS_DETAIL_BOTH_BOUNDS_H
+#define ZULTAV_INTERVALS_DETAIL_BOTH_BOUNDS_H
 
 #include <cfloat>
 #include <cstdint>
 
-#include "framework/intervals/ElementaryKernels.h"
-#include "framework/intervals/PointFunctions.h"
 #include "framework/intervals/RealInterval.h"
+#include "framework/intervals/detail/ElementaryKernels.h"
+#include "framework/intervals/detail/Level.h"
+#include "framework/intervals/detail/PointFunctions.h"
 
 // Elementary functions at both bounds of an interval at once, on processors with fused
 // multiply-add. Each answers false where a bound is out of the ordinary or an approximation leaves
 // a rounding open; PointFunctions.h has the ones for all cases.
-namespace elementary {
+namespace zultav::detail::inline ZULTAV_LEVEL::elementary {
 
 /// The tightest enclosures of the values at both bounds, and the quadrants of angles.
 struct AtBounds {
@@ -107,6 +108,6 @@ inline bool TanAtBounds(const RealInterval&, AtBounds&) { return false; }
 
 #endif
 
-}  // namespace elementary
+}  // namespace zultav::detail::inline ZULTAV_LEVEL::elementary
 
 #endif

@@ -1,11 +1,14 @@
-#ifndef ZULTAV_INTERVALS_FIXED_POINT_H
-#define ZULTAV_INTERVALS_FIXED_POINT_H
+#ifndef ZULTAV_INTERVALS_DETAIL_FIXED_POINT_H
+#define ZULTAV_INTERVALS_DETAIL_FIXED_POINT_H
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 
-#include "framework/intervals/DoubleDouble.h"
+#include "framework/intervals/detail/DoubleDouble.h"
+#include "framework/intervals/detail/Level.h"
+
+namespace zultav::detail::inline ZULTAV_LEVEL {
 
 /// A real number of magnitude below 2^64, truncated to a multiple of 2^-256.
 ///
@@ -80,5 +83,7 @@ struct Quadrants {
 Quadrants DivideByHalfPi(double x);
 /// x * pi/2.
 FixedPoint TimesHalfPi(const FixedPoint& x);
+
+}  // namespace zultav::detail::inline ZULTAV_LEVEL
 
 #endif

@@ -1,5 +1,5 @@
-#ifndef ZULTAV_INTERVALS_ROUNDING_DECISIONS_H
-#define ZULTAV_INTERVALS_ROUNDING_DECISIONS_H
+#ifndef ZULTAV_INTERVALS_DETAIL_ROUNDING_DECISIONS_H
+#define ZULTAV_INTERVALS_DETAIL_ROUNDING_DECISIONS_H
 
 #include <algorithm>
 #include <cfloat>
@@ -7,9 +7,12 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "framework/intervals/ElementaryKernels.h"
 #include "framework/intervals/RealInterval.h"
-#include "framework/intervals/Rounding.h"
+#include "framework/intervals/detail/ElementaryKernels.h"
+#include "framework/intervals/detail/Level.h"
+#include "framework/intervals/detail/Rounding.h"
+
+namespace zultav::detail::inline ZULTAV_LEVEL {
 
 /// Signs of differences in fixed-point arithmetic of 256 fractional bits. They settle the rounding
 /// of a function value that an approximation leaves on either side of a double d. The answer is
@@ -90,5 +93,7 @@ ZULTAV_HOT RealInterval RoundOutward(const ScaledApproximation& scaled, Sign sig
 }
 
 }  // namespace elementary
+
+}  // namespace zultav::detail::inline ZULTAV_LEVEL
 
 #endif

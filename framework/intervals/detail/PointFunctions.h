@@ -1,17 +1,18 @@
-#ifndef ZULTAV_INTERVALS_POINT_FUNCTIONS_H
-#define ZULTAV_INTERVALS_POINT_FUNCTIONS_H
+#ifndef ZULTAV_INTERVALS_DETAIL_POINT_FUNCTIONS_H
+#define ZULTAV_INTERVALS_DETAIL_POINT_FUNCTIONS_H
 
 #include <cfloat>
 #include <cmath>
 #include <cstdint>
 
-#include "framework/intervals/ElementaryKernels.h"
 #include "framework/intervals/RealInterval.h"
-#include "framework/intervals/Rounding.h"
-#include "framework/intervals/RoundingDecisions.h"
+#include "framework/intervals/detail/ElementaryKernels.h"
+#include "framework/intervals/detail/Level.h"
+#include "framework/intervals/detail/Rounding.h"
+#include "framework/intervals/detail/RoundingDecisions.h"
 
 // The tightest enclosures of function values at one point, infinities included as limits.
-namespace elementary {
+namespace zultav::detail::inline ZULTAV_LEVEL::elementary {
 
 /// Below this magnitude x - sin(x), tan(x) - x and x - atan(x) are less than the distance of x
 /// from its neighbours.
@@ -71,6 +72,6 @@ ZULTAV_HOT RealInterval TanAt(double x, const Angle& angle) {
   return RoundOutward(Tan(angle), [x](double d) { return decide::Tan(x, d); });
 }
 
-}  // namespace elementary
+}  // namespace zultav::detail::inline ZULTAV_LEVEL::elementary
 
 #endif

@@ -1,13 +1,14 @@
-#ifndef ZULTAV_INTERVALS_REAL_LINE_H
-#define ZULTAV_INTERVALS_REAL_LINE_H
+#ifndef ZULTAV_INTERVALS_DETAIL_REAL_LINE_H
+#define ZULTAV_INTERVALS_DETAIL_REAL_LINE_H
 
 #include <algorithm>
 #include <cmath>
 
 #include "framework/intervals/SubdefReal.h"
+#include "framework/intervals/detail/Level.h"
 
 // The real line between the limits: what an interval function does before and after its formula.
-namespace real_line {
+namespace zultav::detail::inline ZULTAV_LEVEL::real_line {
 
 inline RealInterval Empty() { return {SubdefReal::sMaxValue, -SubdefReal::sMaxValue}; }
 
@@ -28,6 +29,6 @@ inline RealInterval Saturated(double low, double high) {
   return {bring(low), bring(high)};
 }
 
-}  // namespace real_line
+}  // namespace zultav::detail::inline ZULTAV_LEVEL::real_line
 
 #endif

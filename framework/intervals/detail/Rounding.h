@@ -1,5 +1,5 @@
-#ifndef ZULTAV_INTERVALS_ROUNDING_H
-#define ZULTAV_INTERVALS_ROUNDING_H
+#ifndef ZULTAV_INTERVALS_DETAIL_ROUNDING_H
+#define ZULTAV_INTERVALS_DETAIL_ROUNDING_H
 
 #include <bit>
 #include <cfloat>
@@ -12,6 +12,8 @@
 #include <immintrin.h>
 #endif
 
+#include "framework/intervals/detail/Level.h"
+
 // Directed rounding of single operations. The rounding mode of the processor is never read or
 // written.
 //
@@ -22,7 +24,7 @@
 // of infinity. Both end when a bound is brought between the limits of the line.
 //
 // Infinite operands are allowed where the operation itself is defined.
-namespace rounding {
+namespace zultav::detail::inline ZULTAV_LEVEL::rounding {
 
 static_assert(FLT_EVAL_METHOD == 0, "error-free transformations need plain double arithmetic");
 
@@ -123,6 +125,6 @@ inline double SqrtUp(double x) { return Root(x).Up(); }
 
 #endif
 
-}  // namespace rounding
+}  // namespace zultav::detail::inline ZULTAV_LEVEL::rounding
 
 #endif

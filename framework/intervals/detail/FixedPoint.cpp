@@ -1,8 +1,10 @@
-#include "framework/intervals/FixedPoint.h"
+#include "framework/intervals/detail/FixedPoint.h"
 
 #include <algorithm>
 #include <cmath>
 #include <tuple>
+
+namespace zultav::detail::inline ZULTAV_LEVEL {
 
 namespace {
 
@@ -178,3 +180,5 @@ Quadrants DivideByHalfPi(double x) {
 }
 
 FixedPoint TimesHalfPi(const FixedPoint& x) { return x * kHalfPi; }
+
+}  // namespace zultav::detail::inline ZULTAV_LEVEL

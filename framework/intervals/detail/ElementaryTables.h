@@ -1,10 +1,11 @@
-#ifndef ZULTAV_INTERVALS_ELEMENTARY_TABLES_H
-#define ZULTAV_INTERVALS_ELEMENTARY_TABLES_H
+#ifndef ZULTAV_INTERVALS_DETAIL_ELEMENTARY_TABLES_H
+#define ZULTAV_INTERVALS_DETAIL_ELEMENTARY_TABLES_H
 
-#include "framework/intervals/DoubleDouble.h"
+#include "framework/intervals/detail/DoubleDouble.h"
+#include "framework/intervals/detail/Level.h"
 
 // Values of the elementary functions, each the correctly rounded sum of two doubles.
-namespace elementary {
+namespace zultav::detail::inline ZULTAV_LEVEL::elementary {
 
 /// 2^(i/128).
 extern const DoubleDouble kExpTable[128];
@@ -36,6 +37,6 @@ extern const DoubleDouble kSinTable[257];
 /// Arc tangents of the centres of the cells, 32 to each power of two, from 2^-8 to 2^8.
 extern const DoubleDouble kAtanTable[512];
 
-}  // namespace elementary
+}  // namespace zultav::detail::inline ZULTAV_LEVEL::elementary
 
 #endif

@@ -1,19 +1,20 @@
-#ifndef ZULTAV_INTERVALS_ELEMENTARY_KERNELS_H
-#define ZULTAV_INTERVALS_ELEMENTARY_KERNELS_H
+#ifndef ZULTAV_INTERVALS_DETAIL_ELEMENTARY_KERNELS_H
+#define ZULTAV_INTERVALS_DETAIL_ELEMENTARY_KERNELS_H
 
 #include <bit>
 #include <cmath>
 #include <cstdint>
 
-#include "framework/intervals/DoubleDouble.h"
-#include "framework/intervals/ElementaryTables.h"
-#include "framework/intervals/FixedPoint.h"
+#include "framework/intervals/detail/DoubleDouble.h"
+#include "framework/intervals/detail/ElementaryTables.h"
+#include "framework/intervals/detail/FixedPoint.h"
+#include "framework/intervals/detail/Level.h"
 
 // Elementary functions of a double in double-double arithmetic, each with a proven bound on its
 // error; or of two doubles at once, where Number is DoublePair. In the proofs u = 2^-53 bounds the
 // relative error of one operation rounded to nearest. Every bound holds whether or not MulAdd is
 // fused.
-namespace elementary {
+namespace zultav::detail::inline ZULTAV_LEVEL::elementary {
 
 /// A function value lies within `error` of hi + lo. Normalised: hi is hi + lo rounded to nearest.
 template <class Number>
@@ -299,6 +300,6 @@ inline Approximation AtanOfQuotient(DoubleDouble n, DoubleDouble d) {
   return AddArcTangent(cell.angle, (n + -(centre * d)) / (d + centre * n));
 }
 
-}  // namespace elementary
+}  // namespace zultav::detail::inline ZULTAV_LEVEL::elementary
 
 #endif
