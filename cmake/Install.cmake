@@ -9,12 +9,17 @@ install(TARGETS zultav RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 file(RELATIVE_PATH zultav_lib_from_bin /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
 set_target_properties(zultav PROPERTIES INSTALL_RPATH "$ORIGIN/${zultav_lib_from_bin}")
 
-foreach(folder base intervals solver calculator search)
-  install(DIRECTORY framework/${folder}
-          DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zultav/framework FILES_MATCHING PATTERN "*.h")
+# Public headers, and those internal ones that they cannot do without.
+set(zultav_include ${CMAKE_INSTALL_INCLUDEDIR}/zultav)
+foreach(folder framework/base framework/intervals framework/solver framework/calculator
+        framework/search numbers)
+  file(GLOB headers CONFIGURE_DEPENDS ${folder}/*.h)
+  # Of the search, what has the project's prefix is public.
+  list(FILTER headers EXCLUDE REGEX "/search/(Mirror|Node|Pending|Pivoted|Real|Search)[^/]*$")
+  install(FILES ${headers} DESTINATION ${zultav_include}/${folder})
 endforeach()
-install(DIRECTORY numbers
-        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zultav FILES_MATCHING PATTERN "*.h")
+install(FILES framework/intervals/detail/Level.h framework/intervals/detail/PackedArithmetic.h
+        DESTINATION ${zultav_include}/framework/intervals/detail)
 
 set(package_directory ${CMAKE_INSTALL_LIBDIR}/cmake/ZULTavNumbers)
 install(EXPORT ZULTavNumbersTargets NAMESPACE ZULTavNumbers:: DESTINATION ${package_directory})

@@ -158,7 +158,7 @@ bool Journal::Read(Record& record) {
   record.bytes.resize(static_cast<std::size_t>(size));
   if (ReadAt(begin, record.bytes.data(), record.bytes.size()) != size) return false;
   const std::string_view rest(&frame[kNumberSize], kFrameSize - kNumberSize);
-  if (GetNumber(frame.data()) != Fnv1a(record.bytes, Fnv1a(rest))) return false;
+  if (GetNumber(frame.data()) != zultav::Fnv1a(record.bytes, zultav::Fnv1a(rest))) return false;
   record.kind = frame.back();
   mPosition = begin + size;
   mTorn = false;

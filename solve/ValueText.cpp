@@ -32,7 +32,7 @@ struct Range {
     auto* any = static_cast<Number*>(static_cast<ZULTaVoAny*>(type->InitObject(memory.get())));
     any->SetAny();
     limits = BoundsOf<Number>(*any);
-    isOfSingles = any->GetCardinality() == kSingleAny;
+    isOfSingles = any->GetCardinality() == zultav::kSingleAny;
     type->DestroyObject(any);
   }
   template <class T>
@@ -191,7 +191,7 @@ std::string JsonValue(const ZULTaVoAny& value) {
   if (value.IsNil()) return "\"Nil\"";
   if (const auto* boolean = ZULTaVoCast<const ZULTaVoBoolean>(&value))
     return boolean->IsTrue() ? "true" : boolean->IsFalse() ? "false" : "\"Any\"";
-  if (value.IsAny() && value.GetCardinality() == kSingleAny) return "\"Any\"";
+  if (value.IsAny() && value.GetCardinality() == zultav::kSingleAny) return "\"Any\"";
   if (const auto* integer = ZULTaVoCast<const ZULTaVoInteger>(&value)) return JsonNumber(*integer);
   if (const auto* real = ZULTaVoCast<const ZULTaVoReal>(&value)) return JsonNumber(*real);
   return "\"Any\"";

@@ -17,7 +17,7 @@ constinit std::mutex gLock;
 static_assert(std::is_trivially_destructible_v<std::mutex>);
 
 ZULStreamableClass*& BucketOf(std::string_view name) noexcept {
-  return gBuckets[Fnv1a(name) % gBuckets.size()];
+  return gBuckets[zultav::Fnv1a(name) % gBuckets.size()];
 }
 
 }  // namespace

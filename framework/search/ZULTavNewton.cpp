@@ -408,8 +408,9 @@ int ZULTavNewton::Work::Refute(ZULTaVoNetwork& network) {
 
 bool ZULTavNewton::Work::IsDecided() const {
   const auto& discrete = mSystem.GetDiscrete();
-  return mSystem.IsComplete() && std::all_of(discrete.begin(), discrete.end(),
-                                             [](const auto* each) { return IsSingleValue(*each); });
+  return mSystem.IsComplete() &&
+         std::all_of(discrete.begin(), discrete.end(),
+                     [](const auto* each) { return zultav::IsSingleValue(*each); });
 }
 
 bool ZULTavNewton::Work::Proves(ZULTavSolution* box) {

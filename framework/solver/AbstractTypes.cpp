@@ -5,15 +5,15 @@
 #include "framework/solver/ZULTaVoReal.h"
 
 // Identity is the address of a named array: equal literals may share one address.
-#define ZULTAVO_IDENTITY(CLASS)                      \
+#define ZULTAV_IDENTITY(CLASS)                       \
   static const char k##CLASS##Ident[] = #CLASS;      \
   const char* const CLASS::sIdent = k##CLASS##Ident; \
   const ZULTaVoObjectDescriptor* CLASS::sDescriptor = nullptr;
 
-ZULTAVO_IDENTITY(ZULTaVoAny)
-ZULTAVO_IDENTITY(ZULTaVoScalar)
-ZULTAVO_IDENTITY(ZULTaVoBoolean)
-ZULTAVO_IDENTITY(ZULTaVoNumber)
-ZULTAVO_IDENTITY(ZULTaVoInteger)
-ZULTAVO_IDENTITY(ZULTaVoReal)
-#undef ZULTAVO_IDENTITY
+ZULTAV_IDENTITY(ZULTaVoAny)
+ZULTAV_IDENTITY(ZULTaVoScalar)
+ZULTAV_IDENTITY(ZULTaVoBoolean)
+ZULTAV_IDENTITY(ZULTaVoNumber)
+ZULTAV_IDENTITY(ZULTaVoInteger)
+ZULTAV_IDENTITY(ZULTaVoReal)
+#undef ZULTAV_IDENTITY

@@ -7,6 +7,8 @@
 
 #include "framework/solver/ZULTaVoBase.h"
 
+namespace zultav {
+
 namespace {
 constexpr std::size_t kFirstChunk = std::size_t{16} << 10;
 constexpr std::size_t kLargestChunk = std::size_t{4} << 20;
@@ -70,3 +72,5 @@ bool Arena::Owns(const void* address) const {
       index < mCurrent ? chunk.size : (index == mCurrent ? mUsed : std::size_t{0});
   return std::less<const char*>()(byte, chunk.memory + used);
 }
+
+}  // namespace zultav

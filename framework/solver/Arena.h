@@ -6,6 +6,8 @@
 
 #include "framework/solver/Export.h"
 
+namespace zultav {
+
 /// Memory that is handed out piece by piece and given back all at once or back to a mark.
 class ZULTAV_TYPES_API Arena {
  public:
@@ -45,5 +47,7 @@ class ZULTAV_TYPES_API Arena {
   std::size_t mUsed = 0;
   std::size_t mBytes = 0;
 };
+
+}  // namespace zultav
 
 #endif

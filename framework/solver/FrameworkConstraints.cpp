@@ -14,6 +14,9 @@
 #include "framework/solver/ZULTaVoObjectEnvironment.h"
 #include "framework/solver/ZULTaVoReal.h"
 
+using zultav::IsSingleValue;
+using zultav::LocalCopy;
+
 // A filter calls domain operations one after the other, tells the network of every change and
 // stops at the first domain that becomes Nil. Below, each constraint names its operations; a0 is
 // the result, a1 and a2 are the operands.
@@ -57,7 +60,7 @@ class Step {
   template <class Operation>
   bool InverseOrAny(Any& x, Operation operation) const {
     if (IsSingleValue(x)) return true;
-    const bool unbounded = x.GetCardinality() == kSingleAny;
+    const bool unbounded = x.GetCardinality() == zultav::kSingleAny;
     const int answer = operation();
     if (answer != 0 && unbounded && x.IsNil()) {
       x.SetAny();
@@ -254,52 +257,52 @@ constexpr int kWaits = ZULTaVoConstraintDescriptor::kWaitsForSingleValue;
 template <class Rule>
 struct Body;
 
-#define ZULTAVO_BODY(RULE, FLAGS, ...)             \
+#define ZULTAV_BODY(RULE, FLAGS, ...)              \
   template <>                                      \
-  struct Body<framework_rules::RULE> {             \
+  struct Body<zultav::framework_rules::RULE> {     \
     static constexpr auto kNarrow = (__VA_ARGS__); \
     static constexpr int kFlags = FLAGS;           \
   };
 
-ZULTAVO_BODY(Addition, kOnce,
-             &Symmetric<Number, &Number::CalcSumValue, &Number::CalcFirstInverseSumValue>)
-ZULTAVO_BODY(Multiplication, 0, &Multiply)
-ZULTAVO_BODY(Power, 0, &RaiseToPower)
-ZULTAVO_BODY(Remainder, 0, &TakeRemainder)
-ZULTAVO_BODY(Minimum, 0,
-             &Symmetric<Scalar, &Scalar::CalcMinValue, &Scalar::CalcFirstInverseMinValue>)
-ZULTAVO_BODY(Maximum, 0,
-             &Symmetric<Scalar, &Scalar::CalcMaxValue, &Scalar::CalcFirstInverseMaxValue>)
-ZULTAVO_BODY(Absolute, 0,
-             &Unary<&Number::CalcAbsoluteValue, &Number::CalcInverseAbsoluteValue, Number>)
-ZULTAVO_BODY(NumberNegation, kOnce,
-             &Unary<&Number::CalcNegativeValue, &Number::CalcInverseNegativeValue, Number>)
-ZULTAVO_BODY(BooleanNegation, kOnce,
-             &Unary<&Boolean::CalcNegativeValue, &Boolean::CalcInverseNegativeValue, Boolean>)
-ZULTAVO_BODY(Next, kOnce, &Unary<&Scalar::CalcNextValue, &Scalar::CalcInverseNextValue, Scalar>)
-ZULTAVO_BODY(Signum, 0, &TakeSign)
-ZULTAVO_BODY(Exponent, 0, &Unary<&Real::CalcExpValue, &Real::CalcInverseExpValue, Real>)
-ZULTAVO_BODY(Sqrt, 0, &Unary<&Real::CalcSqrtValue, &Real::CalcInverseSqrtValue, Real>)
-ZULTAVO_BODY(Sine, 0, &Unary<&Real::CalcSinValue, &Real::CalcInverseSinValue, Real>)
-ZULTAVO_BODY(Cosine, 0, &Unary<&Real::CalcCosValue, &Real::CalcInverseCosValue, Real>)
-ZULTAVO_BODY(Tangent, 0, &Unary<&Real::CalcTanValue, &Real::CalcInverseTanValue, Real>)
-ZULTAVO_BODY(Round, 0, &Unary<&Real::CalcRoundValue, &Real::CalcInverseRoundValue, Real>)
-ZULTAVO_BODY(Floor, 0, &Unary<&Real::CalcFloorValue, &Real::CalcInverseFloorValue, Real>)
-ZULTAVO_BODY(Ceil, 0, &Unary<&Real::CalcCeilValue, &Real::CalcInverseCeilValue, Real>)
-ZULTAVO_BODY(PiValue, 0, &Constant<&Real::CalcPiValue, Real>)
-ZULTAVO_BODY(EValue, 0, &Constant<&Real::CalcEValue, Real>)
-ZULTAVO_BODY(Equal, kOnce, &ImposeEqual)
-ZULTAVO_BODY(EqualTernary, kRelation, &Ternary<&ImposeEqual, Any>)
-ZULTAVO_BODY(UnequalTernary, kRelation | kWaits, &TernaryUnequal)
-ZULTAVO_BODY(LessOrEqualTernary, kRelation, &Ternary<&ImposeLessOrEqual, Any>)
-ZULTAVO_BODY(LessTernary, kRelation, &Ternary<&ImposeLess, Scalar>)
-ZULTAVO_BODY(BooleanEqual, 0, &Reified<&Any::CalcIsEqual, &ImposeEqual, &ImposeUnequal, Any>)
-ZULTAVO_BODY(BooleanUnequal, 0, &ReifiedUnequal)
-ZULTAVO_BODY(BooleanLess, 0,
-             &Reified<&Scalar::CalcIsLess, &ImposeLess, &ImposeGreaterOrEqual, Scalar>)
-ZULTAVO_BODY(BooleanLessOrEqual, 0,
-             &Reified<&Any::CalcIsLessOrEqual, &ImposeLessOrEqual, &ImposeGreater, Any>)
-#undef ZULTAVO_BODY
+ZULTAV_BODY(Addition, kOnce,
+            &Symmetric<Number, &Number::CalcSumValue, &Number::CalcFirstInverseSumValue>)
+ZULTAV_BODY(Multiplication, 0, &Multiply)
+ZULTAV_BODY(Power, 0, &RaiseToPower)
+ZULTAV_BODY(Remainder, 0, &TakeRemainder)
+ZULTAV_BODY(Minimum, 0,
+            &Symmetric<Scalar, &Scalar::CalcMinValue, &Scalar::CalcFirstInverseMinValue>)
+ZULTAV_BODY(Maximum, 0,
+            &Symmetric<Scalar, &Scalar::CalcMaxValue, &Scalar::CalcFirstInverseMaxValue>)
+ZULTAV_BODY(Absolute, 0,
+            &Unary<&Number::CalcAbsoluteValue, &Number::CalcInverseAbsoluteValue, Number>)
+ZULTAV_BODY(NumberNegation, kOnce,
+            &Unary<&Number::CalcNegativeValue, &Number::CalcInverseNegativeValue, Number>)
+ZULTAV_BODY(BooleanNegation, kOnce,
+            &Unary<&Boolean::CalcNegativeValue, &Boolean::CalcInverseNegativeValue, Boolean>)
+ZULTAV_BODY(Next, kOnce, &Unary<&Scalar::CalcNextValue, &Scalar::CalcInverseNextValue, Scalar>)
+ZULTAV_BODY(Signum, 0, &TakeSign)
+ZULTAV_BODY(Exponent, 0, &Unary<&Real::CalcExpValue, &Real::CalcInverseExpValue, Real>)
+ZULTAV_BODY(Sqrt, 0, &Unary<&Real::CalcSqrtValue, &Real::CalcInverseSqrtValue, Real>)
+ZULTAV_BODY(Sine, 0, &Unary<&Real::CalcSinValue, &Real::CalcInverseSinValue, Real>)
+ZULTAV_BODY(Cosine, 0, &Unary<&Real::CalcCosValue, &Real::CalcInverseCosValue, Real>)
+ZULTAV_BODY(Tangent, 0, &Unary<&Real::CalcTanValue, &Real::CalcInverseTanValue, Real>)
+ZULTAV_BODY(Round, 0, &Unary<&Real::CalcRoundValue, &Real::CalcInverseRoundValue, Real>)
+ZULTAV_BODY(Floor, 0, &Unary<&Real::CalcFloorValue, &Real::CalcInverseFloorValue, Real>)
+ZULTAV_BODY(Ceil, 0, &Unary<&Real::CalcCeilValue, &Real::CalcInverseCeilValue, Real>)
+ZULTAV_BODY(PiValue, 0, &Constant<&Real::CalcPiValue, Real>)
+ZULTAV_BODY(EValue, 0, &Constant<&Real::CalcEValue, Real>)
+ZULTAV_BODY(Equal, kOnce, &ImposeEqual)
+ZULTAV_BODY(EqualTernary, kRelation, &Ternary<&ImposeEqual, Any>)
+ZULTAV_BODY(UnequalTernary, kRelation | kWaits, &TernaryUnequal)
+ZULTAV_BODY(LessOrEqualTernary, kRelation, &Ternary<&ImposeLessOrEqual, Any>)
+ZULTAV_BODY(LessTernary, kRelation, &Ternary<&ImposeLess, Scalar>)
+ZULTAV_BODY(BooleanEqual, 0, &Reified<&Any::CalcIsEqual, &ImposeEqual, &ImposeUnequal, Any>)
+ZULTAV_BODY(BooleanUnequal, 0, &ReifiedUnequal)
+ZULTAV_BODY(BooleanLess, 0,
+            &Reified<&Scalar::CalcIsLess, &ImposeLess, &ImposeGreaterOrEqual, Scalar>)
+ZULTAV_BODY(BooleanLessOrEqual, 0,
+            &Reified<&Any::CalcIsLessOrEqual, &ImposeLessOrEqual, &ImposeGreater, Any>)
+#undef ZULTAV_BODY
 
 /// Casts the arguments to what the filter takes and calls it.
 template <class... A>
@@ -347,11 +350,11 @@ int ZULTaVoFrameworkConstraint<Rule>::Filter(const ZULTaVoObjectEnvironment& env
   return Run(Body<Rule>::kNarrow, environment);
 }
 
-#define ZULTAVO_CONSTRAINT(NAME, ARGUMENTS)                                  \
+#define ZULTAV_CONSTRAINT(NAME, ARGUMENTS)                                   \
   template class ZULTaVoFrame<ZULTaVo##NAME##Constraint, ZULTaVoConstraint>; \
-  template class ZULTaVoFrameworkConstraint<framework_rules::NAME>;          \
+  template class ZULTaVoFrameworkConstraint<zultav::framework_rules::NAME>;  \
   static ZULStreamableClass r##NAME##_Descriptor =                           \
       ZULTaVo##NAME##Constraint::MakeDescriptorRecord();                     \
   static ZULStreamableClass r##NAME = ZULTaVo##NAME##Constraint::MakeRecord();
-ZULTAVO_FRAMEWORK_CONSTRAINTS(ZULTAVO_CONSTRAINT)
-#undef ZULTAVO_CONSTRAINT
+ZULTAV_FRAMEWORK_CONSTRAINTS(ZULTAV_CONSTRAINT)
+#undef ZULTAV_CONSTRAINT

@@ -21,58 +21,58 @@ class ZULTAV_TYPES_API ZULTaVoFrameworkConstraint final
 };
 
 /// X(name, arguments): every constraint of the framework.
-#define ZULTAVO_FRAMEWORK_CONSTRAINTS(X) \
-  X(Addition, 3)                         \
-  X(Multiplication, 3)                   \
-  X(Power, 3)                            \
-  X(Remainder, 3)                        \
-  X(Equal, 2)                            \
-  X(EqualTernary, 3)                     \
-  X(UnequalTernary, 3)                   \
-  X(LessTernary, 3)                      \
-  X(LessOrEqualTernary, 3)               \
-  X(Minimum, 3)                          \
-  X(Maximum, 3)                          \
-  X(BooleanEqual, 3)                     \
-  X(BooleanUnequal, 3)                   \
-  X(BooleanLess, 3)                      \
-  X(BooleanLessOrEqual, 3)               \
-  X(BooleanNegation, 2)                  \
-  X(NumberNegation, 2)                   \
-  X(Absolute, 2)                         \
-  X(Signum, 2)                           \
-  X(Next, 2)                             \
-  X(Exponent, 2)                         \
-  X(Sqrt, 2)                             \
-  X(Sine, 2)                             \
-  X(Cosine, 2)                           \
-  X(Tangent, 2)                          \
-  X(Round, 2)                            \
-  X(Floor, 2)                            \
-  X(Ceil, 2)                             \
-  X(PiValue, 1)                          \
+#define ZULTAV_FRAMEWORK_CONSTRAINTS(X) \
+  X(Addition, 3)                        \
+  X(Multiplication, 3)                  \
+  X(Power, 3)                           \
+  X(Remainder, 3)                       \
+  X(Equal, 2)                           \
+  X(EqualTernary, 3)                    \
+  X(UnequalTernary, 3)                  \
+  X(LessTernary, 3)                     \
+  X(LessOrEqualTernary, 3)              \
+  X(Minimum, 3)                         \
+  X(Maximum, 3)                         \
+  X(BooleanEqual, 3)                    \
+  X(BooleanUnequal, 3)                  \
+  X(BooleanLess, 3)                     \
+  X(BooleanLessOrEqual, 3)              \
+  X(BooleanNegation, 2)                 \
+  X(NumberNegation, 2)                  \
+  X(Absolute, 2)                        \
+  X(Signum, 2)                          \
+  X(Next, 2)                            \
+  X(Exponent, 2)                        \
+  X(Sqrt, 2)                            \
+  X(Sine, 2)                            \
+  X(Cosine, 2)                          \
+  X(Tangent, 2)                         \
+  X(Round, 2)                           \
+  X(Floor, 2)                           \
+  X(Ceil, 2)                            \
+  X(PiValue, 1)                         \
   X(EValue, 1)
 
-namespace framework_rules {
+namespace zultav::framework_rules {
 // Exported, as a template is hidden where an argument of it is.
-#define ZULTAVO_RULE(NAME, ARGUMENTS)                             \
+#define ZULTAV_RULE(NAME, ARGUMENTS)                              \
   struct ZULTAV_TYPES_API NAME {                                  \
     static constexpr char kName[] = "ZULTaVo" #NAME "Constraint"; \
     static constexpr unsigned int kArguments = ARGUMENTS;         \
   };
-ZULTAVO_FRAMEWORK_CONSTRAINTS(ZULTAVO_RULE)
-#undef ZULTAVO_RULE
-}  // namespace framework_rules
+ZULTAV_FRAMEWORK_CONSTRAINTS(ZULTAV_RULE)
+#undef ZULTAV_RULE
+}  // namespace zultav::framework_rules
 
-#define ZULTAVO_CONSTRAINT(NAME, ARGUMENTS) \
-  using ZULTaVo##NAME##Constraint = ZULTaVoFrameworkConstraint<framework_rules::NAME>;
-ZULTAVO_FRAMEWORK_CONSTRAINTS(ZULTAVO_CONSTRAINT)
-#undef ZULTAVO_CONSTRAINT
+#define ZULTAV_CONSTRAINT(NAME, ARGUMENTS) \
+  using ZULTaVo##NAME##Constraint = ZULTaVoFrameworkConstraint<zultav::framework_rules::NAME>;
+ZULTAV_FRAMEWORK_CONSTRAINTS(ZULTAV_CONSTRAINT)
+#undef ZULTAV_CONSTRAINT
 
-#define ZULTAVO_CONSTRAINT(NAME, ARGUMENTS)                                         \
+#define ZULTAV_CONSTRAINT(NAME, ARGUMENTS)                                          \
   extern template class ZULTaVoFrame<ZULTaVo##NAME##Constraint, ZULTaVoConstraint>; \
-  extern template class ZULTaVoFrameworkConstraint<framework_rules::NAME>;
-ZULTAVO_FRAMEWORK_CONSTRAINTS(ZULTAVO_CONSTRAINT)
-#undef ZULTAVO_CONSTRAINT
+  extern template class ZULTaVoFrameworkConstraint<zultav::framework_rules::NAME>;
+ZULTAV_FRAMEWORK_CONSTRAINTS(ZULTAV_CONSTRAINT)
+#undef ZULTAV_CONSTRAINT
 
 #endif

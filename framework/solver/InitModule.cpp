@@ -28,10 +28,10 @@ void AddType(ZULTaVoModule& module, const ZULTaVoObjectDescriptor* base) {
   module.AddObjectDescriptor(new AbstractDescriptor<T>(base));
 }
 
-#define ZULTAVO_COUNT(NAME, ARGUMENTS) +1  // NOLINT(bugprone-macro-parentheses): terms of a sum
+#define ZULTAV_COUNT(NAME, ARGUMENTS) +1  // NOLINT(bugprone-macro-parentheses): terms of a sum
 constexpr std::size_t kTypes = 6;
-constexpr std::size_t kConstraints = 0 ZULTAVO_FRAMEWORK_CONSTRAINTS(ZULTAVO_COUNT);
-#undef ZULTAVO_COUNT
+constexpr std::size_t kConstraints = 0 ZULTAV_FRAMEWORK_CONSTRAINTS(ZULTAV_COUNT);
+#undef ZULTAV_COUNT
 
 }  // namespace
 
@@ -43,10 +43,10 @@ extern "C" ZULTAV_TYPES_API int InitModule(ZULTaVoModule* module, ZULTaVoModuleM
   AddType<ZULTaVoNumber>(*module, ZULTaVoScalar::sDescriptor);
   AddType<ZULTaVoInteger>(*module, ZULTaVoNumber::sDescriptor);
   AddType<ZULTaVoReal>(*module, ZULTaVoNumber::sDescriptor);
-#define ZULTAVO_CONSTRAINT(NAME, ARGUMENTS) \
+#define ZULTAV_CONSTRAINT(NAME, ARGUMENTS) \
   module->AddObjectDescriptor(ZULTaVo##NAME##Constraint::MakeDescriptor());
-  ZULTAVO_FRAMEWORK_CONSTRAINTS(ZULTAVO_CONSTRAINT)
-#undef ZULTAVO_CONSTRAINT
+  ZULTAV_FRAMEWORK_CONSTRAINTS(ZULTAV_CONSTRAINT)
+#undef ZULTAV_CONSTRAINT
   // Null descriptors, for which there was no memory, are not counted.
   return module->GetDescriptors().size() == kTypes + kConstraints;
 }

@@ -6,6 +6,8 @@
 #include "framework/solver/ZULTaVoAny.h"
 #include "framework/solver/ZULTaVoObjectDescriptor.h"
 
+namespace zultav {
+
 /// A copy of a domain for the length of a scope, on the stack unless the object is uncommonly
 /// large. Null where the copy could not be made.
 class LocalCopy {
@@ -34,5 +36,7 @@ class LocalCopy {
   void* mPlace = nullptr;
   ZULTaVoAny* mCopy = nullptr;
 };
+
+}  // namespace zultav
 
 #endif

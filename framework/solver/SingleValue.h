@@ -8,6 +8,8 @@
 
 // Whether a domain holds exactly one value: equal bounds, or a decided boolean.
 
+namespace zultav {
+
 inline bool IsSingleValue(const ZULTaVoInteger& x) {
   return x.GetLowerBound() == x.GetUpperBound();
 }
@@ -17,5 +19,7 @@ ZULTAV_TYPES_API bool IsSingleValue(const ZULTaVoAny& x);
 
 /// The cardinality of Any in a domain that holds one value or none: it cannot be split.
 constexpr long kSingleAny = -1;
+
+}  // namespace zultav
 
 #endif

@@ -10,6 +10,9 @@
 #include "framework/solver/ZULTaVoInteger.h"
 #include "framework/solver/ZULTaVoReal.h"
 
+using zultav::IsSingleValue;
+using zultav::LocalCopy;
+
 namespace {
 
 struct Bounds {
@@ -98,7 +101,7 @@ int DecideLess(const ZULTaVoScalar& x, const ZULTaVoScalar& y, ZULTaVoBoolean& t
 
 }  // namespace
 
-bool IsSingleValue(const ZULTaVoAny& x) {
+bool zultav::IsSingleValue(const ZULTaVoAny& x) {
   if (x.GetCardinality() != 1) return false;
   if (x.IsDerivedFrom(ZULTaVoInteger::sIdent)) return true;
   const auto* real = ZULTaVoCast<ZULTaVoReal>(&x);  // a narrow interval counts as one value, too
@@ -126,7 +129,7 @@ double ZULTaVoReal::GetRelativeWidth(double scale) const {
                         : (upper - lower) / std::max({scale, std::fabs(lower), std::fabs(upper)});
 }
 
-#define ZULTAVO_VALUE_OPERATIONS(CLASS)                                                       \
+#define ZULTAV_VALUE_OPERATIONS(CLASS)                                                        \
   int CLASS::CalcUnequalValue(const ZULTaVoAny& y) { return ImposeUnequal(*this, y); }        \
   int CLASS::CalcInverseUnequalValue(ZULTaVoAny& y) const { return ImposeUnequal(y, *this); } \
   int CLASS::CalcIsEqual(const ZULTaVoAny& y, ZULTaVoBoolean& truth) const {                  \
@@ -139,7 +142,7 @@ double ZULTaVoReal::GetRelativeWidth(double scale) const {
     return DecideLess(*this, y, truth);                                                       \
   }
 
-ZULTAVO_VALUE_OPERATIONS(ZULTaVoInteger)
-ZULTAVO_VALUE_OPERATIONS(ZULTaVoReal)
-ZULTAVO_VALUE_OPERATIONS(ZULTaVoBoolean)
-#undef ZULTAVO_VALUE_OPERATIONS
+ZULTAV_VALUE_OPERATIONS(ZULTaVoInteger)
+ZULTAV_VALUE_OPERATIONS(ZULTaVoReal)
+ZULTAV_VALUE_OPERATIONS(ZULTaVoBoolean)
+#undef ZULTAV_VALUE_OPERATIONS

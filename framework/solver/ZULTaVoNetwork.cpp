@@ -8,6 +8,9 @@
 #include "framework/solver/ZULTaVoObjectEnvironment.h"
 #include "framework/solver/ZULTaVoReal.h"
 
+using zultav::Arena;
+using zultav::IsSingleValue;
+
 namespace {
 
 constexpr std::uint32_t kNone = 0xffffffff;

@@ -147,7 +147,7 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   struct Saved {
     Node* node;
     ZULTaVoAny* copy;
-    Arena::Mark mark;
+    zultav::Arena::Mark mark;
     std::uint32_t depth;  // at which the node was saved before
     double lower, upper;  // of the node: what was undone must not decide what is propagated next
   };
@@ -185,8 +185,8 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   void ForgetUnchanged(std::size_t from);
   void Forget(std::size_t entry);
 
-  Arena mArena;
-  Arena mTrailArena;
+  zultav::Arena mArena;
+  zultav::Arena mTrailArena;
   std::vector<Node*> mNodes;
   std::vector<Link> mLinks;
   std::vector<Edge> mEdges;

@@ -70,37 +70,37 @@ class ZULTAV_TYPES_API ZULTaVoOperatorDescriptor : public ZULTaVoObjectDescripto
 
 // The factories answer a new descriptor for ZULTaVoModule::AddObjectDescriptor, or null when
 // memory ran out or a descriptor is null.
-#define ZULTAVO_TYPE const ZULTaVoObjectDescriptor*
+#define ZULTAV_TYPE const ZULTaVoObjectDescriptor*
 ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateBinaryOperator(const ZULString& name,
-                                                                        ZULTAVO_TYPE left,
-                                                                        ZULTAVO_TYPE right,
-                                                                        ZULTAVO_TYPE result,
-                                                                        ZULTAVO_TYPE constraint);
+                                                                        ZULTAV_TYPE left,
+                                                                        ZULTAV_TYPE right,
+                                                                        ZULTAV_TYPE result,
+                                                                        ZULTAV_TYPE constraint);
 ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateSymmetricBinaryOperator(
-    const ZULString& name, ZULTAVO_TYPE left, ZULTAVO_TYPE right, ZULTAVO_TYPE result,
-    ZULTAVO_TYPE constraint);
+    const ZULString& name, ZULTAV_TYPE left, ZULTAV_TYPE right, ZULTAV_TYPE result,
+    ZULTAV_TYPE constraint);
 ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateFirstInverseBinaryOperator(
-    const ZULString& name, ZULTAVO_TYPE left, ZULTAVO_TYPE right, ZULTAVO_TYPE result,
-    ZULTAVO_TYPE wider, ZULTAVO_TYPE constraint);
+    const ZULString& name, ZULTAV_TYPE left, ZULTAV_TYPE right, ZULTAV_TYPE result,
+    ZULTAV_TYPE wider, ZULTAV_TYPE constraint);
 ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateSecondInverseBinaryOperator(
-    const ZULString& name, ZULTAVO_TYPE left, ZULTAVO_TYPE right, ZULTAVO_TYPE result,
-    ZULTAVO_TYPE wider, ZULTAVO_TYPE constraint);
+    const ZULString& name, ZULTAV_TYPE left, ZULTAV_TYPE right, ZULTAV_TYPE result,
+    ZULTAV_TYPE wider, ZULTAV_TYPE constraint);
 ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateSecondInverseSymmetricBinaryOperator(
-    const ZULString& name, ZULTAVO_TYPE left, ZULTAVO_TYPE right, ZULTAVO_TYPE result,
-    ZULTAVO_TYPE wider, ZULTAVO_TYPE constraint);
+    const ZULString& name, ZULTAV_TYPE left, ZULTAV_TYPE right, ZULTAV_TYPE result,
+    ZULTAV_TYPE wider, ZULTAV_TYPE constraint);
 ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateUnaryOperator(const ZULString& name,
-                                                                       ZULTAVO_TYPE operand,
-                                                                       ZULTAVO_TYPE result,
-                                                                       ZULTAVO_TYPE constraint);
+                                                                       ZULTAV_TYPE operand,
+                                                                       ZULTAV_TYPE result,
+                                                                       ZULTAV_TYPE constraint);
 ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateInverseUnaryOperator(
-    const ZULString& name, ZULTAVO_TYPE operand, ZULTAVO_TYPE result, ZULTAVO_TYPE buffer,
-    ZULTAVO_TYPE constraint);
+    const ZULString& name, ZULTAV_TYPE operand, ZULTAV_TYPE result, ZULTAV_TYPE buffer,
+    ZULTAV_TYPE constraint);
 ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateBufferedUnaryOperator(
-    const ZULString& name, ZULTAVO_TYPE operand, ZULTAVO_TYPE buffer, ZULTAVO_TYPE result,
-    ZULTAVO_TYPE constraint);
+    const ZULString& name, ZULTAV_TYPE operand, ZULTAV_TYPE buffer, ZULTAV_TYPE result,
+    ZULTAV_TYPE constraint);
 ZULTAV_TYPES_API ZULTaVoOperatorDescriptor* ZULTaVoCreateConstant(const ZULString& name,
-                                                                  ZULTAVO_TYPE result,
-                                                                  ZULTAVO_TYPE constraint);
-#undef ZULTAVO_TYPE
+                                                                  ZULTAV_TYPE result,
+                                                                  ZULTAV_TYPE constraint);
+#undef ZULTAV_TYPE
 
 #endif

@@ -2,6 +2,8 @@
 #define ZULTAV_SOLVER_ZULTAV_ABSTRACT_TYPES_H
 
 #include "framework/solver/FrameworkConstraints.h"
+#include "framework/solver/LocalCopy.h"
+#include "framework/solver/SingleValue.h"
 #include "framework/solver/ZULTaVoAny.h"
 #include "framework/solver/ZULTaVoBoolean.h"
 #include "framework/solver/ZULTaVoConstraint.h"

@@ -22,7 +22,7 @@ inline std::string WithChecksums(std::string bytes) {
     if (size > bytes.size() - at - kFrame) break;
     const std::size_t end = at + kFrame + static_cast<std::size_t>(size);
     const std::string_view content(&bytes[at + kNumber], end - at - kNumber);
-    const std::uint64_t hash = Fnv1a(content);
+    const std::uint64_t hash = zultav::Fnv1a(content);
     for (std::size_t i = 0; i < kNumber; ++i) bytes[at + i] = static_cast<char>(hash >> 8 * i);
     at = end;
   }

@@ -7,7 +7,7 @@
 #include <sstream>
 
 #include "framework/calculator/detail/Decimal.h"
-#include "framework/intervals/Rounding.h"
+#include "framework/intervals/detail/Rounding.h"
 
 namespace zultav::detail {
 

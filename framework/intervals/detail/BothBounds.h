@@ -12,7 +12,9 @@
 // Elementary functions at both bounds of an interval at once, on processors with fused
 // multiply-add. Each answers false where a bound is out of the ordinary or an approximation leaves
 // a rounding open; PointFunctions.h has the ones for all cases.
-namespace zultav::detail::inline ZULTAV_LEVEL::elementary {
+namespace zultav::detail {
+inline namespace ZULTAV_LEVEL {
+namespace elementary {
 
 /// The tightest enclosures of the values at both bounds, and the quadrants of angles.
 struct AtBounds {
@@ -108,6 +110,8 @@ inline bool TanAtBounds(const RealInterval&, AtBounds&) { return false; }
 
 #endif
 
-}  // namespace zultav::detail::inline ZULTAV_LEVEL::elementary
+}  // namespace elementary
+}  // namespace ZULTAV_LEVEL
+}  // namespace zultav::detail
 
 #endif

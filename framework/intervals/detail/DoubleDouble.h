@@ -9,7 +9,8 @@
 #include "framework/intervals/detail/DoublePair.h"
 #include "framework/intervals/detail/Level.h"
 
-namespace zultav::detail::inline ZULTAV_LEVEL {
+namespace zultav::detail {
+inline namespace ZULTAV_LEVEL {
 
 /// A number of about 106 bits: the unevaluated sum of two doubles, the second much the smaller.
 /// Or two such numbers, where Number is DoublePair; then gcc 12 copies the whole through memory,
@@ -126,6 +127,7 @@ inline DoubleDoubleOf<DoublePair> Lookup(const DoubleDouble* table, IntegerPair 
 
 #endif
 
-}  // namespace zultav::detail::inline ZULTAV_LEVEL
+}  // namespace ZULTAV_LEVEL
+}  // namespace zultav::detail
 
 #endif

@@ -11,7 +11,8 @@
 
 #include "framework/intervals/detail/Level.h"
 
-namespace zultav::detail::inline ZULTAV_LEVEL {
+namespace zultav::detail {
+inline namespace ZULTAV_LEVEL {
 
 // What the elementary functions compute with: a double or, on processors with fused multiply-add,
 // two at once. These operations let one text serve both.
@@ -98,6 +99,7 @@ inline DoublePair FlipSign(DoublePair x, IntegerPair bits) {
 
 #endif
 
-}  // namespace zultav::detail::inline ZULTAV_LEVEL
+}  // namespace ZULTAV_LEVEL
+}  // namespace zultav::detail
 
 #endif

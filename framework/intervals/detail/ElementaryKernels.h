@@ -14,7 +14,9 @@
 // error; or of two doubles at once, where Number is DoublePair. In the proofs u = 2^-53 bounds the
 // relative error of one operation rounded to nearest. Every bound holds whether or not MulAdd is
 // fused.
-namespace zultav::detail::inline ZULTAV_LEVEL::elementary {
+namespace zultav::detail {
+inline namespace ZULTAV_LEVEL {
+namespace elementary {
 
 /// A function value lies within `error` of hi + lo. Normalised: hi is hi + lo rounded to nearest.
 template <class Number>
@@ -300,6 +302,8 @@ inline Approximation AtanOfQuotient(DoubleDouble n, DoubleDouble d) {
   return AddArcTangent(cell.angle, (n + -(centre * d)) / (d + centre * n));
 }
 
-}  // namespace zultav::detail::inline ZULTAV_LEVEL::elementary
+}  // namespace elementary
+}  // namespace ZULTAV_LEVEL
+}  // namespace zultav::detail
 
 #endif

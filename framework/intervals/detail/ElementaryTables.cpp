@@ -2,7 +2,9 @@
 // clang-format off
 #include "framework/intervals/detail/ElementaryTables.h"
 
-namespace zultav::detail::inline ZULTAV_LEVEL::elementary {
+namespace zultav::detail {
+inline namespace ZULTAV_LEVEL {
+namespace elementary {
 
 const DoubleDouble kExpTable[128] = {
     {0x1.0000000000000p+0, 0x0.0p+0},
@@ -1169,4 +1171,6 @@ const DoubleDouble kAtanTable[512] = {
     {0x1.911db1938fec5p+0, 0x1.615bc560c474dp-54},
 };
 
-}  // namespace zultav::detail::inline ZULTAV_LEVEL::elementary
+}  // namespace elementary
+}  // namespace ZULTAV_LEVEL
+}  // namespace zultav::detail

@@ -5,7 +5,9 @@
 #include "framework/intervals/detail/Level.h"
 
 // Values of the elementary functions, each the correctly rounded sum of two doubles.
-namespace zultav::detail::inline ZULTAV_LEVEL::elementary {
+namespace zultav::detail {
+inline namespace ZULTAV_LEVEL {
+namespace elementary {
 
 /// 2^(i/128).
 extern const DoubleDouble kExpTable[128];
@@ -37,6 +39,8 @@ extern const DoubleDouble kSinTable[257];
 /// Arc tangents of the centres of the cells, 32 to each power of two, from 2^-8 to 2^8.
 extern const DoubleDouble kAtanTable[512];
 
-}  // namespace zultav::detail::inline ZULTAV_LEVEL::elementary
+}  // namespace elementary
+}  // namespace ZULTAV_LEVEL
+}  // namespace zultav::detail
 
 #endif

@@ -4,7 +4,8 @@
 #include <cmath>
 #include <tuple>
 
-namespace zultav::detail::inline ZULTAV_LEVEL {
+namespace zultav::detail {
+inline namespace ZULTAV_LEVEL {
 
 namespace {
 
@@ -181,4 +182,5 @@ Quadrants DivideByHalfPi(double x) {
 
 FixedPoint TimesHalfPi(const FixedPoint& x) { return x * kHalfPi; }
 
-}  // namespace zultav::detail::inline ZULTAV_LEVEL
+}  // namespace ZULTAV_LEVEL
+}  // namespace zultav::detail

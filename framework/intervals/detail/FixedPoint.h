@@ -8,7 +8,8 @@
 #include "framework/intervals/detail/DoubleDouble.h"
 #include "framework/intervals/detail/Level.h"
 
-namespace zultav::detail::inline ZULTAV_LEVEL {
+namespace zultav::detail {
+inline namespace ZULTAV_LEVEL {
 
 /// A real number of magnitude below 2^64, truncated to a multiple of 2^-256.
 ///
@@ -84,6 +85,7 @@ Quadrants DivideByHalfPi(double x);
 /// x * pi/2.
 FixedPoint TimesHalfPi(const FixedPoint& x);
 
-}  // namespace zultav::detail::inline ZULTAV_LEVEL
+}  // namespace ZULTAV_LEVEL
+}  // namespace zultav::detail
 
 #endif

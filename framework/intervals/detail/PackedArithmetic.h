@@ -17,7 +17,9 @@
 //
 // A register holds (-lower, upper), so that outward is upward for both bounds. The roundings are
 // those of Rounding.h, without a branch.
-namespace zultav::detail::inline ZULTAV_LEVEL::packed {
+namespace zultav::detail {
+inline namespace ZULTAV_LEVEL {
+namespace packed {
 
 #if defined(__FMA__) && defined(__AVX2__)
 
@@ -190,6 +192,8 @@ inline bool Sqrt(const RealInterval&, RealInterval&) { return false; }
 
 #endif
 
-}  // namespace zultav::detail::inline ZULTAV_LEVEL::packed
+}  // namespace packed
+}  // namespace ZULTAV_LEVEL
+}  // namespace zultav::detail
 
 #endif

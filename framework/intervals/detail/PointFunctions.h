@@ -12,7 +12,9 @@
 #include "framework/intervals/detail/RoundingDecisions.h"
 
 // The tightest enclosures of function values at one point, infinities included as limits.
-namespace zultav::detail::inline ZULTAV_LEVEL::elementary {
+namespace zultav::detail {
+inline namespace ZULTAV_LEVEL {
+namespace elementary {
 
 /// Below this magnitude x - sin(x), tan(x) - x and x - atan(x) are less than the distance of x
 /// from its neighbours.
@@ -72,6 +74,8 @@ ZULTAV_HOT RealInterval TanAt(double x, const Angle& angle) {
   return RoundOutward(Tan(angle), [x](double d) { return decide::Tan(x, d); });
 }
 
-}  // namespace zultav::detail::inline ZULTAV_LEVEL::elementary
+}  // namespace elementary
+}  // namespace ZULTAV_LEVEL
+}  // namespace zultav::detail
 
 #endif

@@ -8,7 +8,9 @@
 #include "framework/intervals/detail/Level.h"
 
 // The real line between the limits: what an interval function does before and after its formula.
-namespace zultav::detail::inline ZULTAV_LEVEL::real_line {
+namespace zultav::detail {
+inline namespace ZULTAV_LEVEL {
+namespace real_line {
 
 inline RealInterval Empty() { return {SubdefReal::sMaxValue, -SubdefReal::sMaxValue}; }
 
@@ -29,6 +31,8 @@ inline RealInterval Saturated(double low, double high) {
   return {bring(low), bring(high)};
 }
 
-}  // namespace zultav::detail::inline ZULTAV_LEVEL::real_line
+}  // namespace real_line
+}  // namespace ZULTAV_LEVEL
+}  // namespace zultav::detail
 
 #endif

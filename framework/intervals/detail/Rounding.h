@@ -6,13 +6,12 @@
 #include <cmath>
 #include <cstdint>
 
-#include "framework/intervals/DoubleDouble.h"
+#include "framework/intervals/detail/DoubleDouble.h"
+#include "framework/intervals/detail/Level.h"
 
 #ifdef __AVX512F__
 #include <immintrin.h>
 #endif
-
-#include "framework/intervals/detail/Level.h"
 
 // Directed rounding of single operations. The rounding mode of the processor is never read or
 // written.
@@ -24,7 +23,9 @@
 // of infinity. Both end when a bound is brought between the limits of the line.
 //
 // Infinite operands are allowed where the operation itself is defined.
-namespace zultav::detail::inline ZULTAV_LEVEL::rounding {
+namespace zultav::detail {
+inline namespace ZULTAV_LEVEL {
+namespace rounding {
 
 static_assert(FLT_EVAL_METHOD == 0, "error-free transformations need plain double arithmetic");
 
@@ -125,6 +126,8 @@ inline double SqrtUp(double x) { return Root(x).Up(); }
 
 #endif
 
-}  // namespace zultav::detail::inline ZULTAV_LEVEL::rounding
+}  // namespace rounding
+}  // namespace ZULTAV_LEVEL
+}  // namespace zultav::detail
 
 #endif

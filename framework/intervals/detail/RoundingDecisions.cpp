@@ -7,7 +7,8 @@
 #include "framework/intervals/detail/FixedPoint.h"
 #include "framework/intervals/detail/Rounding.h"
 
-namespace zultav::detail::inline ZULTAV_LEVEL {
+namespace zultav::detail {
+inline namespace ZULTAV_LEVEL {
 
 namespace decide {
 namespace {
@@ -111,4 +112,5 @@ elementary::Angle elementary::ReduceSlowly(double x) {
   return {angle.quadrant, ((angle.quadrant & 3) << 8) + index, r, 0x1p-180, 0x1p-67};
 }
 
-}  // namespace zultav::detail::inline ZULTAV_LEVEL
+}  // namespace ZULTAV_LEVEL
+}  // namespace zultav::detail

@@ -12,7 +12,8 @@
 #include "framework/intervals/detail/Level.h"
 #include "framework/intervals/detail/Rounding.h"
 
-namespace zultav::detail::inline ZULTAV_LEVEL {
+namespace zultav::detail {
+inline namespace ZULTAV_LEVEL {
 
 /// Signs of differences in fixed-point arithmetic of 256 fractional bits. They settle the rounding
 /// of a function value that an approximation leaves on either side of a double d. The answer is
@@ -94,6 +95,7 @@ ZULTAV_HOT RealInterval RoundOutward(const ScaledApproximation& scaled, Sign sig
 
 }  // namespace elementary
 
-}  // namespace zultav::detail::inline ZULTAV_LEVEL
+}  // namespace ZULTAV_LEVEL
+}  // namespace zultav::detail
 
 #endif

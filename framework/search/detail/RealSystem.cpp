@@ -276,10 +276,10 @@ class RealSystemBuilder {
   bool IsSingleType(const ZULTaVoAny& value) {
     const auto [place, isNew] = mSingles.try_emplace(value.GetDescriptor(), true);
     if (!isNew) return place->second;
-    LocalCopy any(value);
+    zultav::LocalCopy any(value);
     if (!any) return true;
     any->SetAny();
-    return place->second = any->GetCardinality() == kSingleAny;
+    return place->second = any->GetCardinality() == zultav::kSingleAny;
   }
 
   bool ReadReals(const ZULTaVoObjectDescriptor* type, std::span<ZULTaVoObject* const> arguments) {

@@ -70,7 +70,7 @@ class SearchTree {
   /// What a decision on the way to the present node has split off.
   struct Half {
     ZULTaVoAny* value;  // null once it was entered
-    Arena::Mark mark;
+    zultav::Arena::Mark mark;
   };
   Decision& Last() { return mPath[GetDepth() - 1]; }
   const Decision& Last() const { return mPath[GetDepth() - 1]; }
@@ -86,7 +86,7 @@ class SearchTree {
   bool mContinuous = false;
   Path& mPath;
   std::vector<Half> mHalves;  // one for each decision of the path down to the present node
-  Arena mArena;
+  zultav::Arena mArena;
 };
 
 }  // namespace zultav::detail

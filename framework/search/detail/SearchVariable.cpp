@@ -29,15 +29,15 @@ SearchVariable::SearchVariable(ZULTaVoAny* value, const ZULTaVoObjectDescriptor*
 bool SearchVariable::IsSingle() const {
   switch (mKind) {
     case Kind::kInteger:
-      return IsSingleValue(AsInteger());
+      return zultav::IsSingleValue(AsInteger());
     case Kind::kBoolean:
-      return IsSingleValue(AsBoolean());
+      return zultav::IsSingleValue(AsBoolean());
     case Kind::kReal:
-      return IsSingleValue(AsReal());
+      return zultav::IsSingleValue(AsReal());
     case Kind::kOther:
       break;
   }
-  return IsSingleValue(*mValue);
+  return zultav::IsSingleValue(*mValue);
 }
 
 bool SearchVariable::IsOpen(const WidthLimit& limit) const {
@@ -48,7 +48,7 @@ bool SearchVariable::IsOpen(const WidthLimit& limit) const {
     const double middle = (lower + upper) * 0.5;
     if (limit.Holds(lower, upper) || !(lower < middle && middle < upper)) return false;
   }
-  return mValue->GetCardinality() != kSingleAny;
+  return mValue->GetCardinality() != zultav::kSingleAny;
 }
 
 ZULTaVoAny::ValueSelection SearchVariable::Adapt(ZULTaVoAny::ValueSelection selection) const {
