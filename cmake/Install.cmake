@@ -20,6 +20,7 @@ foreach(folder framework/base framework/intervals framework/solver framework/cal
 endforeach()
 install(FILES framework/intervals/detail/Level.h framework/intervals/detail/PackedArithmetic.h
         DESTINATION ${zultav_include}/framework/intervals/detail)
+install(FILES numbers/detail/Slots.h DESTINATION ${zultav_include}/numbers/detail)
 
 set(package_directory ${CMAKE_INSTALL_LIBDIR}/cmake/ZULTavNumbers)
 install(EXPORT ZULTavNumbersTargets NAMESPACE ZULTavNumbers:: DESTINATION ${package_directory})
