@@ -12,7 +12,7 @@ target_compile_features(zultav_options INTERFACE cxx_std_20)
 # between a library's own functions are direct.
 target_compile_options(zultav_options INTERFACE
   -ffp-contract=off -fno-math-errno -fno-semantic-interposition
-  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wconversion -Werror
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wconversion
   -Wno-missing-braces)  # clang asks for braces that aggregates of aggregates may leave out
 target_include_directories(zultav_options INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
 
