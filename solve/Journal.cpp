@@ -169,7 +169,7 @@ bool Journal::Append(char kind, std::string_view bytes, std::string& reason) {
   std::string record(kFrameSize, kind);
   PutNumber(&record[kNumberSize], bytes.size());
   record += bytes;
-  PutNumber(record.data(), Fnv1a(std::string_view(record).substr(kNumberSize)));
+  PutNumber(record.data(), zultav::Fnv1a(std::string_view(record).substr(kNumberSize)));
   return Write(record, reason);
 }
 
