@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "tests/calculator/calculator_world.h"
-#include "tests/counted_memory.h"
 
 namespace {
 
@@ -84,28 +83,6 @@ TEST(LimitsTest, LongChainsNeedNoDeepStack) {
                                       Repeat(row.repeated, kTerms) + row.after);
     EXPECT_EQ(reading.ErrorText(), "");
     ASSERT_NE(reading.model, nullptr);
-  }
-}
-
-TEST(LimitsTest, AnyAllocationMayFail) {
-  const std::string text =
-      "let n = 2; q[1..n] : int = [1, n]; for i in 1..n where i > 1 : q[i] + 1.5 < sqrt(2);"
-      "alldifferent(q); p : bool; p -> exists(i in 1..n) q[i] == i; q[3] = 1;";
-  const ZULTavCalculator calculator({&NumberModule()});
-  for (const bool all : {false, true}) {
-    std::size_t refused = 0;
-    for (long n = 0;; ++n) {
-      std::vector<ZULTavDiagnostic> errors;
-      gAllFailThen = all;
-      gAllocationsUntilFailure = n;
-      const auto model = calculator.Read(text, "test", {}, errors);
-      const bool failed = gAllocationsUntilFailure <= 0;
-      gAllocationsUntilFailure = -1;
-      EXPECT_EQ(model, nullptr);  // the text has an error
-      if (!errors.empty() && errors.back().message.find("memory") != std::string::npos) ++refused;
-      if (!failed) break;
-    }
-    EXPECT_TRUE(all || refused > 100) << refused;  // all: memory for the message fails, too
   }
 }
 

@@ -27,6 +27,10 @@ constexpr const char* kModel =
     "a, c : int = [0, 20]; family : bool; r : real = [0, 5]; s : real;"
     "8 * a + 3 * c = 60; family == (c >> a); r^2 + s = 2; s = r;";
 
+constexpr const char* kWrongModel =
+    "let n = 2; q[1..n] : int = [1, n]; for i in 1..n where i > 1 : q[i] + 1.5 < sqrt(2);"
+    "alldifferent(q); p : bool; p -> exists(i in 1..n) q[i] == i; q[3] = 1;";
+
 std::string Refusal(const ZULipstream& in) {
   EXPECT_STRNE(in.Reason(), "");
   return {};
@@ -38,6 +42,8 @@ std::string Solve(const ZULTaVoModule& numbers, bool& failed) {
   std::vector<const ZULTaVoModule*> modules = {&numbers};
   for (const ZULTaVoModule* module : numbers.GetLoadedModules()) modules.push_back(module);
   std::vector<ZULTavDiagnostic> errors;
+  EXPECT_EQ(ZULTavCalculator(modules).Read(kWrongModel, "model", {}, errors), nullptr);
+  errors.clear();
   auto model = ZULTavCalculator(modules).Read(kModel, "model", {}, errors);
   if (model == nullptr) return {};
   std::stringstream file;
