@@ -4,7 +4,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -28,9 +27,7 @@ std::vector<std::string> Result::Lines() const {
 }
 
 Result Zultav(const std::string& arguments, const std::string& input, const std::string& prefix) {
-  static std::atomic<int> count = 0;
-  const std::string base =
-      testing::TempDir() + "zultav_" + std::to_string(getpid()) + "_" + std::to_string(count++);
+  const std::string base = testing::TempDir() + "zultav_" + std::to_string(getpid());
   std::ofstream(base + ".in", std::ios::binary) << input;
   const std::string command = prefix + " '" ZULTAV_TEST_PROGRAM "' " + arguments + " < " + base +
                               ".in > " + base + ".out 2> " + base + ".err";
