@@ -27,6 +27,22 @@ ZULTavFrontier::Decision ReadDecision(ZULipstream& in, std::size_t objects) {
           static_cast<Second>(second)};
 }
 
+void WriteBoxes(ZULopstream& out, const std::deque<ZULTavSolution>& boxes) {
+  out.WriteUnsigned(boxes.size());
+  for (const ZULTavSolution& box : boxes) box.Write(out);
+}
+
+void ReadBoxes(ZULipstream& in, std::span<const SearchVariable> declared,
+               std::deque<ZULTavSolution>& boxes) {
+  boxes.clear();
+  std::uint64_t count = 0;
+  in.ReadUnsigned(count);
+  for (; count > 0 && in.Good(); --count) {
+    ZULTavSolution box(declared);
+    if (box.Read(in)) boxes.push_back(std::move(box));
+  }
+}
+
 }  // namespace
 
 ZULTavFrontier::Statistics& ZULTavFrontier::Statistics::operator+=(const Statistics& other) {
@@ -45,8 +61,9 @@ void ZULTavFrontier::Write(ZULopstream& out) const {
   out.WriteUnsigned(hiddenNodes);
   out.WriteUnsigned(path.size());
   for (const Decision& decision : path) WriteDecision(out, decision);
-  out.WriteUnsigned(boxes.size());
-  for (const ZULTavSolution& box : boxes) box.Write(out);
+  WriteBoxes(out, boxes);
+  WriteBoxes(out, unbounded);
+  WriteBoxes(out, solved);
 }
 
 bool ZULTavFrontier::Read(ZULipstream& in, std::span<const SearchVariable> declared,
@@ -56,13 +73,10 @@ bool ZULTavFrontier::Read(ZULipstream& in, std::span<const SearchVariable> decla
   explored = done != 0;
   in.ReadUnsigned(hiddenNodes);
   path.clear();
-  boxes.clear();
   in.ReadUnsigned(count);
   for (; count > 0 && in.Good(); --count) path.push_back(ReadDecision(in, objects));
-  in.ReadUnsigned(count);
-  for (; count > 0 && in.Good(); --count) {
-    ZULTavSolution box(declared);
-    if (box.Read(in)) boxes.push_back(std::move(box));
-  }
+  ReadBoxes(in, declared, boxes);
+  ReadBoxes(in, declared, unbounded);
+  ReadBoxes(in, declared, solved);
   return in.Good();
 }

@@ -58,6 +58,10 @@ struct ZULTAV_UTILITIES_API ZULTavFrontier {
   Path path;
   /// Found, but not reported: a box to come may join them.
   std::deque<ZULTavSolution> boxes;
+  /// Boxes without a proof that reach to infinity: they are reported when nothing else is left.
+  std::deque<ZULTavSolution> unbounded;
+  /// What need not be searched: no solutions lie there but such as boxes found before hold.
+  std::deque<ZULTavSolution> solved;
   /// Splits of hidden variables under the present assignment of the declared ones.
   std::uint64_t hiddenNodes = 0;
   /// Only boxes are left.

@@ -42,6 +42,12 @@ constexpr double kLeastWeight = 1e-8;
 // A step to a point this short, relative to the magnitudes, leaves an error of its square.
 constexpr double kExact = 1e-12;
 constexpr int kInflations = 8;
+// How often, and by how much, a region of uniqueness is tried to be made larger.
+constexpr int kGrowths = 20;
+constexpr double kGrowth = 16;
+// Where in its box a solution is looked for when the equations leave a choice. Splits are in the
+// middle, and solutions that are as simple lie on the edges of other boxes often.
+constexpr double kPlaces[] = {0.5, 0.46};
 
 double Middle(const RealInterval& x) {
   return std::clamp(0.5 * x.lower + 0.5 * x.upper, x.lower, x.upper);
@@ -53,6 +59,10 @@ bool IsWithin(const RealInterval& inner, const RealInterval& outer) {
 
 bool IsInside(const RealInterval& inner, const RealInterval& outer) {
   return outer.lower < inner.lower && inner.upper < outer.upper;
+}
+
+bool AreWithin(const std::vector<RealInterval>& inner, const std::vector<RealInterval>& outer) {
+  return std::equal(inner.begin(), inner.end(), outer.begin(), IsWithin);
 }
 
 RealInterval Add(const RealInterval& x, const RealInterval& y) { return x.AddIntToInt(y); }
@@ -104,10 +114,11 @@ class ZULTavNewton::Work {
     mSlopes.resize(count);
     for (const RealSystem::Statement& equation : mSystem.GetEquations())
       if (mWitness == kNone && !equation.unknowns.empty()) mWitness = equation.unknowns.front();
+    mDependsOnDeclared = DependsOnDeclared();
   }
 
   int Contract(ZULTaVoNetwork& network, bool again);
-  bool Proves(ZULTavSolution* box);
+  Finding Prove(ZULTavSolution& box, ZULTavSolution& region);
   std::vector<std::uint32_t> FindSignless() const;
 
  private:
@@ -125,6 +136,7 @@ class ZULTavNewton::Work {
     return *mSystem.GetSlots()[mSystem.GetUnknowns()[unknown]].real;
   }
   void ReadBox();
+  void SetMiddle(double place);
   void ReadContractor();
   bool Newton();
   bool HasShaved() const;
@@ -140,13 +152,17 @@ class ZULTavNewton::Work {
   int Refute(ZULTaVoNetwork& network);
 
   bool IsDecided() const;
-  bool Certify(Left left);
   bool FindPoint();
   double StepToPoint();
   bool Krawczyk();
   bool Inflate(double factor);
   bool HoldsOnCertified();
-  bool Accept(ZULTavSolution* box) const;
+  bool DependsOnDeclared() const;
+  bool FindRegion();
+  bool IsUniqueIn(double reach);
+  bool IsApart() const;
+  void LeavePoints();
+  void Assign(ZULTavSolution& box, std::span<const RealInterval> values) const;
 
   std::vector<ZULTaVoAny*> mDeclared;
   RealSystem mSystem;
@@ -163,8 +179,10 @@ class ZULTavNewton::Work {
   std::vector<RealInterval> mCombined;  // a preconditioned row
   RealInterval mCombinedDefect;
   std::vector<RealInterval> mOriginal, mCertified;
-  std::vector<double> mRadii;    // of the box to be certified, by row of the inverse
-  std::size_t mWitness = kNone;  // an unknown that a constraint looks at
+  std::vector<RealInterval> mRegion;  // holds both, and no solution that mCertified does not hold
+  std::vector<double> mRadii;         // of the box to be certified, by row of the inverse
+  std::size_t mWitness = kNone;       // an unknown that a constraint looks at
+  bool mDependsOnDeclared;            // the equations, on nothing else that may vary
 };
 
 void ZULTavNewton::Work::ReadBox() {
@@ -173,6 +191,12 @@ void ZULTavNewton::Work::ReadBox() {
     mMiddle[i] = Middle(mBox[i]);
   }
   mOriginal = mBox;
+}
+
+void ZULTavNewton::Work::SetMiddle(double place) {
+  for (std::size_t i = 0; i < mBox.size(); ++i)
+    mMiddle[i] = std::clamp((1 - place) * mBox[i].lower + place * mBox[i].upper, mBox[i].lower,
+                            mBox[i].upper);
 }
 
 void ZULTavNewton::Work::SelectColumns(Left left) {
@@ -413,20 +437,41 @@ bool ZULTavNewton::Work::IsDecided() const {
                      [](const auto* each) { return zultav::IsSingleValue(*each); });
 }
 
-bool ZULTavNewton::Work::Proves(ZULTavSolution* box) {
-  if (!IsDecided() || mBox.size() > kMaxProven) return false;
+ZULTavProver::Finding ZULTavNewton::Work::Prove(ZULTavSolution& box, ZULTavSolution& region) {
+  if (!IsDecided() || mBox.size() > kMaxProven) return Finding::kNothing;
+  Finding finding = Finding::kNothing;
   // Bounds that are single points may be exact, or what rounding has left of an interval.
-  for (const Left left : {Left::kPoints, Left::kNothing}) {
-    ReadBox();
-    if (Certify(left)) return Accept(box);
-  }
-  return false;
+  for (const Left left : {Left::kPoints, Left::kNothing})
+    for (const double place : kPlaces) {
+      ReadBox();
+      SetMiddle(place);
+      SelectColumns(left);
+      const bool isFound = FindPoint() && Krawczyk();
+      const bool holds = isFound && HoldsOnCertified();
+      const bool isOnly = isFound && FindRegion();
+      if (isOnly && IsApart()) return Finding::kNoSolution;
+      if (holds) {
+        Assign(box, mCertified);
+        finding = isOnly ? Finding::kOnlySolution : Finding::kSolution;
+      }
+      if (holds && isOnly) {
+        if (left == Left::kPoints && mColumns.size() < mBox.size()) LeavePoints();
+        Assign(region, mRegion);
+      }
+      if (holds && (isOnly || AreWithin(mCertified, mOriginal))) return finding;
+      if (mRows.size() >= mColumns.size()) break;  // there is no choice
+    }
+  return finding;
 }
 
-/// Looks for a box that certainly holds a solution: mCertified.
-bool ZULTavNewton::Work::Certify(Left left) {
-  SelectColumns(left);
-  return FindPoint() && Krawczyk() && HoldsOnCertified();
+/// Looks for a region that is wider than a point in each unknown: in other boxes around the
+/// solution rounding may have left more than a point.
+void ZULTavNewton::Work::LeavePoints() {
+  const std::vector<RealInterval> certified = mCertified, region = mRegion;
+  ReadBox();
+  SelectColumns(Left::kNothing);
+  const bool isFound = FindPoint() && Krawczyk() && FindRegion();
+  if (!isFound || !AreWithin(certified, mRegion)) mRegion = region;
 }
 
 /// Newton's method; mMiddle becomes an approximate solution.
@@ -443,19 +488,22 @@ bool ZULTavNewton::Work::FindPoint() {
 
 /// Answers the length of the step, relative to the magnitude; negative when there is none.
 double ZULTavNewton::Work::StepToPoint() {
-  mWeights.resize(mColumns.size());
-  for (std::size_t j = 0; j < mColumns.size(); ++j) {
-    const RealInterval& x = mOriginal[mColumns[j]];
-    mWeights[j] = std::max(std::fabs(mMiddle[mColumns[j]]), x.upper - x.lower) + 1e-300;
-  }
-  // An unknown that is exactly 0 has no scale of its own, but is one to solve for.
-  const double largest = mWeights.empty() ? 0 : *std::max_element(mWeights.begin(), mWeights.end());
-  for (double& weight : mWeights) weight = std::max(weight, kLeastWeight * largest);
   for (std::size_t i = 0; i < mBox.size(); ++i) mBox[i] = Point(mMiddle[i]);
   if (!mEvaluation.SetBox(mBox, RealEvaluation::Mode::kBox)) return -1;
   mEvaluation.SetPoint(mMiddle);
   mEvaluation.CalcSlopes();
   SelectRows();
+  // Where there is a choice, unknowns are solved for that have room to move in.
+  const bool hasChoice = mRows.size() < mColumns.size();
+  mWeights.resize(mColumns.size());
+  for (std::size_t j = 0; j < mColumns.size(); ++j) {
+    const RealInterval& x = mOriginal[mColumns[j]];
+    const double scale = hasChoice ? 0 : std::fabs(mMiddle[mColumns[j]]);
+    mWeights[j] = std::max(scale, x.upper - x.lower) + 1e-300;
+  }
+  // An unknown that is exactly 0 has no scale of its own, but is one to solve for.
+  const double largest = mWeights.empty() ? 0 : *std::max_element(mWeights.begin(), mWeights.end());
+  for (double& weight : mWeights) weight = std::max(weight, kLeastWeight * largest);
   FillMatrix();
   mInverse.Compute(mMatrix, mColumns.size(), mWeights);
   double longest = 0;
@@ -554,22 +602,84 @@ bool ZULTavNewton::Work::HoldsOnCertified() {
   return true;
 }
 
-/// Whether the certified solution is the one that the box is about.
-bool ZULTavNewton::Work::Accept(ZULTavSolution* box) const {
-  for (std::size_t i = 0; i < mCertified.size(); ++i) {
-    const bool near =
-        mCertified[i].lower <= mOriginal[i].upper && mOriginal[i].lower <= mCertified[i].upper;
-    if (!(box != nullptr ? near : IsWithin(mCertified[i], mOriginal[i]))) return false;
+/// Whether equal values of the declared variables mean the same equations for other boxes, too.
+bool ZULTavNewton::Work::DependsOnDeclared() const {
+  const auto isGiven = [this](const ZULTaVoAny* value) {
+    return value == nullptr || zultav::IsSingleValue(*value) ||
+           std::find(mDeclared.begin(), mDeclared.end(), value) != mDeclared.end();
+  };
+  const auto& unknowns = mSystem.GetUnknowns();
+  const auto& slots = mSystem.GetSlots();
+  const auto& equations = mSystem.GetEquations();
+  return std::all_of(unknowns.begin(), unknowns.end(),
+                     [&](std::uint32_t slot) { return isGiven(slots[slot].real); }) &&
+         std::all_of(slots.begin(), slots.end(),
+                     [&](const RealSystem::Slot& slot) { return isGiven(slot.integer); }) &&
+         std::all_of(equations.begin(), equations.end(),
+                     [&](const auto& equation) { return isGiven(equation.guard.truth); });
+}
+
+/// Whether the equations have no other solution near the box and the certified one; mRegion becomes
+/// the largest box of those tried in which this holds.
+bool ZULTavNewton::Work::FindRegion() {
+  if (!mDependsOnDeclared || mInverse.GetRank() < mColumns.size()) return false;
+  double reach = 0;
+  for (int i = 0; i < kGrowths && IsUniqueIn(reach); ++i) {
+    mRegion = mBox;
+    reach = i == 0 ? 1 : reach * kGrowth;
   }
-  if (box == nullptr) return true;
-  for (std::size_t i = 0, unknown = 0; i < mDeclared.size(); ++i) {
-    if (unknown == mCertified.size() || mDeclared[i] != &Object(unknown)) continue;
-    auto& value = static_cast<ZULTaVoReal&>(box->GetValue(i));
-    const RealInterval& certified = mCertified[unknown++];
-    if (certified.lower < value.GetLowerBound()) value.SetLowerBound(certified.lower);
-    if (certified.upper > value.GetUpperBound()) value.SetUpperBound(certified.upper);
+  return reach > 0;
+}
+
+/// Whether the slopes between the certified box and one that holds it and the original one, mBox,
+/// form regular matrices only: preconditioned they are diagonally dominant. Two solutions would
+/// differ by a vector that one of these matrices makes 0.
+/// @param reach  how far mBox extends beyond both, in multiples of their extent
+bool ZULTavNewton::Work::IsUniqueIn(double reach) {
+  mWeights.resize(mColumns.size());
+  for (std::size_t i = 0; i < mBox.size(); ++i) {
+    RealInterval& x = mBox[i];
+    x = mCertified[i].mf_Union(mOriginal[i]);
+    if (mColumnOf[i] == kNone) continue;
+    double& weight = mWeights[mColumnOf[i]];
+    weight =
+        std::max(x.upper - x.lower, Magnitude(x) * std::numeric_limits<double>::epsilon() + 1e-280);
+    x = {x.lower - reach * weight, x.upper + reach * weight};
+    if (!IsFinite(x)) return false;
+  }
+  if (!mEvaluation.SetBox(mBox, RealEvaluation::Mode::kBox)) return false;
+  mEvaluation.SetCenter(mCertified);
+  mEvaluation.CalcSlopes();
+  const std::size_t before = mRows.size();
+  SelectRows();
+  if (mRows.size() != before) return false;
+  for (std::size_t i = 0; i < mInverse.GetRank(); ++i) {
+    Combine(mInverse.GetRow(i));
+    const std::size_t pivot = mInverse.GetColumns()[i];
+    RealInterval others = kZero;
+    for (std::size_t j = 0; j < mColumns.size(); ++j)
+      if (j != pivot)
+        others = Add(others, Multiply(Point(Magnitude(mCombined[j])), Point(mWeights[j])));
+    const RealInterval own = Multiply(mCombined[pivot], Point(mWeights[pivot]));
+    if (!(others.upper < std::max(own.lower, -own.upper))) return false;
   }
   return true;
+}
+
+/// Whether the certified solution is none of the box.
+bool ZULTavNewton::Work::IsApart() const {
+  for (std::size_t i = 0; i < mCertified.size(); ++i)
+    if (mCertified[i].upper < mOriginal[i].lower || mOriginal[i].upper < mCertified[i].lower)
+      return true;
+  return false;
+}
+
+void ZULTavNewton::Work::Assign(ZULTavSolution& box, std::span<const RealInterval> values) const {
+  for (std::size_t i = 0, unknown = 0; i < mDeclared.size(); ++i) {
+    if (unknown == values.size() || mDeclared[i] != &Object(unknown)) continue;
+    box.SetBounds(i, values[unknown].lower, values[unknown].upper);
+    ++unknown;
+  }
 }
 
 std::vector<std::uint32_t> ZULTavNewton::Work::FindSignless() const {
@@ -592,9 +702,10 @@ int ZULTavNewton::Contract(ZULTaVoNetwork& network, bool again) {
   return mWork->Contract(network, again);
 }
 
-bool ZULTavNewton::Proves(const ZULTaVoNetwork&, ZULTavSolution* box) {
+ZULTavProver::Finding ZULTavNewton::Prove(const ZULTaVoNetwork&, ZULTavSolution& box,
+                                          ZULTavSolution& region) {
   const SDErrorScope errors;
-  return mWork->Proves(box);
+  return mWork->Prove(box, region);
 }
 
 std::vector<std::uint32_t> ZULTavNewton::FindSignless() const { return mWork->FindSignless(); }

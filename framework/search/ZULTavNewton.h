@@ -10,8 +10,9 @@
 /// The interval Newton method for the equations over reals of a network.
 ///
 /// Contract narrows by the single equations, shaves, and makes Hansen-Sengupta steps with slopes,
-/// preconditioned by the inverse of the midpoint matrix. Proves applies the Krawczyk operator to a
-/// small box around an approximate solution and then tests every other constraint on it. A proof
+/// preconditioned by the inverse of the midpoint matrix. Prove applies the Krawczyk operator to a
+/// small box around an approximate solution, tests every other constraint on it, and looks for a
+/// larger box in which regular slopes leave room for no second solution. A proof
 /// holds for the model over the true reals, without any tolerance; decimal fractions and Pi are
 /// true numbers, too.
 ///
@@ -32,7 +33,8 @@ class ZULTAV_UTILITIES_API ZULTavNewton final : public ZULTavContractor,
   ZULTavReasoning GetReasoning() { return {this, this, this}; }
 
   int Contract(ZULTaVoNetwork& network, bool again) override;
-  bool Proves(const ZULTaVoNetwork& network, ZULTavSolution* box) override;
+  Finding Prove(const ZULTaVoNetwork& network, ZULTavSolution& box,
+                ZULTavSolution& region) override;
   std::vector<std::uint32_t> FindSignless() const override;
 
  private:

@@ -27,7 +27,7 @@ class ZULTAV_UTILITIES_API ZULTavContractor {
   virtual int Contract(ZULTaVoNetwork& network, bool again) = 0;
 };
 
-/// Knows of boxes of reals that they hold a solution, where propagation alone cannot tell.
+/// Knows which solutions boxes of reals hold, where propagation alone cannot tell.
 class ZULTAV_UTILITIES_API ZULTavProver {
  public:
   ZULTavProver() = default;
@@ -35,11 +35,19 @@ class ZULTAV_UTILITIES_API ZULTavProver {
   ZULTavProver(const ZULTavProver&) = delete;
   ZULTavProver& operator=(const ZULTavProver&) = delete;
 
-  /// Whether a solution certainly lies within the present values, which propagation no longer
+  enum class Finding {
+    kNothing,      ///< there may be solutions within the present values
+    kNoSolution,   ///< there are none
+    kSolution,     ///< `box` certainly holds one
+    kOnlySolution  ///< so it does, and the present values and `region` hold none that it does not
+  };
+
+  /// Looks for solutions within or very near the present values, which propagation no longer
   /// narrows; leaves them as they are.
-  /// @param box  null, or copies of the declared values, which may then be widened a little so
-  ///             that they hold a solution that lies at or just beyond a bound
-  virtual bool Proves(const ZULTaVoNetwork& network, ZULTavSolution* box) = 0;
+  /// @param[in,out] box, region  copies of the declared values, whose reals are set where the
+  ///                             finding speaks of them
+  virtual Finding Prove(const ZULTaVoNetwork& network, ZULTavSolution& box,
+                        ZULTavSolution& region) = 0;
 };
 
 /// Finds out which solutions follow from others.

@@ -20,6 +20,20 @@ std::vector<SearchVariable> VariablesOf(const ZULTaVoNetwork& network,
   return variables;
 }
 
+ZULTavSearch::Verdict VerdictOn(const NodeReasoner& reasoner, NodeState state,
+                                const SearchTree& tree) {
+  using Verdict = ZULTavSearch::Verdict;
+  using Finding = ZULTavProver::Finding;
+  ZULTavSolution box, region;
+  const Finding finding = reasoner.Prove(state, tree, box, region);
+  if (finding == Finding::kNothing) return Verdict::kOpen;
+  if (finding == Finding::kNoSolution) return Verdict::kContradiction;
+  const auto declared = tree.GetDeclared();
+  for (std::size_t i = 0; i < box.GetSize(); ++i)
+    if (!declared[i].IsWithin(box.GetValue(i), *declared[i].GetValue())) return Verdict::kOpen;
+  return Verdict::kSolved;
+}
+
 }  // namespace
 
 ZULTavContractor::~ZULTavContractor() = default;
@@ -63,7 +77,7 @@ ZULTavSearch::Outcome ZULTavSearch::Propagate(Verdict& verdict) {
     } else {
       ZULTavFrontier::Path none;
       const SearchTree tree(mNetwork, mDeclared, none);
-      if (reasoner.Proves(state, tree, nullptr)) verdict = Verdict::kSolved;
+      verdict = VerdictOn(reasoner, state, tree);
     }
     return Outcome::kExhausted;
   });

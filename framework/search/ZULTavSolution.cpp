@@ -41,6 +41,15 @@ ZULTavSolution& ZULTavSolution::operator=(ZULTavSolution&& other) noexcept {
   return *this;
 }
 
+void ZULTavSolution::SetBounds(std::size_t index, double lower, double upper) {
+  auto& value = static_cast<ZULTaVoReal&>(GetValue(index));
+  // Never empty on the way.
+  const bool moveUp = upper > value.GetUpperBound();
+  if (moveUp) value.SetUpperBound(upper);
+  value.SetLowerBound(lower);
+  if (!moveUp) value.SetUpperBound(upper);
+}
+
 void ZULTavSolution::Write(ZULopstream& out) const {
   out.WriteUnsigned(mProven);
   for (const Entry& entry : mEntries) out.WriteObject(*entry.value);

@@ -30,6 +30,9 @@ class ZULTAV_UTILITIES_API ZULTavSolution {
   const ZULTaVoAny& GetValue(std::size_t index) const { return *mEntries[index].value; }
   ZULTaVoAny& GetValue(std::size_t index) { return *mEntries[index].value; }
 
+  /// Of a value that is a real.
+  void SetBounds(std::size_t index, double lower, double upper);
+
   void Write(ZULopstream& out) const;
   /// Reads what was written of a solution of the same types, into this one's values.
   bool Read(ZULipstream& in);

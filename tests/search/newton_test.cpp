@@ -20,17 +20,25 @@ struct Box {
       if (point[i] < lower[i] - slack || point[i] > upper[i] + slack) return false;
     return true;
   }
+  /// Whether they have inner points in common.
+  bool Overlaps(const Box& other) const {
+    for (std::size_t i = 0; i < lower.size(); ++i)
+      if (!(lower[i] < other.upper[i] && other.lower[i] < upper[i]) &&
+          !(lower[i] == other.lower[i] && upper[i] == other.upper[i]))
+        return false;
+    return true;
+  }
 };
 
-/// All boxes of a model in text over reals.
-std::vector<Box> Solve(const std::string& text, double width = 1e-6) {
+/// The boxes of a model in text over reals.
+std::vector<Box> Solve(const std::string& text, double width = 1e-6, std::uint64_t limit = 300) {
   TextModel read(text);
   if (read.model == nullptr) {
     ADD_FAILURE() << read.error << " in " << text;
     return {};
   }
   ZULTavSearch::Options options;
-  options.limits.solutions = 300;
+  options.limits.solutions = limit;
   options.limits.nodes = 20000;
   options.absoluteWidth = width;
   options.reasoning = read.newton->GetReasoning();
@@ -122,6 +130,95 @@ INSTANTIATE_TEST_SUITE_P(
         ProofCase{"x : real = [0, 9]; (x /\\ 5) * (x \\/ 1) = 2;", {{kRoot2}}},
         ProofCase{"x : real = [0, 9]; floor(x) * x = 5; ceil(x) = 3; round(x) = 3;", {{2.5}}},
         ProofCase{"x : real = [2.1, 3.9]; x * (x mod 2) = 3;", {{3}}}));
+
+// Concentrations in a chain of countercurrent reactors.
+const char* const kReactors =
+    "x1, x2, x3, x4, x5, x6, x7, x8 : real = [-1e8, 1e8];"
+    "x1 - (1 - x1) * x3 - 0.414214 * (1 + 4 * x2) = 0;"
+    "(-(1 - x1)) * x4 - 0.414214 * (1 + 4 * x2) = 0;"
+    "0.414214 * x1 - (1 - x1) * x5 - x3 * (1 + 4 * x2) = 0;"
+    "x1 * x2 + (1 - x1) * x6 - x4 * (1 + 4 * x3) = 0;"
+    "x1 * x3 + (1 - x1) * x7 - x5 * (1 + 4 * x4) = 0;"
+    "x1 * x4 + (1 - x1) * x8 - x6 * (1 + 4 * x5) = 0;"
+    "x1 * x5 + x7 * (1 + 4 * x6) = 0;"
+    "x1 * x6 - (1 - x1) - x8 * (1 + 4 * x7) = 0;";
+
+struct Roots {
+  std::string model;
+  double width;
+  std::vector<std::vector<double>> regular, singular;  // or others that a box holds
+};
+
+TEST(NewtonTest, ARegularSolutionIsProvenOnceAndNoBoxesOverlap) {
+  const Roots rows[] = {
+  // So ill-conditioned that contraction leaves a chain of boxes around the one at 1.01.
+      Roots{kReactors,
+            1e-6,                                                                  {{-3.035906146737906},
+             {3.9301814511276802},
+             {13.52928063438093},
+             {0.4910522778016635},
+             {4.92012575046199},
+             {1.0129837918426454},
+             {7.349898638823618}},
+            {}                                                                                                                                      },
+ // Where boxes are split.
+      Roots{"x, y : real = [-8, 8]; x^3 = x; y^3 = y * x;",
+            1e-6,                                                                  {{-1, 0}, {0, 0}, {1, -1}, {1, 0}, {1, 1}},
+            {}                                                                                                                                      },
+ // Close together, wider than a box and narrower.
+      Roots{
+            "x : real = [-9, 9]; (x - 1) * (x - 1.0009765625) = 0;",         1e-6, {{1}, {1.0009765625}},                      {}                   },
+      Roots{
+            "x : real = [-9, 9]; (x - 1) * (x - 1.0009765625) = 0;",         1e-2, {},                                         {{1}, {1.0009765625}}},
+ // Tangents.
+      Roots{"x, y : real = [-3, 3]; x^2 + y^2 = 2; x + y = 2;",              1e-6, {},                                         {{1, 1}}             },
+      Roots{"x : real = [0.1, 5]; (x^2 - 2)^2 * (x^3 - 3) = 0;",
+            1e-6,                                                                  {{std::cbrt(3.0)}},
+            {{kRoot2}}                                                                                                                              },
+ // Conditions that cut one of two, and discrete values that tell solutions apart.
+      Roots{"x, y : real = [-5, 5]; x^2 + y^2 = 25; x + y = 7; x < y;",      1e-6, {{3, 4}},                                   {}                   },
+      Roots{"x : real = [-9, 9]; n : int = [1, 4]; x * abs(x) = n; n <> 2;",
+            1e-6,                                                                  {{1}, {std::sqrt(3.0)}, {2}},
+            {}                                                                                                                                      },
+      Roots{"x : real = [-9, 9]; x^2 = 2; (x << 1.4) || (x >> 1.3);",
+            1e-6,                                                                  {{-kRoot2}, {kRoot2}},
+            {}                                                                                                                                      },
+ // Pavings: of contracted boxes that touch, beside split planes, and of a mirrored half.
+      Roots{"x, y, z : real = [-1, 2]; z = x * y;",                          0.4,  {},                                         {{0, 0, 0}}          },
+      Roots{"x, y : real = [-2, 2]; abs(x) + abs(y) = 1;",                   0.2,  {},                                         {{1, 0}, {0, -1}}    },
+      Roots{"x, y : real = [-2, 2.5]; x^2 + y <= 1; x * y >= 0.3;",          0.2,  {},                                         {{-1, -0.3}}         },
+  };
+  for (const auto& [model, width, regular, singular] : rows) {
+    SCOPED_TRACE(model);
+    const std::vector<Box> boxes = Solve(model, width);
+    const auto count = [&](const std::vector<double>& point, bool provenOnly) {
+      return std::count_if(boxes.begin(), boxes.end(), [&](const Box& box) {
+        return (box.proven || !provenOnly) && box.Contains(point, 1e-15);
+      });
+    };
+    for (const auto& point : regular) EXPECT_EQ(count(point, true), 1) << point[0];
+    for (const auto& point : singular) EXPECT_GE(count(point, false), 1) << point[0];
+    for (std::size_t i = 0; i < boxes.size(); ++i)
+      for (std::size_t k = 0; k < i; ++k)
+        EXPECT_FALSE(boxes[i].Overlaps(boxes[k])) << boxes[i].lower[0] << ' ' << boxes[k].lower[0];
+    const auto proven =
+        std::count_if(boxes.begin(), boxes.end(), [](const Box& box) { return box.proven; });
+    if (!regular.empty()) {
+      EXPECT_EQ(proven, static_cast<long>(regular.size()));
+    }
+  }
+}
+
+TEST(NewtonTest, ABoxAtTheEndOfTheLineComesLast) {
+  for (const char* model : {"x : real; x^3 = x + 6;", "x, y : real; y = x^3; y = 3 * x + 1;",
+                            "x : real; exp(x) = x + 2;", "x : real; x * exp(x) = 2;",
+                            "x, y : real; (exp(x) + exp(-x)) / 2 = y; y = 3 - x;"}) {
+    SCOPED_TRACE(model);
+    const std::vector<Box> boxes = Solve(model, 1e-6, 1);
+    ASSERT_EQ(boxes.size(), 1u);
+    EXPECT_TRUE(boxes[0].proven);
+  }
+}
 
 TEST(NewtonTest, ImagesComeInOrderAndAreOneAtZero) {
   const std::vector<Box> boxes = Solve("x, y, z : real = [-9, 9]; x^2 = 1; y^2 = 0; z^2 = 4;");

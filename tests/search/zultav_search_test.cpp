@@ -141,7 +141,9 @@ class KnowingProof final : public ZULTavContractor, public ZULTavProver {
     network.PropagateValue(mX);
     return 1;
   }
-  bool Proves(const ZULTaVoNetwork&, ZULTavSolution*) override { return mX->GetLowerBound() == 3; }
+  Finding Prove(const ZULTaVoNetwork&, ZULTavSolution&, ZULTavSolution&) override {
+    return mX->GetLowerBound() == 3 ? Finding::kSolution : Finding::kNothing;
+  }
 
  private:
   ZULTaVoReal* mX;

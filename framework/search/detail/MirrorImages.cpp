@@ -13,14 +13,6 @@ ZULTaVoReal& RealOf(ZULTavSolution& box, std::uint32_t index) {
   return static_cast<ZULTaVoReal&>(box.GetValue(index));
 }
 
-/// Never empty on the way.
-void SetBounds(ZULTaVoReal& value, double lower, double upper) {
-  const bool moveUp = upper > value.GetUpperBound();
-  if (moveUp) value.SetUpperBound(upper);
-  value.SetLowerBound(lower);
-  if (!moveUp) value.SetUpperBound(upper);
-}
-
 }  // namespace
 
 MirrorImages::MirrorImages(ZULTaVoNetwork& network, std::span<const SearchVariable> declared,
@@ -44,8 +36,8 @@ void MirrorImages::JoinAtZero(ZULTavSolution& box) const {
     ZULTaVoReal& value = RealOf(box, index);
     const double lower = value.GetLowerBound(), upper = value.GetUpperBound();
     const double magnitude = std::max(-lower, upper);
-    if (lower <= 0 && upper >= 0 && mLimit.Holds(-magnitude, magnitude))
-      SetBounds(value, -magnitude, magnitude);
+    const bool reaches = lower <= 0 && upper >= 0 && mLimit.Holds(-magnitude, magnitude);
+    if (reaches || (lower < 0 && upper > 0)) box.SetBounds(index, -magnitude, magnitude);
   }
 }
 
@@ -54,7 +46,7 @@ bool MirrorImages::Next(ZULTavSolution& image) const {
     ZULTaVoReal& value = RealOf(image, *index);
     const double lower = value.GetLowerBound(), upper = value.GetUpperBound();
     if (-lower == upper) continue;  // its own image
-    SetBounds(value, -upper, -lower);
+    image.SetBounds(*index, -upper, -lower);
     if (-lower > upper) return true;
   }
   return false;

@@ -21,7 +21,7 @@ class MirrorImages {
   MirrorImages(ZULTaVoNetwork& network, std::span<const SearchVariable> declared,
                const std::vector<std::uint32_t>& candidates, const WidthLimit& limit);
 
-  /// Makes a box that reaches 0 one with its image where the width limit allows.
+  /// Makes a box that reaches 0 one with its image where the width limit allows or both overlap.
   void JoinAtZero(ZULTavSolution& box) const;
   /// Turns an image into the next one. False after the last.
   bool Next(ZULTavSolution& image) const;

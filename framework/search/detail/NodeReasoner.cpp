@@ -57,14 +57,21 @@ NodeState NodeReasoner::Settle() {
   return NodeState::kFixpoint;
 }
 
-bool NodeReasoner::Proves(NodeState state, const SearchTree& tree, ZULTavSolution* box) const {
-  if (state == NodeState::kLimited) return false;
-  if (tree.HasContinuousValues())
-    return mReasoning.prover != nullptr && mReasoning.prover->Proves(mNetwork, box);
+ZULTavProver::Finding NodeReasoner::Prove(NodeState state, const SearchTree& tree,
+                                          ZULTavSolution& box, ZULTavSolution& region) const {
+  using Finding = ZULTavProver::Finding;
+  if (state == NodeState::kLimited) return Finding::kNothing;
+  if (tree.HasContinuousValues()) {
+    if (mReasoning.prover == nullptr) return Finding::kNothing;
+    box = ZULTavSolution(tree.GetDeclared());
+    region = ZULTavSolution(tree.GetDeclared());
+    return mReasoning.prover->Prove(mNetwork, box, region);
+  }
   const auto variables = tree.GetVariables();
-  return state == NodeState::kSettled &&
-         std::all_of(variables.begin(), variables.end(),
-                     [](const SearchVariable& variable) { return variable.IsSingle(); });
+  const bool settled = state == NodeState::kSettled &&
+                       std::all_of(variables.begin(), variables.end(),
+                                   [](const SearchVariable& each) { return each.IsSingle(); });
+  return settled ? Finding::kSolution : Finding::kNothing;
 }
 
 }  // namespace zultav::detail

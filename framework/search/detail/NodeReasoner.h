@@ -36,9 +36,10 @@ class NodeReasoner {
   /// Gives every constraint its say on the values that remain: those that were passive when values
   /// narrowed, and those to which small narrowings were not passed on.
   NodeState Settle();
-  /// Whether the values of an open node certainly hold a solution.
-  /// @param box  as for ZULTavProver::Proves
-  bool Proves(NodeState state, const SearchTree& tree, ZULTavSolution* box) const;
+  /// What is known of the solutions among the values of an open node.
+  /// @param[out] box, region  as for ZULTavProver::Prove, where there are reals
+  ZULTavProver::Finding Prove(NodeState state, const SearchTree& tree, ZULTavSolution& box,
+                              ZULTavSolution& region) const;
 
  private:
   ZULTaVoNetwork& mNetwork;

@@ -21,16 +21,6 @@ bool IsMergeable(const SearchVariable& variable) {
   return variable.GetKind() == SearchVariable::Kind::kReal;
 }
 
-/// Equal values of an integer, a boolean, or another type.
-bool AreEqual(SearchVariable::Kind kind, const ZULTaVoAny& a, const ZULTaVoAny& b) {
-  if (kind == SearchVariable::Kind::kInteger) {
-    const auto& x = static_cast<const ZULTaVoInteger&>(a);
-    const auto& y = static_cast<const ZULTaVoInteger&>(b);
-    return x.GetLowerBound() == y.GetLowerBound() && x.GetUpperBound() == y.GetUpperBound();
-  }
-  return a.GetCardinality() == 1 && b.GetCardinality() == 1 && a.IsIntersected(b);
-}
-
 }  // namespace
 
 PendingBoxes::PendingBoxes(std::deque<ZULTavSolution>& boxes,
@@ -42,9 +32,9 @@ PendingBoxes::PendingBoxes(std::deque<ZULTavSolution>& boxes,
 
 void PendingBoxes::Add(ZULTavSolution box) {
   mBoxes.push_back(std::move(box));
-  // A hull may touch boxes that its parts did not touch, so the search starts anew after a merge.
+  // What was united may fit beside other boxes than its parts did, so the search starts anew.
   for (std::size_t i = 0; mMerges && i + 1 < mBoxes.size();) {
-    if (!Touch(mBoxes[i], mBoxes.back())) {
+    if (!AreSideBySide(mBoxes[i], mBoxes.back())) {
       ++i;
       continue;
     }
@@ -54,15 +44,16 @@ void PendingBoxes::Add(ZULTavSolution box) {
   }
 }
 
-bool PendingBoxes::Touch(const ZULTavSolution& a, const ZULTavSolution& b) const {
+bool PendingBoxes::AreSideBySide(const ZULTavSolution& a, const ZULTavSolution& b) const {
+  bool differ = false;
   for (std::size_t i = 0; i < mDeclared.size(); ++i) {
     if (!IsMergeable(mDeclared[i])) {
-      if (!AreEqual(mDeclared[i].GetKind(), a.GetValue(i), b.GetValue(i))) return false;
+      if (!mDeclared[i].IsWithin(a.GetValue(i), b.GetValue(i))) return false;
       continue;
     }
     const Bounds x = BoundsOf(a.GetValue(i)), y = BoundsOf(b.GetValue(i));
     if (x == y) continue;
-    if (x.upper < y.lower || y.upper < x.lower ||
+    if (std::exchange(differ, true) || x.upper < y.lower || y.upper < x.lower ||
         !mLimit.Holds(std::min(x.lower, y.lower), std::max(x.upper, y.upper)))
       return false;
   }

@@ -13,8 +13,9 @@ namespace zultav::detail {
 /// Solutions that wait to be reported, since a box found later may touch them and join them.
 ///
 /// Bisection shares the middle between both halves, so one real solution can turn up in several
-/// boxes. Two that touch become their hull where that is still narrow enough. The boxes belong to
-/// the frontier, which stays whole when memory runs out.
+/// boxes. Two that lie side by side become one where that is still narrow enough; it is no larger
+/// than both, for other boxes may lie beside them. The boxes belong to the frontier, which stays
+/// whole when memory runs out.
 class PendingBoxes {
  public:
   /// Solutions kept waiting at most: merging compares each new one with all of them.
@@ -33,7 +34,7 @@ class PendingBoxes {
   bool BringForward(Predicate final);
 
  private:
-  bool Touch(const ZULTavSolution& a, const ZULTavSolution& b) const;
+  bool AreSideBySide(const ZULTavSolution& a, const ZULTavSolution& b) const;
   void Unite(ZULTavSolution& box, const ZULTavSolution& other) const;
 
   std::deque<ZULTavSolution>& mBoxes;  // in the order in which they came

@@ -66,6 +66,15 @@ bool RealEvaluation::SetBox(std::span<const RealInterval> box, Mode mode) {
 void RealEvaluation::SetPoint(std::span<const double> point) {
   for (std::size_t i = 0; i < point.size(); ++i)
     mCenters[mSystem.GetUnknowns()[i]] = {point[i], point[i]};
+  EvaluateCenters();
+}
+
+void RealEvaluation::SetCenter(std::span<const RealInterval> center) {
+  for (std::size_t i = 0; i < center.size(); ++i) mCenters[mSystem.GetUnknowns()[i]] = center[i];
+  EvaluateCenters();
+}
+
+void RealEvaluation::EvaluateCenters() {
   for (const auto& [function, target, first, second] : mSystem.GetOperations())
     mCenters[target] = Evaluate(function, mCenters[first], mCenters[second]);
 }

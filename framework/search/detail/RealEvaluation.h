@@ -30,6 +30,8 @@ class RealEvaluation {
   bool SetBox(std::span<const RealInterval> box, Mode mode);
   /// Evaluates at the point, one number for each unknown.
   void SetPoint(std::span<const double> point);
+  /// Evaluates over a box in place of the point: slopes then hold for each m in it.
+  void SetCenter(std::span<const RealInterval> center);
   /// After SetBox and SetPoint. x may be any point of the box (a solution in it, after
   /// kSolutions).
   void CalcSlopes();
@@ -47,6 +49,7 @@ class RealEvaluation {
     bool usable = false;
   };
   RealInterval Leaf(const RealSystem::Slot& slot, Mode mode) const;
+  void EvaluateCenters();
   SubdefReal Hull(std::uint32_t slot) const;
   Slopes SlopesOf(const RealSystem::Operation& operation) const;
   Slopes PowerSlopes(const RealSystem::Operation& operation) const;

@@ -72,6 +72,8 @@ SearchRun::SearchRun(ZULTaVoNetwork& network, const std::vector<ZULTaVoAny*>& de
       mReasoner(network, options.reasoning),
       mTree(network, declared, frontier.path),
       mPending(frontier.boxes, mTree.GetDeclared(), mWidthLimit),
+      mUnbounded(frontier.unbounded, mTree.GetDeclared(), mWidthLimit),
+      mSolved(frontier.solved, mTree.GetDeclared()),
       mImages(network, mTree.GetDeclared(), FindSignless(options.reasoning.symmetries),
               mWidthLimit) {}
 
@@ -81,6 +83,8 @@ SearchRun::Outcome SearchRun::Execute() {
   if (mFrontier.explored || !mOptions.resumable) outcome = ReportRest(outcome);
   if (!mOptions.resumable) {
     mFrontier.boxes.clear();
+    mFrontier.unbounded.clear();
+    mFrontier.solved.clear();
     mFrontier.explored = false;
   }
   return outcome;
@@ -100,7 +104,8 @@ SearchRun::Outcome SearchRun::Explore() {
     if (state == NodeState::kFound) end = ReportFinal();
     if (!mTree.Backtrack()) {
       mFrontier.explored = true;
-      const bool all = !end || (*end == Outcome::kSolutionLimit && mPending.GetSize() == 0);
+      const bool isLast = mPending.GetSize() + mUnbounded.GetSize() == 0;
+      const bool all = !end || (*end == Outcome::kSolutionLimit && isLast);
       return all ? Outcome::kExhausted : *end;
     }
     if (end) return *end;
@@ -152,6 +157,7 @@ SearchRun::End SearchRun::EndAfter(NodeState state) const {
 
 NodeState SearchRun::VisitNode() {
   if (const NodeState state = mReasoner.ReachFixpoint(false); !IsOpen(state)) return state;
+  if (mSolved.HoldPresentValues()) return NodeState::kRefuted;
   if (!mTree.InHidden()) {
     const std::uint32_t variable = mTree.ChooseDeclared(mOptions.choice, mWidthLimit);
     if (variable != SearchTree::kNone) {
@@ -170,10 +176,41 @@ NodeState SearchRun::VisitNode() {
     ++mFrontier.hiddenNodes;
     return NodeState::kBranched;
   }
-  mCandidate.SetProven(mReasoner.Proves(state, mTree, &mCandidate));
-  mPending.Add(std::exchange(mCandidate, ZULTavSolution()));
+  return Conclude(state);
+}
+
+/// The candidate, or the solution in it, becomes a box of the frontier, unless there is none, or
+/// only one that was found before.
+NodeState SearchRun::Conclude(NodeState state) {
+  using Finding = ZULTavProver::Finding;
+  ZULTavSolution box, region;
+  const Finding finding = mReasoner.Prove(state, mTree, box, region);
+  if (finding == Finding::kNoSolution) return NodeState::kRefuted;
+  // The candidate may hold other solutions for other hidden values.
+  const bool isOnly = finding == Finding::kOnlySolution && !mTree.InHidden();
+  if (isOnly && mSolved.Hold(box)) return NodeState::kRefuted;
+  const bool isProven =
+      isOnly || (finding != Finding::kNothing && mTree.KeepsToPath(box, mCandidate));
+  if (isOnly) mCandidate = std::move(box);
+  mCandidate.SetProven(isProven);
+  const bool comesLast = !isProven && IsUnbounded(mCandidate);
+  (comesLast ? mUnbounded : mPending).Add(std::exchange(mCandidate, ZULTavSolution()));
+  if (isOnly) mSolved.Add(std::move(region));
   mTree.LeaveHidden();
   return NodeState::kFound;
+}
+
+bool SearchRun::IsUnbounded(const ZULTavSolution& box) const {
+  const auto declared = mTree.GetDeclared();
+  for (std::size_t i = 0; i < declared.size(); ++i)
+    if (declared[i].IsUnbounded(box.GetValue(i))) return true;
+  return false;
+}
+
+/// Lets unbounded boxes be reported, all but so many.
+void SearchRun::ReleaseUnbounded(std::size_t kept) {
+  for (auto& boxes = mFrontier.unbounded; boxes.size() > kept; boxes.pop_front())
+    mFrontier.boxes.push_back(std::move(boxes.front()));
 }
 
 /// Splits of hidden variables narrow the declared ones, so the assignment is taken before them.
@@ -189,12 +226,14 @@ void SearchRun::Count(NodeState state) {
 
 /// Reports what no later box can touch, or everything once enough was found.
 SearchRun::End SearchRun::ReportFinal() {
+  ReleaseUnbounded(PendingBoxes::kCapacity);
   // What is kept for a run that goes on need not be cut short.
   const bool enough = !mOptions.resumable &&
                       mStatistics.solutions + mPending.GetSize() >= mOptions.limits.solutions;
   const auto final = [&](const ZULTavSolution& box) {
     return enough || !mTree.ReachesOpenHalf(box);
   };
+  mSolved.DropUnless([&](const ZULTavSolution& box) { return mTree.ReachesOpenHalf(box); });
   while (!HasEnough() && mPending.BringForward(final)) {
     const Reported reported = ReportFirst();
     if (reported == Reported::kRefused) return Outcome::kStopped;
@@ -206,6 +245,7 @@ SearchRun::End SearchRun::ReportFinal() {
 
 /// Reports all boxes that wait, and answers the outcome, which was another one before.
 SearchRun::Outcome SearchRun::ReportRest(Outcome outcome) {
+  ReleaseUnbounded(0);
   while (mPending.GetSize() != 0 && outcome != Outcome::kStopped) {
     if (HasEnough()) return Outcome::kSolutionLimit;
     const Reported reported = ReportFirst();

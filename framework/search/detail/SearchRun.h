@@ -11,6 +11,7 @@
 #include "framework/search/detail/PendingBoxes.h"
 #include "framework/search/detail/SearchTimer.h"
 #include "framework/search/detail/SearchTree.h"
+#include "framework/search/detail/SolvedRegions.h"
 
 namespace zultav::detail {
 
@@ -60,11 +61,14 @@ class SearchRun {
   End CheckLimits();
   void SaveIfDue();
   NodeState VisitNode();
+  NodeState Conclude(NodeState state);
   void KeepCandidate();
   void Count(NodeState state);
   End ReportFinal();
   Outcome ReportRest(Outcome outcome);
   Reported ReportFirst();
+  bool IsUnbounded(const ZULTavSolution& box) const;
+  void ReleaseUnbounded(std::size_t kept);
 
   bool HasEnough() const { return mStatistics.solutions >= mOptions.limits.solutions; }
   Outcome WhyInterrupted() const { return mTimer.IsUp() ? Outcome::kTimeLimit : Outcome::kStopped; }
@@ -82,7 +86,8 @@ class SearchRun {
   WidthLimit mWidthLimit;
   NodeReasoner mReasoner;
   SearchTree mTree;
-  PendingBoxes mPending;
+  PendingBoxes mPending, mUnbounded;
+  SolvedRegions mSolved;
   MirrorImages mImages;
   ZULTavSolution mCandidate;  // the declared values before hidden ones are split
 };

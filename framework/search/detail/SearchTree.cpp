@@ -156,6 +156,14 @@ void SearchTree::LeaveHidden() {
   }
 }
 
+bool SearchTree::KeepsToPath(const ZULTavSolution& solution, const ZULTavSolution& reached) const {
+  return std::all_of(mPath.begin(), mPath.end(), [&](const Decision& decision) {
+    const SearchVariable& variable = mVariables[decision.variable];
+    return variable.IsDiscrete() || variable.IsWithin(solution.GetValue(decision.variable),
+                                                      reached.GetValue(decision.variable));
+  });
+}
+
 bool SearchTree::ReachesOpenHalf(const ZULTavSolution& solution) const {
   for (std::size_t i = 0; i < mHalves.size(); ++i) {
     const std::uint32_t variable = mPath[i].variable;

@@ -63,6 +63,9 @@ class SearchTree {
   std::size_t GetDepth() const { return mHalves.size(); }
   /// Whether the present node lies below a decision on a hidden variable.
   bool InHidden() const { return GetDepth() != 0 && IsHidden(Last().variable); }
+  /// Whether a solution that lies in the first box lies in the second one, which the search reached
+  /// on the present path: propagation loses none, so that only splits can have cut it off.
+  bool KeepsToPath(const ZULTavSolution& solution, const ZULTavSolution& reached) const;
   /// Whether an open half may hold values that touch those of the solution.
   bool ReachesOpenHalf(const ZULTavSolution& solution) const;
 

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
+#include "framework/solver/LocalCopy.h"
 #include "framework/solver/SingleValue.h"
 
 namespace zultav::detail {
@@ -14,6 +16,16 @@ SearchVariable::Kind KindOf(const ZULTaVoAny& value) {
   if (value.IsDerivedFrom(ZULTaVoBoolean::sIdent)) return SearchVariable::Kind::kBoolean;
   if (value.IsDerivedFrom(ZULTaVoReal::sIdent)) return SearchVariable::Kind::kReal;
   return SearchVariable::Kind::kOther;
+}
+
+/// Whether a domain of reals has no lower bound, and no upper one, but those of its type.
+std::pair<bool, bool> FindUnbounded(const ZULTaVoAny& domain) {
+  const LocalCopy any(domain);
+  if (!any) return {false, false};
+  any->SetAny();
+  const auto& x = static_cast<const ZULTaVoReal&>(domain);
+  const auto& all = static_cast<const ZULTaVoReal&>(*any);
+  return {x.GetLowerBound() <= all.GetLowerBound(), x.GetUpperBound() >= all.GetUpperBound()};
 }
 
 }  // namespace
@@ -40,6 +52,26 @@ bool SearchVariable::IsSingle() const {
   return zultav::IsSingleValue(*mValue);
 }
 
+bool SearchVariable::IsWithin(const ZULTaVoAny& inner, const ZULTaVoAny& outer) const {
+  if (mKind == Kind::kReal) {
+    const auto& x = static_cast<const ZULTaVoReal&>(inner);
+    const auto& y = static_cast<const ZULTaVoReal&>(outer);
+    return y.GetLowerBound() <= x.GetLowerBound() && x.GetUpperBound() <= y.GetUpperBound();
+  }
+  if (mKind == Kind::kInteger) {
+    const auto& x = static_cast<const ZULTaVoInteger&>(inner);
+    const auto& y = static_cast<const ZULTaVoInteger&>(outer);
+    return x.GetLowerBound() == y.GetLowerBound() && x.GetUpperBound() == y.GetUpperBound();
+  }
+  return inner.GetCardinality() == 1 && outer.GetCardinality() == 1 && inner.IsIntersected(outer);
+}
+
+bool SearchVariable::IsUnbounded(const ZULTaVoAny& domain) const {
+  if (mKind != Kind::kReal) return false;
+  const auto [down, up] = FindUnbounded(domain);
+  return down || up;
+}
+
 bool SearchVariable::IsOpen(const WidthLimit& limit) const {
   if (IsSingle()) return false;
   if (mKind == Kind::kBoolean) return true;
@@ -53,6 +85,8 @@ bool SearchVariable::IsOpen(const WidthLimit& limit) const {
 
 ZULTaVoAny::ValueSelection SearchVariable::Adapt(ZULTaVoAny::ValueSelection selection) const {
   if (mKind != Kind::kReal) return selection;
+  const auto [down, up] = FindUnbounded(*mValue);
+  if (down != up) return down ? ZULTaVoAny::kUpperHalf : ZULTaVoAny::kLowerHalf;
   if (selection == ZULTaVoAny::kLeastValue) return ZULTaVoAny::kLowerHalf;
   if (selection == ZULTaVoAny::kGreatestValue) return ZULTaVoAny::kUpperHalf;
   return selection;

@@ -36,9 +36,15 @@ class SearchVariable {
   bool IsSingle() const;
   /// Whether the search may still split the domain. A single-value type that is Any cannot be.
   bool IsOpen(const WidthLimit& limit) const;
+  /// Whether one domain of the variable lies within another; where it is no real, whether both are
+  /// the same single value.
+  bool IsWithin(const ZULTaVoAny& inner, const ZULTaVoAny& outer) const;
+  /// Whether a domain of the variable is one of reals and has a bound where its type has none.
+  bool IsUnbounded(const ZULTaVoAny& domain) const;
   /// Upper minus lower bound, 1 for an undecided boolean.
   double GetWidth() const { return mValue->GetWidth(); }
-  /// The selection that loses nothing: the end points of a real are no values of their own.
+  /// The selection that loses nothing, for the end points of a real are no values of their own, and
+  /// that leaves the half without a bound for later.
   ZULTaVoAny::ValueSelection Adapt(ZULTaVoAny::ValueSelection selection) const;
 
   const ZULTaVoInteger& AsInteger() const { return static_cast<const ZULTaVoInteger&>(*mValue); }
