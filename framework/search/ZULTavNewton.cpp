@@ -65,8 +65,13 @@ bool AreWithin(const std::vector<RealInterval>& inner, const std::vector<RealInt
   return std::equal(inner.begin(), inner.end(), outer.begin(), IsWithin);
 }
 
-RealInterval Add(const RealInterval& x, const RealInterval& y) { return x.AddIntToInt(y); }
-RealInterval Multiply(const RealInterval& x, const RealInterval& y) { return x.MultIntByInt(y); }
+// Always in line: a call would pass both bounds through memory, and their next use would wait.
+[[gnu::always_inline]] inline RealInterval Add(const RealInterval& x, const RealInterval& y) {
+  return x.AddIntToInt(y);
+}
+[[gnu::always_inline]] inline RealInterval Multiply(const RealInterval& x, const RealInterval& y) {
+  return x.MultIntByInt(y);
+}
 RealInterval Point(double x) { return {x, x}; }
 double Magnitude(const RealInterval& x) { return std::max(std::fabs(x.lower), std::fabs(x.upper)); }
 
