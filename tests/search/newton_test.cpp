@@ -212,7 +212,8 @@ TEST(NewtonTest, ARegularSolutionIsProvenOnceAndNoBoxesOverlap) {
 TEST(NewtonTest, ABoxAtTheEndOfTheLineComesLast) {
   for (const char* model : {"x : real; x^3 = x + 6;", "x, y : real; y = x^3; y = 3 * x + 1;",
                             "x : real; exp(x) = x + 2;", "x : real; x * exp(x) = 2;",
-                            "x, y : real; (exp(x) + exp(-x)) / 2 = y; y = 3 - x;"}) {
+                            "x, y : real; (exp(x) + exp(-x)) / 2 = y; y = 3 - x;",
+                            "x : real; sin(x) = 0.5;", "x : real; x = 4 * atan(1);"}) {
     SCOPED_TRACE(model);
     const std::vector<Box> boxes = Solve(model, 1e-6, 1);
     ASSERT_EQ(boxes.size(), 1u);

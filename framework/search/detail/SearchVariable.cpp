@@ -11,6 +11,10 @@ namespace zultav::detail {
 
 namespace {
 
+// Solutions further out than this are looked for last, unless the search is told where to begin:
+// doubles are so far apart there that few of them can be told from their neighbours, or proven.
+constexpr double kFar = 1e8;
+
 SearchVariable::Kind KindOf(const ZULTaVoAny& value) {
   if (value.IsDerivedFrom(ZULTaVoInteger::sIdent)) return SearchVariable::Kind::kInteger;
   if (value.IsDerivedFrom(ZULTaVoBoolean::sIdent)) return SearchVariable::Kind::kBoolean;
@@ -85,8 +89,11 @@ bool SearchVariable::IsOpen(const WidthLimit& limit) const {
 
 ZULTaVoAny::ValueSelection SearchVariable::Adapt(ZULTaVoAny::ValueSelection selection) const {
   if (mKind != Kind::kReal) return selection;
+  const double lower = AsReal().GetLowerBound(), upper = AsReal().GetUpperBound();
   const auto [down, up] = FindUnbounded(*mValue);
-  if (down != up) return down ? ZULTaVoAny::kUpperHalf : ZULTaVoAny::kLowerHalf;
+  const bool isFar = selection == ZULTaVoAny::kLowerHalf && std::max(-lower, upper) > kFar;
+  if ((isFar && -lower != upper) || down != up)
+    return -lower > upper ? ZULTaVoAny::kUpperHalf : ZULTaVoAny::kLowerHalf;
   if (selection == ZULTaVoAny::kLeastValue) return ZULTaVoAny::kLowerHalf;
   if (selection == ZULTaVoAny::kGreatestValue) return ZULTaVoAny::kUpperHalf;
   return selection;
