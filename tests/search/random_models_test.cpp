@@ -219,7 +219,9 @@ class RandomModel {
  private:
   int Draw(int below) { return static_cast<int>(mRandom() % static_cast<std::uint64_t>(below)); }
 
-  const Form& Pick(const std::vector<Form>& from) { return from[mRandom() % from.size()]; }
+  const Form& Pick(const std::vector<Form>& from) {
+    return from[static_cast<std::size_t>(mRandom() % from.size())];
+  }
   Expression Statement() { return Filled(Pick(kStatements), 3, false, false); }
   /// The form with random operands. `integers`: without reals.
   Expression Filled(const Form& form, int depth, bool inLoop, bool integers) {
