@@ -37,7 +37,7 @@ BinaryFunction Binary(BinaryFunction function) { return function; }
 }  // namespace
 
 ZULTavIntervalReal::ZULTavIntervalReal(double lower, double upper) : mSet(lower, upper) {
-  if (std::isnan(lower) || std::isnan(upper)) SetNil();
+  if (std::isnan(lower) || std::isnan(upper)) ZULTavIntervalReal::SetNil();
   CheckValue();
 }
 

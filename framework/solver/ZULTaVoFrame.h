@@ -140,7 +140,7 @@ template <class Self, class Base>
 const char* const ZULTaVoFrame<Self, Base>::sIdent = [] {
   if constexpr (kIsConstraint) {
     return Base::sIdent;
-  } else {
+  } else {  // NOLINT(readability-misleading-indentation): it is not
     return Self::kClassName;
   }
 }();

@@ -6,6 +6,8 @@
 // The bodies of the slots, for the sources of the domains, which instantiate them.
 namespace zultav::detail {
 
+// Arguments are types and names, which take no parentheses.
+// NOLINTBEGIN(bugprone-macro-parentheses)
 #define ZULTAV_DEFINE(T, SHAPE, NAME, ABSTRACT) ZULTAV_DEFINE_##SHAPE(T, NAME, ABSTRACT)
 #define ZULTAV_DEFINE_Unary(T, NAME, ABSTRACT)                                              \
   template <class Self, template <class> class Dispatch>                                    \
@@ -45,5 +47,7 @@ ZULTAV_REAL_OPERATIONS(ZULTAV_DEFINE, RealSlots)
 #undef ZULTAV_DEFINE_Binary
 
 }  // namespace zultav::detail
+
+// NOLINTEND(bugprone-macro-parentheses)
 
 #endif

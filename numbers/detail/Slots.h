@@ -25,6 +25,8 @@
 // domain that accepts its own class only, and IntervalDispatch for one that converts others. A slot
 // with a rule of its own is overridden in D.
 
+// Arguments are types and names, which take no parentheses.
+// NOLINTBEGIN(bugprone-macro-parentheses)
 /// X(T, shape, name, abstract type of the arguments) for each operation; T is for X.
 ///
 ///     Unary      Calc<name>Value(y), CalcInverse<name>Value(y)
@@ -115,5 +117,7 @@ ZULTAV_SLOTS(RealSlots, ZULTaVoReal, ZULTAV_REAL_OPERATIONS)
 #undef ZULTAV_DECLARE_Binary
 
 }  // namespace zultav::detail
+
+// NOLINTEND(bugprone-macro-parentheses)
 
 #endif
