@@ -116,6 +116,7 @@ int CalcBoolean(ZULTaVoInteger* x, ZULTaVoBoolean* b) {
 void ZULTavPrimeNumber::AddArguments(ZULTaVoConstraintDescriptor& descriptor) {
   descriptor.AddArgument("Arg", ZULTaVoInteger::sDescriptor, kPriority);
   descriptor.AddArgument("Value", ZULTaVoBoolean::sDescriptor, kPriority);
+  descriptor.SetRule(ZULTaVoRule::kPrimality);
 }
 
 int ZULTavPrimeNumber::Activate(ZULTaVoNetwork* network) {

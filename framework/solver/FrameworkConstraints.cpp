@@ -253,54 +253,57 @@ constexpr int kOnce = ZULTaVoConstraintDescriptor::kIdempotent;
 constexpr int kRelation = ZULTaVoConstraintDescriptor::kRelation;
 constexpr int kWaits = ZULTaVoConstraintDescriptor::kWaitsForSingleValue;
 
-/// The filter of a rule and whether one call reaches its own fixpoint.
+/// The filter of a constraint, what it says, and whether one call reaches its own fixpoint.
 template <class Rule>
 struct Body;
 
-#define ZULTAV_BODY(RULE, FLAGS, ...)              \
-  template <>                                      \
-  struct Body<zultav::framework_rules::RULE> {     \
-    static constexpr auto kNarrow = (__VA_ARGS__); \
-    static constexpr int kFlags = FLAGS;           \
+#define ZULTAV_BODY(NAME, RULE, FLAGS, ...)                 \
+  template <>                                               \
+  struct Body<zultav::framework_rules::NAME> {              \
+    static constexpr auto kNarrow = (__VA_ARGS__);          \
+    static constexpr ZULTaVoRule kRule = ZULTaVoRule::RULE; \
+    static constexpr int kFlags = FLAGS;                    \
   };
 
-ZULTAV_BODY(Addition, kOnce,
+ZULTAV_BODY(Addition, kSum, kOnce,
             &Symmetric<Number, &Number::CalcSumValue, &Number::CalcFirstInverseSumValue>)
-ZULTAV_BODY(Multiplication, 0, &Multiply)
-ZULTAV_BODY(Power, 0, &RaiseToPower)
-ZULTAV_BODY(Remainder, 0, &TakeRemainder)
-ZULTAV_BODY(Minimum, 0,
+ZULTAV_BODY(Multiplication, kProduct, 0, &Multiply)
+ZULTAV_BODY(Power, kPower, 0, &RaiseToPower)
+ZULTAV_BODY(Remainder, kRemainder, 0, &TakeRemainder)
+ZULTAV_BODY(Minimum, kMinimum, 0,
             &Symmetric<Scalar, &Scalar::CalcMinValue, &Scalar::CalcFirstInverseMinValue>)
-ZULTAV_BODY(Maximum, 0,
+ZULTAV_BODY(Maximum, kMaximum, 0,
             &Symmetric<Scalar, &Scalar::CalcMaxValue, &Scalar::CalcFirstInverseMaxValue>)
-ZULTAV_BODY(Absolute, 0,
+ZULTAV_BODY(Absolute, kAbsolute, 0,
             &Unary<&Number::CalcAbsoluteValue, &Number::CalcInverseAbsoluteValue, Number>)
-ZULTAV_BODY(NumberNegation, kOnce,
+ZULTAV_BODY(NumberNegation, kNegation, kOnce,
             &Unary<&Number::CalcNegativeValue, &Number::CalcInverseNegativeValue, Number>)
-ZULTAV_BODY(BooleanNegation, kOnce,
+ZULTAV_BODY(BooleanNegation, kBooleanNegation, kOnce,
             &Unary<&Boolean::CalcNegativeValue, &Boolean::CalcInverseNegativeValue, Boolean>)
-ZULTAV_BODY(Next, kOnce, &Unary<&Scalar::CalcNextValue, &Scalar::CalcInverseNextValue, Scalar>)
-ZULTAV_BODY(Signum, 0, &TakeSign)
-ZULTAV_BODY(Exponent, 0, &Unary<&Real::CalcExpValue, &Real::CalcInverseExpValue, Real>)
-ZULTAV_BODY(Sqrt, 0, &Unary<&Real::CalcSqrtValue, &Real::CalcInverseSqrtValue, Real>)
-ZULTAV_BODY(Sine, 0, &Unary<&Real::CalcSinValue, &Real::CalcInverseSinValue, Real>)
-ZULTAV_BODY(Cosine, 0, &Unary<&Real::CalcCosValue, &Real::CalcInverseCosValue, Real>)
-ZULTAV_BODY(Tangent, 0, &Unary<&Real::CalcTanValue, &Real::CalcInverseTanValue, Real>)
-ZULTAV_BODY(Round, 0, &Unary<&Real::CalcRoundValue, &Real::CalcInverseRoundValue, Real>)
-ZULTAV_BODY(Floor, 0, &Unary<&Real::CalcFloorValue, &Real::CalcInverseFloorValue, Real>)
-ZULTAV_BODY(Ceil, 0, &Unary<&Real::CalcCeilValue, &Real::CalcInverseCeilValue, Real>)
-ZULTAV_BODY(PiValue, 0, &Constant<&Real::CalcPiValue, Real>)
-ZULTAV_BODY(EValue, 0, &Constant<&Real::CalcEValue, Real>)
-ZULTAV_BODY(Equal, kOnce, &ImposeEqual)
-ZULTAV_BODY(EqualTernary, kRelation, &Ternary<&ImposeEqual, Any>)
-ZULTAV_BODY(UnequalTernary, kRelation | kWaits, &TernaryUnequal)
-ZULTAV_BODY(LessOrEqualTernary, kRelation, &Ternary<&ImposeLessOrEqual, Any>)
-ZULTAV_BODY(LessTernary, kRelation, &Ternary<&ImposeLess, Scalar>)
-ZULTAV_BODY(BooleanEqual, 0, &Reified<&Any::CalcIsEqual, &ImposeEqual, &ImposeUnequal, Any>)
-ZULTAV_BODY(BooleanUnequal, 0, &ReifiedUnequal)
-ZULTAV_BODY(BooleanLess, 0,
+ZULTAV_BODY(Next, kNext, kOnce,
+            &Unary<&Scalar::CalcNextValue, &Scalar::CalcInverseNextValue, Scalar>)
+ZULTAV_BODY(Signum, kSign, 0, &TakeSign)
+ZULTAV_BODY(Exponent, kExp, 0, &Unary<&Real::CalcExpValue, &Real::CalcInverseExpValue, Real>)
+ZULTAV_BODY(Sqrt, kSqrt, 0, &Unary<&Real::CalcSqrtValue, &Real::CalcInverseSqrtValue, Real>)
+ZULTAV_BODY(Sine, kSine, 0, &Unary<&Real::CalcSinValue, &Real::CalcInverseSinValue, Real>)
+ZULTAV_BODY(Cosine, kCosine, 0, &Unary<&Real::CalcCosValue, &Real::CalcInverseCosValue, Real>)
+ZULTAV_BODY(Tangent, kTangent, 0, &Unary<&Real::CalcTanValue, &Real::CalcInverseTanValue, Real>)
+ZULTAV_BODY(Round, kRound, 0, &Unary<&Real::CalcRoundValue, &Real::CalcInverseRoundValue, Real>)
+ZULTAV_BODY(Floor, kFloor, 0, &Unary<&Real::CalcFloorValue, &Real::CalcInverseFloorValue, Real>)
+ZULTAV_BODY(Ceil, kCeil, 0, &Unary<&Real::CalcCeilValue, &Real::CalcInverseCeilValue, Real>)
+ZULTAV_BODY(PiValue, kPi, 0, &Constant<&Real::CalcPiValue, Real>)
+ZULTAV_BODY(EValue, kE, 0, &Constant<&Real::CalcEValue, Real>)
+ZULTAV_BODY(Equal, kEqual, kOnce, &ImposeEqual)
+ZULTAV_BODY(EqualTernary, kEqualTernary, kRelation, &Ternary<&ImposeEqual, Any>)
+ZULTAV_BODY(UnequalTernary, kUnequalTernary, kRelation | kWaits, &TernaryUnequal)
+ZULTAV_BODY(LessOrEqualTernary, kLessOrEqualTernary, kRelation, &Ternary<&ImposeLessOrEqual, Any>)
+ZULTAV_BODY(LessTernary, kLessTernary, kRelation, &Ternary<&ImposeLess, Scalar>)
+ZULTAV_BODY(BooleanEqual, kBooleanEqual, 0,
+            &Reified<&Any::CalcIsEqual, &ImposeEqual, &ImposeUnequal, Any>)
+ZULTAV_BODY(BooleanUnequal, kBooleanUnequal, 0, &ReifiedUnequal)
+ZULTAV_BODY(BooleanLess, kBooleanLess, 0,
             &Reified<&Scalar::CalcIsLess, &ImposeLess, &ImposeGreaterOrEqual, Scalar>)
-ZULTAV_BODY(BooleanLessOrEqual, 0,
+ZULTAV_BODY(BooleanLessOrEqual, kBooleanLessOrEqual, 0,
             &Reified<&Any::CalcIsLessOrEqual, &ImposeLessOrEqual, &ImposeGreater, Any>)
 #undef ZULTAV_BODY
 
@@ -342,6 +345,7 @@ ZULTaVoFrameworkConstraint<Rule>::ZULTaVoFrameworkConstraint(ZULStreamableInit i
 template <class Rule>
 void ZULTaVoFrameworkConstraint<Rule>::AddArguments(ZULTaVoConstraintDescriptor& descriptor) {
   descriptor.SetFlags(Body<Rule>::kFlags);
+  descriptor.SetRule(Body<Rule>::kRule);
   Announce(Body<Rule>::kNarrow, descriptor);
 }
 

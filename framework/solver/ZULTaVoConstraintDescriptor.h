@@ -4,6 +4,7 @@
 #include <array>
 
 #include "framework/solver/ZULTaVoObjectDescriptor.h"
+#include "framework/solver/ZULTaVoRule.h"
 
 /// Describes a class of constraints: its name and its named, typed arguments.
 ///
@@ -56,12 +57,17 @@ class ZULTAV_TYPES_API ZULTaVoConstraintDescriptor : public ZULTaVoObjectDescrip
   unsigned short GetPriority() const;
   void SetFlags(int flags) { mFlags = flags; }
   int GetFlags() const { return mFlags; }
+  /// What the constraint says mathematically. A rule is a promise: see ZULTaVoRule. It is no part
+  /// of the stream form.
+  void SetRule(ZULTaVoRule rule) { mRule = rule; }
+  ZULTaVoRule GetRule() const { return mRule; }
 
  private:
   std::array<Argument, kMaxArguments> mArguments;
   unsigned int mAnnounced = 0;
   unsigned int mCount = 0;
   int mFlags = 0;
+  ZULTaVoRule mRule = ZULTaVoRule::kNone;
 };
 
 #endif

@@ -63,7 +63,8 @@ struct alignas(Arena::kAlignment) ZULTaVoNetwork::Node {
   std::uint32_t index;
   std::uint32_t firstEdge;
   std::uint32_t lastEdge;
-  std::uint32_t depth;  // of the last level that has saved the value
+  std::uint32_t depth;   // of the last level that has saved the value
+  std::uint32_t number;  // in the list of exact constants, or kNone
   bool constant;
   bool narrowed;  // by the filter that is running
   bool single;    // whether the object held one value when it was last looked at
@@ -130,8 +131,8 @@ ZULTaVoAny* ZULTaVoNetwork::Add(const ZULTaVoObjectDescriptor* type, Init init) 
   auto* node = static_cast<Node*>(mArena.Allocate(sizeof(Node) + RoundUp(type->GetObjectSize())));
   if (node == nullptr) return nullptr;
   new (node)
-      Node{type, nullptr, 0,     0,    static_cast<std::uint32_t>(mNodes.size()), kNone, kNone,
-           0,    false,   false, false};
+      Node{type,  nullptr, 0,     0,    static_cast<std::uint32_t>(mNodes.size()), kNone, kNone, 0,
+           kNone, false,   false, false};
   if (!MakeRoom(mNodes) || MakeOrNull([&] { return init(node->Object()); }) == nullptr) {
     mArena.Release(mark);
     return nullptr;
@@ -159,6 +160,23 @@ bool ZULTaVoNetwork::IsConstant(const ZULTaVoObject* object) const {
   return node != nullptr && node->constant;
 }
 
+bool ZULTaVoNetwork::SetConstant(const ZULTaVoObject* object, const ZULTaVoConstant& number) {
+  Node* node = FindNode(object);
+  if (node == nullptr) return false;
+  if (node->number != kNone) {
+    mConstants[node->number] = number;
+    return true;
+  }
+  if (!Append(mConstants, number)) return false;
+  node->number = static_cast<std::uint32_t>(mConstants.size() - 1);
+  return true;
+}
+
+const ZULTaVoConstant* ZULTaVoNetwork::GetConstant(const ZULTaVoObject* object) const {
+  const Node* node = FindNode(object);
+  return node != nullptr && node->number != kNone ? &mConstants[node->number] : nullptr;
+}
+
 ZULTaVoAny* ZULTaVoNetwork::GetObject(std::size_t index) const {
   return index < mNodes.size() ? mNodes[index]->Object() : nullptr;
 }
@@ -170,8 +188,9 @@ const ZULTaVoObjectDescriptor* ZULTaVoNetwork::GetType(const ZULTaVoObject* obje
 
 std::size_t ZULTaVoNetwork::GetMemoryUsed() const {
   return mArena.GetBytes() + mTrailArena.GetBytes() + mNodes.capacity() * sizeof(Node*) +
-         mLinks.capacity() * sizeof(Link) + mEdges.capacity() * sizeof(Edge) +
-         mTrail.capacity() * sizeof(Saved) + mLevels.capacity() * sizeof(Level);
+         mConstants.capacity() * sizeof(ZULTaVoConstant) + mLinks.capacity() * sizeof(Link) +
+         mEdges.capacity() * sizeof(Edge) + mTrail.capacity() * sizeof(Saved) +
+         mLevels.capacity() * sizeof(Level);
 }
 
 int ZULTaVoNetwork::AddConstraint(const ZULTaVoConstraintDescriptor* type,
@@ -204,7 +223,7 @@ int ZULTaVoNetwork::AddConstraint(const ZULTaVoConstraintDescriptor* type,
   constraint->ChangePriority(nullptr, type->GetPriority());
   const auto link = static_cast<std::uint32_t>(mLinks.size());
   mLinks.push_back({constraint, copied, kNone, static_cast<std::uint8_t>(count), constants, queue,
-                    false, checked, false, false, false});
+                    type->GetRule(), false, checked, false, false, false});
   for (unsigned int i = 0; i < count; ++i)
     if (std::find(copied, copied + i, copied[i]) == copied + i) Depend(*NodeOf(copied[i]), link);
   Spare(mLinks[link], type->GetFlags());
@@ -412,8 +431,7 @@ ZULTaVoNetwork::Status ZULTaVoNetwork::Propagate() {
       status = RunFilter(link);
     }
   }
-  for (const std::uint32_t passive : mPassivated) mLinks[passive].constraint->Reactivate();
-  mPassivated.clear();
+  EndPassivity();
   if (status == Status::kContradiction || status == Status::kBadArguments) {
     ClearQueue();
     Enqueue(link);  // a run to come fails once more
@@ -421,6 +439,21 @@ ZULTaVoNetwork::Status ZULTaVoNetwork::Propagate() {
   // A filter that was left in the middle has told of none, some or all of what it narrowed.
   if (status == Status::kOutOfMemory) ScheduleAll();
   return status;
+}
+
+ZULTaVoNetwork::Status ZULTaVoNetwork::FilterOnce(std::size_t index) {
+  const ZULTaVoRealScope settings(GetRealSettings());
+  for (ZULTaVoObject* object : GetArguments(index)) NodeOf(object)->Remember();
+  ++mStatistics.filters;
+  const Status status = RunFilter(static_cast<std::uint32_t>(index));
+  EndPassivity();
+  return status;
+}
+
+/// Passivity lasts for a run.
+void ZULTaVoNetwork::EndPassivity() {
+  for (const std::uint32_t passive : mPassivated) mLinks[passive].constraint->Reactivate();
+  mPassivated.clear();
 }
 
 void ZULTaVoNetwork::ClearQueue() {

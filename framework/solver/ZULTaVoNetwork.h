@@ -9,6 +9,7 @@
 
 #include "framework/solver/Arena.h"
 #include "framework/solver/ZULTaVoAny.h"
+#include "framework/solver/ZULTaVoConstant.h"
 #include "framework/solver/ZULTaVoConstraint.h"
 #include "framework/solver/ZULTaVoConstraintDescriptor.h"
 #include "framework/solver/ZULTaVoRealSettings.h"
@@ -50,6 +51,12 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   /// Marks an object of this network as a constant.
   void SetConstant(const ZULTaVoObject* object);
   bool IsConstant(const ZULTaVoObject* object) const;
+  /// Notes the exact number that an object of this network stands for; its value encloses it or
+  /// saturates. Filters see neither the number nor, by this alone, a constant. False when the
+  /// object is not this network's or memory ran out.
+  bool SetConstant(const ZULTaVoObject* object, const ZULTaVoConstant& number);
+  /// The number that was noted; null if none was. Valid until the next one is noted.
+  const ZULTaVoConstant* GetConstant(const ZULTaVoObject* object) const;
   /// Adds a constraint over objects of this network, numbered as the environment numbers them
   /// (0 the result), and schedules it. Answers 1, or 0 when the arguments do not match the
   /// descriptor, are not this network's, or memory ran out.
@@ -66,6 +73,10 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   std::span<ZULTaVoObject* const> GetArguments(std::size_t index) const {
     return {mLinks[index].arguments, mLinks[index].count};
   }
+  /// What constraint `index` says: what its descriptor does, unless SetRule has replaced it for
+  /// this one, as an operator does that means more than its constraint can say.
+  ZULTaVoRule GetRule(std::size_t index) const { return mLinks[index].rule; }
+  void SetRule(std::size_t index, ZULTaVoRule rule) { mLinks[index].rule = rule; }
   /// The descriptor with which the object was added; null if it is not this network's.
   const ZULTaVoObjectDescriptor* GetType(const ZULTaVoObject* object) const;
   /// Bytes that the network holds.
@@ -74,6 +85,10 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   /// Runs the scheduled constraints to the fixpoint. After a contradiction or bad arguments, so
   /// does every further run, until PopState goes back to before it.
   Status Propagate();
+  /// Runs the filter of constraint `index` once on the values as they are, whether it is scheduled
+  /// or not; values may have been set by whoever calls, without a word, after SaveValue. What the
+  /// filter narrows is as in Propagate; kConsistent does not say that more calls would do nothing.
+  Status FilterOnce(std::size_t index);
   /// Tells that the object's value has narrowed: the constraints on it are scheduled. Called by
   /// filters for their arguments, and by whoever changes a value from outside. A filter that says
   /// so of a single value that it has only confirmed schedules nothing.
@@ -129,6 +144,7 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
     std::uint8_t count;
     std::uint8_t constants;
     std::uint8_t queue;
+    ZULTaVoRule rule;
     bool queued;
     bool checked;     // its arguments match its descriptor
     bool idempotent;  // its own changes need not call it again
@@ -179,6 +195,7 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   static bool HasChanged(Node& node);
   bool WorthPropagating(Node& node) const;
   Status RunFilter(std::uint32_t index);
+  void EndPassivity();
   bool SaveArguments(const Link& link);
 
   bool Save(Node& node);
@@ -188,6 +205,7 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   zultav::Arena mArena;
   zultav::Arena mTrailArena;
   std::vector<Node*> mNodes;
+  std::vector<ZULTaVoConstant> mConstants;
   std::vector<Link> mLinks;
   std::vector<Edge> mEdges;
   std::vector<Queue> mQueues;

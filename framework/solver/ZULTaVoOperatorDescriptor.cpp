@@ -5,6 +5,7 @@
 
 #include "framework/solver/FrameworkConstraints.h"
 #include "framework/solver/ZULTaVoNetwork.h"
+#include "framework/solver/ZULTaVoReal.h"
 
 namespace {
 
@@ -46,6 +47,14 @@ const ShapeRow& RowOf(ZULTaVoOperatorDescriptor::Shape shape,
       constraint == ZULTaVoEqualConstraint::sDescriptor)
     return kInverseEqual;
   return kShapes[static_cast<std::size_t>(shape)];
+}
+
+/// Between integers a quotient is what the multiplication says, whatever the divisor; a real one by
+/// zero has no value.
+bool IsRealQuotient(const ZULTaVoOperatorDescriptor& op) {
+  return op.GetShape() == ZULTaVoOperatorDescriptor::Shape::kFirstInverse &&
+         op.GetConstraint()->GetRule() == ZULTaVoRule::kProduct &&
+         ZULTaVoReal::sDescriptor->IsMatched(op.GetResultType());
 }
 
 }  // namespace
@@ -136,7 +145,10 @@ int ZULTaVoOperatorDescriptor::Post(ZULTaVoNetwork& network, ZULTaVoObject* cons
   unsigned int used = 0;
   for (const char* role = row.order; *role != 0; ++role)
     arguments[used++] = *role == 'Z' ? result : carried[*role == 'L' ? 0 : 1];
-  return network.AddConstraint(mConstraint, arguments, used);
+  if (!network.AddConstraint(mConstraint, arguments, used)) return 0;
+  if (IsRealQuotient(*this))
+    network.SetRule(network.GetNumberOfConstraints() - 1, ZULTaVoRule::kQuotient);
+  return 1;
 }
 
 // --- Factories --------------------------------------------------------------------------------

@@ -6,6 +6,7 @@
 #include "framework/solver/SingleValue.h"
 #include "framework/solver/ZULTaVoAny.h"
 #include "framework/solver/ZULTaVoBoolean.h"
+#include "framework/solver/ZULTaVoConstant.h"
 #include "framework/solver/ZULTaVoConstraint.h"
 #include "framework/solver/ZULTaVoConstraintDescriptor.h"
 #include "framework/solver/ZULTaVoFrame.h"
@@ -19,6 +20,7 @@
 #include "framework/solver/ZULTaVoObjectEnvironment.h"
 #include "framework/solver/ZULTaVoOperatorDescriptor.h"
 #include "framework/solver/ZULTaVoReal.h"
+#include "framework/solver/ZULTaVoRule.h"
 #include "framework/solver/ZULTaVoScalar.h"
 
 #endif

@@ -111,6 +111,35 @@ TEST_F(NetworkTest, PassivationLastsForTheRun) {
   EXPECT_EQ(Run(), Log{x}) << "a change that arrives through other constraints counts, too";
 }
 
+TEST_F(NetworkTest, OneFilterRunsOnValuesSetWithoutAWord) {
+  ZULTaVoAny* x = world.Add("interval int", "0,9");
+  ZULTaVoAny* y = world.Add("interval int", "3");
+  ASSERT_TRUE(world.Post("UnequalTernary", {x, y, x}));
+  Run();
+  for (const auto& [text, status, after] : {
+           std::tuple{"3,5", Status::kConsistent,    "4,5"},
+           std::tuple{"2,3", Status::kConsistent,    "2"  },
+           std::tuple{"3",   Status::kContradiction, "Nil"},
+           std::tuple{"5,9", Status::kConsistent,    "5,9"},
+           std::tuple{"2,3", Status::kConsistent,    "2"  },
+  }) {
+    ASSERT_TRUE(world.network.PushState());
+    ASSERT_TRUE(world.network.SaveValue(x));
+    SetTo(*x, text);
+    EXPECT_EQ(world.network.FilterOnce(0), status);
+    EXPECT_EQ(Show(*x), after) << text;
+    world.network.PopState();
+    EXPECT_EQ(Show(*x), "0,9");
+  }
+  AddScripted(x);
+  ScriptedConstraint::sScript = [](ScriptedConstraint& self, auto&&...) {
+    self.Passivate();
+    return 0;
+  };
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(world.network.FilterOnce(1), Status::kConsistent);
+  EXPECT_EQ(ScriptedConstraint::sLog, (Log{x, x})) << "passivity does not outlast the call";
+}
+
 TEST_F(NetworkTest, StatusesOfARunAndWhatFollows) {
   ZULTaVoAny* x = world.Add("bit int");
   AddScripted(x);
@@ -354,6 +383,12 @@ TEST_F(NetworkTest, ConstantsAreKnownToConstraintsAndComeBackAfterAFailure) {
   EXPECT_EQ(constants, 2);
   EXPECT_TRUE(world.network.IsConstant(early) && world.network.IsConstant(late));
 
+  EXPECT_EQ(world.network.GetConstant(late), nullptr);
+  for (const auto number : {ZULTaVoConstant::Integer(INT64_MIN), ZULTaVoConstant::Real(0, 1e300)}) {
+    ASSERT_TRUE(world.network.SetConstant(late, number));
+    EXPECT_EQ(*world.network.GetConstant(late), number);
+  }
+
   ZULTaVoAny* x = world.Add("bit int", "0,9");
   EXPECT_FALSE(world.network.IsConstant(x));
   ASSERT_TRUE(world.Post("LessTernary", {early, x, early}));  // 5 < x, the constant as receiver
@@ -396,6 +431,7 @@ TEST_F(NetworkTest, ObjectsAndConstraintsThatDoNotFitAreRefused) {
     network.PropagateValue(strange);
     EXPECT_TRUE(network.SaveValue(strange));
     network.SetConstant(strange);
+    EXPECT_FALSE(network.SetConstant(strange, ZULTaVoConstant::Integer(1)));
     EXPECT_EQ(network.GetType(strange), nullptr);
   }
   EXPECT_EQ(Run(), Log{});

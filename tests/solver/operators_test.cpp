@@ -2,6 +2,7 @@
 // the number module.
 
 #include <algorithm>
+#include <set>
 #include <sstream>
 
 #include "tests/solver/world.h"
@@ -162,8 +163,41 @@ TEST(FrameworkConstraintTest, NarrowsInEveryDirection) {
   }
 }
 
+TEST(OperatorTest, ConstraintsCarryTheirRules) {
+  struct Row {
+    const char* op;
+    Texts types;  // operands, then the result
+    ZULTaVoRule rule;
+  } const rows[] = {
+      {"-",           {II, II, II}, ZULTaVoRule::kSum        },
+      {"*",           {IR, IR, IR}, ZULTaVoRule::kProduct    },
+      {"/",           {II, II, II}, ZULTaVoRule::kProduct    },
+      {"/",           {SI, SR, SR}, ZULTaVoRule::kQuotient   },
+      {"/",           {II, IR, IR}, ZULTaVoRule::kQuotient   },
+      {"<",           {II, II, II}, ZULTaVoRule::kLessTernary},
+      {"ln",          {IR, IR},     ZULTaVoRule::kExp        },
+      {"PrimeNumber", {II, SB},     ZULTaVoRule::kPrimality  },
+  };
+  World world;
+  for (const Row& row : rows) {
+    std::vector<const ZULTaVoObjectDescriptor*> types;
+    std::vector<ZULTaVoObject*> objects;
+    for (const char* type : row.types) {
+      types.push_back(world.Type(type));
+      objects.push_back(world.Add(type));
+    }
+    const auto* found =
+        world.Open("ZULTavNumbers")
+            .FindOperator(row.op, types.data(), static_cast<unsigned>(types.size() - 1));
+    ASSERT_TRUE(found != nullptr && found->Post(world.network, objects.data(), objects.back()));
+    EXPECT_EQ(world.network.GetRule(world.network.GetNumberOfConstraints() - 1), row.rule)
+        << row.op;
+  }
+}
+
 TEST(FrameworkConstraintTest, RefusesMissingForeignAndNilArguments) {
   World world;
+  std::set<ZULTaVoRule> rules = {ZULTaVoRule::kNone};
   ZULTaVoAny* nil[] = {world.Add(II, "Nil"), world.Add(IR, "Nil"), world.Add(SB, "Nil")};
   auto descriptors = world.Open("ZULTavAbstractTypes").GetDescriptors();
   descriptors.push_back(world.Open("ZULTavNumbers").FindConstraint("PrimeNumber"));
@@ -172,6 +206,7 @@ TEST(FrameworkConstraintTest, RefusesMissingForeignAndNilArguments) {
     SCOPED_TRACE(descriptor->GetName());
     const auto& type = static_cast<const ZULTaVoConstraintDescriptor&>(*descriptor);
     std::vector<std::max_align_t> memory(type.GetObjectSize());
+    EXPECT_TRUE(rules.insert(type.GetRule()).second) << "a rule of its own";
     auto* constraint = static_cast<ZULTaVoConstraint*>(type.InitObject(memory.data()));
     const auto filter = [&](std::vector<ZULTaVoObject*> arguments) {
       const auto count = static_cast<unsigned>(arguments.size());
