@@ -5,7 +5,7 @@ cd "$root"
 
 # The whole set-up of a fresh Debian machine. Nothing is installed twice.
 build_packages=(cmake ninja-build g++ ccache libcli11-dev nlohmann-json3-dev)
-test_packages=(libgtest-dev libmpfr-dev libgmp-dev pkg-config locales)
+test_packages=(libgtest-dev libmpfr-dev libgmp-dev libboost-dev pkg-config locales)
 
 as_root() {
   if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi

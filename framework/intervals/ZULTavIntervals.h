@@ -2,6 +2,7 @@
 #define ZULTAV_INTERVALS_ZULTAV_INTERVALS_H
 
 #include "framework/intervals/IntegerInterval.h"
+#include "framework/intervals/IntegerRange.h"
 #include "framework/intervals/IntervalControl.h"
 #include "framework/intervals/RealFunctions.h"
 #include "framework/intervals/RealInterval.h"
