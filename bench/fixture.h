@@ -1,9 +1,19 @@
 #ifndef ZULTAV_BENCH_FIXTURE_H
 #define ZULTAV_BENCH_FIXTURE_H
 
+#include <algorithm>
+#include <chrono>
+#include <cmath>
 #include <cstdlib>
+#include <fstream>
 #include <iostream>
+#include <map>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
 
+#include "framework/calculator/ZULTavCalculator.h"
 #include "framework/solver/ZULTavAbstractTypes.h"
 
 namespace bench {
@@ -17,6 +27,55 @@ inline ZULTaVoModule& OpenNumbers() {
     std::exit(1);
   }
   return *module;
+}
+
+using Definitions = std::map<std::string, std::string>;
+
+/// Ends the program where the model has errors.
+inline std::unique_ptr<ZULTavModel> Read(const std::string& text,
+                                         const Definitions& definitions = {}) {
+  ZULTavCalculator::Options options;
+  options.definitions = definitions;
+  std::vector<ZULTavDiagnostic> errors;
+  auto model = ZULTavCalculator({&OpenNumbers()}).Read(text, "bench", options, errors);
+  for (const ZULTavDiagnostic& error : errors) error.Print(std::cerr);
+  if (model == nullptr) std::exit(1);
+  return model;
+}
+
+inline std::string TextOf(const std::string& file) {
+  std::ostringstream text;
+  if (!(text << std::ifstream(file).rdbuf())) {
+    std::cerr << "cannot read " << file << '\n';
+    std::exit(1);
+  }
+  return text.str();
+}
+
+inline std::vector<ZULTaVoAny*> ValuesOf(const ZULTavModel& model) {
+  std::vector<ZULTaVoAny*> values;
+  for (const auto& variable : model.Variables())
+    values.insert(values.end(), variable.values.begin(), variable.values.end());
+  return values;
+}
+
+using Clock = std::chrono::steady_clock;
+inline double Since(Clock::time_point begin) {
+  return std::chrono::duration<double>(Clock::now() - begin).count();
+}
+
+/// The first run looks at what it finds and has a time limit, which costs a thread; if it is short,
+/// the time is that of the fastest of further runs, which do neither.
+/// @param run  called with whether it is the first, answers what has `complete` and `seconds`
+template <class Run>
+auto Fastest(double limit, Run run) {
+  auto first = run(true);
+  const double enough = std::max(0.3, 3 * first.seconds);
+  if (!first.complete || enough > limit) return first;
+  first.seconds = HUGE_VAL;
+  for (const Clock::time_point begin = Clock::now(); Since(begin) < enough;)
+    first.seconds = std::min(first.seconds, run(false).seconds);
+  return first;
 }
 
 }  // namespace bench

@@ -6,24 +6,19 @@
 
 #include <algorithm>
 #include <cfenv>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <functional>
 #include <gecode/float.hh>
 #include <gecode/minimodel.hh>
 #include <gecode/search.hh>
 #include <map>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "bench/fixture.h"
-#include "framework/calculator/ZULTavCalculator.h"
 #include "framework/search/ZULTavUtilities.h"
 
 namespace {
@@ -32,12 +27,12 @@ double limit = 20;            // seconds for a search
 double absoluteWidth = 1e-6;  // a box is narrow enough for one of the two
 double relativeWidth = 0;
 
-using Clock = std::chrono::steady_clock;
-double Since(Clock::time_point begin) {
-  return std::chrono::duration<double>(Clock::now() - begin).count();
-}
+using bench::Clock;
+using bench::Definitions;
+using bench::Read;
+using bench::Since;
+using bench::ValuesOf;
 
-using Definitions = std::map<std::string, std::string>;
 struct System {
   const char* name;
   const char* file;  // in examples/
@@ -63,23 +58,6 @@ const System kSystems[] = {
 };
 // clang-format on
 
-std::unique_ptr<ZULTavModel> Read(const std::string& text, const Definitions& definitions) {
-  ZULTavCalculator::Options options;
-  options.definitions = definitions;
-  std::vector<ZULTavDiagnostic> errors;
-  auto model = ZULTavCalculator({&bench::OpenNumbers()}).Read(text, "bench", options, errors);
-  for (const ZULTavDiagnostic& error : errors) error.Print(std::cerr);
-  if (model == nullptr) std::exit(1);
-  return model;
-}
-
-std::vector<ZULTaVoAny*> ValuesOf(const ZULTavModel& model) {
-  std::vector<ZULTaVoAny*> values;
-  for (const auto& variable : model.Variables())
-    values.insert(values.end(), variable.values.begin(), variable.values.end());
-  return values;
-}
-
 struct Range {
   double lower, upper;
 };
@@ -100,18 +78,6 @@ struct Run {
   bool complete = false;
   double seconds = HUGE_VAL;
 };
-
-/// The first run looks at what it finds and has a time limit, which costs a thread; if it is short,
-/// the time is that of the fastest of further runs, which do neither.
-Run Fastest(const std::function<Run(bool first)>& run) {
-  Run first = run(true);
-  const double enough = std::max(0.3, 3 * first.seconds);
-  if (!first.complete || enough > limit) return first;
-  first.seconds = HUGE_VAL;
-  for (const Clock::time_point begin = Clock::now(); Since(begin) < enough;)
-    first.seconds = std::min(first.seconds, run(false).seconds);
-  return first;
-}
 
 /// From the network as it was read to the last solution.
 Run Solve(const std::string& text, const Definitions& definitions, bool first) {
@@ -326,18 +292,13 @@ Run SolveByPeer(const std::string& text, const Definitions& definitions,
 // --- Tables -----------------------------------------------------------------------------------
 
 void CompareSystem(const System& system) {
-  std::ifstream file(std::string(ZULTAV_EXAMPLES) + "/" + system.file + ".zul");
-  std::ostringstream text;
-  if (!file || !(text << file.rdbuf())) {
-    std::printf("| %-23s | no model of that name\n", system.name);
-    return;
-  }
+  const std::string text = bench::TextOf(std::string(ZULTAV_EXAMPLES) + "/" + system.file + ".zul");
   absoluteWidth = system.relative ? 1e-30 : 1e-6;
   relativeWidth = system.relative ? 1e-6 : 0;
   const Run ours =
-      Fastest([&](bool first) { return Solve(text.str(), system.definitions, first); });
-  const Run theirs = Fastest(
-      [&](bool first) { return SolveByPeer(text.str(), system.definitions, ours.proven, first); });
+      bench::Fastest(limit, [&](bool first) { return Solve(text, system.definitions, first); });
+  const Run theirs = bench::Fastest(
+      limit, [&](bool first) { return SolveByPeer(text, system.definitions, ours.proven, first); });
   const auto sign = [](bool complete) { return complete ? ' ' : '>'; };
   const auto count = [](auto number) { return static_cast<unsigned long long>(number); };
   std::printf("| %-23s | %5llu | %5llu | %7llu | %c%10.7f | %6llu | %5llu | %8llu | %c%10.7f | ",
