@@ -10,6 +10,7 @@
 
 #include "framework/intervals/IntervalControl.h"
 #include "framework/intervals/RealFunctions.h"
+#include "framework/intervals/RealRange.h"
 #include "framework/intervals/detail/PointFunctions.h"
 #include "framework/intervals/detail/RealLine.h"
 
@@ -20,7 +21,9 @@ using elementary::Approximation;
 using elementary::AtanOfQuotient;
 using elementary::kMaxAngle;
 using elementary::Reduce;
-using real_line::Empty;
+using real_line::Extended;
+using real_line::Saturated;
+using zultav::RealRange;
 
 namespace {
 
@@ -49,10 +52,10 @@ struct Sine {
   static constexpr bool kIsOdd = true;
   static bool IsIncreasing(std::int64_t piece) { return piece % 2 == 0; }
   static std::int64_t Piece(const Angle& angle) { return (angle.quadrant + 1) >> 1; }
-  static RealInterval At(double x, const Angle& angle) { return SinAt(x, angle, 0); }
+  static RealRange At(double x, const Angle& angle) { return SinAt(x, angle, 0); }
   static int Compare(double x, double z) { return decide::Sin(x, 0, z); }
   static bool IsTiny(double z) { return std::fabs(z) < elementary::kTiny; }
-  static RealInterval PrincipalOfTiny(double z) { return elementary::AboveMagnitude(z); }
+  static RealRange PrincipalOfTiny(double z) { return elementary::AboveMagnitude(z); }
 
   static Approximation Root(double z, std::int64_t piece) {
     const Approximation arc = AtanOfQuotient({std::fabs(z), 0}, Complement(z));
@@ -66,10 +69,10 @@ struct Cosine {
   static constexpr bool kIsOdd = false;
   static bool IsIncreasing(std::int64_t piece) { return piece % 2 == 0; }
   static std::int64_t Piece(const Angle& angle) { return (angle.quadrant + 2) >> 1; }
-  static RealInterval At(double x, const Angle& angle) { return SinAt(x, angle, 1); }
+  static RealRange At(double x, const Angle& angle) { return SinAt(x, angle, 1); }
   static int Compare(double x, double z) { return decide::Sin(x, 1, z); }
   static bool IsTiny(double z) { return z == 1; }
-  static RealInterval PrincipalOfTiny(double) { return {0, 0}; }
+  static RealRange PrincipalOfTiny(double) { return {0, 0}; }
 
   static Approximation Root(double z, std::int64_t piece) {
     Approximation arc = AtanOfQuotient(Complement(z), {std::fabs(z), 0});
@@ -83,10 +86,10 @@ struct Tangent {
   static constexpr bool kIsOdd = true;
   static bool IsIncreasing(std::int64_t) { return true; }
   static std::int64_t Piece(const Angle& angle) { return (angle.quadrant + 1) >> 1; }
-  static RealInterval At(double x, const Angle& angle) { return TanAt(x, angle); }
+  static RealRange At(double x, const Angle& angle) { return TanAt(x, angle); }
   static int Compare(double x, double z) { return decide::Tan(x, z); }
   static bool IsTiny(double z) { return std::fabs(z) < elementary::kTiny; }
-  static RealInterval PrincipalOfTiny(double z) { return elementary::BelowMagnitude(z); }
+  static RealRange PrincipalOfTiny(double z) { return elementary::BelowMagnitude(z); }
 
   static Approximation Root(double z, std::int64_t piece) {
     const double magnitude = std::fabs(z);
@@ -98,7 +101,7 @@ struct Tangent {
 
 /// The solution of F(x) = z on a piece.
 template <class F>
-RealInterval RootOn(std::int64_t piece, double z) {
+RealRange RootOn(std::int64_t piece, double z) {
   const Approximation root = F::Root(z, piece);
   if (F::IsTiny(z) && std::fabs(root.value.hi) < 1) return F::PrincipalOfTiny(z);
   return RoundOutward(root, [piece, z](double x) {
@@ -118,9 +121,9 @@ struct Solution {
 constexpr std::int64_t kBeforeAll = std::numeric_limits<std::int64_t>::min() / 2;
 
 template <class F>
-Solution First(const RealInterval& z, double from) {
+Solution First(const RealRange& z, double from) {
   const Angle angle = Reduce(from);
-  const RealInterval value = F::At(from, angle);
+  const RealRange value = F::At(from, angle);
   std::int64_t piece = F::Piece(angle);
   // F(from) is a bound of `value` or strictly inside, and no double is, unless its rounding was
   // undecided: then it counts as a solution.
@@ -128,43 +131,44 @@ Solution First(const RealInterval& z, double from) {
   const bool above = value.upper > z.upper;
   if (below == above || value.upper > rounding::NextUp(value.lower)) return {kBeforeAll, from};
   if (F::IsIncreasing(piece) != below) ++piece;
-  const RealInterval root = RootOn<F>(piece, F::IsIncreasing(piece) ? z.lower : z.upper);
+  const RealRange root = RootOn<F>(piece, F::IsIncreasing(piece) ? z.lower : z.upper);
   return {piece, std::max(from, root.lower)};
 }
 
 /// The same for the last x <= to.
 template <class F>
-Solution Last(const RealInterval& z, double to) {
-  const Solution mirrored = First<F>(F::kIsOdd ? RealInterval(-z.upper, -z.lower) : z, -to);
-  return {F::kIsOdd ? -mirrored.piece : 1 - mirrored.piece, -mirrored.bound};
+Solution Last(const RealRange& z, double to) {
+  const Solution mirrored = First<F>(F::kIsOdd ? RealRange(-z.upper, -z.lower) : z, -to);
+  return {F::kIsOdd ? -mirrored.piece : 1 - mirrored.piece, 0 - mirrored.bound};
 }
 
-SubdefReal ProcessWindow() { return {GetTrigLow(), GetTrigHigh()}; }
-
 template <class F>
-SubdefReal Solve(RealInterval z, const SubdefReal& x, const SubdefReal& window) {
-  const double max = SubdefReal::sMaxValue;
-  const double low = std::max({window.lower, -kMaxAngle, -max});
-  const double high = std::min({window.upper, kMaxAngle, max});
-  RealInterval result = Empty();
-  if (x.lower < low || x.lower <= -max) result = {x.lower, std::min(x.upper, low)};
-  if (x.upper > high || x.upper >= max)
-    result = result.mf_Union({std::max(x.lower, high), x.upper});
-  RealInterval inside(low, high);
+RealRange Solve(const RealRange& z, const RealRange& x, const RealRange& window) {
+  if (x.IsEmpty()) return RealRange::Empty();
+  RealRange inside = zultav::Intersection(window, {-kMaxAngle, kMaxAngle});
+  RealRange result = RealRange::Empty();
+  if (x.lower < inside.lower) result = {x.lower, std::min(x.upper, inside.lower)};
+  if (x.upper > inside.upper) result = Hull(result, {std::max(x.lower, inside.upper), x.upper});
   inside.Intersect(x);
-  z = real_line::Extended(z);
-  z.Intersect({-F::kLargest, F::kLargest});
-  if (!inside.IsEmpty() && !z.IsEmpty()) {
-    const Solution first = First<F>(z, inside.lower);
-    const Solution last = Last<F>(z, inside.upper);
-    if (first.piece <= last.piece) result = result.mf_Union({first.bound, last.bound});
-  }
-  if (x.IsEmpty() || result.IsEmpty()) {
-    SDRaiseError();
-    return Empty();
+  const RealRange values = Intersection(z, {-F::kLargest, F::kLargest});
+  if (!inside.IsEmpty() && !values.IsEmpty()) {
+    const Solution first = First<F>(values, inside.lower);
+    const Solution last = Last<F>(values, inside.upper);
+    if (first.piece <= last.piece) result = Hull(result, {first.bound, last.bound});
   }
   return result;
 }
+
+template <class F>
+SubdefReal Solve(const SubdefReal& z, const SubdefReal& x, const SubdefReal& window) {
+  const double max = SubdefReal::sMaxValue;
+  const RealRange result = Solve<F>(
+      Extended(z), Extended(x), zultav::Intersection({window.lower, window.upper}, {-max, max}));
+  if (result.IsEmpty()) SDRaiseError();
+  return Saturated(result);
+}
+
+SubdefReal ProcessWindow() { return {GetTrigLow(), GetTrigHigh()}; }
 
 }  // namespace
 
@@ -181,3 +185,13 @@ SubdefReal atan(const SubdefReal& z, const SubdefReal& x, const SubdefReal& wind
 SubdefReal asin(const SubdefReal& z, const SubdefReal& x) { return asin(z, x, ProcessWindow()); }
 SubdefReal acos(const SubdefReal& z, const SubdefReal& x) { return acos(z, x, ProcessWindow()); }
 SubdefReal atan(const SubdefReal& z, const SubdefReal& x) { return atan(z, x, ProcessWindow()); }
+
+RealRange zultav::InverseSin(const RealRange& z, const RealRange& x, const RealRange& window) {
+  return Solve<Sine>(z, x, window);
+}
+RealRange zultav::InverseCos(const RealRange& z, const RealRange& x, const RealRange& window) {
+  return Solve<Cosine>(z, x, window);
+}
+RealRange zultav::InverseTan(const RealRange& z, const RealRange& x, const RealRange& window) {
+  return Solve<Tangent>(z, x, window);
+}

@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "framework/intervals/IntervalControl.h"
-#include "framework/intervals/RealFunctions.h"
+#include "framework/intervals/RealRange.h"
 #include "framework/intervals/detail/ElementaryKernels.h"
 #include "framework/intervals/detail/RealLine.h"
 #include "framework/intervals/detail/Rounding.h"
@@ -16,27 +16,26 @@ using namespace zultav::detail;
 using elementary::Approximation;
 using elementary::RoundOutward;
 using elementary::ScaledApproximation;
-using real_line::Empty;
 using real_line::Extended;
 using real_line::Saturated;
-using real_line::Whole;
 using rounding::Product;
 using rounding::Quotient;
 using rounding::Rounded;
+using zultav::RealRange;
 
 namespace {
 
 // ---- One base, one exponent: the tightest enclosures.
 
-RealInterval Bounds(const Rounded& y) { return {y.Down(), y.Up()}; }
+RealRange Bounds(const Rounded& y) { return {y.Down(), y.Up()}; }
 
 /// The enclosure of exp(t) where t, known to a few bits and not 0, is out of the ordinary.
-std::optional<RealInterval> ExtremeExp(double t) {
+std::optional<RealRange> ExtremeExp(double t) {
   if (std::fabs(t) < 0x1p-56)
-    return std::signbit(t) ? RealInterval(rounding::NextDown(1), 1)
-                           : RealInterval(1, rounding::NextUp(1));
-  if (t > 711) return RealInterval(DBL_MAX, HUGE_VAL);
-  if (t < -747) return RealInterval(0, 0x1p-1074);
+    return std::signbit(t) ? RealRange(rounding::NextDown(1), 1)
+                           : RealRange(1, rounding::NextUp(1));
+  if (t > 711) return RealRange(DBL_MAX, HUGE_VAL);
+  if (t < -747) return RealRange(0, 0x1p-1074);
   return std::nullopt;
 }
 
@@ -68,7 +67,7 @@ ScaledApproximation SmallPower(double x, int n) {
 }
 
 /// x^y for x >= 0, infinities included as limits.
-RealInterval PowerAt(double x, double y) {
+RealRange PowerAt(double x, double y) {
   if (y == 0 || x == 1) return {1, 1};
   if (x == 0 || x == HUGE_VAL || std::fabs(y) == HUGE_VAL) {
     const double limit = (x > 1) == (y > 0) ? HUGE_VAL : 0;
@@ -86,7 +85,7 @@ RealInterval PowerAt(double x, double y) {
 }
 
 /// z^(1/y) for z >= 0, infinities included as limits; y = ±0 stands for the limit from that side.
-RealInterval RootAt(double z, double y) {
+RealRange RootAt(double z, double y) {
   if (z == 1 || std::fabs(y) == HUGE_VAL) return {1, 1};
   if (z == 0 || z == HUGE_VAL || y == 0) {
     const double limit = (z > 1) != std::signbit(y) ? HUGE_VAL : 0;
@@ -107,139 +106,131 @@ RealInterval RootAt(double z, double y) {
 // non-negative bases and exponents it takes its extremes at the corners.
 
 template <class Function>
-RealInterval HullOfCorners(const RealInterval& x, const RealInterval& y, Function at) {
-  RealInterval hull = at(x.lower, y.lower);
+RealRange HullOfCorners(const RealRange& x, const RealRange& y, Function at) {
+  RealRange hull = at(x.lower, y.lower);
   const auto unite = [&hull, at](double a, double b) {
-    const RealInterval corner = at(a, b);
+    const RealRange corner = at(a, b);
     hull = {std::min(hull.lower, corner.lower), std::max(hull.upper, corner.upper)};
   };
   if (!x.IsScalar()) unite(x.upper, y.lower);
   if (!y.IsScalar()) unite(x.lower, y.upper);
   if (!x.IsScalar() && !y.IsScalar()) unite(x.upper, y.upper);
-  return Saturated(hull.lower, hull.upper);
+  return Saturated<RealRange>(hull.lower, hull.upper);
 }
 
-RealInterval Part(RealInterval x, const RealInterval& of) {
-  x.Intersect(of);
-  return x;
-}
-
-constexpr RealInterval kNonNegative(0, HUGE_VAL);
+constexpr RealRange kNonNegative(0, HUGE_VAL);
 
 /// The exponents of a set, all of them or those of one parity.
 struct Exponents {
-  RealInterval all;       ///< empty when there are none
-  RealInterval negative;  ///< the negative ones; 0 as upper bound is not included
-  RealInterval positive;  ///< the positive ones; 0 as lower bound is not included
+  RealRange all;       ///< empty when there are none
+  RealRange negative;  ///< the negative ones; 0 as upper bound is not included
+  RealRange positive;  ///< the positive ones; 0 as lower bound is not included
 
   /// Real numbers.
-  explicit Exponents(const RealInterval& y)
-      : all(Extended(y)),
-        negative(Part(all, {-HUGE_VAL, -0.0})),
-        positive(Part(all, kNonNegative)) {
+  explicit Exponents(const RealRange& y)
+      : all(y),
+        negative(Intersection(all, {-HUGE_VAL, -0.0})),
+        positive(Intersection(all, kNonNegative)) {
     if (negative.upper == 0) negative.upper = -0.0;  // the sign tells the side of the limit
     positive.lower += 0.0;
-    if (negative.lower == 0) negative = Empty();
-    if (positive.upper == 0) positive = Empty();
+    if (negative.lower == 0) negative = RealRange::Empty();
+    if (positive.upper == 0) positive = RealRange::Empty();
   }
-  /// Integers n with n mod step = residue, from first to last.
+  /// Integers n with n mod step = residue, from first to last. Doubles from 2^53 on are even, and
+  /// bound whatever is between them.
   Exponents(double first, double last, double step, double residue) {
-    const auto up = [=](double n) { return std::ceil((n - residue) / step) * step + residue; };
-    const auto down = [=](double n) { return std::floor((n - residue) / step) * step + residue; };
-    all = {up(first), down(last)};
+    const auto rounded = [=](double n, double (*round)(double)) {
+      return std::fabs(n) < 0x1p53 ? round((n - residue) / step) * step + residue : n;
+    };
+    const auto up = [=](double n) { return rounded(n, std::ceil); };
+    const auto down = [=](double n) { return rounded(n, std::floor); };
+    const bool isEven = first == last && std::fabs(first) >= 0x1p53;
+    all = isEven && residue != 0 ? RealRange::Empty() : RealRange(up(first), down(last));
     negative = {all.lower, std::min(all.upper, down(-0.5))};
     positive = {std::max(all.lower, up(0.5)), all.upper};
   }
 };
 
 /// Integer exponents, infinite sides as infinities. Empty when lower > upper.
-RealInterval IntegersOf(const SubdefInt& n) {
+RealRange IntegersOf(const SubdefInt& n) {
   const long max = SubdefInt::sMaxValue;
   return {n.lower <= -max ? -HUGE_VAL : static_cast<double>(n.lower),
           n.upper >= max ? HUGE_VAL : static_cast<double>(n.upper)};
 }
 
-RealInterval IntegersOf(const RealInterval& y) {
-  const RealInterval all = Extended(y);
-  return {std::ceil(all.lower), std::floor(all.upper)};
-}
+RealRange IntegersOf(const RealRange& y) { return {std::ceil(y.lower), std::floor(y.upper)}; }
 
-Exponents AllOf(const RealInterval& integers) {
+Exponents AllOf(const RealRange& integers) {
   return Exponents(integers.lower, integers.upper, 1, 0);
 }
-Exponents Even(const RealInterval& integers) {
+Exponents Even(const RealRange& integers) {
   return Exponents(integers.lower, integers.upper, 2, 0);
 }
-Exponents Odd(const RealInterval& integers) {
-  return Exponents(integers.lower, integers.upper, 2, 1);
-}
+Exponents Odd(const RealRange& integers) { return Exponents(integers.lower, integers.upper, 2, 1); }
 
-/// { m^y : m in magnitude, y in exponents }; `magnitude` is extended and non-negative.
-RealInterval PowerOf(const RealInterval& magnitude, const Exponents& exponents) {
-  RealInterval y = exponents.all;
-  if (magnitude.upper == 0) y = Part(y, kNonNegative);
-  if (magnitude.IsEmpty() || y.IsEmpty()) return Empty();
+/// { m^y : m in magnitude, y in exponents }; `magnitude` is not negative.
+RealRange PowerOf(const RealRange& magnitude, const Exponents& exponents) {
+  RealRange y = exponents.all;
+  if (magnitude.upper == 0) y = Intersection(y, kNonNegative);
+  if (magnitude.IsEmpty() || y.IsEmpty()) return RealRange::Empty();
   return HullOfCorners(magnitude, y, PowerAt);
 }
 
 /// { m >= 0 : m^y in z for a y of exponents }.
-RealInterval BaseOf(const RealInterval& z, const Exponents& exponents) {
-  const RealInterval part = Part(Extended(z), kNonNegative);
-  if (part.IsEmpty() || exponents.all.IsEmpty()) return Empty();
-  if (exponents.all.Contains(0) && part.Contains(1)) return {0, SubdefReal::sMaxValue};
-  RealInterval result = Empty();
+RealRange BaseOf(const RealRange& z, const Exponents& exponents) {
+  const RealRange part = Intersection(z, kNonNegative);
+  if (part.IsEmpty() || exponents.all.IsEmpty()) return RealRange::Empty();
+  if (exponents.all.Contains(0) && part.Contains(1)) return kNonNegative;
+  RealRange result = RealRange::Empty();
   if (!exponents.positive.IsEmpty()) {
     result = part.upper == 0 ? part : HullOfCorners(part, exponents.positive, RootAt);
   }
   if (!exponents.negative.IsEmpty() && part.upper > 0)
-    result = result.mf_Union(HullOfCorners(part, exponents.negative, RootAt));
+    result = Hull(result, HullOfCorners(part, exponents.negative, RootAt));
   return result;
 }
 
 /// The magnitudes of the negative numbers of x, closed at 0.
-RealInterval NegativeMagnitudes(const RealInterval& x) {
-  if (x.IsEmpty() || x.lower >= 0) return Empty();
-  const RealInterval part = Extended(x);
-  return {-std::min(part.upper, 0.0), -part.lower};
+RealRange NegativeMagnitudes(const RealRange& x) {
+  if (x.IsEmpty() || x.lower >= 0) return RealRange::Empty();
+  return {-std::min(x.upper, 0.0), -x.lower};
 }
 
 // The images and preimages under the powers with a set of exponents, in up to three pieces: from
 // bases that are not negative, and from negative ones with even and with odd integer exponents.
 // Each piece is cut with the known set before the hull is taken.
 
-RealInterval Image(const RealInterval& x, const RealInterval& within, const Exponents& all,
-                   const RealInterval& integers) {
-  const RealInterval positive = Part(PowerOf(Part(Extended(x), kNonNegative), all), within);
-  const RealInterval magnitudes = NegativeMagnitudes(x);
+RealRange Image(const RealRange& x, const RealRange& within, const Exponents& all,
+                const RealRange& integers) {
+  const RealRange positive = Intersection(PowerOf(Intersection(x, kNonNegative), all), within);
+  const RealRange magnitudes = NegativeMagnitudes(x);
   if (magnitudes.IsEmpty() || integers.IsEmpty()) return positive;
-  const RealInterval even = PowerOf(magnitudes, Even(integers));
-  const RealInterval odd = PowerOf(magnitudes, Odd(integers)).mf_Neg();
-  return positive.mf_Union(Part(even, within)).mf_Union(Part(odd, within));
+  const RealRange even = PowerOf(magnitudes, Even(integers));
+  const RealRange odd = -PowerOf(magnitudes, Odd(integers));
+  return Hull(positive, Hull(Intersection(even, within), Intersection(odd, within)));
 }
 
-RealInterval Preimage(const RealInterval& z, const RealInterval& within, const Exponents& all,
-                      const RealInterval& integers) {
-  const RealInterval positive = Part(BaseOf(z, all), within);
+RealRange Preimage(const RealRange& z, const RealRange& within, const Exponents& all,
+                   const RealRange& integers) {
+  const RealRange positive = Intersection(BaseOf(z, all), within);
   if (integers.IsEmpty() || within.lower >= 0) return positive;
-  const RealInterval even = BaseOf(z, Even(integers)).mf_Neg();
-  const RealInterval odd = BaseOf(z.mf_Neg(), Odd(integers)).mf_Neg();
-  return positive.mf_Union(Part(even, within)).mf_Union(Part(odd, within));
+  const RealRange even = -BaseOf(z, Even(integers));
+  const RealRange odd = -BaseOf(-z, Odd(integers));
+  return Hull(positive, Hull(Intersection(even, within), Intersection(odd, within)));
 }
 
 // Integer exponents alone, among which 2 is by far the most frequent.
 
-constexpr RealInterval kTwo(2, 2);
+constexpr RealRange kTwo(2, 2);
 
-RealInterval Image(const SubdefReal& x, const RealInterval& within, const RealInterval& integers) {
-  if (integers == kTwo) return Part(sqr(x), within);
+RealRange Image(const RealRange& x, const RealRange& within, const RealRange& integers) {
+  if (integers == kTwo) return Intersection(Square(x), within);
   return Image(x, within, AllOf(integers), integers);
 }
 
-RealInterval Preimage(const SubdefReal& z, const RealInterval& within,
-                      const RealInterval& integers) {
-  if (!(integers == kTwo)) return Preimage(z, within, AllOf(integers), integers);
-  const RealInterval roots = sqrt(z);
-  return Part(roots, within).mf_Union(Part(roots.mf_Neg(), within));
+RealRange Preimage(const RealRange& z, const RealRange& within, const RealRange& integers) {
+  if (integers == kTwo) return InverseSquare(z, within);
+  return Preimage(z, within, AllOf(integers), integers);
 }
 
 /// Above this number of exponents only the hull over all of them is computed.
@@ -247,47 +238,80 @@ constexpr double kMostExponents = 64;
 
 /// The union of f(exponents) over single exponents, as long as they are few.
 template <class Function>
-RealInterval ForEachExponent(const RealInterval& integers, Function f) {
+RealRange ForEachExponent(const RealRange& integers, Function f) {
   if (integers.upper - integers.lower >= kMostExponents) return f(integers);
-  RealInterval result = Empty();
+  RealRange result = RealRange::Empty();
   for (double n = integers.lower; n <= integers.upper; ++n)
-    result = result.mf_Union(f(RealInterval(n, n)));
+    result = Hull(result, f(RealRange(n, n)));
   return result;
 }
 
 /// The y with x^y in z, both positive.
-RealInterval Logarithms(const RealInterval& z, const RealInterval& x) {
-  if (z.IsEmpty() || x.IsEmpty() || z.upper == 0 || x.upper == 0) return Empty();
-  const SubdefReal dividend = log(SubdefReal(z));
-  const SubdefReal divisor = log(SubdefReal(x));
-  if (divisor == RealInterval(0, 0) && !dividend.Contains(0)) return Empty();
-  return dividend.DivIntByInt(divisor);
+RealRange Logarithms(const RealRange& z, const RealRange& x) {
+  return Quotients(RealRange(), Log(z), Log(x));
 }
 
-/// The hull of the exponents y, integer ones for negative bases, with x^y in z.
-RealInterval ExponentsOf(const RealInterval& z, const RealInterval& x) {
-  const RealInterval bases = Part(x, kNonNegative);
-  const RealInterval magnitudes = NegativeMagnitudes(x);
-  const RealInterval powers = Part(z, kNonNegative);
-  RealInterval result = Logarithms(powers, bases)
-                            .mf_Union(Logarithms(powers, magnitudes))
-                            .mf_Union(Logarithms(Part(z.mf_Neg(), kNonNegative), magnitudes));
-  if (z.Contains(1)) result = result.mf_Union({0, 0});
-  if (z.Contains(0) && x.Contains(0)) result = result.mf_Union({1, SubdefReal::sMaxValue});
-  return Extended(result);
+/// The hull of the exponents y, integer ones for negative bases, with x^y in z; `first` is the
+/// least that counts as positive.
+RealRange ExponentsOf(const RealRange& z, const RealRange& x, double first) {
+  const RealRange bases = Intersection(x, kNonNegative);
+  const RealRange magnitudes = NegativeMagnitudes(x);
+  const RealRange powers = Intersection(z, kNonNegative);
+  RealRange result = Hull(Logarithms(powers, bases), Logarithms(powers, magnitudes));
+  result = Hull(result, Logarithms(Intersection(-z, kNonNegative), magnitudes));
+  if (z.Contains(1)) result = Hull(result, {0, 0});
+  if (z.Contains(0) && x.Contains(0)) result = Hull(result, {first, HUGE_VAL});
+  return result;
 }
 
-SubdefReal FlagIfEmpty(const RealInterval& result) {
-  if (!result.IsEmpty()) return result;
-  SDRaiseError();
-  return Empty();
+/// As the domains store it, with the flag up if it is empty.
+SubdefReal Answer(const RealRange& result) {
+  if (result.IsEmpty()) SDRaiseError();
+  return Saturated(result);
+}
+
+/// The doubles around n.
+RealRange RangeOf(std::int64_t n) {
+  const DoubleDouble sum = FromInteger(n);
+  return Bounds({sum.hi, sum.lo});
 }
 
 }  // namespace
 
+RealRange zultav::Power(const RealRange& x, const RealRange& y) {
+  if (x.IsEmpty() || y.IsEmpty()) return RealRange::Empty();
+  return Image(x, RealRange(), Exponents(y), IntegersOf(y));
+}
+
+RealRange zultav::Power(const RealRange& x, std::int64_t n) {
+  return n == 2 ? Square(x) : Power(x, RangeOf(n));
+}
+
+RealRange zultav::InverseSquare(const RealRange& z, const RealRange& x) {
+  const RealRange roots = Sqrt(z);
+  return Hull(Intersection(roots, x), Intersection(-roots, x));
+}
+
+RealRange zultav::InverseSqrt(const RealRange& z, const RealRange& x) {
+  return Intersection(Square(Intersection(z, kNonNegative)), x);
+}
+
+RealRange zultav::InversePower(const RealRange& z, const RealRange& x, const RealRange& y) {
+  if (z.IsEmpty() || x.IsEmpty() || y.IsEmpty()) return RealRange::Empty();
+  return Preimage(z, x, Exponents(y), IntegersOf(y));
+}
+
+RealRange zultav::InversePower(const RealRange& z, const RealRange& x, std::int64_t n) {
+  return n == 2 ? InverseSquare(z, x) : InversePower(z, x, RangeOf(n));
+}
+
+RealRange zultav::InverseExponent(const RealRange& z, const RealRange& x, const RealRange& y) {
+  if (z.IsEmpty() || x.IsEmpty() || y.IsEmpty()) return RealRange::Empty();
+  return Intersection(ExponentsOf(z, x, 0), y);
+}
+
 SubdefReal pow(const SubdefReal& x, const SubdefReal& y) {
-  if (x.IsEmpty() || y.IsEmpty()) return FlagIfEmpty(Empty());
-  return FlagIfEmpty(Image(x, Whole(), Exponents(y), IntegersOf(y)));
+  return Answer(Power(Extended(x), Extended(y)));
 }
 
 SubdefReal pow(const SubdefReal& x, double y) { return pow(x, SubdefReal(y, y)); }
@@ -298,8 +322,9 @@ SubdefReal pow(const SubdefReal& x, const SubIntBase& n) {
 }
 
 SubdefReal pow(const SubdefReal& x, const SubdefReal& z, const SubdefInt& n) {
-  return FlagIfEmpty(ForEachExponent(
-      IntegersOf(n), [&](const RealInterval& integers) { return Image(x, z, integers); }));
+  const RealRange bases = Extended(x), within = Extended(z);
+  return Answer(ForEachExponent(
+      IntegersOf(n), [&](const RealRange& integers) { return Image(bases, within, integers); }));
 }
 
 SubdefReal pow(const SubdefReal& x, double z, const SubdefInt& n) {
@@ -307,16 +332,17 @@ SubdefReal pow(const SubdefReal& x, double z, const SubdefInt& n) {
 }
 
 SubdefReal base(const SubdefReal& z, const SubdefReal& y) {
-  if (z.IsEmpty() || y.IsEmpty()) return FlagIfEmpty(Empty());
-  return FlagIfEmpty(Preimage(z, Whole(), Exponents(y), IntegersOf(y)));
+  return Answer(InversePower(Extended(z), RealRange(), Extended(y)));
 }
 
 SubdefReal base(const SubdefReal& z, double y) { return base(z, SubdefReal(y, y)); }
 
 SubdefReal base(const SubdefReal& z, const SubdefReal& x, const SubdefInt& n) {
-  if (z.IsEmpty() || x.IsEmpty()) return FlagIfEmpty(Empty());
-  return FlagIfEmpty(ForEachExponent(
-      IntegersOf(n), [&](const RealInterval& integers) { return Preimage(z, x, integers); }));
+  if (z.IsEmpty() || x.IsEmpty()) return Answer(RealRange::Empty());
+  const RealRange powers = Extended(z), within = Extended(x);
+  return Answer(ForEachExponent(IntegersOf(n), [&](const RealRange& integers) {
+    return Preimage(powers, within, integers);
+  }));
 }
 
 SubdefReal base(const SubdefReal& z, const SubdefReal& x, const SubIntBase& n) {
@@ -324,10 +350,11 @@ SubdefReal base(const SubdefReal& z, const SubdefReal& x, const SubIntBase& n) {
 }
 
 SubdefInt exponent(const SubdefReal& z, const SubdefReal& x, const SubdefInt& n) {
-  const RealInterval candidates = Part(ExponentsOf(z, x), IntegersOf(n));
+  const RealRange powers = Extended(z), bases = Extended(x);
+  const RealRange candidates = Intersection(ExponentsOf(powers, bases, 1), IntegersOf(n));
   double first = std::ceil(candidates.lower);
   double last = std::floor(candidates.upper);
-  const auto reaches = [&](double k) { return !Image(x, z, RealInterval(k, k)).IsEmpty(); };
+  const auto reaches = [&](double k) { return !Image(bases, powers, {k, k}).IsEmpty(); };
   for (double steps = 0; steps < kMostExponents && first <= last && !reaches(first); ++steps)
     ++first;
   for (double steps = 0; steps < kMostExponents && first <= last && !reaches(last); ++steps) --last;

@@ -1,14 +1,12 @@
 #include "framework/intervals/SubdefReal.h"
 
-#include <algorithm>
-
 #include "framework/intervals/IntervalControl.h"
 #include "framework/intervals/SubdefInt.h"
 #include "framework/intervals/detail/RealLine.h"
 
 using namespace zultav::detail;
 
-using real_line::Empty;
+using real_line::Extended;
 using real_line::Saturated;
 
 SubdefReal::SubdefReal() : RealInterval(-sMaxValue, sMaxValue) {}
@@ -28,21 +26,13 @@ int SubdefReal::SDIntersect(const SubdefInt& other) {
 }
 
 SubdefReal InverseAbs(const SubdefReal& z, const SubdefReal& x) {
-  RealInterval positive(std::max(z.lower, 0.0), z.upper);
-  RealInterval negative(-positive.upper, -positive.lower);
-  positive.Intersect(x);
-  negative.Intersect(x);
-  return negative.mf_Union(positive);
+  return Saturated(zultav::InverseAbs(Extended(z), Extended(x)));
 }
 
 SubdefReal InverseMin(const SubdefReal& z, const SubdefReal& y) {
-  if (z.IsEmpty() || y.IsEmpty() || y.upper < z.lower) return Empty();
-  if (y.lower > z.upper) return z;
-  return Saturated(z.lower, SubdefReal::sMaxValue);
+  return Saturated(zultav::InverseMin(Extended(z), Extended(y)));
 }
 
 SubdefReal InverseMax(const SubdefReal& z, const SubdefReal& y) {
-  if (z.IsEmpty() || y.IsEmpty() || y.lower > z.upper) return Empty();
-  if (y.upper < z.lower) return z;
-  return Saturated(-SubdefReal::sMaxValue, z.upper);
+  return Saturated(zultav::InverseMax(Extended(z), Extended(y)));
 }

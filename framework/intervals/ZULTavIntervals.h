@@ -7,6 +7,7 @@
 #include "framework/intervals/RealFunctions.h"
 #include "framework/intervals/RealInterval.h"
 #include "framework/intervals/RealPower.h"
+#include "framework/intervals/RealRange.h"
 #include "framework/intervals/SubIntBase.h"
 #include "framework/intervals/SubdefBool.h"
 #include "framework/intervals/SubdefInt.h"

@@ -4,7 +4,7 @@
 #include <cfloat>
 #include <cstdint>
 
-#include "framework/intervals/RealInterval.h"
+#include "framework/intervals/RealRange.h"
 #include "framework/intervals/detail/ElementaryKernels.h"
 #include "framework/intervals/detail/Level.h"
 #include "framework/intervals/detail/PointFunctions.h"
@@ -18,7 +18,7 @@ namespace elementary {
 
 /// The tightest enclosures of the values at both bounds, and the quadrants of angles.
 struct AtBounds {
-  RealInterval first, last;
+  RealRange first, last;
   std::int64_t firstQuadrant = 0, lastQuadrant = 0;
 
   /// Whether a quadrant that is congruent to `residue` modulo 2^bits begins between the bounds.
@@ -29,7 +29,7 @@ struct AtBounds {
 
 #ifdef __FMA__
 
-inline DoublePair BoundsOf(const RealInterval& x) { return _mm_set_pd(x.upper, x.lower); }
+inline DoublePair BoundsOf(const RealRange& x) { return _mm_set_pd(x.upper, x.lower); }
 
 inline bool IsAllLess(DoublePair x, DoublePair y) {
   return _mm_movemask_pd(_mm_cmplt_pd(x.numbers, y.numbers)) == 3;
@@ -50,7 +50,7 @@ ZULTAV_HOT bool RoundOutward(const ApproximationOf<DoublePair>& y, AtBounds& val
   return true;
 }
 
-ZULTAV_HOT bool ExpAtBounds(const RealInterval& x, AtBounds& values) {
+ZULTAV_HOT bool ExpAtBounds(const RealRange& x, AtBounds& values) {
   const DoublePair bounds = BoundsOf(x);
   if (!IsAllLess(Fabs(bounds), 700) || IsAnyLess(Fabs(bounds), 0x1p-54)) [[unlikely]]
     return false;
@@ -60,20 +60,20 @@ ZULTAV_HOT bool ExpAtBounds(const RealInterval& x, AtBounds& values) {
   return RoundOutward(exp.y, values, scale);
 }
 
-ZULTAV_HOT bool LogAtBounds(const RealInterval& x, AtBounds& values) {
+ZULTAV_HOT bool LogAtBounds(const RealRange& x, AtBounds& values) {
   if (!(x.lower >= DBL_MIN && x.upper <= DBL_MAX) || x.lower == 1 || x.upper == 1) [[unlikely]]
     return false;
   return RoundOutward(LogOfNormal(BoundsOf(x)), values);
 }
 
-ZULTAV_HOT bool AtanAtBounds(const RealInterval& x, AtBounds& values) {
+ZULTAV_HOT bool AtanAtBounds(const RealRange& x, AtBounds& values) {
   const DoublePair bounds = BoundsOf(x);
   const DoublePair magnitudes = Fabs(bounds);
   if (IsAnyLess(magnitudes, kAtanFirst) || !IsAllLess(magnitudes, kAtanLast)) return false;
   return RoundOutward(WithSignOf(bounds, AtanInCells(magnitudes)), values);
 }
 
-ZULTAV_HOT bool ReduceBounds(const RealInterval& x, AngleOf<DoublePair>& angles, AtBounds& values) {
+ZULTAV_HOT bool ReduceBounds(const RealRange& x, AngleOf<DoublePair>& angles, AtBounds& values) {
   const DoublePair bounds = BoundsOf(x);
   const DoublePair magnitudes = Fabs(bounds);
   if (IsAnyLess(magnitudes, kTiny)) return false;
@@ -88,13 +88,13 @@ ZULTAV_HOT bool ReduceBounds(const RealInterval& x, AngleOf<DoublePair>& angles,
   return true;
 }
 
-ZULTAV_HOT bool SinAtBounds(const RealInterval& x, std::int64_t quarters, AtBounds& values) {
+ZULTAV_HOT bool SinAtBounds(const RealRange& x, std::int64_t quarters, AtBounds& values) {
   AngleOf<DoublePair> angles;
   return ReduceBounds(x, angles, values) && RoundOutward(Sin(angles, quarters), values);
 }
 
 /// Without the values where a pole lies between the bounds.
-ZULTAV_HOT bool TanAtBounds(const RealInterval& x, AtBounds& values) {
+ZULTAV_HOT bool TanAtBounds(const RealRange& x, AtBounds& values) {
   AngleOf<DoublePair> angles;
   if (!ReduceBounds(x, angles, values)) return false;
   return values.EnterQuadrant(1, 1) || RoundOutward(Tan(angles), values);
@@ -102,11 +102,11 @@ ZULTAV_HOT bool TanAtBounds(const RealInterval& x, AtBounds& values) {
 
 #else
 
-inline bool ExpAtBounds(const RealInterval&, AtBounds&) { return false; }
-inline bool LogAtBounds(const RealInterval&, AtBounds&) { return false; }
-inline bool AtanAtBounds(const RealInterval&, AtBounds&) { return false; }
-inline bool SinAtBounds(const RealInterval&, std::int64_t, AtBounds&) { return false; }
-inline bool TanAtBounds(const RealInterval&, AtBounds&) { return false; }
+inline bool ExpAtBounds(const RealRange&, AtBounds&) { return false; }
+inline bool LogAtBounds(const RealRange&, AtBounds&) { return false; }
+inline bool AtanAtBounds(const RealRange&, AtBounds&) { return false; }
+inline bool SinAtBounds(const RealRange&, std::int64_t, AtBounds&) { return false; }
+inline bool TanAtBounds(const RealRange&, AtBounds&) { return false; }
 
 #endif
 

@@ -1,6 +1,3 @@
-// Before the guard: it includes this header behind its class.
-#include "framework/intervals/RealInterval.h"
-
 #ifndef ZULTAV_INTERVALS_DETAIL_PACKED_ARITHMETIC_H
 #define ZULTAV_INTERVALS_DETAIL_PACKED_ARITHMETIC_H
 
@@ -11,9 +8,10 @@
 #include "framework/intervals/detail/Level.h"
 
 // Arithmetic on ordinary intervals with both bounds in one register, for code that is built for
-// processors with fused multiply-add. Ordinary: operands and result are not empty, all their bounds
-// lie between the limits of the line, and no rounding error is so small that it underflows. Each
-// function answers false where that is not so, and the general arithmetic has to do it.
+// processors with fused multiply-add. A Set is RealInterval or RealRange. Ordinary: operands and
+// result are not empty, all their bounds lie between the limits ±Set::sMaxValue of the line, and no
+// rounding error is so small that it underflows. Each function answers false where that is not so,
+// and the general arithmetic has to do it.
 //
 // A register holds (-lower, upper), so that outward is upward for both bounds. The roundings are
 // those of Rounding.h, without a branch.
@@ -27,16 +25,20 @@ using Pair = __m128d;
 using Pairs = __m256d;
 
 /// (lower, upper).
-inline Pair Load(const RealInterval& x) { return _mm_loadu_pd(&x.lower); }
+template <class Set>
+inline Pair Load(const Set& x) {
+  return _mm_loadu_pd(&x.lower);
+}
 /// From (lower, upper) to (-lower, upper), or back.
 inline Pair Turned(Pair x) { return _mm_xor_pd(x, _mm_set_pd(0.0, -0.0)); }
 inline Pair Swapped(Pair x) { return _mm_permute_pd(x, 1); }
 
 /// Puts the result, a turned one, into z, if it and the operands are ordinary.
-inline bool Store(Pair x, Pair y, Pair result, RealInterval& z) {
+template <class Set>
+inline bool Store(Pair x, Pair y, Pair result, Set& z) {
   const Pair lower = _mm_unpacklo_pd(x, y), upper = _mm_unpackhi_pd(x, y);
   const Pair greatest = _mm_max_pd(_mm_max_pd(Turned(x), Turned(y)), result);
-  const Pair limit = _mm_set1_pd(RealInterval::sMaxValue);
+  const Pair limit = _mm_set1_pd(Set::sMaxValue);
 #ifdef __AVX512VL__
   if (_mm_cmp_pd_mask(lower, upper, _CMP_NLE_UQ) | _mm_cmp_pd_mask(greatest, limit, _CMP_NLT_UQ))
     return false;
@@ -118,21 +120,26 @@ inline Pair DivideUp(Pair x, Pair y) {
 
 #endif
 
-inline bool AddPair(const RealInterval& x, Pair y, RealInterval& z) {
+template <class Set>
+inline bool AddPair(const Set& x, Pair y, Set& z) {
   return Store(Load(x), y, AddUp(Turned(Load(x)), Turned(y)), z);
 }
-inline bool Add(const RealInterval& x, const RealInterval& y, RealInterval& z) {
+template <class Set>
+inline bool Add(const Set& x, const Set& y, Set& z) {
   return AddPair(x, Load(y), z);
 }
-inline bool Subtract(const RealInterval& x, const RealInterval& y, RealInterval& z) {
+template <class Set>
+inline bool Subtract(const Set& x, const Set& y, Set& z) {
   return AddPair(x, _mm_xor_pd(Swapped(Load(y)), _mm_set1_pd(-0.0)), z);
 }
-inline bool Add(const RealInterval& x, double y, RealInterval& z) {
+template <class Set>
+inline bool Add(const Set& x, double y, Set& z) {
   return AddPair(x, _mm_set1_pd(y), z);
 }
 
 /// The greatest of all four products of bounds, negated and as they are.
-inline bool Multiply(const RealInterval& x, const RealInterval& y, RealInterval& z) {
+template <class Set>
+inline bool Multiply(const Set& x, const Set& y, Set& z) {
   const Pair a = Load(x), b = Load(y);
   if (!kRoundsUpward && !(AreExact(a) && AreExact(b))) return false;
   const Pairs doubled = _mm256_permute_pd(_mm256_set_m128d(a, a), 0xc);
@@ -145,7 +152,8 @@ inline bool Multiply(const RealInterval& x, const RealInterval& y, RealInterval&
 }
 
 /// For divisors of one sign.
-inline bool Divide(const RealInterval& x, const RealInterval& y, RealInterval& z) {
+template <class Set>
+inline bool Divide(const Set& x, const Set& y, Set& z) {
   Pair dividend = Turned(Load(x)), divisor = Load(y);
   if (y.upper < 0) {
     dividend = Swapped(dividend);
@@ -160,7 +168,8 @@ inline bool Divide(const RealInterval& x, const RealInterval& y, RealInterval& z
   return Store(Load(x), Load(y), DivideUp(dividend, chosen), z);
 }
 
-inline bool Square(const RealInterval& x, RealInterval& z) {
+template <class Set>
+inline bool Square(const Set& x, Set& z) {
   const Pair turned = Turned(Load(x));
   const Pair greatest = _mm_max_pd(turned, Swapped(turned));
   const Pair least = _mm_sub_pd(_mm_setzero_pd(), _mm_min_pd(turned, Swapped(turned)));
@@ -172,7 +181,8 @@ inline bool Square(const RealInterval& x, RealInterval& z) {
 }
 
 /// For x >= 0.
-inline bool Sqrt(const RealInterval& x, RealInterval& z) {
+template <class Set>
+inline bool Sqrt(const Set& x, Set& z) {
   const Pair square = Load(x);
   if (!(x.lower >= 0) || !AreExact(square)) return false;
   const Pair root = _mm_sqrt_pd(square);
@@ -182,13 +192,34 @@ inline bool Sqrt(const RealInterval& x, RealInterval& z) {
 
 #else
 
-inline bool Add(const RealInterval&, const RealInterval&, RealInterval&) { return false; }
-inline bool Add(const RealInterval&, double, RealInterval&) { return false; }
-inline bool Subtract(const RealInterval&, const RealInterval&, RealInterval&) { return false; }
-inline bool Multiply(const RealInterval&, const RealInterval&, RealInterval&) { return false; }
-inline bool Divide(const RealInterval&, const RealInterval&, RealInterval&) { return false; }
-inline bool Square(const RealInterval&, RealInterval&) { return false; }
-inline bool Sqrt(const RealInterval&, RealInterval&) { return false; }
+template <class Set>
+inline bool Add(const Set&, const Set&, Set&) {
+  return false;
+}
+template <class Set>
+inline bool Add(const Set&, double, Set&) {
+  return false;
+}
+template <class Set>
+inline bool Subtract(const Set&, const Set&, Set&) {
+  return false;
+}
+template <class Set>
+inline bool Multiply(const Set&, const Set&, Set&) {
+  return false;
+}
+template <class Set>
+inline bool Divide(const Set&, const Set&, Set&) {
+  return false;
+}
+template <class Set>
+inline bool Square(const Set&, Set&) {
+  return false;
+}
+template <class Set>
+inline bool Sqrt(const Set&, Set&) {
+  return false;
+}
 
 #endif
 

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstdint>
 
-#include "framework/intervals/RealInterval.h"
+#include "framework/intervals/RealRange.h"
 #include "framework/intervals/detail/ElementaryKernels.h"
 #include "framework/intervals/detail/Level.h"
 #include "framework/intervals/detail/Rounding.h"
@@ -21,47 +21,47 @@ namespace elementary {
 constexpr double kTiny = 0x1p-27;
 
 /// Enclosures of a function that lies between x and the neighbour of x toward zero, or away.
-inline RealInterval BelowMagnitude(double x) {
-  return x > 0 ? RealInterval(rounding::NextDown(x), x)
-               : RealInterval(x, x < 0 ? rounding::NextUp(x) : x);
+inline RealRange BelowMagnitude(double x) {
+  return x > 0 ? RealRange(rounding::NextDown(x), x)
+               : RealRange(x, x < 0 ? rounding::NextUp(x) : x);
 }
-inline RealInterval AboveMagnitude(double x) {
-  return x > 0 ? RealInterval(x, rounding::NextUp(x))
-               : RealInterval(x < 0 ? rounding::NextDown(x) : x, x);
+inline RealRange AboveMagnitude(double x) {
+  return x > 0 ? RealRange(x, rounding::NextUp(x))
+               : RealRange(x < 0 ? rounding::NextDown(x) : x, x);
 }
 
-[[gnu::noinline, gnu::cold]] inline RealInterval ExtremeExp(double x) {
+[[gnu::noinline, gnu::cold]] inline RealRange ExtremeExp(double x) {
   if (x > 710) return {x < HUGE_VAL ? DBL_MAX : x, HUGE_VAL};
   if (x < -746) return {0, x > -HUGE_VAL ? 0x1p-1074 : 0};
   return {x < 0 ? rounding::NextDown(1) : 1, x > 0 ? rounding::NextUp(1) : 1};
 }
-ZULTAV_HOT RealInterval ExpAt(double x) {
+ZULTAV_HOT RealRange ExpAt(double x) {
   if (std::fabs(x) < 0x1p-54 || x > 710 || x < -746) [[unlikely]]
     return ExtremeExp(x);
   return RoundOutward(Exp(x), [x](double d) { return decide::Exp(x, d); });
 }
 
-[[gnu::noinline, gnu::cold]] inline RealInterval ExtremeLog(double x) {
+[[gnu::noinline, gnu::cold]] inline RealRange ExtremeLog(double x) {
   const double limit = x == 1 ? 0 : x == 0 ? -HUGE_VAL : HUGE_VAL;
   return {limit, limit};
 }
-ZULTAV_HOT RealInterval LogAt(double x) {
+ZULTAV_HOT RealRange LogAt(double x) {
   if (x == 1 || x == 0 || x == HUGE_VAL) [[unlikely]]
     return ExtremeLog(x);
   return RoundOutward(Log(x), [x](double d) { return decide::Log(x, d); });
 }
 
-ZULTAV_HOT RealInterval AtanAt(double x) {
+ZULTAV_HOT RealRange AtanAt(double x) {
   if (std::fabs(x) < kTiny) return BelowMagnitude(x);
   if (std::fabs(x) >= 0x1p55) {  // nearer to pi/2 than the double below it
-    constexpr RealInterval kAroundHalfPi(0x1.921fb54442d18p+0, 0x1.921fb54442d19p+0);
-    return x > 0 ? kAroundHalfPi : kAroundHalfPi.mf_Neg();
+    constexpr RealRange kAroundHalfPi(0x1.921fb54442d18p+0, 0x1.921fb54442d19p+0);
+    return x > 0 ? kAroundHalfPi : -kAroundHalfPi;
   }
   return RoundOutward(Atan(x), [x](double d) { return decide::Atan(x, d); });
 }
 
 /// Sine of x plus `quarters` quarter turns, 0 or 1; `angle` is x reduced.
-ZULTAV_HOT RealInterval SinAt(double x, const Angle& angle, std::int64_t quarters) {
+ZULTAV_HOT RealRange SinAt(double x, const Angle& angle, std::int64_t quarters) {
   if (std::fabs(x) < kTiny) {
     if (quarters == 0) return BelowMagnitude(x);
     return {x == 0 ? 1 : rounding::NextDown(1), 1};
@@ -69,7 +69,7 @@ ZULTAV_HOT RealInterval SinAt(double x, const Angle& angle, std::int64_t quarter
   return RoundOutward(Sin(angle, quarters), [=](double d) { return decide::Sin(x, quarters, d); });
 }
 
-ZULTAV_HOT RealInterval TanAt(double x, const Angle& angle) {
+ZULTAV_HOT RealRange TanAt(double x, const Angle& angle) {
   if (std::fabs(x) < kTiny) return AboveMagnitude(x);
   return RoundOutward(Tan(angle), [x](double d) { return decide::Tan(x, d); });
 }

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "framework/intervals/RealInterval.h"
+#include "framework/intervals/RealRange.h"
 #include "framework/intervals/detail/ElementaryKernels.h"
 #include "framework/intervals/detail/Level.h"
 #include "framework/intervals/detail/Rounding.h"
@@ -40,7 +40,7 @@ namespace elementary {
 
 /// The same as below where the approximation leaves the side of d open.
 template <class Sign>
-[[gnu::noinline, gnu::cold]] RealInterval RoundUndecided(double d, double step, Sign sign) {
+[[gnu::noinline, gnu::cold]] RealRange RoundUndecided(double d, double step, Sign sign) {
   const int side = sign(d);
   const bool unknown = std::abs(side) == decide::kUnknown;
   return {side < 0 || unknown ? d - step : d, side > 0 || unknown ? d + step : d};
@@ -50,7 +50,7 @@ template <class Sign>
 /// below 2^-55 of it; `sign(d)` decides the sign of the number minus d. Where it is unknown, the
 /// enclosure holds both neighbours of d.
 template <class Sign>
-ZULTAV_HOT RealInterval RoundOutward(const Approximation& y, Sign sign) {
+ZULTAV_HOT RealRange RoundOutward(const Approximation& y, Sign sign) {
   const double d = y.value.hi;
   const double step = std::fabs(d) * 0x1.0000000000001p-53;  // d ± step rounds to the neighbour
   if (std::fabs(y.value.lo) <= y.error) [[unlikely]]
@@ -61,12 +61,12 @@ ZULTAV_HOT RealInterval RoundOutward(const Approximation& y, Sign sign) {
 
 /// The same for y * 2^exponent where that may overflow or be subnormal.
 template <class Sign>
-[[gnu::noinline]] RealInterval RoundExtremeOutward(const ScaledApproximation& scaled, Sign sign) {
+[[gnu::noinline]] RealRange RoundExtremeOutward(const ScaledApproximation& scaled, Sign sign) {
   const Approximation& y = scaled.y;
   if (scaled.exponent > 1100) return {DBL_MAX, HUGE_VAL};
   const int exponent = static_cast<int>(std::max<std::int64_t>(scaled.exponent, -1100));
   if (exponent > 0) {
-    const RealInterval bounds =
+    const RealRange bounds =
         RoundOutward(y, [&](double d) { return sign(std::ldexp(d, exponent)); });
     return {std::min(std::ldexp(bounds.lower, exponent), DBL_MAX),
             std::ldexp(bounds.upper, exponent)};
@@ -85,11 +85,11 @@ template <class Sign>
 
 /// The same for y * 2^exponent.
 template <class Sign>
-ZULTAV_HOT RealInterval RoundOutward(const ScaledApproximation& scaled, Sign sign) {
+ZULTAV_HOT RealRange RoundOutward(const ScaledApproximation& scaled, Sign sign) {
   if (scaled.exponent < -1021 || scaled.exponent >= 1022) [[unlikely]]
     return RoundExtremeOutward(scaled, sign);
   const double scale = std::bit_cast<double>((scaled.exponent + 1023) << 52);
-  const RealInterval bounds = RoundOutward(scaled.y, [=](double d) { return sign(d * scale); });
+  const RealRange bounds = RoundOutward(scaled.y, [=](double d) { return sign(d * scale); });
   return {bounds.lower * scale, bounds.upper * scale};
 }
 
