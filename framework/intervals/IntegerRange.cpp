@@ -274,8 +274,8 @@ IntegerRange Power(const IntegerRange& x, const IntegerRange& n) {
   IntegerRange hull = IntegerRange::Empty();
   // From zero on, magnitudes grow with the exponent (but 0^0 = 1), apart for even and for odd ones:
   // two exponents at each end hold the extremes.
-  const std::int64_t low = std::max<std::int64_t>(n.lower, 0) + 1;
-  const std::int64_t high = std::min(n.upper, kLargeExponent) - 1;
+  const std::int64_t low = std::clamp<std::int64_t>(n.lower, 0, kLargeExponent) + 1;
+  const std::int64_t high = std::clamp<std::int64_t>(n.upper, 0, kLargeExponent) - 1;
   ForEachKind(n, [&](std::int64_t e) {
     if (e <= low || e >= high) hull = Hull(hull, Powers(x, e));
     return true;

@@ -4,6 +4,7 @@
 #include "framework/intervals/IntegerInterval.h"
 #include "framework/intervals/IntegerRange.h"
 #include "framework/intervals/IntervalControl.h"
+#include "framework/intervals/Primality.h"
 #include "framework/intervals/RealFunctions.h"
 #include "framework/intervals/RealInterval.h"
 #include "framework/intervals/RealPower.h"

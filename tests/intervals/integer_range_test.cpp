@@ -57,7 +57,7 @@ class IntegerRangeTest : public testing::TestWithParam<Operation> {
  protected:
   std::int64_t Bound() {
     const auto small = static_cast<std::int64_t>(mRandom() % 17) - 8;
-    const std::uint64_t power = std::uint64_t{1} << (mRandom() % 64);
+    const std::uint64_t power = std::uint64_t{1} << (mRandom() % 63);
     if (mRandom() % 3 != 0) return small;
     if (mRandom() % 2 != 0) return mRandom() % 2 != 0 ? kMin : kMax;
     const auto value = static_cast<std::int64_t>(mRandom() % 2 != 0 ? power : mRandom() % power);
