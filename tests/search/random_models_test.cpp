@@ -310,8 +310,6 @@ class RandomModel {
 
 // --- Solutions ----------------------------------------------------------------------------------
 
-using Solutions = std::vector<std::vector<double>>;
-
 /// All solutions in order, or none where the model has too many points or depends on the limits of
 /// integers: then `solutions` is left empty and the answer is false.
 bool BruteForce(const Model& model, Solutions& solutions) {
@@ -339,61 +337,14 @@ bool BruteForce(const Model& model, Solutions& solutions) {
   return !Expression::sOverflow;
 }
 
-double ValueOf(const ZULTaVoAny& value) {
-  if (const auto* boolean = ZULTaVoCast<ZULTaVoBoolean>(&value))
-    return boolean->IsTrue() ? 1 : boolean->IsFalse() ? 0 : kNone;
-  const auto* integer = ZULTaVoCast<ZULTaVoInteger>(&value);
-  return integer->GetLowerBound() == integer->GetUpperBound()
-             ? static_cast<double>(integer->GetLowerBound())
-             : kNone;
-}
-
-/// Whether reading went well, and the search to its end. A solution that is not proven has a value
-/// too many.
-bool Search(const Model& model, std::uint64_t seed, Solutions& solutions, std::string& trouble) {
-  TextModel read(model.Text());
-  trouble = read.error;
-  if (read.model == nullptr) return false;
-  ZULTavSearch::Options options;
-  options.limits.solutions = ZULTavSearch::kUnlimited;
-  options.limits.nodes = 100000;
-  options.choice = static_cast<ZULTavSearch::VariableChoice>(seed % 5);
-  options.selection = static_cast<ZULTaVoAny::ValueSelection>(seed / 5 % 4);
-  options.reasoning = read.newton->GetReasoning();
-  ZULTavSearch search(read.model->Network(), read.declared, options);
-  const auto outcome = search.Run([&](const ZULTavSolution& solution) {
-    solutions.emplace_back();
-    for (std::size_t i = 0; i < solution.GetSize(); ++i)
-      solutions.back().push_back(ValueOf(solution.GetValue(i)));
-    if (!solution.IsProven()) solutions.back().push_back(kNone);
-    return true;
-  });
-  trouble = "the search ends with outcome " + std::to_string(static_cast<int>(outcome));
-  return outcome == ZULTavSearch::Outcome::kExhausted;
-}
-
-/// What is wrong; empty when nothing is. Counts the solutions.
-std::string Difference(const Model& model, std::uint64_t seed, std::size_t& compared) {
-  Solutions expected, found;
-  if (!BruteForce(model, expected)) return {};
-  std::string trouble;
-  if (!Search(model, seed, found, trouble)) return trouble;
-  std::sort(found.begin(), found.end());
-  compared += expected.size() + 1;
-  if (found == expected) return {};
-  const auto first = std::mismatch(found.begin(), found.end(), expected.begin(), expected.end());
-  const bool isLost = first.first == found.end() ||
-                      (first.second != expected.end() && *first.second < *first.first);
-  std::string text = isLost ? "lost:" : "wrong, undecided, unproven or repeated:";
-  for (const double value : isLost ? *first.second : *first.first)
-    text += " " + (std::isnan(value) ? "?" : std::to_string(static_cast<int>(value)));
-  return text + '\n' + model.Text();
-}
-
 TEST(RandomModelsTest, HaveTheSolutionsOfBruteForce) {
   std::size_t compared = 0;
   const std::uint64_t count = TrySeeds(8000, [&](std::uint64_t seed) {
-    return Difference(RandomModel(seed).Get(), seed, compared);
+    const Model model = RandomModel(seed).Get();
+    Solutions expected;
+    if (!BruteForce(model, expected)) return std::string();
+    compared += expected.size() + 1;
+    return WrongSolutions(model.Text(), seed, expected);
   });
   EXPECT_GT(compared, count * 10);
 }

@@ -1,6 +1,8 @@
 #ifndef ZULTAV_TESTS_SEARCH_SEARCH_WORLD_H
 #define ZULTAV_TESTS_SEARCH_SEARCH_WORLD_H
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -32,6 +34,55 @@ struct TextModel {
   std::vector<ZULTaVoAny*> declared;
   std::optional<ZULTavNewton> newton;
 };
+
+using Solutions = std::vector<std::vector<double>>;
+
+/// Of an integer or boolean; NaN where it is not decided.
+inline double ValueOf(const ZULTaVoAny& value) {
+  if (const auto* boolean = ZULTaVoCast<ZULTaVoBoolean>(&value))
+    return boolean->IsTrue() ? 1 : boolean->IsFalse() ? 0 : NAN;
+  const auto* integer = ZULTaVoCast<ZULTaVoInteger>(&value);
+  return integer->GetLowerBound() == integer->GetUpperBound()
+             ? static_cast<double>(integer->GetLowerBound())
+             : NAN;
+}
+
+/// What is wrong with the solutions that the search reports of a model of integers and booleans;
+/// empty when nothing is. Each must be proven.
+/// @param seed      chooses among the options of the search
+/// @param expected  all solutions, in order
+inline std::string WrongSolutions(const std::string& text, std::uint64_t seed,
+                                  const Solutions& expected) {
+  TextModel read(text);
+  if (read.model == nullptr) return read.error + '\n' + text;
+  ZULTavSearch::Options options;
+  options.limits.solutions = ZULTavSearch::kUnlimited;
+  options.limits.nodes = 100000;
+  options.choice = static_cast<ZULTavSearch::VariableChoice>(seed % 5);
+  options.selection = static_cast<ZULTaVoAny::ValueSelection>(seed / 5 % 4);
+  options.reasoning = read.newton->GetReasoning();
+  ZULTavSearch search(read.model->Network(), read.declared, options);
+  Solutions found;
+  const auto outcome = search.Run([&](const ZULTavSolution& solution) {
+    found.emplace_back();
+    for (std::size_t i = 0; i < solution.GetSize(); ++i)
+      found.back().push_back(ValueOf(solution.GetValue(i)));
+    if (!solution.IsProven()) found.back().push_back(NAN);
+    return true;
+  });
+  if (outcome != ZULTavSearch::Outcome::kExhausted)
+    return "the search ends with outcome " + std::to_string(static_cast<int>(outcome)) + '\n' +
+           text;
+  std::sort(found.begin(), found.end());
+  if (found == expected) return {};
+  const auto first = std::mismatch(found.begin(), found.end(), expected.begin(), expected.end());
+  const bool isLost = first.first == found.end() ||
+                      (first.second != expected.end() && *first.second < *first.first);
+  std::string wrong = isLost ? "lost:" : "wrong, undecided, unproven or repeated:";
+  for (const double value : isLost ? *first.second : *first.first)
+    wrong += " " + (std::isnan(value) ? "?" : std::to_string(static_cast<long>(value)));
+  return wrong + '\n' + text;
+}
 
 inline std::uint64_t FromEnvironment(const char* name, std::uint64_t otherwise) {
   const char* text = std::getenv(name);
