@@ -14,6 +14,7 @@
 namespace {
 
 constexpr std::size_t kMaxName = 1 << 20;
+constexpr std::uint64_t kMaxRule = std::numeric_limits<std::underlying_type_t<ZULTaVoRule>>::max();
 constexpr std::uint64_t kMaxCount = std::numeric_limits<std::uint32_t>::max();
 
 /// Numbers descriptors in the order in which they are met.
@@ -63,6 +64,34 @@ Item* ReadItem(ZULipstream& in, const std::vector<Item*>& items) {
   return nullptr;
 }
 
+// Before an object stands a sum of what is known of it beside its value.
+constexpr std::uint64_t kIsConstant = 1;  // marked as a constant of its network
+constexpr std::uint64_t kIsInteger = 2;   // its exact number follows, an integer
+constexpr std::uint64_t kIsReal = 4;      // its exact number follows, a real
+
+std::uint64_t KindOf(const ZULTaVoConstant* number) {
+  return number == nullptr ? 0 : number->isInteger ? kIsInteger : kIsReal;
+}
+
+void WriteNumber(ZULopstream& out, const ZULTaVoConstant& number) {
+  if (number.isInteger) return out.WriteUnsigned(static_cast<std::uint64_t>(number.integer));
+  out << number.lower << number.upper;
+}
+
+ZULTaVoConstant ReadNumber(ZULipstream& in, bool isInteger) {
+  ZULTaVoConstant number;
+  number.isInteger = isInteger;
+  std::uint64_t integer = 0;
+  if (isInteger) {
+    in.ReadUnsigned(integer);
+    number.integer = static_cast<std::int64_t>(integer);
+  } else {
+    in >> number.lower >> number.upper;
+    if (!(number.lower <= number.upper)) in.Fail("a constant is no number");
+  }
+  return number;
+}
+
 bool ReadFlag(ZULipstream& in) {
   std::uint64_t flag = 0;
   in.ReadUnsigned(flag, 1);
@@ -77,16 +106,27 @@ std::vector<ZULTaVoAny*> ReadObjects(ZULipstream& in,
   in.ReadUnsigned(count, kMaxCount);
   for (; count > 0 && in.Good(); --count) {
     const ZULTaVoObjectDescriptor* type = ReadItem(in, types);
-    const bool constant = ReadFlag(in);
+    std::uint64_t known = 0;
+    in.ReadUnsigned(known, kIsConstant + kIsReal);
+    ZULTaVoConstant number;
+    if (known > kIsConstant) number = ReadNumber(in, (known & kIsInteger) != 0);
     ZULTaVoAny* object = in.Good() ? network.AddObject(type) : nullptr;
     if (object == nullptr) {
       in.Fail("a type has no values");
     } else if (in.ReadObject(*object)) {
-      if (constant) network.SetConstant(object);
+      if ((known & kIsConstant) != 0) network.SetConstant(object);
+      if (known > kIsConstant && !network.SetConstant(object, number)) in.Fail("out of memory");
       objects.push_back(object);
     }
   }
   return objects;
+}
+
+/// Whether a constraint of this type can have the rule: that of the type, or one that an operator
+/// replaces it by.
+bool CanMean(const ZULTaVoConstraintDescriptor& type, ZULTaVoRule rule) {
+  return rule == type.GetRule() ||
+         (rule == ZULTaVoRule::kQuotient && type.GetRule() == ZULTaVoRule::kProduct);
 }
 
 void ReadConstraints(ZULipstream& in, const std::vector<const ZULTaVoConstraintDescriptor*>& types,
@@ -95,12 +135,17 @@ void ReadConstraints(ZULipstream& in, const std::vector<const ZULTaVoConstraintD
   in.ReadUnsigned(count, kMaxCount);
   for (; count > 0 && in.Good(); --count) {
     const ZULTaVoConstraintDescriptor* type = ReadItem(in, types);
-    ZULTaVoObject* arguments[ZULTaVoConstraintDescriptor::kMaxArguments] = {};
-    std::uint64_t size = 0;
-    in.ReadUnsigned(size, ZULTaVoConstraintDescriptor::kMaxArguments);
-    for (std::size_t i = 0; i < size && in.Good(); ++i) arguments[i] = ReadItem(in, objects);
-    if (in.Good() && network.AddConstraint(type, arguments, static_cast<unsigned int>(size)) == 0)
-      in.Fail("a constraint does not take its arguments");
+    std::uint64_t rule = 0, size = 0;
+    in.ReadUnsigned(rule, kMaxRule);
+    in.ReadUnsigned(size, kMaxCount);
+    std::vector<ZULTaVoObject*> arguments;
+    for (; size > 0 && in.Good(); --size) arguments.push_back(ReadItem(in, objects));
+    const auto arity = static_cast<unsigned int>(arguments.size());
+    if (!in.Good()) return;
+    if (!CanMean(*type, static_cast<ZULTaVoRule>(rule)) ||
+        network.AddConstraint(type, arguments.data(), arity) == 0)
+      return in.Fail("a constraint does not take its arguments");
+    network.SetRule(network.GetNumberOfConstraints() - 1, static_cast<ZULTaVoRule>(rule));
   }
 }
 
@@ -135,7 +180,9 @@ void ZULTavModel::Write(ZULopstream& out) const {
     const ZULTaVoAny* object = mNetwork.GetObject(i);
     numbers.emplace(object, i);
     out.WriteUnsigned(types.NumberOf(mNetwork.GetType(object)));
-    out.WriteUnsigned(mNetwork.IsConstant(object));
+    const ZULTaVoConstant* number = mNetwork.GetConstant(object);
+    out.WriteUnsigned((mNetwork.IsConstant(object) ? kIsConstant : 0) + KindOf(number));
+    if (number != nullptr) WriteNumber(out, *number);
     out.WriteObject(*object);
   }
   for (std::size_t i = 0; i < mNetwork.GetNumberOfConstraints(); ++i)
@@ -144,6 +191,7 @@ void ZULTavModel::Write(ZULopstream& out) const {
   out.WriteUnsigned(mNetwork.GetNumberOfConstraints());
   for (std::size_t i = 0; i < mNetwork.GetNumberOfConstraints(); ++i) {
     out.WriteUnsigned(constraints.NumberOf(mNetwork.GetConstraint(i).GetDescriptor()));
+    out.WriteUnsigned(static_cast<std::uint64_t>(mNetwork.GetRule(i)));
     const auto arguments = mNetwork.GetArguments(i);
     out.WriteUnsigned(arguments.size());
     std::for_each(arguments.begin(), arguments.end(), writeNumber);

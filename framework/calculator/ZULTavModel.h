@@ -34,20 +34,22 @@ class ZULTAV_CALCULATOR_API ZULTavModel {
 
   static constexpr std::uint32_t kNone = 0xffffffffu;
 
-  /// A node of the expressions that the model states: an operator over operands, or a leaf (a
-  /// variable or a constant). Nodes lie in one vector, operands before the nodes that use them;
-  /// equal subexpressions are one node.
+  /// A node of the expressions that the model states: an operator over operands, the number of
+  /// truth values of a list that are true, or a leaf (a variable or a constant). Nodes lie in one
+  /// vector, operands before the nodes that use them; equal subexpressions are one node.
   struct Expression {
-    const ZULTaVoOperatorDescriptor* op = nullptr;  ///< null for a leaf
+    const ZULTaVoOperatorDescriptor* op = nullptr;  ///< null for a leaf and for a count
     /// The value in the network. Several nodes may have the same object: the node `e` of a
     /// statement `x = e` has the object of x where the types allow it, and a node that is asserted
     /// equal to a constant has an object that holds just this constant.
     ZULTaVoAny* object = nullptr;
-    /// Indices into Expressions(). Of a variable: its index in Variables() and in its `values`.
+    /// Indices into Expressions(). Of a variable: its index in Variables() and in its `values`. Of
+    /// a count: kNone and the place of its list.
     std::uint32_t operands[2] = {kNone, kNone};
 
     bool IsVariable() const { return op == nullptr && operands[0] != kNone; }
-    bool IsConstant() const { return op == nullptr && operands[0] == kNone; }
+    bool IsCount() const { return op == nullptr && !IsVariable() && operands[1] != kNone; }
+    bool IsConstant() const { return op == nullptr && !IsVariable() && !IsCount(); }
   };
 
   /// What the model states, `for`, `forall` and conjunctions taken apart.
@@ -59,7 +61,8 @@ class ZULTAV_CALCULATOR_API ZULTavModel {
       kLessOrEqual,
       kGreater,
       kGreaterOrEqual,
-      kTrue  ///< the boolean expression `left` is true; there is no `right`
+      kTrue,         ///< the boolean expression `left` is true; there is no `right`
+      kAllDifferent  ///< those of the list at `left` are pairwise different; there is no `right`
     };
     Kind kind = Kind::kTrue;
     std::uint32_t left = kNone;   ///< index into Expressions()
@@ -76,6 +79,10 @@ class ZULTAV_CALCULATOR_API ZULTavModel {
   /// In the order of declaration.
   const std::vector<Variable>& Variables() const { return mVariables; }
   const std::vector<Expression>& Expressions() const { return mExpressions; }
+  /// The list at a place that an expression or a statement names: indices into Expressions().
+  std::span<const std::uint32_t> List(std::uint32_t place) const {
+    return {&mLists[place + 1], mLists[place]};
+  }
   /// In the order of the source.
   const std::vector<Statement>& Statements() const { return mStatements; }
 
@@ -93,6 +100,7 @@ class ZULTAV_CALCULATOR_API ZULTavModel {
   ZULTaVoNetwork mNetwork;
   std::vector<Variable> mVariables;
   std::vector<Expression> mExpressions;
+  std::vector<std::uint32_t> mLists;  // each behind its length
   std::vector<Statement> mStatements;
 };
 

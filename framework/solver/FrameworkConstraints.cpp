@@ -1,6 +1,7 @@
 #include "framework/solver/FrameworkConstraints.h"
 
 #include <algorithm>
+#include <bitset>
 #include <cmath>
 #include <limits>
 #include <tuple>
@@ -71,6 +72,19 @@ class Step {
 
  private:
   ZULTaVoNetwork* mNetwork;
+};
+
+/// The operands of a constraint that takes any number of them.
+template <class T>
+class List {
+ public:
+  explicit List(const ZULTaVoObjectEnvironment& environment) : mEnvironment(environment) {}
+
+  unsigned int GetSize() const { return mEnvironment.GetNumberOfArguments() - 1; }
+  T& operator[](unsigned int i) const { return *static_cast<T*>(mEnvironment.GetArgument(i + 1)); }
+
+ private:
+  const ZULTaVoObjectEnvironment& mEnvironment;
 };
 
 // --- Functions --------------------------------------------------------------------------------
@@ -247,11 +261,97 @@ bool ReifiedUnequal(const Step& step, Any& a0, Any& a1, Boolean& a2) {
   return !a2.IsNil();
 }
 
+// --- Over lists -------------------------------------------------------------------------------
+
+/// Values that are pairwise different: removes each single one from all others, and so on with what
+/// becomes single thereby.
+class Differences {
+ public:
+  Differences(const Step& step, Scalar& a0, const List<Scalar>& others)
+      : mStep(step), mFirst(a0), mOthers(others) {}
+
+  bool Narrow() {
+    for (mChanged = true; mChanged;) {
+      mChanged = false;
+      for (unsigned int i = 0; i <= mOthers.GetSize(); ++i) {
+        if (IsRemoved(i) || !IsSingleValue(At(i))) continue;
+        if (i < mRemoved.size()) mRemoved.set(i);
+        for (unsigned int j = 0; j <= mOthers.GetSize(); ++j)
+          if (i != j && Remove(i, j) && !RemoveMore(j)) return false;
+      }
+    }
+    return true;
+  }
+
+ private:
+  Scalar& At(unsigned int i) const { return i == 0 ? mFirst : mOthers[i - 1]; }
+  bool IsRemoved(unsigned int i) const { return i < mRemoved.size() && mRemoved[i]; }
+
+  /// Removes the value of i from j; true where that changes j.
+  bool Remove(unsigned int i, unsigned int j) {
+    const int answer = At(j).CalcUnequalValue(At(i));
+    mStep.Took(answer, At(j));
+    mChanged = mChanged || answer != 0;
+    return answer != 0;
+  }
+  /// What lay inside the values of j when it was removed from all may now be a bound. False where j
+  /// has no value left.
+  bool RemoveMore(unsigned int j) {
+    for (unsigned int i = 0; i <= mOthers.GetSize() && !At(j).IsNil() && !IsSingleValue(At(j));)
+      i = i != j && IsRemoved(i) && Remove(i, j) ? 0 : i + 1;
+    return !At(j).IsNil();
+  }
+
+  const Step& mStep;
+  Scalar& mFirst;
+  const List<Scalar>& mOthers;
+  std::bitset<4096> mRemoved;  // of the first arguments: whose value was removed from all others
+  bool mChanged = false;
+};
+
+bool AllDifferent(const Step& step, Scalar& a0, const List<Scalar>& others) {
+  return Differences(step, a0, others).Narrow();
+}
+
+/// Keeps of x what lies from `lower` to `upper`, in that order. A domain that holds one value or
+/// Any keeps Any while several values are possible.
+bool KeepBetween(const Step& step, Integer& x, long lower, long upper) {
+  const long least = std::max(lower, x.GetLowerBound());
+  const long greatest = std::min(upper, x.GetUpperBound());
+  if (least == x.GetLowerBound() && greatest == x.GetUpperBound()) return true;
+  if (x.GetCardinality() == zultav::kSingleAny && least != greatest) return true;
+  if (least > greatest) {
+    x.SetNil();
+  } else if (least == greatest) {
+    x.SetExactValue(least);
+  } else {
+    x.SetLowerBound(least);
+    x.SetUpperBound(greatest);
+  }
+  return step.Took(1, x);
+}
+
+/// a0 is how many of x are true.
+bool Count(const Step& step, Integer& a0, const List<Boolean>& x) {
+  long certain = 0, possible = 0;
+  for (unsigned int i = 0; i < x.GetSize(); ++i) {
+    certain += x[i].IsTrue();
+    possible += !x[i].IsFalse();
+  }
+  if (!KeepBetween(step, a0, certain, possible)) return false;
+  const bool none = a0.GetUpperBound() == certain, all = a0.GetLowerBound() == possible;
+  for (unsigned int i = 0; certain < possible && (none || all) && i < x.GetSize(); ++i)
+    if (!IsSingleValue(x[i]) && !step.Took(all ? x[i].SetTrue() : x[i].SetFalse(), x[i]))
+      return false;
+  return true;
+}
+
 // --- The table --------------------------------------------------------------------------------
 
 constexpr int kOnce = ZULTaVoConstraintDescriptor::kIdempotent;
 constexpr int kRelation = ZULTaVoConstraintDescriptor::kRelation;
 constexpr int kWaits = ZULTaVoConstraintDescriptor::kWaitsForSingleValue;
+constexpr int kRepeats = ZULTaVoConstraintDescriptor::kRepeatsOperand;
 
 /// The filter of a constraint, what it says, and whether one call reaches its own fixpoint.
 template <class Rule>
@@ -305,6 +405,8 @@ ZULTAV_BODY(BooleanLess, kBooleanLess, 0,
             &Reified<&Scalar::CalcIsLess, &ImposeLess, &ImposeGreaterOrEqual, Scalar>)
 ZULTAV_BODY(BooleanLessOrEqual, kBooleanLessOrEqual, 0,
             &Reified<&Any::CalcIsLessOrEqual, &ImposeLessOrEqual, &ImposeGreater, Any>)
+ZULTAV_BODY(AllDifferent, kAllDifferent, kOnce | kRepeats, &AllDifferent)
+ZULTAV_BODY(Count, kCount, kRepeats, &Count)
 #undef ZULTAV_BODY
 
 /// Casts the arguments to what the filter takes and calls it.
@@ -322,6 +424,22 @@ int Run(bool (*narrow)(const Step&, A&...), const ZULTaVoObjectEnvironment& envi
   (std::index_sequence_for<A...>{});
 }
 
+template <class A, class T>
+int Run(bool (*narrow)(const Step&, A&, const List<T>&),
+        const ZULTaVoObjectEnvironment& environment) {
+  auto* result = ZULTaVoCast<A>(environment.GetArgument(0));
+  if (result == nullptr || environment.GetNumberOfArguments() < 2) return kFilterBadArguments;
+  bool isNil = result->IsNil() != 0;
+  for (unsigned int i = 1; i < environment.GetNumberOfArguments(); ++i) {
+    const ZULTaVoObject* argument = environment.GetArgument(i);
+    if (!environment.AreArgumentsChecked() && ZULTaVoCast<const T>(argument) == nullptr)
+      return kFilterBadArguments;
+    isNil = isNil || static_cast<const T*>(argument)->IsNil();
+  }
+  return !isNil && narrow(Step(environment), *result, List<T>(environment)) ? kFilterConsistent
+                                                                            : kFilterContradiction;
+}
+
 /// Announces the arguments: operands first, result last.
 template <class... A>
 void Announce(bool (*)(const Step&, A&...), ZULTaVoConstraintDescriptor& descriptor) {
@@ -330,6 +448,12 @@ void Announce(bool (*)(const Step&, A&...), ZULTaVoConstraintDescriptor& descrip
   for (std::size_t i = 1; i < sizeof...(A); ++i)
     descriptor.AddArgument(kNames[i], types[i], ZULTaVoConstraint::kDefaultPriority);
   descriptor.AddArgument(kNames[0], types[0], ZULTaVoConstraint::kDefaultPriority);
+}
+
+template <class A, class T>
+void Announce(bool (*)(const Step&, A&, const List<T>&), ZULTaVoConstraintDescriptor& descriptor) {
+  descriptor.AddArgument("Values", T::sDescriptor, ZULTaVoConstraint::kDefaultPriority);
+  descriptor.AddArgument("Result", A::sDescriptor, ZULTaVoConstraint::kDefaultPriority);
 }
 
 }  // namespace

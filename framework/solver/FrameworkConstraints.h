@@ -20,7 +20,7 @@ class ZULTAV_TYPES_API ZULTaVoFrameworkConstraint final
   int Filter(const ZULTaVoObjectEnvironment& environment, int event) override;
 };
 
-/// X(name, arguments): every constraint of the framework.
+/// X(name, announced arguments): every constraint of the framework.
 #define ZULTAV_FRAMEWORK_CONSTRAINTS(X) \
   X(Addition, 3)                        \
   X(Multiplication, 3)                  \
@@ -31,6 +31,7 @@ class ZULTAV_TYPES_API ZULTaVoFrameworkConstraint final
   X(UnequalTernary, 3)                  \
   X(LessTernary, 3)                     \
   X(LessOrEqualTernary, 3)              \
+  X(AllDifferent, 2)                    \
   X(Minimum, 3)                         \
   X(Maximum, 3)                         \
   X(BooleanEqual, 3)                    \
@@ -38,6 +39,7 @@ class ZULTAV_TYPES_API ZULTaVoFrameworkConstraint final
   X(BooleanLess, 3)                     \
   X(BooleanLessOrEqual, 3)              \
   X(BooleanNegation, 2)                 \
+  X(Count, 2)                           \
   X(NumberNegation, 2)                  \
   X(Absolute, 2)                        \
   X(Signum, 2)                          \

@@ -1,5 +1,6 @@
 #include "framework/solver/ZULTaVoConstraint.h"
 
+#include <algorithm>
 #include <istream>
 #include <ostream>
 
@@ -50,8 +51,11 @@ int ZULTaVoConstraint::ChangePriority(ZULTaVoNetwork* network, unsigned short pr
 }
 
 int ZULTaVoObjectEnvironment::IsArgumentConstant(const ZULTaVoObject* object) const {
-  for (unsigned int i = 0; i < mCount; ++i)
+  constexpr unsigned int kBits = 32;
+  for (unsigned int i = 0; i < std::min(mCount, kBits); ++i)
     if (mArguments[i] == object && object != nullptr)
       return static_cast<int>((mConstants >> i) & 1U);
-  return 0;
+  if (mCount <= kBits || mNetwork == nullptr || !mNetwork->IsConstant(object)) return 0;
+  return static_cast<int>(std::find(mArguments + kBits, mArguments + mCount, object) !=
+                          mArguments + mCount);
 }

@@ -46,6 +46,7 @@ void ZULTaVoConstraintDescriptor::PrintOn(std::ostream& out) const {
   for (unsigned int i = 0; i < mCount; ++i) {
     out << (i == 0 ? "" : ", ") << mArguments[i].name.Str();
     if (mArguments[i].type != nullptr) out << ": " << mArguments[i].type->GetName();
+    if ((mFlags & kRepeatsOperand) != 0 && i + 2 == mCount) out << ", …";
   }
   out << ')';
 }

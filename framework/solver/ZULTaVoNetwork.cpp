@@ -147,12 +147,8 @@ void ZULTaVoNetwork::SetConstant(const ZULTaVoObject* object) {
   Node* node = FindNode(object);
   if (node == nullptr) return;
   node->constant = true;
-  for (std::uint32_t edge = node->firstEdge; edge != kNone; edge = mEdges[edge].next) {
-    Link& link = mLinks[mEdges[edge].link];
-    for (unsigned int i = 0; i < link.count; ++i)
-      if (link.arguments[i] == object)
-        link.constants = static_cast<std::uint8_t>(link.constants | 1U << i);
-  }
+  for (std::uint32_t edge = node->firstEdge; edge != kNone; edge = mEdges[edge].next)
+    mLinks[mEdges[edge].link].constants = true;
 }
 
 bool ZULTaVoNetwork::IsConstant(const ZULTaVoObject* object) const {
@@ -195,16 +191,16 @@ std::size_t ZULTaVoNetwork::GetMemoryUsed() const {
 
 int ZULTaVoNetwork::AddConstraint(const ZULTaVoConstraintDescriptor* type,
                                   ZULTaVoObject* const* arguments, unsigned int count) {
-  if (type == nullptr || count == 0 || count != type->GetNumberOfArguments() ||
+  if (type == nullptr || count == 0 || !type->TakesNumberOfArguments(count) ||
       mLinks.size() >= kNone)
     return 0;
   bool checked = true;
-  std::uint8_t constants = 0;
+  bool constants = false;
   for (unsigned int i = 0; i < count; ++i) {
     const Node* node = FindNode(arguments[i]);
     const ZULTaVoObjectDescriptor* wanted = type->GetArgument(i).type;
     if (node == nullptr || (wanted != nullptr && !wanted->IsMatched(node->type))) return 0;
-    if (node->constant) constants = static_cast<std::uint8_t>(constants | 1U << i);
+    constants = constants || node->constant;
     checked = checked && wanted != nullptr;
   }
 
@@ -222,31 +218,34 @@ int ZULTaVoNetwork::AddConstraint(const ZULTaVoConstraintDescriptor* type,
   std::copy_n(arguments, count, copied);
   constraint->ChangePriority(nullptr, type->GetPriority());
   const auto link = static_cast<std::uint32_t>(mLinks.size());
-  mLinks.push_back({constraint, copied, kNone, static_cast<std::uint8_t>(count), constants, queue,
-                    type->GetRule(), false, checked, false, false, false});
-  for (unsigned int i = 0; i < count; ++i)
-    if (std::find(copied, copied + i, copied[i]) == copied + i) Depend(*NodeOf(copied[i]), link);
-  Spare(mLinks[link], type->GetFlags());
+  mLinks.push_back({constraint, copied, kNone, count, queue, type->GetRule(), false, constants,
+                    checked, false, false, false});
+  const std::size_t edges = mEdges.size();
+  for (unsigned int i = 0; i < count; ++i) Depend(*NodeOf(copied[i]), link);
+  Spare(mLinks[link], type->GetFlags(), mEdges.size() - edges);
   constraint->Activate(this);
   Schedule(link);
   return 1;
 }
 
-/// Works out which calls the constraint can be spared with these arguments.
-void ZULTaVoNetwork::Spare(Link& link, int flags) {
+/// Works out which calls the constraint can be spared with these arguments, so many of them
+/// distinct.
+void ZULTaVoNetwork::Spare(Link& link, int flags, std::size_t distinct) {
   const bool relation = (flags & ZULTaVoConstraintDescriptor::kRelation) != 0 && link.count > 2 &&
                         link.arguments[0] == link.arguments[link.count - 1];
   link.waits = relation && (flags & ZULTaVoConstraintDescriptor::kWaitsForSingleValue) != 0;
-  link.idempotent = relation || (flags & ZULTaVoConstraintDescriptor::kIdempotent) != 0;
-  ZULTaVoObject** const end = link.arguments + link.count - (relation ? 1 : 0);
-  for (ZULTaVoObject** at = link.arguments; at != end && link.idempotent; ++at)
-    link.idempotent = NodeOf(*at)->real == nullptr &&
-                      NodeOf(*at)->type == NodeOf(link.arguments[0])->type &&
-                      std::find(link.arguments, at, *at) == at;
+  link.idempotent =
+      (relation || (flags & ZULTaVoConstraintDescriptor::kIdempotent) != 0) &&
+      distinct == link.count - (relation ? 1 : 0) &&
+      std::all_of(link.arguments, link.arguments + link.count, [&](const ZULTaVoObject* object) {
+        return NodeOf(object)->real == nullptr &&
+               NodeOf(object)->type == NodeOf(link.arguments[0])->type;
+      });
 }
 
-/// Enters the link in the node's list of dependents, at its end, where there is room.
+/// Enters the link in the node's list of dependents, once and at its end, where there is room.
 void ZULTaVoNetwork::Depend(Node& node, std::uint32_t link) {
+  if (node.lastEdge != kNone && mEdges[node.lastEdge].link == link) return;
   node.single = IsSingleValue(*node.Object());
   const auto edge = static_cast<std::uint32_t>(mEdges.size());
   mEdges.push_back({link, kNone});
@@ -375,7 +374,8 @@ void ZULTaVoNetwork::PropagateValue(const ZULTaVoObject* object) {
   Node* node = nullptr;
   if (mRunning != kNoLink) {
     const Link& link = mLinks[mRunning];
-    for (unsigned int i = 0; i < link.count && node == nullptr; ++i)
+    const unsigned int few = std::min(link.count, ZULTaVoConstraintDescriptor::kMaxArguments);
+    for (unsigned int i = 0; i < few && node == nullptr; ++i)
       if (link.arguments[i] == object) node = NodeOf(object);
   }
   if (node == nullptr) node = FindNode(object);
@@ -398,6 +398,14 @@ void ZULTaVoNetwork::PropagateValue(const ZULTaVoObject* object) {
 bool ZULTaVoNetwork::HasSingleArgument(const Link& link) const {
   return std::any_of(link.arguments, link.arguments + link.count,
                      [](const ZULTaVoObject* object) { return NodeOf(object)->single; });
+}
+
+/// A bit for each of the first arguments that is a constant.
+unsigned int ZULTaVoNetwork::ConstantsOf(const Link& link) {
+  unsigned int constants = 0;
+  for (unsigned int i = 0; link.constants && i < std::min(link.count, 32U); ++i)
+    if (NodeOf(link.arguments[i])->constant) constants |= 1U << i;
+  return constants;
 }
 
 /// A change from outside ends the passivity of a constraint.
@@ -475,7 +483,7 @@ void ZULTaVoNetwork::ClearQueue() {
 
 ZULTaVoNetwork::Status ZULTaVoNetwork::RunFilter(std::uint32_t index) {
   const Link link = mLinks[index];  // a filter may add constraints, which moves the list
-  const ZULTaVoObjectEnvironment environment(this, link.arguments, link.count, link.constants,
+  const ZULTaVoObjectEnvironment environment(this, link.arguments, link.count, ConstantsOf(link),
                                              link.checked);
   const std::size_t saved = mTrail.size();
   if (!SaveArguments(link)) return Status::kOutOfMemory;

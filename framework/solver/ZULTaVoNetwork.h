@@ -58,8 +58,8 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   /// The number that was noted; null if none was. Valid until the next one is noted.
   const ZULTaVoConstant* GetConstant(const ZULTaVoObject* object) const;
   /// Adds a constraint over objects of this network, numbered as the environment numbers them
-  /// (0 the result), and schedules it. Answers 1, or 0 when the arguments do not match the
-  /// descriptor, are not this network's, or memory ran out.
+  /// (0 the result; as many as the descriptor takes), and schedules it. Answers 1, or 0 when the
+  /// arguments do not match the descriptor, are not this network's, or memory ran out.
   int AddConstraint(const ZULTaVoConstraintDescriptor* type, ZULTaVoObject* const* arguments,
                     unsigned int count);
 
@@ -141,11 +141,11 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
     ZULTaVoConstraint* constraint;
     ZULTaVoObject** arguments;
     std::uint32_t next;
-    std::uint8_t count;
-    std::uint8_t constants;
+    std::uint32_t count;
     std::uint8_t queue;
     ZULTaVoRule rule;
     bool queued;
+    bool constants;   // some of its arguments are constants
     bool checked;     // its arguments match its descriptor
     bool idempotent;  // its own changes need not call it again
     bool waits;       // it can do nothing before an argument is a single value
@@ -183,7 +183,7 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   void Depend(Node& node, std::uint32_t link);
 
   bool FindQueue(unsigned short priority, std::uint8_t& queue);
-  void Spare(Link& link, int flags);
+  void Spare(Link& link, int flags, std::size_t distinct);
   void Schedule(std::uint32_t index);
   void Enqueue(std::uint32_t index);
   void Unschedule(std::uint32_t index);
@@ -191,6 +191,7 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   bool HasScheduled() const;
   void ClearQueue();
   bool HasSingleArgument(const Link& link) const;
+  static unsigned int ConstantsOf(const Link& link);
   void Wake(std::uint32_t index, const ZULTaVoObject* object);
   static bool HasChanged(Node& node);
   bool WorthPropagating(Node& node) const;

@@ -10,7 +10,8 @@ class ZULTaVoObject;
 /// result, 1, 2, … are the operands.
 class ZULTAV_TYPES_API ZULTaVoObjectEnvironment {
  public:
-  /// @param constants  bit i is set when argument i is a constant
+  /// @param constants  bit i is set when argument i, one of the first 32, is a constant; the
+  ///                   network is asked about those after them
   /// @param checked    the arguments are known to match the constraint's descriptor
   ZULTaVoObjectEnvironment(ZULTaVoNetwork* network, ZULTaVoObject* const* arguments,
                            unsigned int count, unsigned int constants = 0, bool checked = false)

@@ -6,6 +6,15 @@
 
 namespace {
 
+std::string ExpressionText(const ZULTavModel& model, std::uint32_t index);
+
+std::string ListText(const ZULTavModel& model, std::uint32_t place) {
+  std::string text;
+  for (const std::uint32_t term : model.List(place))
+    text += (text.empty() ? "" : ", ") + ExpressionText(model, term);
+  return text;
+}
+
 /// With every application in parentheses, such as "((x ^ 2) + y)".
 std::string ExpressionText(const ZULTavModel& model, std::uint32_t index) {
   const auto& node = model.Expressions()[index];
@@ -20,6 +29,7 @@ std::string ExpressionText(const ZULTavModel& model, std::uint32_t index) {
     node.object->PrintOn(out);
     return out.str();
   }
+  if (node.IsCount()) return "count(" + ListText(model, node.operands[1]) + ")";
   const std::string name = node.op->GetName();
   if (node.op->GetNumberOfArguments() == 0) return name;
   const std::string first = ExpressionText(model, node.operands[0]);
@@ -41,6 +51,10 @@ std::string Reading::StatementText() const {
   constexpr const char* kSigns[] = {" = ", " <> ", " < ", " <= ", " > ", " >= "};
   std::string text;
   for (const auto& statement : model->Statements()) {
+    if (statement.kind == ZULTavModel::Statement::Kind::kAllDifferent) {
+      text += "alldifferent(" + ListText(*model, statement.left) + "); ";
+      continue;
+    }
     text += ExpressionText(*model, statement.left);
     if (statement.kind != ZULTavModel::Statement::Kind::kTrue)
       text += kSigns[static_cast<std::size_t>(statement.kind)] +

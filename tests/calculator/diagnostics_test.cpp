@@ -77,10 +77,12 @@ TEST(DiagnosticsTest, EveryFaultIsNamedWhereItStands) {
       {"for x in 1..2 : y = x;",                   "1:5",  {"'x' has a meaning already"}                                         },
       {"\nlet n = 1;\nlet n = 2;",                 "3:5",  {"it was introduced in line 3"}                                       },
  // Types
+      {"x = int(p < q);",                          "1:11", {"no truth value"}                                                    },
+      {"let k = int(PrimeNumber(7));",             "1:9",  {"cannot be decided while the model is read"}                         },
       {"x = y + p;",
        "1:7",                                              {"no operator '+' takes 'interval int' and 'single bool'",
         "candidate: + (single int, single int) -> single int", "more of that name",
-        "'n : int = [0, 1];'"}                                                                                      },
+        "'int(…)' is 1 where it is true"}                                                                         },
       {"p && 1;",                                  "1:6",  {"this is the integer 1"}                                             },
       {"p || 1;",
        "1:3",                                              {"takes 'single bool' and the integer 1",

@@ -68,10 +68,15 @@ TEST(ExpressionsTest, LoopsAndAggregatesAreWrittenOut) {
       {"p -> forall(i in -1..1) v[i]; forall(v, a < b); exists(v);",
        "(p -> ((v[-1] && v[0]) && v[1])); v[-1]; v[0]; v[1]; a < b; ((v[-1] || v[0]) || v[1]); "                                             },
       {"forall(i in 1..0) v[i]; ~exists(i in 1..0) v[i];",                             ""                                                    },
-      {"alldifferent(i in 0..2) (u[i] + i);",
-       "(u[0] + 0) <> (u[1] + 1); (u[0] + 0) <> (u[2] + 2); (u[1] + 1) <> (u[2] + 2); "                                                      },
+      {"alldifferent(i in 0..2) (u[i] + i);",                                          "alldifferent((u[0] + 0), (u[1] + 1), (u[2] + 2)); "  },
       {"p == alldifferent(a, b, c);",                                                  "(p == (((a <<>> b) && (a <<>> c)) && (b <<>> c))); " },
-      {"alldifferent(1, 2, a);",                                                       "1 <> a; 2 <> a; "                                    },
+      {"alldifferent(1, 2, a); alldifferent(a, b); alldifferent(1, 2, 3);",
+       "alldifferent(1, 2, a); a <> b; "                                                                                                     },
+      {"alldifferent(a, b, w); alldifferent(x, a, y);",
+       "a <> b; a <> w; b <> w; x <> a; x <> y; a <> y; "                                                                                    },
+      {"sum(p, a << b) = 1; sum(v) + int(p) = 2 * (int) p;",
+       "count(p, (a << b)) = [1,1]; (count(v[-1], v[0], v[1]) + count(p)) = ([2,2] * count(p)); "                                            },
+      {"w = sum(i in 1..n) (i == 2) + int(n >> 5);",                                    "w = [1,1]; "                                         },
   });
 }
 

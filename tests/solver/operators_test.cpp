@@ -195,6 +195,58 @@ TEST(OperatorTest, ConstraintsCarryTheirRules) {
   }
 }
 
+TEST(FrameworkConstraintTest, TakesListsOfAnyLength) {
+  const struct {
+    const char* name;
+    Texts types;  // of the result, then of all operands
+    Texts before, after;
+  } rows[] = {
+      {"AllDifferent", {II, II}, {"1,3", "2", "1,2", "2,9"}, {"3", "2", "1", "4,9"}  },
+      {"AllDifferent", {II, II}, {"7", "1,9", "7"},          {}                      },
+      {"AllDifferent", {SI, SI}, {"Any", "4", "5"},          {"Any", "4", "5"}       },
+      {"AllDifferent", {SB, SB}, {"Any", "1"},               {"0", "1"}              },
+      {"Count",        {II, SB}, {"Any", "1", "Any", "0"},   {"1,2", "1", "Any", "0"}},
+      {"Count",        {II, SB}, {"3,9", "1", "Any", "Any"}, {"3", "1", "1", "1"}    },
+      {"Count",        {SI, SB}, {"1", "Any", "1", "Any"},   {"1", "0", "1", "0"}    },
+      {"Count",        {SI, SB}, {"Any", "Any", "1", "1"},   {"Any", "Any", "1", "1"}},
+      {"Count",        {SI, SB}, {"Any", "0", "1", "1"},     {"2", "0", "1", "1"}    },
+      {"Count",        {II, SB}, {"3,9", "1", "0", "Any"},   {}                      },
+  };
+  for (const auto& row : rows) {
+    World world;
+    std::vector<ZULTaVoAny*> values;
+    for (const char* text : row.before)
+      values.push_back(world.Add(row.types[values.empty() ? 0 : 1], text));
+    SCOPED_TRACE(row.name);
+    ASSERT_TRUE(world.Post(row.name, {values.begin(), values.end()}));
+    const bool consistent = world.network.Propagate() == Status::kConsistent;
+    EXPECT_EQ(consistent ? ShowAll(values) : Shown(), Shown(row.after.begin(), row.after.end()));
+  }
+  World world;
+  constexpr long kMany = 200;
+  std::vector<ZULTaVoObject*> many;
+  for (long i = kMany; i > 0; --i)
+    many.push_back(world.Add(II, ("1," + std::to_string(i)).c_str()));
+  ASSERT_TRUE(world.Post("AllDifferent", many));
+  EXPECT_FALSE(world.Post("AllDifferent", {many[0]})) << "too few";
+  many[1] = world.Add(SB);
+  EXPECT_FALSE(world.Post("AllDifferent", {many[1], many[0], nullptr}));
+  EXPECT_FALSE(world.Post("Count", many)) << "an operand is no truth value";
+  EXPECT_EQ(world.network.Propagate(), Status::kConsistent);
+  EXPECT_EQ(Show(*static_cast<ZULTaVoAny*>(many[0])), std::to_string(kMany));
+
+  const ZULTaVoObjectEnvironment environment(&world.network, many.data(), kMany, 1U);
+  world.network.SetConstant(many[kMany - 1]);
+  const std::pair<std::size_t, int> places[] = {
+      {0,         1},
+      {1,         0},
+      {40,        0},
+      {kMany - 1, 1},
+  };
+  for (const auto& [place, expected] : places)
+    EXPECT_EQ(environment.IsArgumentConstant(many[place]), expected) << place;
+}
+
 TEST(FrameworkConstraintTest, RefusesMissingForeignAndNilArguments) {
   World world;
   std::set<ZULTaVoRule> rules = {ZULTaVoRule::kNone};

@@ -187,6 +187,8 @@ void Interpreter::CheckOperand(const Operation& operation, const Value& operand)
 
 Value Interpreter::Operate(const Operation& operation, const Value* operands, unsigned int count,
                            const Value* target) {
+  if (operation.name == mIntegerConversion && count == 1 && AreTruths(operands, 1))
+    return Count({operands[0]}, operation.span, target);
   bool constant = count > 0;
   for (unsigned int i = 0; i < count; ++i) {
     CheckOperand(operation, operands[i]);
@@ -243,6 +245,26 @@ Value Interpreter::EvaluateComprehension(const Comprehension& comprehension, Spa
   return Combine(comprehension.aggregate, CollectTerms(comprehension), span, target);
 }
 
+bool Interpreter::AreTruths(const Value* terms, std::size_t count) const {
+  return std::all_of(terms, terms + count, [this](const Value& term) {
+    return term.IsConstant() ? term.constant.IsBoolean() : mBuilder.IsBoolean(term);
+  });
+}
+
+/// How many of the terms, all of them truth values, are true.
+Value Interpreter::Count(const std::vector<Value>& terms, Span span, const Value* target) {
+  std::int64_t known = 0;
+  std::size_t constants = 0;
+  for (const Value& term : terms) {
+    CheckOperand(OperationOf(Op::kAnd, span), term);
+    constants += term.IsConstant();
+    known += term.IsConstant() && term.constant.IsTrue();
+  }
+  if (constants == terms.size()) return Value::Of(Constant::Integer(known), span);
+  if (mConstantOnly > 0) Fail(span, "this truth value cannot be decided while the model is read");
+  return mBuilder.Count(terms, span, target);
+}
+
 /// Folds the terms pairwise, so that what depends on all of them lies only a few operators away
 /// from each.
 Value Interpreter::Combine(Aggregate aggregate, std::vector<Value> terms, Span span,
@@ -257,6 +279,8 @@ Value Interpreter::Combine(Aggregate aggregate, std::vector<Value> terms, Span s
       }
     terms = std::move(pairs);
   }
+  if (aggregate == Aggregate::kSum && !terms.empty() && AreTruths(terms.data(), terms.size()))
+    return Count(terms, span, target);
   if (terms.empty()) {
     switch (aggregate) {
       case Aggregate::kSum:

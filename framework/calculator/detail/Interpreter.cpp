@@ -13,6 +13,7 @@ Interpreter::Interpreter(ModelBuilder& builder, Registry& registry, NameTable& n
     : mBuilder(builder), mRegistry(registry), mNames(names), mLimits(limits) {
   for (const OperatorSign& sign : kOperatorSigns)
     mSignNames[static_cast<std::size_t>(sign.op)] = names.Intern(sign.text);
+  mIntegerConversion = names.Intern("(int)");
 }
 
 // --- Names ------------------------------------------------------------------------------------
@@ -399,6 +400,7 @@ void Interpreter::AssertValue(const Value& value, NodeRange range) {
 }
 
 void Interpreter::AssertAllDifferent(const std::vector<Value>& terms, Span span) {
+  if (terms.size() > 2 && mBuilder.StateAllDifferent(terms, span, mLine)) return;
   const Operation unequal = OperationOf(Op::kUnequal, span);
   for (std::size_t i = 0; i < terms.size(); ++i)
     for (std::size_t j = i + 1; j < terms.size(); ++j) {

@@ -81,6 +81,8 @@ class Interpreter {
   std::vector<Value> CollectTerms(const Comprehension& comprehension);
   void AddTerm(std::vector<Value>& terms, const Value& value);
   void SpreadInto(std::vector<Value>& terms, const Value& value);
+  bool AreTruths(const Value* terms, std::size_t count) const;
+  Value Count(const std::vector<Value>& terms, Span span, const Value* target);
   Value Combine(Aggregate aggregate, std::vector<Value> terms, Span span, const Value* target);
   Value Operate(const Operation& operation, const Value* operands, unsigned int count,
                 const Value* target);
@@ -112,6 +114,7 @@ class Interpreter {
   std::vector<Value> mConstants;
   std::map<std::uint32_t, Definition> mDefinitions;  // by name
   std::array<std::uint32_t, kOperatorSigns.size()> mSignNames = {};
+  std::uint32_t mIntegerConversion = 0;  // a name
   std::vector<Value> mStack;
   std::uint32_t mLine = 0;
   unsigned int mConstantOnly = 0;

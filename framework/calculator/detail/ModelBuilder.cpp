@@ -7,6 +7,7 @@
 #include <new>
 #include <sstream>
 
+#include "framework/solver/FrameworkConstraints.h"
 #include "framework/solver/ZULTaVoBoolean.h"
 #include "framework/solver/ZULTaVoInteger.h"
 #include "framework/solver/ZULTaVoReal.h"
@@ -312,8 +313,9 @@ void ModelBuilder::FailToResolve(const Operation& operation, const Value* operan
     return value.IsConstant() ? value.constant.IsBoolean() : IsBoolean(value);
   };
   if (computes && std::any_of(operands, operands + count, isTruth))
-    notes.insert(notes.begin(),
-                 "a truth value is no number; to count with it declare 'n : int = [0, 1];'");
+    notes.insert(
+        notes.begin(),
+        "a truth value is no number; 'int(…)' is 1 where it is true and 0 where it is not");
   Fail(operation.span, message, notes);
 }
 
@@ -358,8 +360,8 @@ void ModelBuilder::Enter(std::uint32_t expression, std::uint32_t hash) {
 }
 
 /// An object of the network that may be the result: that of the target, or a new one.
-ZULTaVoAny* ModelBuilder::ResultObject(const Application& application, const Value* target) {
-  const Type type = application.op->GetResultType();
+ZULTaVoAny* ModelBuilder::ResultObject(Type type, std::span<const std::uint32_t> operands,
+                                       const Value* target) {
   if (target != nullptr) {
     const Type literal =
         target->IsConstant() ? mRegistry.ChooseTypes(target->constant, type)[0] : TypeOf(*target);
@@ -367,18 +369,23 @@ ZULTaVoAny* ModelBuilder::ResultObject(const Application& application, const Val
       ZULTaVoAny* object =
           ObjectOf(target->IsConstant() ? LeafFor(*target, literal) : target->index);
       // A constraint that narrows the same object twice is weaker than one with a variable between.
-      bool isOperand = false;
-      for (unsigned int i = 0; i < application.count; ++i)
-        isOperand = isOperand || ObjectOf(application.operands[i]) == object;
+      const bool isOperand =
+          std::any_of(operands.begin(), operands.end(),
+                      [&](std::uint32_t operand) { return ObjectOf(operand) == object; });
       if (!isOperand) return object;
     }
   }
   return NewObject(type);
 }
 
-void ModelBuilder::Post(const Application& application, ZULTaVoAny* result, Span span) {
-  if (++mOperations > mLimits.operations)
+void ModelBuilder::CountOperations(std::size_t operations, Span span) {
+  mOperations += operations;
+  if (mOperations > mLimits.operations)
     Fail(span, "more operations than the limit of " + std::to_string(mLimits.operations));
+}
+
+void ModelBuilder::Post(const Application& application, ZULTaVoAny* result, Span span) {
+  CountOperations(1, span);
   ZULTaVoObject* operands[2] = {nullptr, nullptr};
   for (unsigned int i = 0; i < application.count; ++i)
     operands[i] = ObjectOf(application.operands[i]);
@@ -393,7 +400,8 @@ Value ModelBuilder::Apply(const Operation& operation, const Value* operands, uns
   const std::uint32_t hash = HashOf(application);
   if (const std::uint32_t known = Find(application, hash); known != kNone)
     return Value::OfExpression(known, operation.span);
-  ZULTaVoAny* object = ResultObject(application, target);
+  ZULTaVoAny* object =
+      ResultObject(application.op->GetResultType(), {application.operands, count}, target);
   Post(application, object, operation.span);
   const std::uint32_t index = Append({
       application.op, object, {application.operands[0], application.operands[1]}
@@ -409,6 +417,43 @@ Value ModelBuilder::ApplyToConstants(const Operation& operation, const Value* op
   const Value result = Apply(operation, operands, count, nullptr);
   if (result.index >= known) Compute(result);
   return result;
+}
+
+void ModelBuilder::PostList(const ZULTaVoObjectDescriptor* constraint,
+                            const std::vector<ZULTaVoObject*>& arguments, Span span) {
+  CountOperations(arguments.size(), span);
+  if (!mModel.mNetwork.AddConstraint(static_cast<const ZULTaVoConstraintDescriptor*>(constraint),
+                                     arguments.data(), static_cast<unsigned int>(arguments.size())))
+    throw std::bad_alloc();
+}
+
+std::uint32_t ModelBuilder::AppendList(const std::vector<std::uint32_t>& expressions) {
+  std::vector<std::uint32_t>& lists = mModel.mLists;
+  if (expressions.size() >= kNone - lists.size()) throw std::bad_alloc();
+  const auto place = static_cast<std::uint32_t>(lists.size());
+  lists.push_back(static_cast<std::uint32_t>(expressions.size()));
+  lists.insert(lists.end(), expressions.begin(), expressions.end());
+  return place;
+}
+
+Value ModelBuilder::Count(const std::vector<Value>& terms, Span span, const Value* target) {
+  std::vector<std::uint32_t> list;
+  for (const Value& term : terms)
+    list.push_back(term.IsExpression()
+                       ? term.index
+                       : LeafFor(term, mRegistry.ChooseTypes(term.constant, nullptr)[0]));
+  const auto [known, isNew] = mCounts.try_emplace(list, kNone);
+  if (isNew) {
+    const Type type = mRegistry.ChooseTypes(Constant::Integer(0), nullptr)[0];
+    ZULTaVoAny* result = ResultObject(type, list, target);
+    std::vector<ZULTaVoObject*> arguments = {result};
+    for (const std::uint32_t expression : list) arguments.push_back(ObjectOf(expression));
+    PostList(ZULTaVoCountConstraint::sDescriptor, arguments, span);
+    known->second = Append({
+        nullptr, result, {kNone, AppendList(list)}
+    });
+  }
+  return Value::OfExpression(known->second, span);
 }
 
 void ModelBuilder::Compute(const Value& value) {
@@ -478,6 +523,35 @@ void ModelBuilder::StateTrue(const Operation& equality, const Value& value, std:
   if (ObjectOf(application.operands[0]) != ObjectOf(application.operands[1]))
     RelateResolved(equality, application, false);
   mModel.mStatements.push_back({StatementKind::kTrue, application.operands[0], kNone, line});
+}
+
+/// The type of integers that all terms have or, being literals, can have; null if there is none.
+ModelBuilder::Type ModelBuilder::CommonIntegerType(const std::vector<Value>& terms) const {
+  Type type = nullptr;
+  for (const Value& term : terms)
+    if (term.IsExpression()) type = TypeOf(term);
+  if (!ZULTaVoInteger::sDescriptor->IsMatched(type)) return nullptr;
+  const bool fit = std::all_of(terms.begin(), terms.end(), [&](const Value& term) {
+    if (term.IsExpression()) return TypeOf(term) == type;
+    return term.IsConstant() && term.constant.IsInteger() &&
+           mRegistry.ChooseTypes(term.constant, type)[0] == type;
+  });
+  return fit ? type : nullptr;
+}
+
+bool ModelBuilder::StateAllDifferent(const std::vector<Value>& terms, Span span,
+                                     std::uint32_t line) {
+  const Type type = CommonIntegerType(terms);
+  if (type == nullptr) return false;
+  std::vector<std::uint32_t> list;
+  std::vector<ZULTaVoObject*> arguments;
+  for (const Value& term : terms) {
+    list.push_back(term.IsExpression() ? term.index : LeafFor(term, type));
+    arguments.push_back(ObjectOf(list.back()));
+  }
+  PostList(ZULTaVoAllDifferentConstraint::sDescriptor, arguments, span);
+  mModel.mStatements.push_back({StatementKind::kAllDifferent, AppendList(list), kNone, line});
+  return true;
 }
 
 }  // namespace zultav::detail

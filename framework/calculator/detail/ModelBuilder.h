@@ -109,6 +109,8 @@ class ModelBuilder {
               const Value* target);
   /// As Apply, and computes the result, so that what follows knows it. Fails where there is none.
   Value ApplyToConstants(const Operation& operation, const Value* operands, unsigned int count);
+  /// How many of the terms, all of them truth values, are true; `target` as in Apply.
+  Value Count(const std::vector<Value>& terms, Span span, const Value* target);
   /// Fails where the type cannot hold the number.
   void CheckRange(const Value& number, Type type) const;
   /// Adds the constraint of an asserting comparison. Its value, which equals one of the operands,
@@ -118,6 +120,9 @@ class ModelBuilder {
   void State(const Operation& operation, const Value& left, const Value& right, std::uint32_t line);
   /// Records and adds that the value, a boolean one, is true. `equality`: the operator "=".
   void StateTrue(const Operation& equality, const Value& value, std::uint32_t line);
+  /// Records and adds, as one constraint, that the terms are pairwise different. False where they
+  /// are not of one type of integers.
+  bool StateAllDifferent(const std::vector<Value>& terms, Span span, std::uint32_t line);
 
  private:
   static constexpr std::uint32_t kNone = ZULTavModel::kNone;
@@ -151,10 +156,15 @@ class ModelBuilder {
                                   unsigned int count) const;
   std::uint32_t LeafFor(const Value& value, Type type);
   void StoreConstant(ZULTaVoAny& object, const Value& value, Type type) const;
-  ZULTaVoAny* ResultObject(const Application& application, const Value* target);
+  ZULTaVoAny* ResultObject(Type type, std::span<const std::uint32_t> operands, const Value* target);
   ZULTaVoAny* NewObject(Type type, const void* from = nullptr);
   void Compute(const Value& value);
+  void CountOperations(std::size_t operations, Span span);
   void Post(const Application& application, ZULTaVoAny* result, Span span);
+  void PostList(const ZULTaVoObjectDescriptor* constraint,
+                const std::vector<ZULTaVoObject*>& arguments, Span span);
+  Type CommonIntegerType(const std::vector<Value>& terms) const;
+  std::uint32_t AppendList(const std::vector<std::uint32_t>& expressions);
   Value RelateResolved(const Operation& operation, const Application& application, bool record);
   std::uint32_t Append(const ZULTavModel::Expression& expression);
   std::uint32_t HashOf(const Application& application) const;
@@ -168,7 +178,8 @@ class ModelBuilder {
   std::vector<std::uint32_t> mLeaves;  // of each variable: its first expression
   std::unordered_map<ConstantKey, std::uint32_t, ConstantHash> mConstants;
   std::vector<Entry> mTable;  // open hash table of the expressions that apply operators
-  std::unordered_map<std::uint32_t, Span> mQuotients;  // integers that may not divide
+  std::unordered_map<std::uint32_t, Span> mQuotients;           // integers that may not divide
+  std::map<std::vector<std::uint32_t>, std::uint32_t> mCounts;  // of lists of expressions
   std::map<std::uint32_t, ModelError> mWarnings;
   std::size_t mApplied = 0;
   std::size_t mElements = 0;
