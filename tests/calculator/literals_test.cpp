@@ -60,6 +60,10 @@ TEST(LiteralsTest, LiteralTakesTheTypeThatItsNeighbourAsksFor) {
     ASSERT_EQ(reading.ErrorText(), "");
     const ZULTaVoNumber& constant = ConstantOf(reading);
     EXPECT_STREQ(constant.GetDescriptor()->GetName(), row.type.c_str());
+    const ZULTaVoConstant* number = reading.model->Network().GetConstant(&constant);
+    ASSERT_NE(number, nullptr);
+    EXPECT_EQ(number->isInteger ? static_cast<double>(number->integer) : number->lower, row.lower);
+    EXPECT_TRUE(number->isInteger || number->upper == row.upper);
     if (const auto* real = ZULTaVoCast<const ZULTaVoReal>(&constant)) {
       // 0.1 as a double lies above one tenth, 1/3 below one third.
       EXPECT_EQ(real->GetLowerBound(), row.lower);

@@ -166,7 +166,8 @@ void ModelBuilder::Warn(Span span, std::string message, std::vector<std::string>
 // --- Constants --------------------------------------------------------------------------------
 
 std::size_t ModelBuilder::ConstantHash::operator()(const ConstantKey& key) const {
-  return Mix(Mix(Mix(0, AddressOf(key.type)), key.lower), key.upper);
+  const auto integer = static_cast<std::uint64_t>(key.integer);
+  return Mix(Mix(Mix(Mix(0, AddressOf(key.type)), integer), key.lower), key.upper);
 }
 
 void ModelBuilder::StoreConstant(ZULTaVoAny& object, const Value& value, Type type) const {
@@ -192,20 +193,34 @@ void ModelBuilder::CheckRange(const Value& number, Type type) const {
   StoreConstant(*value.Get(), number, type);
 }
 
+/// Equal for equal numbers: 3 and 3.0 are one real, but not two integers between the same doubles.
+ModelBuilder::ConstantKey ModelBuilder::KeyOf(const Constant& constant, Type type) const {
+  if (!mRegistry.IsReal(type)) return {type, constant.integer, 0, 0};
+  const Constant number = constant.AsReal();
+  return {type, number.lower == number.upper ? 0 : constant.integer,
+          std::bit_cast<std::uint64_t>(number.lower), std::bit_cast<std::uint64_t>(number.upper)};
+}
+
+/// The exact number that the constant is as a value of the type.
+ZULTaVoConstant ModelBuilder::NumberOf(const Constant& constant, Type type) const {
+  if (constant.IsInteger()) return ZULTaVoConstant::Integer(constant.integer);
+  return mRegistry.IsSingle(type) ? ZULTaVoConstant::Real(constant.nearest, constant.nearest)
+                                  : ZULTaVoConstant::Real(constant.lower, constant.upper);
+}
+
 /// The expression that is this constant as a value of the type.
 std::uint32_t ModelBuilder::LeafFor(const Value& value, Type type) {
-  ConstantKey key = {type, static_cast<std::uint64_t>(value.constant.integer), 0};
-  if (mRegistry.IsReal(type)) {
-    const Constant number = value.constant.AsReal();
-    key.lower = std::bit_cast<std::uint64_t>(number.lower);
-    key.upper = std::bit_cast<std::uint64_t>(number.upper);
-  }
+  const ConstantKey key = KeyOf(value.constant, type);
   const auto known = mConstants.find(key);
   if (known != mConstants.end()) return known->second;
   const LocalValue local(*type);
   StoreConstant(*local.Get(), value, type);
+  ZULTaVoAny* object = NewObject(type, local.Get());
+  if (!value.constant.IsBoolean() &&
+      !mModel.mNetwork.SetConstant(object, NumberOf(value.constant, type)))
+    throw std::bad_alloc();
   const std::uint32_t leaf = Append({
-      nullptr, NewObject(type, local.Get()), {kNone, kNone}
+      nullptr, object, {kNone, kNone}
   });
   mConstants.emplace(key, leaf);
   return leaf;
@@ -442,18 +457,18 @@ Value ModelBuilder::Count(const std::vector<Value>& terms, Span span, const Valu
     list.push_back(term.IsExpression()
                        ? term.index
                        : LeafFor(term, mRegistry.ChooseTypes(term.constant, nullptr)[0]));
-  const auto [known, isNew] = mCounts.try_emplace(list, kNone);
-  if (isNew) {
-    const Type type = mRegistry.ChooseTypes(Constant::Integer(0), nullptr)[0];
-    ZULTaVoAny* result = ResultObject(type, list, target);
-    std::vector<ZULTaVoObject*> arguments = {result};
-    for (const std::uint32_t expression : list) arguments.push_back(ObjectOf(expression));
-    PostList(ZULTaVoCountConstraint::sDescriptor, arguments, span);
-    known->second = Append({
-        nullptr, result, {kNone, AppendList(list)}
-    });
-  }
-  return Value::OfExpression(known->second, span);
+  const auto known = mCounts.find(list);
+  if (known != mCounts.end()) return Value::OfExpression(known->second, span);
+  const Type type = mRegistry.ChooseTypes(Constant::Integer(0), nullptr)[0];
+  ZULTaVoAny* result = ResultObject(type, list, target);
+  std::vector<ZULTaVoObject*> arguments = {result};
+  for (const std::uint32_t expression : list) arguments.push_back(ObjectOf(expression));
+  PostList(ZULTaVoCountConstraint::sDescriptor, arguments, span);
+  const std::uint32_t index = Append({
+      nullptr, result, {kNone, AppendList(list)}
+  });
+  mCounts.emplace(std::move(list), index);
+  return Value::OfExpression(index, span);
 }
 
 void ModelBuilder::Compute(const Value& value) {

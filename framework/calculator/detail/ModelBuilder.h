@@ -139,6 +139,7 @@ class ModelBuilder {
   };
   struct ConstantKey {
     Type type;
+    std::int64_t integer;
     std::uint64_t lower, upper;
     bool operator==(const ConstantKey&) const = default;
   };
@@ -154,6 +155,8 @@ class ModelBuilder {
   Application Resolve(const Operation& operation, const Value* operands, unsigned int count);
   [[noreturn]] void FailToResolve(const Operation& operation, const Value* operands,
                                   unsigned int count) const;
+  ConstantKey KeyOf(const Constant& constant, Type type) const;
+  ZULTaVoConstant NumberOf(const Constant& constant, Type type) const;
   std::uint32_t LeafFor(const Value& value, Type type);
   void StoreConstant(ZULTaVoAny& object, const Value& value, Type type) const;
   ZULTaVoAny* ResultObject(Type type, std::span<const std::uint32_t> operands, const Value* target);
