@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <sstream>
+
+#include "framework/base/ZULipstream.h"
+#include "framework/base/ZULopstream.h"
 #include "tests/calculator/calculator_world.h"
 
 namespace {
@@ -80,6 +84,34 @@ TEST(NetworkTest, ExpressionsTellWhatTheyAreMadeOf) {
     const auto& node = model.Expressions()[i];
     for (const std::uint32_t operand : node.operands)
       EXPECT_TRUE(node.op == nullptr || operand == ZULTavModel::kNone || operand < i);
+  }
+}
+
+TEST(NetworkTest, WhatIsKnownBesideTheValuesGoesThroughStreams) {
+  const Reading reading = ReadModel(
+      "x : real; q[1..5] : int; p : bool; x / 3 = 0.1 * Pi - 9007199254740993; alldifferent(q);"
+      "sum(p, q[1] == 7) = 1; PrimeNumber(q[2]);");
+  ASSERT_EQ(reading.ErrorText(), "");
+  std::stringstream bytes;
+  ZULopstream out(bytes);
+  reading.model->Write(out);
+  ASSERT_TRUE(out.Good()) << out.Reason();
+  ZULipstream in(bytes);
+  const ZULTaVoModule* const modules[] = {&NumberModule(), NumberModule().GetLoadedModules()[0]};
+  const auto again = ZULTavModel::Read(in, modules);
+  ASSERT_NE(again, nullptr) << in.Reason();
+  const ZULTaVoNetwork &before = reading.model->Network(), &after = again->Network();
+  ASSERT_EQ(after.GetNumberOfObjects(), before.GetNumberOfObjects());
+  ASSERT_EQ(after.GetNumberOfConstraints(), before.GetNumberOfConstraints());
+  for (std::size_t i = 0; i < before.GetNumberOfObjects(); ++i) {
+    const auto *number = before.GetConstant(before.GetObject(i)),
+               *read = after.GetConstant(after.GetObject(i));
+    ASSERT_EQ(read != nullptr, number != nullptr);
+    EXPECT_TRUE(number == nullptr || *read == *number);
+  }
+  for (std::size_t i = 0; i < before.GetNumberOfConstraints(); ++i) {
+    EXPECT_EQ(after.GetRule(i), before.GetRule(i));
+    EXPECT_EQ(after.GetArguments(i).size(), before.GetArguments(i).size());
   }
 }
 
