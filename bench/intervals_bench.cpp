@@ -14,6 +14,8 @@
 
 #include "framework/intervals/ZULTavIntervals.h"
 
+using zultav::RealRange;
+
 namespace {
 
 constexpr std::size_t kCount = 4096;
@@ -102,6 +104,14 @@ void RegisterOurs(const std::string& name, const Reals& x, const Reals& y, Opera
 }
 
 template <class Operation>
+void RegisterRange(const std::string& name, const Reals& x, const Reals& y, Operation operation) {
+  Register(
+      name + "/range",
+      Convert<RealRange>(x, y, [](const SubdefReal& a) { return RealRange(a.lower, a.upper); }),
+      [operation](RealRange& z, const RealRange& a, const RealRange& b) { z = operation(a, b); });
+}
+
+template <class Operation>
 void RegisterDouble(const std::string& name, const Reals& x, const Reals& y, Operation operation) {
   Register(name + "/double", Convert<double>(x, y, [](const SubdefReal& a) { return a.upper; }),
            [operation](double& z, double a, double b) { z = operation(a, b); });
@@ -132,6 +142,7 @@ void Arithmetic(const std::string& name, OurOperation ours, BoostOperation boost
   const Reals x = Draw(-100, 100, 1);
   const Reals y = positiveDivisor ? Draw(0.5, 100, 2) : Draw(-100, 100, 2);
   RegisterOurs<RealInterval>(name, x, y, ours);
+  RegisterRange(name, x, y, boostOperation);
   RegisterBoost(name, x, y, [boostOperation](auto& z, const auto& a, const auto& b) {
     z = boostOperation(a, b);
   });
@@ -139,18 +150,20 @@ void Arithmetic(const std::string& name, OurOperation ours, BoostOperation boost
   RegisterDouble(name, x, y, plain);
 }
 
-template <class OurFunction, class DoubleFunction>
-void Function(const std::string& name, const Reals& x, OurFunction ours,
+template <class OurFunction, class RangeFunction, class DoubleFunction>
+void Function(const std::string& name, const Reals& x, OurFunction ours, RangeFunction range,
               int (*mpfi)(mpfi_ptr, mpfi_srcptr), DoubleFunction plain) {
   RegisterOurs<SubdefReal>(name, x, x,
                            [ours](const SubdefReal& a, const SubdefReal&) { return ours(a); });
+  RegisterRange(name, x, x, [range](const RealRange& a, const RealRange&) { return range(a); });
   RegisterMpfi(name, x, x, [mpfi](Mpfi& z, const Mpfi& a, const Mpfi&) { mpfi(z, a); });
   RegisterDouble(name, x, x, [plain](double a, double) { return plain(a); });
 }
 
-/// The function of the library and of <cmath> with the same name.
-#define BOTH(name) \
-  [](const SubdefReal& a) { return name(a); }, mpfi_##name, [](double a) { return std::name(a); }
+/// The function on both kinds of intervals, of MPFI and of <cmath>.
+#define ALL(name, Name)                                                                    \
+  [](const SubdefReal& a) { return name(a); }, [](const RealRange& a) { return Name(a); }, \
+      mpfi_##name, [](double a) { return std::name(a); }
 
 void RegisterAll() {
   Arithmetic(
@@ -168,20 +181,33 @@ void RegisterAll() {
   const Reals mixed = Draw(-100, 100, 3);
   const Reals positive = Draw(1e-3, 100, 3);
   Function(
-      "sqr", mixed, [](const SubdefReal& a) { return sqr(a); }, mpfi_sqr,
-      [](double a) { return a * a; });
+      "sqr", mixed, [](const SubdefReal& a) { return sqr(a); },
+      [](const RealRange& a) { return Square(a); }, mpfi_sqr, [](double a) { return a * a; });
+  for (const long n : {3L, 4L, 9L}) {
+    const std::string exponent = std::to_string(n);
+    RegisterOurs<SubdefReal>(
+        "pow" + exponent, mixed, mixed,
+        [n](const SubdefReal& a, const SubdefReal&) { return pow(a, SubIntBase(n)); });
+    RegisterRange("pow" + exponent, mixed, mixed,
+                  [n](const RealRange& a, const RealRange&) { return Power(a, n); });
+    RegisterOurs<SubdefReal>(
+        "root" + exponent, mixed, mixed,
+        [n](const SubdefReal& a, const SubdefReal& b) { return base(a, b, SubIntBase(n)); });
+    RegisterRange("root" + exponent, mixed, mixed,
+                  [n](const RealRange& a, const RealRange& b) { return InversePower(a, b, n); });
+  }
   RegisterBoost("sqr", mixed, mixed, [](auto& z, auto& a, auto&) { z = square(a); });
-  Function("sqrt", positive, BOTH(sqrt));
+  Function("sqrt", positive, ALL(sqrt, Sqrt));
   RegisterBoost("sqrt", positive, positive, [](auto& z, auto& a, auto&) { z = sqrt(a); });
-  Function("exp", Draw(-40, 40, 3), BOTH(exp));
-  Function("log", positive, BOTH(log));
-  Function("atan", Draw(-20, 20, 3), BOTH(atan));
+  Function("exp", Draw(-40, 40, 3), ALL(exp, Exp));
+  Function("log", positive, ALL(log, Log));
+  Function("atan", Draw(-20, 20, 3), ALL(atan, Atan));
   for (const double reach : {10.0, 1e14}) {
     const std::string to = reach > 10 ? "_to_1e14" : "";
     const Reals angles = Draw(-reach, reach, 3, 3);
-    Function("sin" + to, angles, BOTH(sin));
-    Function("cos" + to, angles, BOTH(cos));
-    Function("tan" + to, angles, BOTH(tan));
+    Function("sin" + to, angles, ALL(sin, Sin));
+    Function("cos" + to, angles, ALL(cos, Cos));
+    Function("tan" + to, angles, ALL(tan, Tan));
   }
 }
 

@@ -89,8 +89,8 @@ Set Tangent(const Set& x) {
 }  // namespace
 
 SubdefReal exp(const SubdefReal& x) { return Increasing<ExpAtBounds, ExpAt>(x); }
-SubdefReal sin(const SubdefReal& x) { return Wave(x, 0); }
-SubdefReal cos(const SubdefReal& x) { return Wave(x, 1); }
+SubdefReal sin(const SubdefReal& x) { return Wave<RealInterval>(x, 0); }
+SubdefReal cos(const SubdefReal& x) { return Wave<RealInterval>(x, 1); }
 SubdefReal tan(const SubdefReal& x) { return Tangent(x); }
 SubdefReal atan(const SubdefReal& x) { return Increasing<AtanAtBounds, AtanAt>(x); }
 

@@ -6,6 +6,7 @@
 
 #include "framework/intervals/IntervalControl.h"
 #include "framework/intervals/RealRange.h"
+#include "framework/intervals/detail/BothBounds.h"
 #include "framework/intervals/detail/ElementaryKernels.h"
 #include "framework/intervals/detail/RealLine.h"
 #include "framework/intervals/detail/Rounding.h"
@@ -39,23 +40,36 @@ std::optional<RealRange> ExtremeExp(double t) {
   return std::nullopt;
 }
 
-/// exp(t) for t of relative error below 2^-66, as that of a logarithm times an exact number.
-ScaledApproximation ExpOfProduct(DoubleDouble t) {
-  ScaledApproximation result = elementary::Exp(t.hi, t.lo);
-  result.y.error = MulAdd(0x1p-66 * std::fabs(t.hi), result.y.value.hi, result.y.error);
-  return result;
-}
+constexpr int kSmallExponent = 64;
 
-/// x^n for 0 < x < inf, 3 <= |n| <= 64. Relative error below 2^-94: at most 64 times that of one
-/// product, which is below 2^-102, and that of a quotient.
-ScaledApproximation SmallPower(double x, int n) {
-  int exponent = 0;
-  DoubleDouble factor{2 * std::frexp(x, &exponent), 0};
-  DoubleDouble power{1, 0};
-  for (int rest = std::abs(n); rest > 0; rest /= 2) {
-    if (rest % 2 == 1) power = power * factor;
-    factor = factor * factor;
+/// x^n for 1 <= n <= kSmallExponent, if no partial power leaves [2^-900, 2^900]. Relative error
+/// below 2^-96: at most 64 times that of one product, which is below 2^-102.
+struct SmallPower {
+  DoubleDouble value{1, 0};
+  bool isExact = true;
+
+  SmallPower(double x, int n) {
+    DoubleDouble factor{x, 0};
+    for (;;) {
+      if (n % 2 != 0) Set(value, value * factor);
+      n /= 2;
+      if (n == 0) return;
+      Set(factor, factor * factor);
+    }
   }
+
+ private:
+  void Set(DoubleDouble& x, DoubleDouble product) {
+    x = product;
+    isExact = isExact && x.lo == 0;
+  }
+};
+
+/// x^n for 0 < x < inf, 3 <= |n| <= kSmallExponent, whatever its size.
+ScaledApproximation ScaledSmallPower(double x, int n) {
+  int exponent = 0;
+  const double mantissa = 2 * std::frexp(x, &exponent);
+  DoubleDouble power = SmallPower(mantissa, std::abs(n)).value;
   if (n < 0) power = DoubleDouble{1, 0} / power;
   const int shift = std::ilogb(power.hi);
   const DoubleDouble y{std::ldexp(power.hi, -shift), std::ldexp(power.lo, -shift)};
@@ -64,6 +78,17 @@ ScaledApproximation SmallPower(double x, int n) {
       std::int64_t{n}
       * (exponent - 1) + shift
   };
+}
+
+/// Rounds x^n, 3 <= n <= kSmallExponent; false where it is extreme or its rounding stays open.
+bool RoundSmallPower(double x, int n, Rounded& y) {
+  y = {x, 0};
+  if (x == 0) return true;
+  const SmallPower power(x, n);
+  y = {power.value.hi, power.value.lo};
+  const double magnitude = std::fabs(y.nearest);
+  return magnitude > 0x1p-900 && magnitude < 0x1p900 &&
+         (power.isExact || std::fabs(y.error) > 0x1p-94 * magnitude);
 }
 
 /// x^y for x >= 0, infinities included as limits.
@@ -79,9 +104,9 @@ RealRange PowerAt(double x, double y) {
   const auto sign = [=](double d) { return decide::Power(x, y, d); };
   const DoubleDouble log = elementary::Log(x).value;
   if (const auto extreme = ExtremeExp(log.hi * y)) return *extreme;
-  if (std::fabs(y) <= 64 && y == std::floor(y))
-    return RoundOutward(SmallPower(x, static_cast<int>(y)), sign);
-  return RoundOutward(ExpOfProduct(log * DoubleDouble{y, 0}), sign);
+  if (std::fabs(y) <= kSmallExponent && y == std::floor(y))
+    return RoundOutward(ScaledSmallPower(x, static_cast<int>(y)), sign);
+  return RoundOutward(elementary::ExpOfProduct(log * DoubleDouble{y, 0}), sign);
 }
 
 /// z^(1/y) for z >= 0, infinities included as limits; y = ±0 stands for the limit from that side.
@@ -96,7 +121,7 @@ RealRange RootAt(double z, double y) {
   if (y == -1) return Bounds(Quotient(1, z));
   const DoubleDouble log = elementary::Log(z).value;
   if (const auto extreme = ExtremeExp(log.hi / y)) return *extreme;
-  return RoundOutward(ExpOfProduct(log / DoubleDouble{y, 0}), [=](double d) {
+  return RoundOutward(elementary::ExpOfProduct(log / DoubleDouble{y, 0}), [=](double d) {
     const int side = decide::Power(d, y, z);
     return y > 0 ? -side : side;
   });
@@ -105,16 +130,34 @@ RealRange RootAt(double z, double y) {
 // ---- Sets. A power is the exponential of exponent times logarithm, so that over a box of
 // non-negative bases and exponents it takes its extremes at the corners.
 
-template <class Function>
-RealRange HullOfCorners(const RealRange& x, const RealRange& y, Function at) {
-  RealRange hull = at(x.lower, y.lower);
-  const auto unite = [&hull, at](double a, double b) {
-    const RealRange corner = at(a, b);
-    hull = {std::min(hull.lower, corner.lower), std::max(hull.upper, corner.upper)};
-  };
-  if (!x.IsScalar()) unite(x.upper, y.lower);
-  if (!y.IsScalar()) unite(x.lower, y.upper);
-  if (!x.IsScalar() && !y.IsScalar()) unite(x.upper, y.upper);
+/// A function of base and exponent: At, and for one exponent a power with Exponent.
+struct Powers {
+  static RealRange At(double x, double y) { return PowerAt(x, y); }
+  static DoubleDouble Exponent(double y) { return {y, 0}; }
+};
+struct Roots {
+  static RealRange At(double z, double y) { return RootAt(z, y); }
+  static DoubleDouble Exponent(double y) { return DoubleDouble{1, 0} / DoubleDouble{y, 0}; }
+};
+
+/// The hull of F(x, y) for the bounds of x.
+template <class F>
+RealRange HullOfBounds(const RealRange& x, double y) {
+  // Where one bound is a limit, twice at the other one.
+  const RealRange inner(x.lower > 0 ? x.lower : x.upper, x.upper < HUGE_VAL ? x.upper : x.lower);
+  elementary::AtBounds values;
+  if (inner.IsEmpty() || !elementary::PowerAtBounds(inner, F::Exponent(y), values))
+    return x.IsScalar() ? F::At(x.lower, y) : Hull(F::At(x.lower, y), F::At(x.upper, y));
+  RealRange hull = Hull(values.first, values.last);
+  if (x.lower == 0) hull = Hull(hull, F::At(0, y));
+  if (x.upper == HUGE_VAL) hull = Hull(hull, F::At(HUGE_VAL, y));
+  return hull;
+}
+
+template <class F>
+RealRange HullOfCorners(const RealRange& x, const RealRange& y) {
+  RealRange hull = HullOfBounds<F>(x, y.lower);
+  if (!y.IsScalar()) hull = Hull(hull, HullOfBounds<F>(x, y.upper));
   return Saturated<RealRange>(hull.lower, hull.upper);
 }
 
@@ -173,7 +216,7 @@ RealRange PowerOf(const RealRange& magnitude, const Exponents& exponents) {
   RealRange y = exponents.all;
   if (magnitude.upper == 0) y = Intersection(y, kNonNegative);
   if (magnitude.IsEmpty() || y.IsEmpty()) return RealRange::Empty();
-  return HullOfCorners(magnitude, y, PowerAt);
+  return HullOfCorners<Powers>(magnitude, y);
 }
 
 /// { m >= 0 : m^y in z for a y of exponents }.
@@ -183,10 +226,10 @@ RealRange BaseOf(const RealRange& z, const Exponents& exponents) {
   if (exponents.all.Contains(0) && part.Contains(1)) return kNonNegative;
   RealRange result = RealRange::Empty();
   if (!exponents.positive.IsEmpty()) {
-    result = part.upper == 0 ? part : HullOfCorners(part, exponents.positive, RootAt);
+    result = part.upper == 0 ? part : HullOfCorners<Roots>(part, exponents.positive);
   }
   if (!exponents.negative.IsEmpty() && part.upper > 0)
-    result = Hull(result, HullOfCorners(part, exponents.negative, RootAt));
+    result = Hull(result, HullOfCorners<Roots>(part, exponents.negative));
   return result;
 }
 
@@ -221,16 +264,18 @@ RealRange Preimage(const RealRange& z, const RealRange& within, const Exponents&
 
 // Integer exponents alone, among which 2 is by far the most frequent.
 
-constexpr RealRange kTwo(2, 2);
-
 RealRange Image(const RealRange& x, const RealRange& within, const RealRange& integers) {
-  if (integers == kTwo) return Intersection(Square(x), within);
+  if (integers.IsScalar() && integers.lower > 1 && integers.lower <= kSmallExponent)
+    return Intersection(zultav::Power(x, static_cast<std::int64_t>(integers.lower)), within);
   return Image(x, within, AllOf(integers), integers);
 }
 
 RealRange Preimage(const RealRange& z, const RealRange& within, const RealRange& integers) {
-  if (integers == kTwo) return InverseSquare(z, within);
-  return Preimage(z, within, AllOf(integers), integers);
+  if (integers == RealRange(2, 2)) return InverseSquare(z, within);
+  const Exponents all = AllOf(integers);
+  if (integers.IsScalar() && std::floor(integers.lower / 2) * 2 == integers.lower)
+    return InverseAbs(BaseOf(z, all), within);
+  return Preimage(z, within, all, integers);
 }
 
 /// Above this number of exponents only the hull over all of them is computed.
@@ -280,16 +325,26 @@ RealRange RangeOf(std::int64_t n) {
 
 RealRange zultav::Power(const RealRange& x, const RealRange& y) {
   if (x.IsEmpty() || y.IsEmpty()) return RealRange::Empty();
-  return Image(x, RealRange(), Exponents(y), IntegersOf(y));
+  const RealRange integers = IntegersOf(y);
+  return y.IsScalar() && y == integers ? Image(x, RealRange(), integers)
+                                       : Image(x, RealRange(), Exponents(y), integers);
 }
 
 RealRange zultav::Power(const RealRange& x, std::int64_t n) {
-  return n == 2 ? Square(x) : Power(x, RangeOf(n));
+  if (n == 1) return x;
+  if (n == 2) return Square(x);
+  const RealRange bases = n % 2 == 0 ? Abs(x) : x;
+  Rounded low{}, high{};
+  const bool isSmall = n > 2 && n <= kSmallExponent && !x.IsEmpty();
+  if (isSmall && RoundSmallPower(bases.lower, static_cast<int>(n), low) &&
+      RoundSmallPower(bases.upper, static_cast<int>(n), high))
+    return {low.Down(), high.Up()};
+  const RealRange y = RangeOf(n);
+  return x.IsEmpty() ? x : Image(x, RealRange(), AllOf(y), y);
 }
 
 RealRange zultav::InverseSquare(const RealRange& z, const RealRange& x) {
-  const RealRange roots = Sqrt(z);
-  return Hull(Intersection(roots, x), Intersection(-roots, x));
+  return InverseAbs(Sqrt(z), x);
 }
 
 RealRange zultav::InverseSqrt(const RealRange& z, const RealRange& x) {
@@ -298,11 +353,13 @@ RealRange zultav::InverseSqrt(const RealRange& z, const RealRange& x) {
 
 RealRange zultav::InversePower(const RealRange& z, const RealRange& x, const RealRange& y) {
   if (z.IsEmpty() || x.IsEmpty() || y.IsEmpty()) return RealRange::Empty();
-  return Preimage(z, x, Exponents(y), IntegersOf(y));
+  const RealRange integers = IntegersOf(y);
+  return y.IsScalar() && y == integers ? Preimage(z, x, integers)
+                                       : Preimage(z, x, Exponents(y), integers);
 }
 
 RealRange zultav::InversePower(const RealRange& z, const RealRange& x, std::int64_t n) {
-  return n == 2 ? InverseSquare(z, x) : InversePower(z, x, RangeOf(n));
+  return z.IsEmpty() || x.IsEmpty() ? RealRange::Empty() : Preimage(z, x, RangeOf(n));
 }
 
 RealRange zultav::InverseExponent(const RealRange& z, const RealRange& x, const RealRange& y) {

@@ -34,7 +34,7 @@ SubdefReal Varied(const SubdefReal& x, std::uint64_t kind) {
 
 int main() {
   std::uint64_t hash = 14695981039346656037u;
-  const auto add = [&hash](const RealInterval& y) {
+  const auto add = [&hash](const auto& y) {
     for (const double bound : {y.lower, y.upper})
       hash = (hash ^ std::bit_cast<std::uint64_t>(bound)) * 1099511628211u;
   };
@@ -58,6 +58,14 @@ int main() {
     add(atan(y, x));
     add(pow(near, y));
     add(base(x, near));
+
+    using namespace zultav;
+    const RealRange a(x.lower, x.upper), b(y.lower, y.upper), c(near.lower, near.upper);
+    for (const RealRange& z :
+         {a + b, a - b, a * b, a / b, Square(a), Sqrt(a), Exp(a), Log(a), Sin(c), Atan(a),
+          Power(a, 3), Power(c, b), Quotients(a, b, c), InverseCos(c, a, RealRange()),
+          InversePower(a, RealRange(), 5), InverseExponent(a, c, b), Remainder(a, c)})
+      add(z);
   }
   std::printf("%016llx\n", static_cast<unsigned long long>(hash));
 }

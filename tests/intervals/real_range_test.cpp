@@ -128,6 +128,7 @@ class RealRangeTest : public testing::TestWithParam<Row> {
     std::vector<double> points;
     if (x.IsEmpty()) return points;
     const double middle = x.GetMiddle();
+    EXPECT_TRUE(x.Contains(middle) && std::isfinite(middle));
     for (const double p : {x.lower, x.upper, middle, std::nextafter(x.lower, middle),
                            std::nextafter(x.upper, middle), mDoubles.Draw(DBL_MAX)})
       if (x.Contains(p) && p != 0) points.push_back(p);

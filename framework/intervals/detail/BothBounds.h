@@ -66,6 +66,18 @@ ZULTAV_HOT bool LogAtBounds(const RealRange& x, AtBounds& values) {
   return RoundOutward(LogOfNormal(BoundsOf(x)), values);
 }
 
+/// x^y for y of relative error below 2^-99.
+ZULTAV_HOT bool PowerAtBounds(const RealRange& x, DoubleDouble y, AtBounds& values) {
+  if (!(x.lower >= DBL_MIN && x.upper <= DBL_MAX)) return false;
+  const auto log = LogOfNormal(BoundsOf(x));
+  const auto t = log.value * DoubleDoubleOf<DoublePair>{y.hi, y.lo};
+  if (!IsAllLess(Fabs(t.hi), 700) || IsAnyLess(Fabs(t.hi), 0x1p-54)) return false;
+  const auto power = ExpOfProduct(t);
+  DoublePair scale;
+  FromBits((power.exponent + 1023) << 52, scale);
+  return RoundOutward(power.y, values, scale);
+}
+
 ZULTAV_HOT bool AtanAtBounds(const RealRange& x, AtBounds& values) {
   const DoublePair bounds = BoundsOf(x);
   const DoublePair magnitudes = Fabs(bounds);
@@ -104,6 +116,7 @@ ZULTAV_HOT bool TanAtBounds(const RealRange& x, AtBounds& values) {
 
 inline bool ExpAtBounds(const RealRange&, AtBounds&) { return false; }
 inline bool LogAtBounds(const RealRange&, AtBounds&) { return false; }
+inline bool PowerAtBounds(const RealRange&, DoubleDouble, AtBounds&) { return false; }
 inline bool AtanAtBounds(const RealRange&, AtBounds&) { return false; }
 inline bool SinAtBounds(const RealRange&, std::int64_t, AtBounds&) { return false; }
 inline bool TanAtBounds(const RealRange&, AtBounds&) { return false; }

@@ -72,6 +72,17 @@ ZULTAV_HOT ScaledApproximationOf<Number> Exp(Number x, std::type_identity_t<Numb
   };
 }
 
+/// exp(t) for t of relative error below 2^-66, as that of a logarithm times an exact number.
+template <Real Number>
+ZULTAV_HOT ScaledApproximationOf<Number> ExpOfProduct(DoubleDoubleOf<Number> t) {
+  const auto exp = Exp(t.hi, t.lo);
+  const Number& size = exp.y.value.hi;
+  return {
+      {{size, exp.y.value.lo}, MulAdd(0x1p-66 * Fabs(t.hi), size, exp.y.error)},
+      exp.exponent
+  };
+}
+
 /// log(x) for finite x > 0, which is no subnormal. Relative error below 1.5 * 2^-67.
 ///
 /// log(x) = e log(2) - log(c) + log(1 + r), r = z c - 1 exact in two doubles. Next to x = 1, where

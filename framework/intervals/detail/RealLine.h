@@ -17,39 +17,39 @@ inline namespace ZULTAV_LEVEL {
 namespace real_line {
 
 template <class Set>
-Set Empty() {
+ZULTAV_HOT Set Empty() {
   return {Set::sMaxValue, -Set::sMaxValue};
 }
 
 template <class Set>
-Set Whole() {
+ZULTAV_HOT Set Whole() {
   return {-Set::sMaxValue, Set::sMaxValue};
 }
 
 /// x with its infinite sides as IEEE infinities. A lower bound above the limit (an upper bound
 /// below it) becomes the limit itself.
-inline RealRange Extended(const RealInterval& x) {
+ZULTAV_HOT RealRange Extended(const RealInterval& x) {
   const double max = RealInterval::sMaxValue;
   return {x.lower <= -max ? -HUGE_VAL : std::min(x.lower, max),
           x.upper >= max ? HUGE_VAL : std::max(x.upper, -max)};
 }
-inline RealRange Extended(const RealRange& x) { return x; }
+ZULTAV_HOT RealRange Extended(const RealRange& x) { return x; }
 
 /// Bounds of true results brought between the limits; also turns -0 into 0.
 template <class Set>
-Set Saturated(double low, double high) {
+ZULTAV_HOT Set Saturated(double low, double high) {
   const double max = Set::sMaxValue;
   const auto bring = [max](double x) { return std::min(std::max(x, -max), max) + 0.0; };
   return {bring(low), bring(high)};
 }
 /// What has overflowed is beyond DBL_MAX, but no infinity.
 template <>
-inline RealRange Saturated<RealRange>(double low, double high) {
+ZULTAV_HOT RealRange Saturated<RealRange>(double low, double high) {
   return {std::min(low, DBL_MAX) + 0.0, std::max(high, -DBL_MAX) + 0.0};
 }
 
 /// A range brought between the limits of an interval.
-inline RealInterval Saturated(const RealRange& x) {
+ZULTAV_HOT RealInterval Saturated(const RealRange& x) {
   return Saturated<RealInterval>(x.lower, x.upper);
 }
 
