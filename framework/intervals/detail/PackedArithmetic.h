@@ -5,6 +5,9 @@
 #include <immintrin.h>
 #endif
 
+#include <cfloat>
+#include <type_traits>
+
 #include "framework/intervals/detail/Level.h"
 
 // Arithmetic on ordinary intervals with both bounds in one register, for code that is built for
@@ -15,6 +18,10 @@
 //
 // A register holds (-lower, upper), so that outward is upward for both bounds. The roundings are
 // those of Rounding.h, without a branch.
+namespace zultav {
+class RealRange;
+}
+
 namespace zultav::detail {
 inline namespace ZULTAV_LEVEL {
 namespace packed {
@@ -33,6 +40,17 @@ inline Pair Load(const Set& x) {
 inline Pair Turned(Pair x) { return _mm_xor_pd(x, _mm_set_pd(0.0, -0.0)); }
 inline Pair Swapped(Pair x) { return _mm_permute_pd(x, 1); }
 
+/// Whether lower <= upper in both.
+inline bool AreOrdered(Pair x, Pair y) {
+  return _mm_movemask_pd(_mm_cmple_pd(_mm_unpacklo_pd(x, y), _mm_unpackhi_pd(x, y))) == 3;
+}
+
+/// Turns a result back, and -0 into 0: (0 - first, 0 + second).
+template <class Set>
+inline void Put(Pair result, Set& z) {
+  _mm_storeu_pd(&z.lower, _mm_addsub_pd(_mm_setzero_pd(), result));
+}
+
 /// Puts the result, a turned one, into z, if it and the operands are ordinary.
 template <class Set>
 inline bool Store(Pair x, Pair y, Pair result, Set& z) {
@@ -46,8 +64,7 @@ inline bool Store(Pair x, Pair y, Pair result, Set& z) {
   const Pair ordinary = _mm_and_pd(_mm_cmple_pd(lower, upper), _mm_cmplt_pd(greatest, limit));
   if (_mm_movemask_pd(ordinary) != 3) return false;
 #endif
-  // Turns it back, and -0 into 0: (0 - first, 0 + second).
-  _mm_storeu_pd(&z.lower, _mm_addsub_pd(_mm_setzero_pd(), result));
+  Put(result, z);
   return true;
 }
 
@@ -122,7 +139,12 @@ inline Pair DivideUp(Pair x, Pair y) {
 
 template <class Set>
 inline bool AddPair(const Set& x, Pair y, Set& z) {
-  return Store(Load(x), y, AddUp(Turned(Load(x)), Turned(y)), z);
+  const Pair sum = AddUp(Turned(Load(x)), Turned(y));
+  if constexpr (!std::is_same_v<Set, RealRange>) return Store(Load(x), y, sum, z);
+  // Infinite sides of ranges stay infinite by themselves; only what overflows inward does not.
+  if (!AreOrdered(Load(x), y)) return false;
+  Put(_mm_max_pd(sum, _mm_set1_pd(-DBL_MAX)), z);
+  return true;
 }
 template <class Set>
 inline bool Add(const Set& x, const Set& y, Set& z) {
