@@ -3,6 +3,8 @@
 #include <array>
 #include <cmath>
 
+#include "framework/intervals/detail/Rounding.h"
+
 namespace zultav {
 
 namespace {
@@ -349,17 +351,11 @@ IntegerRange IntegersWithin(double lower, double upper) {
 }
 
 double LowerAsDouble(const IntegerRange& x) {
-  if (x.lower == kMin) return -std::numeric_limits<double>::infinity();
-  const auto bound = static_cast<double>(x.lower);
-  const bool above = bound >= 0x1p63 || static_cast<std::int64_t>(bound) > x.lower;
-  return above ? std::nextafter(bound, -0x1p64) : bound;
+  return x.lower == kMin ? -HUGE_VAL : detail::rounding::Nearest(x.lower).Down();
 }
 
 double UpperAsDouble(const IntegerRange& x) {
-  if (x.upper == kMax) return std::numeric_limits<double>::infinity();
-  const auto bound = static_cast<double>(x.upper);
-  const bool below = bound < 0x1p63 && static_cast<std::int64_t>(bound) < x.upper;
-  return below ? std::nextafter(bound, 0x1p64) : bound;
+  return x.upper == kMax ? HUGE_VAL : detail::rounding::Nearest(x.upper).Up();
 }
 
 }  // namespace zultav

@@ -315,12 +315,6 @@ SubdefReal Answer(const RealRange& result) {
   return Saturated(result);
 }
 
-/// The doubles around n.
-RealRange RangeOf(std::int64_t n) {
-  const DoubleDouble sum = FromInteger(n);
-  return Bounds({sum.hi, sum.lo});
-}
-
 }  // namespace
 
 RealRange zultav::Power(const RealRange& x, const RealRange& y) {
@@ -339,7 +333,7 @@ RealRange zultav::Power(const RealRange& x, std::int64_t n) {
   if (isSmall && RoundSmallPower(bases.lower, static_cast<int>(n), low) &&
       RoundSmallPower(bases.upper, static_cast<int>(n), high))
     return {low.Down(), high.Up()};
-  const RealRange y = RangeOf(n);
+  const RealRange y = Bounds(rounding::Nearest(n));
   return x.IsEmpty() ? x : Image(x, RealRange(), AllOf(y), y);
 }
 
@@ -359,7 +353,8 @@ RealRange zultav::InversePower(const RealRange& z, const RealRange& x, const Rea
 }
 
 RealRange zultav::InversePower(const RealRange& z, const RealRange& x, std::int64_t n) {
-  return z.IsEmpty() || x.IsEmpty() ? RealRange::Empty() : Preimage(z, x, RangeOf(n));
+  return z.IsEmpty() || x.IsEmpty() ? RealRange::Empty()
+                                    : Preimage(z, x, Bounds(rounding::Nearest(n)));
 }
 
 RealRange zultav::InverseExponent(const RealRange& z, const RealRange& x, const RealRange& y) {

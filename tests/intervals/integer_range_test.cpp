@@ -24,12 +24,12 @@ bool IsSmall(Range x) { return x.lower > -kMax && x.upper < kMax && Big(x.upper)
 /// side members far beyond 64 bits, even and odd.
 std::vector<Big> Members(Range x) {
   std::vector<Big> all;
-  if (IsSmall(x)) {
-    for (Big v = x.lower; v <= x.upper; ++v) all.push_back(v);
+  if (IsSmall(x)) {  // ++v would lose a borrow between limbs of 32 bits
+    for (Big v = x.lower; v <= x.upper; v += 1) all.push_back(v);
     return all;
   }
   for (const Big& near : {-(Big(1) << 70), Big(x.lower), Big(0), Big(x.upper), Big(1) << 70})
-    for (Big v = near - 2; v <= near + 2; ++v)
+    for (Big v = near - 2; v <= near + 2; v += 1)
       if (Holds(x, v)) all.push_back(v);
   return all;
 }

@@ -58,6 +58,12 @@ struct Rounded {
   }
 };
 
+/// The double nearest to n.
+inline Rounded Nearest(std::int64_t n) {
+  const DoubleDouble sum = FromInteger(n);
+  return {sum.hi, sum.lo};
+}
+
 /// An infinite sum has the error NaN, which rounds nowhere.
 inline Rounded Sum(double x, double y) {
   const DoubleDouble sum = TwoSum(x, y);
