@@ -84,7 +84,7 @@ const Row kRows[] = {
     {"Power", OF(Power(x, y)), mpfr_pow, kAnywhere, BACK(InversePower(z, x, y)),
      BACK(InverseExponent(z, x, y)), -1},
     {"PowerOfMagnitude", OF(Power(Abs(x), y)), PowerOfMagnitude, kCorners,
-     BACK(InverseAbs(InversePower(z, Abs(x), y), x)), BACK(InverseExponent(z, Abs(x), y)), 4},
+     BACK(InverseAbs(InversePower(z, Abs(x), y), x)), BACK(InverseExponent(z, Abs(x), y)), 6},
     {"Remainder", OF(Remainder(x, y)), mpfr_fmod, kAnywhere, BACK(InverseRemainder(z, x, y)),
      BACK(InverseRemainderDivisor(z, x, y)), -1},
 };
