@@ -1,0 +1,173 @@
+#ifndef ZULTAV_ENGINE_ENGINE_H
+#define ZULTAV_ENGINE_ENGINE_H
+
+#include <atomic>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "framework/engine/Export.h"
+#include "framework/engine/Program.h"
+
+class ZULTaVoNetwork;
+
+namespace zultav::engine {
+
+/// The state of a search over a program: what every slot may still be, and propagation.
+///
+/// All state that a search changes and takes back is an array of words with one trail: bounds, sets
+/// of values, what rules remember. Propagation and undoing allocate nothing but where the trail
+/// grows. What is computed depends on the program and the calls alone.
+class ZULTAV_ENGINE_API Engine {
+ public:
+  enum class Status {
+    kFixpoint,
+    kFailed,        ///< no solution is left
+    kLimit,         ///< the limit on runs was reached; what was narrowed is sound
+    kInterrupted,   ///< the interrupt flag was seen; what was narrowed is sound
+    kBadArguments,  ///< a filter could not use its arguments
+    kOutOfMemory    ///< what was narrowed is sound
+  };
+  struct Statistics {
+    std::uint64_t runs = 0;        ///< of rules
+    std::uint64_t narrowings = 0;  ///< changes of slots
+  };
+
+  /// Throws std::bad_alloc when memory ran out. The network is that of the program: where the
+  /// program has filters, its values follow those of the engine.
+  Engine(const Program& program, ZULTaVoNetwork& network);
+  ~Engine();
+  Engine(const Engine&) = delete;
+  Engine& operator=(const Engine&) = delete;
+
+  const Program& GetProgram() const { return mProgram; }
+
+  // --- What slots may be ---------------------------------------------------------------------
+
+  // Of integers.
+  std::int64_t GetLower(Slot x) const { return mWords[2 * std::size_t{x}]; }
+  std::int64_t GetUpper(Slot x) const { return mWords[2 * std::size_t{x} + 1]; }
+  IntegerRange GetIntegers(Slot x) const { return {GetLower(x), GetUpper(x)}; }
+  bool Contains(Slot x, std::int64_t value) const;
+  /// How many values are left, at most UINT64_MAX.
+  std::uint64_t GetSize(Slot x) const;
+  /// The least value above, or the greatest one below, that is left; where there is none, a number
+  /// beyond the bound.
+  std::int64_t GetNext(Slot x, std::int64_t value) const;
+  std::int64_t GetPrevious(Slot x, std::int64_t value) const;
+  bool IsTrue(Slot x) const { return GetLower(x) > 0; }
+  bool IsFalse(Slot x) const { return GetUpper(x) <= 0; }
+
+  /// Of integers and reals; integers of more digits than a double has, outward.
+  RealRange GetReals(Slot x) const;
+  /// Exactly one value: equal bounds, none of them infinite; of an opaque slot, as its object says.
+  bool IsFixed(Slot x) const;
+
+  // --- Narrowing. Each answers false when nothing is left. --------------------------------------
+
+  bool SetLower(Slot x, std::int64_t bound) {
+    return bound <= GetLower(x) || RaiseLower(x, bound);
+  }
+  bool SetUpper(Slot x, std::int64_t bound) {
+    return bound >= GetUpper(x) || DropUpper(x, bound);
+  }
+  bool Fix(Slot x, std::int64_t value) {
+    return Contains(x, value) && SetLower(x, value) && SetUpper(x, value);
+  }
+  /// Where no set of values is kept, only at a bound.
+  bool Remove(Slot x, std::int64_t value);
+  bool Narrow(Slot x, const IntegerRange& range) {
+    return SetLower(x, range.lower) && SetUpper(x, range.upper);
+  }
+  /// Of integers and reals. A real that loses little keeps what it has lost, but nobody is told.
+  bool Narrow(Slot x, const RealRange& range);
+  /// The same, and everybody who watches is told, however little it is.
+  bool NarrowAndTell(Slot x, const RealRange& range);
+
+  // --- Propagation -----------------------------------------------------------------------------
+
+  /// Runs what is scheduled to the fixpoint. After a failure nothing is scheduled.
+  Status Propagate();
+  /// Schedules every rule that is not retired.
+  void ScheduleAll();
+  void Schedule(std::uint32_t rule);
+  /// The rule that has failed last.
+  std::uint32_t GetFailed() const { return mFailed; }
+  /// The running rule holds for all that is left, and need not run again before Pop.
+  void Retire();
+  bool IsRetired(std::uint32_t rule) const { return mWords[mRuleWords + rule] != 0; }
+
+  /// Opens a level: Pop brings every slot back to what it was here. Throws std::bad_alloc when
+  /// memory ran out.
+  void Push();
+  void Pop();
+  std::size_t GetDepth() const { return mLevels.size(); }
+
+  /// A real's narrowing that removes less than this fraction of its width since the last time
+  /// others were told is not passed on. Default 0.01: coarse enough that slow convergence ends
+  /// after some hundred steps per decade, fine enough that the search rarely splits what
+  /// propagation would still have narrowed.
+  void SetNarrowingFraction(double fraction) { mFraction = fraction; }
+  /// Runs allowed per propagation; 0: 2000 for each rule and 1000000 more.
+  void SetRunLimit(std::uint64_t limit) { mRunLimit = limit; }
+  void SetInterrupt(const std::atomic<bool>* flag) { mInterrupt = flag; }
+  const Statistics& GetStatistics() const { return mStatistics; }
+  std::size_t GetMemoryUsed() const;
+
+  /// The object of an opaque slot.
+  const ZULTaVoAny& GetObject(Slot x) const;
+
+ private:
+  struct Saved {
+    std::uint32_t word;
+    std::int64_t value;
+  };
+  struct Level {
+    std::size_t trail;
+    bool open;  // the fixpoint was not reached
+  };
+  struct Queue {
+    std::uint32_t head = kNone, tail = kNone;
+  };
+  static constexpr int kQueues = 8;
+
+  void Save(std::size_t word);
+  void Set(std::size_t word, std::int64_t value) {
+    Save(word);
+    mWords[word] = value;
+  }
+  bool RaiseLower(Slot x, std::int64_t bound);
+  bool DropUpper(Slot x, std::int64_t bound);
+  bool NarrowReal(Slot x, const RealRange& range, bool always);
+  bool IsWorthTelling(Slot x, const RealRange& now);
+  void Tell(Slot x, unsigned int events);
+  bool Run(std::uint32_t rule);
+  bool RunFilter(const Rule& rule);
+  bool TakeNext(std::uint32_t& rule);
+  void ClearQueues();
+  bool HasScheduled() const;
+
+  const Program& mProgram;
+  ZULTaVoNetwork& mNetwork;
+  std::vector<std::int64_t> mWords;
+  std::vector<std::uint32_t> mStamps;  // of each word: the level in which it was saved
+  std::size_t mHoleWords, mRuleWords, mToldWords;
+  std::vector<Saved> mTrail;
+  std::vector<Level> mLevels;
+  std::vector<std::uint32_t> mNext;  // of each rule: the one behind it in its queue
+  std::vector<std::uint8_t> mQueued;
+  Queue mQueues[kQueues];
+  std::uint32_t mRunning = kNone, mFailed = kNone, mStamp = 1;
+  Status mFilterStatus = Status::kFixpoint;
+  double mFraction = 0.01;
+  std::uint64_t mRunLimit = 0;
+  const std::atomic<bool>* mInterrupt = nullptr;
+  Statistics mStatistics;
+};
+
+}  // namespace zultav::engine
+
+#endif

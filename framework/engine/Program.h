@@ -1,0 +1,169 @@
+#ifndef ZULTAV_ENGINE_PROGRAM_H
+#define ZULTAV_ENGINE_PROGRAM_H
+
+#include <bit>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "framework/engine/Export.h"
+#include "framework/engine/Function.h"
+#include "framework/intervals/IntegerRange.h"
+#include "framework/intervals/RealRange.h"
+
+class ZULTaVoAny;
+class ZULTaVoNetwork;
+
+namespace zultav::engine {
+
+/// A value of a program: a variable, a constant, or the result of a function.
+using Slot = std::uint32_t;
+inline constexpr std::uint32_t kNone = 0xffffffff;
+
+enum class Kind : std::uint8_t {
+  kInteger,  ///< a truth value is an integer of [0, 1]
+  kReal,
+  kOpaque  ///< of a type that only its module knows: its object in the network holds the value
+};
+
+/// What is known of a slot before any propagation.
+struct SlotInfo {
+  Kind kind = Kind::kInteger;
+  bool isBoolean = false;
+  /// A number that the model names: of a real one, any number of its bounds and no other.
+  bool isConstant = false;
+  /// Whether the search has to find a value for it: declared, or hidden and no function of others.
+  bool isSearched = false;
+  std::uint32_t object = kNone;  ///< of the network, where there is one
+  std::uint32_t holes = kNone;   ///< the first word of its set of values, where one is kept
+  std::uint32_t holeWords = 0;   ///< how many; bit i stands for the initial lower bound plus i
+};
+
+/// result = function(first, second); of a unary function both operands are the same slot.
+struct Formula {
+  Function function;
+  Slot result, first, second;
+};
+
+enum class Relation : std::uint8_t { kEqual, kUnequal, kLess, kLessOrEqual };
+
+/// `left relation right` holds exactly where `truth` is 1 (kNone: it holds).
+struct Comparison {
+  Relation relation;
+  Slot left, right;
+  Slot truth;
+};
+
+/// A boolean slot, or its negation.
+struct Literal {
+  Slot slot;
+  bool negated;
+};
+
+/// What a rule does. Its slots stand in Program::GetArguments, its numbers in GetNumbers from
+/// `data` on.
+enum class Code : std::uint8_t {
+  kFunction,     ///< (z, x, y): z = function(x, y) over integers; data: the Function
+  kLinear,       ///< (x1 … xn[, t]): c1 x1 + … + cn xn relation c0; numbers c0, c1 … cn;
+                 ///< reified: exactly where t holds. Relation and reified in the rule. kLess is
+                 ///< not used
+  kUnequal,      ///< (x, y): x <> y + c0; numbers c0
+  kClause,       ///< literals, one of which holds; numbers: 1 where a literal is negated
+  kAllDifferent, ///< (x1 … xn): pairwise different integers
+  kCount,        ///< (z, p1 … pn): z is the number of truths among p1 … pn
+  kPrimality,    ///< (p, x): p is whether x is a prime
+  kStatement,    ///< an equation or condition over reals; data: its number in the system of reals;
+                 ///< arguments: the slots whose change calls for it
+  kFilter        ///< the filter of a constraint; data: its number in the network
+};
+
+struct Rule {
+  Code code;
+  Relation relation = Relation::kEqual;  ///< of kLinear
+  bool isReified = false;                ///< of kLinear
+  bool isIdempotent = false;             ///< one run reaches the rule's own fixpoint
+  std::uint8_t cost = 0;                 ///< of a run; cheaper rules run sooner
+  std::uint32_t first = 0, count = 0;    ///< its arguments
+  std::uint32_t data = 0;
+};
+
+/// What may happen to a slot; a sum of these.
+enum Event : std::uint8_t {
+  kLowerRaised = 1,
+  kUpperLowered = 2,
+  kFixed = 4,
+  kHoleMade = 8,
+  kBoundMoved = kLowerRaised | kUpperLowered | kFixed,
+  kAnyChange = 15
+};
+
+/// Who is told of a slot's changes.
+struct Watch {
+  std::uint32_t rule;
+  std::uint8_t events;
+};
+
+/// A network compiled. Immutable, so that any number of engines may share it.
+///
+/// Declared values range over what their domains hold; hidden ones, the results of operators, over
+/// all mathematical values: what their types cannot hold does not limit them.
+class ZULTAV_ENGINE_API Program {
+ public:
+  /// @param declared  values that make up a solution; all others are hidden
+  /// Keeps pointers to the network's constraints and objects, which must outlive it, and knows
+  /// nothing of later additions. Throws std::bad_alloc when memory ran out.
+  Program(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared);
+
+  std::size_t GetNumberOfSlots() const { return mSlots.size(); }
+  const SlotInfo& GetSlot(Slot slot) const { return mSlots[slot]; }
+  /// Of slots that are integers.
+  IntegerRange GetInitialIntegers(Slot slot) const { return {mInitial[2 * slot], mInitial[2 * slot + 1]}; }
+  /// Of slots that are reals.
+  RealRange GetInitialReals(Slot slot) const {
+    return {std::bit_cast<double>(mInitial[2 * slot]), std::bit_cast<double>(mInitial[2 * slot + 1])};
+  }
+  /// The slot of each declared value. Equal values share one.
+  const std::vector<Slot>& GetDeclared() const { return mDeclared; }
+  /// The slot of an object of the network, kNone where nothing is left of it.
+  Slot GetSlotOfObject(std::uint32_t object) const { return mSlotOfObject[object]; }
+
+  /// The model itself, after equal values were united: what has to be true of a solution.
+  const std::vector<Formula>& GetFormulas() const { return mFormulas; }
+  const std::vector<Comparison>& GetComparisons() const { return mComparisons; }
+  /// Whether there is no solution, as contradicting constants show.
+  bool IsInfeasible() const { return mInfeasible; }
+  /// Whether rules other than kFilter and kPrimality say all that the constraints say.
+  bool IsComplete() const { return mFilters == 0; }
+
+  const std::vector<Rule>& GetRules() const { return mRules; }
+  std::span<const Slot> GetArguments(const Rule& rule) const {
+    return {mArguments.data() + rule.first, rule.count};
+  }
+  const std::int64_t* GetNumbers(const Rule& rule) const { return mNumbers.data() + rule.data; }
+  std::span<const Watch> GetWatches(Slot slot) const {
+    return {mWatches.data() + mFirstWatch[slot], mWatches.data() + mFirstWatch[slot + 1]};
+  }
+  std::size_t GetNumberOfHoleWords() const { return mHoleWords; }
+  const ZULTaVoNetwork& GetNetwork() const { return mNetwork; }
+
+ private:
+  friend class Compiler;
+
+  const ZULTaVoNetwork& mNetwork;
+  std::vector<SlotInfo> mSlots;
+  std::vector<std::int64_t> mInitial;  // two words a slot
+  std::vector<Slot> mDeclared, mSlotOfObject;
+  std::vector<Formula> mFormulas;
+  std::vector<Comparison> mComparisons;
+  std::vector<Rule> mRules;
+  std::vector<Slot> mArguments;
+  std::vector<std::int64_t> mNumbers;
+  std::vector<Watch> mWatches;
+  std::vector<std::uint32_t> mFirstWatch;
+  std::size_t mHoleWords = 0, mFilters = 0;
+  bool mInfeasible = false;
+};
+
+}  // namespace zultav::engine
+
+#endif

@@ -1,0 +1,69 @@
+#ifndef ZULTAV_ENGINE_REALS_NEWTON_H
+#define ZULTAV_ENGINE_REALS_NEWTON_H
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "framework/engine/Engine.h"
+
+namespace zultav::engine {
+
+/// The interval Newton method for the equations over reals of a program, on the box that an engine
+/// holds.
+///
+/// Programs without equations over reals cost nothing. Large systems are narrowed in windows of
+/// unknowns that were declared near each other, at a cost that grows linearly. Nothing here
+/// allocates after construction but where the box is proven.
+class ZULTAV_ENGINE_API Newton {
+ public:
+  /// Throws std::bad_alloc when memory ran out.
+  explicit Newton(Engine& engine);
+  ~Newton();
+  Newton(const Newton&) = delete;
+  Newton& operator=(const Newton&) = delete;
+
+  enum class Answer {
+    kNothing,   ///< there is nothing worth another propagation
+    kNarrowed,  ///< much was narrowed: propagate, and call again
+    kFailed     ///< no solution is left
+  };
+  /// Shaves, and makes Hansen-Sengupta steps with slopes, preconditioned by the inverse of the
+  /// midpoint matrix. To be called at a fixpoint of the engine.
+  /// @param again  whether there was a call for this node before: it need not be repeated where
+  ///               little has changed. What other nodes were like must not matter, so that an
+  ///               interrupted search can be continued.
+  Answer Contract(bool again);
+
+  enum class Finding {
+    kNothing,      ///< there may be solutions within the present values
+    kNoSolution,   ///< there are none
+    kSolution,     ///< `box` certainly holds one
+    kOnlySolution  ///< so it does, and the present values and `region` hold none that it does not
+  };
+  /// Looks for solutions within or very near the present values, which propagation no longer
+  /// narrows; leaves them as they are. A proof holds for the model over the true reals, without any
+  /// tolerance; decimal fractions and Pi are true numbers, too.
+  /// @param[in,out] box, region  one range for each declared value of the program, holding the
+  ///                             present values; those of reals are set where the finding speaks
+  ///                             of them
+  Finding Prove(std::span<RealRange> box, std::span<RealRange> region);
+
+  /// The declared values, by number, whose signs do not matter: wherever one is in a solution, so
+  /// is its opposite, if its domain allows.
+  std::vector<std::uint32_t> FindSignless() const;
+
+  /// How much splitting each declared real promises: the largest, over the equations, of the
+  /// magnitude of the slope times the width (the smear of the variable), relative to the sum of all
+  /// smears of the equation. 0 for what no equation speaks of. Valid after Contract.
+  void CalcSmears(std::span<double> smears);
+
+ private:
+  class Work;
+  std::unique_ptr<Work> mWork;
+};
+
+}  // namespace zultav::engine
+
+#endif
