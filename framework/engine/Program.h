@@ -32,6 +32,8 @@ struct SlotInfo {
   bool isBoolean = false;
   /// A number that the model names: of a real one, any number of its bounds and no other.
   bool isConstant = false;
+  /// Of a type that holds one value or Any: the search does not split it.
+  bool isSingle = false;
   /// Whether the search has to find a value for it: declared, or hidden and no function of others.
   bool isSearched = false;
   std::uint32_t object = kNone;  ///< of the network, where there is one

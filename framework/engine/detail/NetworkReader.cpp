@@ -1,0 +1,289 @@
+#include "framework/engine/detail/NetworkReader.h"
+
+#include <unordered_map>
+
+#include "framework/solver/LocalCopy.h"
+#include "framework/solver/SingleValue.h"
+#include "framework/solver/ZULTavAbstractTypes.h"
+
+namespace zultav::engine {
+
+namespace {
+
+constexpr RealRange kPi = {0x1.921fb54442d18p+1, 0x1.921fb54442d19p+1};
+constexpr RealRange kE = {0x1.5bf0a8b145769p+1, 0x1.5bf0a8b14576ap+1};
+// Sets of values that a module's domain may hold are read value by value up to this width.
+constexpr std::uint64_t kWidestSet = 4096;
+
+/// What is the same for all objects of a type.
+struct TypeFacts {
+  SlotInfo info;
+  IntegerRange integers;  // all values of the type
+  RealRange reals;
+};
+
+struct FunctionOfRule {
+  ZULTaVoRule rule;
+  Function function;
+};
+/// Rules that say a0 = function(a1, a2).
+constexpr FunctionOfRule kFunctionRules[] = {
+    {ZULTaVoRule::kSum,      Function::kSum      },
+    {ZULTaVoRule::kProduct,  Function::kProduct  },
+    {ZULTaVoRule::kPower,    Function::kPower    },
+    {ZULTaVoRule::kRemainder, Function::kRemainder},
+    {ZULTaVoRule::kMinimum,  Function::kMinimum  },
+    {ZULTaVoRule::kMaximum,  Function::kMaximum  },
+    {ZULTaVoRule::kNegation, Function::kNegative },
+    {ZULTaVoRule::kBooleanNegation, Function::kNegative},
+    {ZULTaVoRule::kAbsolute, Function::kAbsolute },
+    {ZULTaVoRule::kExp,      Function::kExp      },
+    {ZULTaVoRule::kSqrt,     Function::kSqrt     },
+    {ZULTaVoRule::kSine,     Function::kSine     },
+    {ZULTaVoRule::kCosine,   Function::kCosine   },
+    {ZULTaVoRule::kTangent,  Function::kTangent  },
+    {ZULTaVoRule::kRound,    Function::kRound    },
+    {ZULTaVoRule::kFloor,    Function::kFloor    },
+    {ZULTaVoRule::kCeil,     Function::kCeil     },
+};
+
+struct RelationOfRule {
+  ZULTaVoRule rule;
+  Relation relation;
+  bool isReified;
+};
+/// Rules that say `a0 relation a1`, with a2 equal to a0 or the truth of it.
+constexpr RelationOfRule kRelationRules[] = {
+    {ZULTaVoRule::kEqualTernary,       Relation::kEqual,       false},
+    {ZULTaVoRule::kUnequalTernary,     Relation::kUnequal,     false},
+    {ZULTaVoRule::kLessTernary,        Relation::kLess,        false},
+    {ZULTaVoRule::kLessOrEqualTernary, Relation::kLessOrEqual, false},
+    {ZULTaVoRule::kBooleanEqual,       Relation::kEqual,       true },
+    {ZULTaVoRule::kBooleanUnequal,     Relation::kUnequal,     true },
+    {ZULTaVoRule::kBooleanLess,        Relation::kLess,        true },
+    {ZULTaVoRule::kBooleanLessOrEqual, Relation::kLessOrEqual, true },
+};
+
+template <class Row, std::size_t N>
+const Row* FindRule(const Row (&rows)[N], ZULTaVoRule rule) {
+  for (const Row& row : rows)
+    if (row.rule == rule) return &row;
+  return nullptr;
+}
+
+class NetworkReader {
+ public:
+  NetworkReader(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared)
+      : mNetwork(network) {
+    const std::size_t objects = network.GetNumberOfObjects();
+    mIndexOf.reserve(objects);
+    for (std::size_t i = 0; i < objects; ++i)
+      mIndexOf.emplace(network.GetObject(i), static_cast<std::uint32_t>(i));
+    mDraft.slotOfObject.assign(objects, kNone);
+    mDraft.slots.reserve(objects);
+    mDraft.initial.reserve(2 * objects);
+    mDraft.parents.reserve(objects);
+    mDraft.formulas.reserve(network.GetNumberOfConstraints());
+    for (ZULTaVoAny* value : declared) mDraft.declared.push_back(SlotOf(value, true));
+  }
+
+  Draft Read() {
+    for (std::size_t i = 0; i < mNetwork.GetNumberOfObjects(); ++i)
+      if (mNetwork.GetObject(i)->IsNil()) mDraft.infeasible = true;
+    for (std::size_t i = 0; i < mNetwork.GetNumberOfConstraints(); ++i)
+      ReadConstraint(static_cast<std::uint32_t>(i));
+    return std::move(mDraft);
+  }
+
+ private:
+  const TypeFacts& FactsOf(const ZULTaVoAny& value) {
+    const auto [place, isNew] = mFacts.try_emplace(value.GetDescriptor());
+    TypeFacts& facts = place->second;
+    if (!isNew) return facts;
+    const LocalCopy any(value);
+    if (!any) throw std::bad_alloc();
+    any->SetAny();
+    facts.info.isSingle = any->GetCardinality() == kSingleAny;
+    facts.info.kind = Kind::kOpaque;
+    if (const auto* integer = ZULTaVoCast<const ZULTaVoInteger>(&*any)) {
+      facts.info.kind = Kind::kInteger;
+      facts.integers = {integer->GetLowerBound(), integer->GetUpperBound()};
+    } else if (ZULTaVoCast<const ZULTaVoBoolean>(&*any) != nullptr) {
+      facts.info.kind = Kind::kInteger;
+      facts.info.isBoolean = true;
+      facts.integers = {0, 1};
+    } else if (const auto* real = ZULTaVoCast<const ZULTaVoReal>(&*any)) {
+      // Values of a type that holds one real are compared with a tolerance: only the module knows.
+      if (!facts.info.isSingle) facts.info.kind = Kind::kReal;
+      facts.reals = {real->GetLowerBound(), real->GetUpperBound()};
+    }
+    return facts;
+  }
+
+  Slot SlotOf(const ZULTaVoObject* object, bool isDeclared = false) {
+    const std::uint32_t index = mIndexOf.at(object);
+    Slot& slot = mDraft.slotOfObject[index];
+    if (slot == kNone) {
+      const auto& value = static_cast<const ZULTaVoAny&>(*object);
+      SlotInfo info = FactsOf(value).info;
+      info.object = index;
+      slot = AddSlot(value, info, isDeclared);
+    }
+    return slot;
+  }
+
+  Slot AddSlot(const ZULTaVoAny& value, SlotInfo info, bool isDeclared) {
+    const ZULTaVoConstant* number = mNetwork.GetConstant(&value);
+    info.isConstant = number != nullptr && info.kind != Kind::kOpaque;
+    switch (info.kind) {
+      case Kind::kInteger:
+        if (info.isConstant) return mDraft.AddSlot(info, IntegerRange::Only(number->integer));
+        return AddIntegers(value, info, isDeclared);
+      case Kind::kReal:
+        return mDraft.AddSlot(info, info.isConstant ? RangeOf(*number) : RealsOf(value));
+      case Kind::kOpaque:
+        break;
+    }
+    return mDraft.AddSlot(info, IntegerRange());
+  }
+
+  static RealRange RangeOf(const ZULTaVoConstant& number) {
+    if (!number.isInteger) return {number.lower, number.upper};
+    const IntegerRange integer = IntegerRange::Only(number.integer);
+    return {LowerAsDouble(integer), UpperAsDouble(integer)};
+  }
+
+  /// Hidden values are not limited by what their type can hold.
+  Slot AddIntegers(const ZULTaVoAny& value, const SlotInfo& info, bool isDeclared) {
+    if (info.isBoolean) {
+      const auto& truth = static_cast<const ZULTaVoBoolean&>(value);
+      return mDraft.AddSlot(info, IntegerRange(truth.IsTrue() != 0, truth.IsFalse() == 0));
+    }
+    const auto& integer = static_cast<const ZULTaVoInteger&>(value);
+    const IntegerRange& all = FactsOf(value).integers;
+    const IntegerRange known = {integer.GetLowerBound(), integer.GetUpperBound()};
+    IntegerRange range = known;
+    if (!isDeclared && known.lower == all.lower) range.lower = IntegerRange::kMin;
+    if (!isDeclared && known.upper == all.upper) range.upper = IntegerRange::kMax;
+    const Slot slot = mDraft.AddSlot(info, range);
+    if (!known.IsEmpty()) ReadHoles(integer, known, slot);
+    return slot;
+  }
+
+  /// A module's domain may hold less than all integers between its bounds.
+  void ReadHoles(const ZULTaVoInteger& value, const IntegerRange& range, Slot slot) {
+    const auto width = static_cast<std::uint64_t>(range.upper) -
+                       static_cast<std::uint64_t>(range.lower);
+    const long count = value.GetCardinality();
+    if (count < 0 || static_cast<std::uint64_t>(count) == width + 1 || width > kWidestSet) return;
+    const LocalCopy one(value);
+    if (!one) throw std::bad_alloc();
+    for (std::int64_t v = range.lower; v <= range.upper; ++v) {
+      static_cast<ZULTaVoInteger&>(*one).SetExactValue(static_cast<long>(v));
+      if (!value.IsIntersected(*one)) mDraft.holes.push_back({slot, v});
+    }
+  }
+
+  RealRange RealsOf(const ZULTaVoAny& value) {
+    const auto& real = static_cast<const ZULTaVoReal&>(value);
+    const RealRange& all = FactsOf(value).reals;
+    const double lower = real.GetLowerBound(), upper = real.GetUpperBound();
+    return {lower <= all.lower ? -HUGE_VAL : lower, upper >= all.upper ? HUGE_VAL : upper};
+  }
+
+  void ReadConstraint(std::uint32_t index) {
+    mArguments.clear();
+    bool isKnown = true;
+    for (const ZULTaVoObject* argument : mNetwork.GetArguments(index)) {
+      mArguments.push_back(SlotOf(argument));
+      isKnown = isKnown && KindOf(mArguments.back()) != Kind::kOpaque;
+    }
+    if (isKnown && ReadRule(mNetwork.GetRule(index), index)) return;
+    mDraft.groups.push_back({Code::kFilter, index, mArguments});
+  }
+
+  Kind KindOf(Slot slot) const { return mDraft.slots[slot].kind; }
+  bool AreIntegers(std::span<const Slot> slots) const {
+    for (const Slot slot : slots)
+      if (KindOf(slot) != Kind::kInteger) return false;
+    return true;
+  }
+
+  /// Answers whether the rule is one that the engine knows for these arguments.
+  bool ReadRule(ZULTaVoRule rule, std::uint32_t index) {
+    const auto& a = mArguments;
+    if (const auto* row = FindRule(kFunctionRules, rule)) {
+      AddFormula(row->function, a[0], a[1], a.size() > 2 ? a[2] : a[1]);
+      return true;
+    }
+    if (const auto* row = FindRule(kRelationRules, rule)) {
+      mDraft.comparisons.push_back({row->relation, a[0], a[1], row->isReified ? a[2] : kNone});
+      if (!row->isReified && a[2] != a[0]) AddEquality(a[0], a[2]);
+      return true;
+    }
+    switch (rule) {
+      case ZULTaVoRule::kQuotient:
+        // Integers divide without a remainder or not at all.
+        AddFormula(Function::kQuotient, a[1], a[0], a[2]);
+        return true;
+      case ZULTaVoRule::kEqual:
+        AddEquality(a[0], a[1]);
+        return true;
+      case ZULTaVoRule::kSign:
+        AddFormula(Function::kSign, a[1], a[0], a[0]);
+        return true;
+      case ZULTaVoRule::kNext:
+        if (!AreIntegers(a)) return false;
+        AddFormula(Function::kSum, a[0], a[1], mDraft.AddConstant(1));
+        return true;
+      case ZULTaVoRule::kPi:
+        return Name(a[0], kPi);
+      case ZULTaVoRule::kE:
+        return Name(a[0], kE);
+      case ZULTaVoRule::kAllDifferent:
+        return AddGroup(Code::kAllDifferent, index);
+      case ZULTaVoRule::kCount:
+        return AddGroup(Code::kCount, index);
+      case ZULTaVoRule::kPrimality:
+        return AddGroup(Code::kPrimality, index);
+      default:
+        return false;
+    }
+  }
+
+  void AddFormula(Function function, Slot result, Slot first, Slot second) {
+    mDraft.formulas.push_back({function, result, first, second});
+  }
+
+  void AddEquality(Slot x, Slot y) {
+    mDraft.comparisons.push_back({Relation::kEqual, x, y, kNone});
+  }
+
+  bool AddGroup(Code code, std::uint32_t index) {
+    if (!AreIntegers(mArguments)) return false;
+    mDraft.groups.push_back({code, index, mArguments});
+    return true;
+  }
+
+  bool Name(Slot slot, const RealRange& number) {
+    SlotInfo info;
+    info.kind = Kind::kReal;
+    info.isConstant = true;
+    AddEquality(slot, mDraft.AddSlot(info, number));
+    return KindOf(slot) == Kind::kReal;
+  }
+
+  const ZULTaVoNetwork& mNetwork;
+  Draft mDraft;
+  std::unordered_map<const ZULTaVoObject*, std::uint32_t> mIndexOf;
+  std::unordered_map<const ZULTaVoObjectDescriptor*, TypeFacts> mFacts;
+  std::vector<Slot> mArguments;
+};
+
+}  // namespace
+
+Draft ReadNetwork(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared) {
+  return NetworkReader(network, declared).Read();
+}
+
+}  // namespace zultav::engine
