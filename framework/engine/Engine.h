@@ -132,7 +132,6 @@ class ZULTAV_ENGINE_API Engine {
   struct Queue {
     std::uint32_t head = kNone, tail = kNone;
   };
-  static constexpr int kQueues = 8;
 
   void Save(std::size_t word);
   void Set(std::size_t word, std::int64_t value) {
@@ -159,7 +158,7 @@ class ZULTAV_ENGINE_API Engine {
   std::vector<Level> mLevels;
   std::vector<std::uint32_t> mNext;  // of each rule: the one behind it in its queue
   std::vector<std::uint8_t> mQueued;
-  Queue mQueues[kQueues];
+  Queue mQueues[kCosts];
   std::uint32_t mRunning = kNone, mFailed = kNone, mStamp = 1;
   Status mFilterStatus = Status::kFixpoint;
   double mFraction = 0.01;

@@ -65,19 +65,34 @@ struct Literal {
 /// What a rule does. Its slots stand in Program::GetArguments, its numbers in GetNumbers from
 /// `data` on.
 enum class Code : std::uint8_t {
-  kFunction,     ///< (z, x, y): z = function(x, y) over integers; data: the Function
-  kLinear,       ///< (x1 … xn[, t]): c1 x1 + … + cn xn relation c0; numbers c0, c1 … cn;
-                 ///< reified: exactly where t holds. Relation and reified in the rule. kLess is
-                 ///< not used
-  kUnequal,      ///< (x, y): x <> y + c0; numbers c0
-  kClause,       ///< literals, one of which holds; numbers: 1 where a literal is negated
-  kAllDifferent, ///< (x1 … xn): pairwise different integers
-  kCount,        ///< (z, p1 … pn): z is the number of truths among p1 … pn
-  kPrimality,    ///< (p, x): p is whether x is a prime
-  kStatement,    ///< an equation or condition over reals; data: its number in the system of reals;
-                 ///< arguments: the slots whose change calls for it
-  kFilter        ///< the filter of a constraint; data: its number in the network
+  kFunction,      ///< (z, x, y): z = function(x, y) over integers; data: the Function
+  kLinear,        ///< (x1 … xn[, t]): c1 x1 + … + cn xn relation c0; numbers c0, c1 … cn;
+                  ///< reified: exactly where t holds. Relation and reified in the rule. kLess is
+                  ///< not used
+  kUnequal,       ///< (x, y): x <> y + c0; numbers c0
+  kClause,        ///< literals, one of which holds; numbers: 1 where a literal is negated. Watched
+                  ///< by the engine, not by GetWatches
+  kAllDifferent,  ///< (x1 … xn): pairwise different integers; data: 0 looks at fixed values, 1 at
+                  ///< bounds
+  kCount,         ///< (z, p1 … pn): z is the number of truths among p1 … pn
+  kPrimality,     ///< (p, x): p is whether x is a prime
+  kStatement,     ///< an equation or condition over reals; data: its number in the system of reals;
+                  ///< arguments: the slots whose change calls for it
+  kFilter         ///< the filter of a constraint; data: its number in the network
 };
+
+/// The queues of the rules: what costs less runs sooner.
+enum Cost : std::uint8_t {
+  kCostOfUnit,  ///< what looks at two slots or literals
+  kCostOfPair,
+  kCostOfFunction,
+  kCostOfSum,  ///< what looks at all of its slots once
+  kCostOfStatement,
+  kCostOfBounds,
+  kCostOfPrimality,
+  kCostOfFilter
+};
+inline constexpr int kCosts = kCostOfFilter + 1;
 
 struct Rule {
   Code code;
@@ -119,10 +134,13 @@ class ZULTAV_ENGINE_API Program {
   std::size_t GetNumberOfSlots() const { return mSlots.size(); }
   const SlotInfo& GetSlot(Slot slot) const { return mSlots[slot]; }
   /// Of slots that are integers.
-  IntegerRange GetInitialIntegers(Slot slot) const { return {mInitial[2 * slot], mInitial[2 * slot + 1]}; }
+  IntegerRange GetInitialIntegers(Slot slot) const {
+    return {mInitial[2 * slot], mInitial[2 * slot + 1]};
+  }
   /// Of slots that are reals.
   RealRange GetInitialReals(Slot slot) const {
-    return {std::bit_cast<double>(mInitial[2 * slot]), std::bit_cast<double>(mInitial[2 * slot + 1])};
+    return {std::bit_cast<double>(mInitial[2 * slot]),
+            std::bit_cast<double>(mInitial[2 * slot + 1])};
   }
   /// The slot of each declared value. Equal values share one.
   const std::vector<Slot>& GetDeclared() const { return mDeclared; }
@@ -145,11 +163,17 @@ class ZULTAV_ENGINE_API Program {
   std::span<const Watch> GetWatches(Slot slot) const {
     return {mWatches.data() + mFirstWatch[slot], mWatches.data() + mFirstWatch[slot + 1]};
   }
+  /// The first ones of GetWatches: those that do not wait for kFixed alone.
+  std::span<const Watch> GetEagerWatches(Slot slot) const {
+    return {mWatches.data() + mFirstWatch[slot], mWatches.data() + mFirstPatientWatch[slot]};
+  }
   std::size_t GetNumberOfHoleWords() const { return mHoleWords; }
   const ZULTaVoNetwork& GetNetwork() const { return mNetwork; }
 
  private:
   friend class Compiler;
+  friend class ProgramBuilder;
+  explicit Program(const ZULTaVoNetwork& network) : mNetwork(network) {}
 
   const ZULTaVoNetwork& mNetwork;
   std::vector<SlotInfo> mSlots;
@@ -161,7 +185,7 @@ class ZULTAV_ENGINE_API Program {
   std::vector<Slot> mArguments;
   std::vector<std::int64_t> mNumbers;
   std::vector<Watch> mWatches;
-  std::vector<std::uint32_t> mFirstWatch;
+  std::vector<std::uint32_t> mFirstWatch, mFirstPatientWatch;
   std::size_t mHoleWords = 0, mFilters = 0;
   bool mInfeasible = false;
 };
