@@ -94,6 +94,13 @@ enum Cost : std::uint8_t {
 };
 inline constexpr int kCosts = kCostOfFilter + 1;
 
+/// A constraint over any number of slots that is no formula and no comparison.
+struct Group {
+  Code code;                 ///< kAllDifferent, kCount, kPrimality or kFilter
+  std::uint32_t constraint;  ///< its number in the network
+  std::vector<Slot> slots;   ///< as of the rule of this code
+};
+
 struct Rule {
   Code code;
   Relation relation = Relation::kEqual;  ///< of kLinear
@@ -150,6 +157,7 @@ class ZULTAV_ENGINE_API Program {
   /// The model itself, after equal values were united: what has to be true of a solution.
   const std::vector<Formula>& GetFormulas() const { return mFormulas; }
   const std::vector<Comparison>& GetComparisons() const { return mComparisons; }
+  const std::vector<Group>& GetGroups() const { return mGroups; }
   /// Whether there is no solution, as contradicting constants show.
   bool IsInfeasible() const { return mInfeasible; }
   /// Whether rules other than kFilter and kPrimality say all that the constraints say.
@@ -181,6 +189,7 @@ class ZULTAV_ENGINE_API Program {
   std::vector<Slot> mDeclared, mSlotOfObject;
   std::vector<Formula> mFormulas;
   std::vector<Comparison> mComparisons;
+  std::vector<Group> mGroups;
   std::vector<Rule> mRules;
   std::vector<Slot> mArguments;
   std::vector<std::int64_t> mNumbers;

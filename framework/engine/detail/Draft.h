@@ -11,12 +11,6 @@ namespace zultav::engine {
 /// A model while it is compiled: what the network says, in terms of slots that may turn out to be
 /// equal. All members may name united slots until Resolve was called.
 struct Draft {
-  /// A constraint over any number of slots.
-  struct Group {
-    Code code;
-    std::uint32_t constraint;  // of the network
-    std::vector<Slot> slots;
-  };
   /// A value that an integer does not have.
   struct Hole {
     Slot slot;
@@ -67,9 +61,6 @@ struct Draft {
  private:
   void SetReals(Slot x, const RealRange& range);
 };
-
-/// Whether the numbers are truth values, or one of them is a real.
-enum class Domain : std::uint8_t { kBooleans, kIntegers, kReals };
 
 }  // namespace zultav::engine
 

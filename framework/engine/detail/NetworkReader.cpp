@@ -223,8 +223,13 @@ class NetworkReader {
     }
     switch (rule) {
       case ZULTaVoRule::kQuotient:
+        if (!AreIntegers(a)) {
+          AddFormula(Function::kQuotient, a[1], a[0], a[2]);
+          return true;
+        }
         // Integers divide without a remainder or not at all.
-        AddFormula(Function::kQuotient, a[1], a[0], a[2]);
+        AddFormula(Function::kProduct, a[0], a[1], a[2]);
+        mDraft.comparisons.push_back({Relation::kUnequal, a[2], mDraft.AddConstant(0), kNone});
         return true;
       case ZULTaVoRule::kEqual:
         AddEquality(a[0], a[1]);

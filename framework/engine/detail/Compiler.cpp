@@ -1,0 +1,192 @@
+#include "framework/engine/detail/Compiler.h"
+
+#include <algorithm>
+
+#include "framework/engine/Engine.h"
+#include "framework/engine/detail/NetworkReader.h"
+#include "framework/engine/detail/SearchedSlots.h"
+#include "framework/engine/detail/Simplifier.h"
+#include "framework/solver/ZULTaVoNetwork.h"
+
+namespace zultav::engine {
+
+namespace {
+
+// The widest integer whose values are kept one by one.
+constexpr std::uint64_t kWidestSet = 4096;
+// What a propagation before the search may take.
+constexpr std::uint64_t kRunsPerRule = 20, kRunsAtLeast = 10000;
+
+}  // namespace
+
+Compiler::Compiler(Program& program, const ZULTaVoNetwork& network,
+                   std::span<ZULTaVoAny* const> declared)
+    : mProgram(program), mBuilder(program), mDraft(ReadNetwork(network, declared)) {}
+
+void Compiler::Compile() {
+  Simplify(mDraft);
+  std::vector<bool> isTaken;
+  LinearRows rows(mDraft, isTaken);
+  rows.Eliminate(FindNeeded(isTaken, nullptr));
+  const Gates gates(mDraft, isTaken, FindNeeded(isTaken, &rows));
+
+  mProgram.mSlots = std::move(mDraft.slots);
+  mProgram.mInitial = std::move(mDraft.initial);
+  mProgram.mDeclared = mDraft.declared;
+  mProgram.mSlotOfObject = mDraft.slotOfObject;
+  mProgram.mInfeasible = mDraft.infeasible;
+  for (const LinearRows::Row& row : rows.GetRows()) EmitRow(row);
+  for (const auto& clause : gates.GetClauses()) mBuilder.AddClause(clause);
+  EmitFormulas(isTaken);
+  for (const Group& group : mDraft.groups) EmitGroup(group);
+  for (const Draft::Hole& hole : mDraft.holes) {
+    const Slot value = mBuilder.AddSlot({.isConstant = true}, IntegerRange::Only(hole.value));
+    mBuilder.AddUnequal(hole.slot, value, 0);
+  }
+  mProgram.mFormulas = std::move(mDraft.formulas);
+  mProgram.mComparisons = std::move(mDraft.comparisons);
+  mProgram.mGroups = std::move(mDraft.groups);
+  FindSearched();
+  if (mProgram.mInfeasible) return mBuilder.Finish();
+  const std::vector<Slot> holed = FindHoled();
+  Presolve(holed);
+  KeepValues(holed);
+  mBuilder.Finish();
+}
+
+/// What is asked for beside the rows; where there are rows, beside what is said of truth values
+/// alone.
+std::vector<bool> Compiler::FindNeeded(const std::vector<bool>& isTaken,
+                                       const LinearRows* rows) const {
+  std::vector<bool> isNeeded(mDraft.slots.size(), false);
+  const auto need = [&](std::initializer_list<Slot> slots) {
+    for (const Slot x : slots)
+      if (x != kNone) isNeeded[x] = true;
+  };
+  for (std::size_t i = 0; i < mDraft.formulas.size(); ++i) {
+    const auto [function, result, first, second] = mDraft.formulas[i];
+    const bool isGate = IsTruth(result) && IsTruth(first) && IsTruth(second);
+    if (!isTaken[i] && !(isGate && rows != nullptr)) need({result, first, second});
+  }
+  for (std::size_t i = 0; i < mDraft.comparisons.size(); ++i) {
+    const auto [relation, left, right, truth] = mDraft.comparisons[i];
+    const bool isGate = IsTruth(left) && IsTruth(right);
+    if (!isTaken[mDraft.formulas.size() + i] && !(isGate && rows != nullptr))
+      need({left, right, truth});
+  }
+  for (const Slot declared : mDraft.declared) need({declared});
+  for (const Draft::Hole& hole : mDraft.holes) need({hole.slot});
+  for (const Group& group : mDraft.groups)
+    if (group.code != Code::kCount)
+      for (const Slot slot : group.slots) need({slot});
+  if (rows == nullptr) return isNeeded;
+  for (const LinearRows::Row& row : rows->GetRows()) {
+    for (const LinearRows::Term& term : row.terms) need({term.slot});
+    need({row.truth});
+  }
+  return isNeeded;
+}
+
+void Compiler::EmitRow(const LinearRows::Row& row) {
+  const auto& terms = row.terms;
+  const bool isDifference = terms.size() == 2 && terms[0].factor == -terms[1].factor &&
+                            (terms[0].factor == 1 || terms[0].factor == -1);
+  if (isDifference && row.relation == Relation::kUnequal && row.truth == kNone) {
+    const std::size_t first = terms[0].factor == 1 ? 0 : 1;
+    mBuilder.AddUnequal(terms[first].slot, terms[1 - first].slot, row.constant);
+    return;
+  }
+  std::vector<Slot> slots;
+  std::vector<std::int64_t> factors;
+  for (const LinearRows::Term& term : terms) {
+    slots.push_back(term.slot);
+    factors.push_back(term.factor);
+  }
+  mBuilder.AddLinear(row.relation, slots, factors, row.constant, row.truth);
+}
+
+void Compiler::EmitGroup(const Group& group) {
+  switch (group.code) {
+    case Code::kAllDifferent:
+      AddAllDifferent(group.slots);
+      break;
+    case Code::kPrimality:
+      mBuilder.AddPrimality(group.slots[0], group.slots[1]);
+      break;
+    case Code::kFilter:
+      mBuilder.AddFilter(group.constraint, group.slots);
+      break;
+    default:
+      break;  // a count is a row
+  }
+}
+
+void Compiler::AddAllDifferent(std::vector<Slot> slots) {
+  mBuilder.AddAllDifferent(slots);
+  std::sort(slots.begin(), slots.end());
+  if (std::adjacent_find(slots.begin(), slots.end()) != slots.end()) mProgram.mInfeasible = true;
+}
+
+void Compiler::EmitFormulas(const std::vector<bool>& isTaken) {
+  for (std::size_t i = 0; i < mDraft.formulas.size(); ++i) {
+    const Formula& formula = mDraft.formulas[i];
+    const bool isInteger = mProgram.mSlots[formula.result].kind == Kind::kInteger &&
+                           mProgram.mSlots[formula.first].kind == Kind::kInteger &&
+                           mProgram.mSlots[formula.second].kind == Kind::kInteger;
+    if (!isTaken[i] && isInteger)
+      mBuilder.AddFunction(formula.function, formula.result, formula.first, formula.second);
+  }
+}
+
+void Compiler::FindSearched() {
+  const std::vector<bool> isSearched = FindSearchedSlots(mProgram);
+  for (Slot slot = 0; slot < mProgram.mSlots.size(); ++slot)
+    mProgram.mSlots[slot].isSearched = isSearched[slot];
+}
+
+/// Integers of which single values are taken.
+std::vector<Slot> Compiler::FindHoled() const {
+  std::vector<Slot> holed;
+  for (const Rule& rule : mProgram.mRules)
+    if (rule.code == Code::kUnequal || rule.code == Code::kAllDifferent) {
+      const auto slots = mProgram.GetArguments(rule);
+      holed.insert(holed.end(), slots.begin(), slots.end());
+    }
+  std::sort(holed.begin(), holed.end());
+  holed.erase(std::unique(holed.begin(), holed.end()), holed.end());
+  return holed;
+}
+
+bool Compiler::IsNarrow(Slot x) const {
+  const IntegerRange range = mProgram.GetInitialIntegers(x);
+  return range.IsBounded() && static_cast<std::uint64_t>(range.upper) -
+                                      static_cast<std::uint64_t>(range.lower) <
+                                  kWidestSet;
+}
+
+/// Narrows integers by propagation where that is needed to keep sets of their values: results of
+/// functions have no bounds of their own.
+void Compiler::Presolve(const std::vector<Slot>& holed) {
+  if (std::all_of(holed.begin(), holed.end(), [this](Slot x) { return IsNarrow(x); })) return;
+  Program draft = mProgram;
+  ProgramBuilder(draft).Finish();
+  Engine engine(draft, nullptr);
+  engine.SetRunLimit(kRunsPerRule * draft.GetRules().size() + kRunsAtLeast);
+  engine.ScheduleAll();
+  if (engine.Propagate() == Engine::Status::kFailed) {
+    mProgram.mInfeasible = true;
+    return;
+  }
+  for (Slot x = 0; x < mProgram.mSlots.size(); ++x) {
+    if (mProgram.mSlots[x].kind != Kind::kInteger || mProgram.mSlots[x].isConstant) continue;
+    mProgram.mInitial[2 * std::size_t{x}] = engine.GetLower(x);
+    mProgram.mInitial[2 * std::size_t{x} + 1] = engine.GetUpper(x);
+  }
+}
+
+void Compiler::KeepValues(const std::vector<Slot>& holed) {
+  for (const Slot x : holed)
+    if (IsNarrow(x) && !mProgram.mSlots[x].isConstant) mBuilder.KeepValues(x);
+}
+
+}  // namespace zultav::engine

@@ -1,0 +1,44 @@
+#ifndef ZULTAV_ENGINE_DETAIL_COMPILER_H
+#define ZULTAV_ENGINE_DETAIL_COMPILER_H
+
+#include <span>
+#include <vector>
+
+#include "framework/engine/Program.h"
+#include "framework/engine/detail/Draft.h"
+#include "framework/engine/detail/Gates.h"
+#include "framework/engine/detail/LinearRows.h"
+#include "framework/engine/detail/ProgramBuilder.h"
+
+namespace zultav::engine {
+
+/// Compiles a network: reads and simplifies it, sorts what it says into rules over integers, clauses,
+/// statements over reals and filters, and narrows integers as far as these do without a search.
+class Compiler {
+ public:
+  Compiler(Program& program, const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared);
+
+  void Compile();
+
+ private:
+  bool IsTruth(Slot x) const { return mDraft.slots[x].isBoolean; }
+  std::vector<bool> FindNeeded(const std::vector<bool>& isTaken, const LinearRows* rows) const;
+  void EmitRow(const LinearRows::Row& row);
+  void EmitGroup(const Group& group);
+  void AddAllDifferent(std::vector<Slot> slots);
+  bool IsNarrow(Slot x) const;
+  void EmitFormulas(const std::vector<bool>& isTaken);
+  void EmitReals();
+  void FindSearched();
+  std::vector<Slot> FindHoled() const;
+  void KeepValues(const std::vector<Slot>& holed);
+  void Presolve(const std::vector<Slot>& holed);
+
+  Program& mProgram;
+  ProgramBuilder mBuilder;
+  Draft mDraft;
+};
+
+}  // namespace zultav::engine
+
+#endif

@@ -1,0 +1,176 @@
+#include "framework/engine/detail/Gates.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace zultav::engine {
+
+namespace {
+
+Literal Not(Literal literal) { return {literal.slot, !literal.negated}; }
+bool AreSame(Literal x, Literal y) { return x.slot == y.slot && x.negated == y.negated; }
+
+}  // namespace
+
+Gates::Gates(Draft& draft, std::vector<bool>& isTaken, const std::vector<bool>& isNeeded)
+    : mDraft(draft), mGateOf(draft.slots.size(), kNone) {
+  mLiterals.reserve(draft.slots.size());
+  for (Slot slot = 0; slot < draft.slots.size(); ++slot) mLiterals.push_back({slot, false});
+  ReadNegations(isTaken, isNeeded);
+  ReadFormulas(isTaken);
+  ReadComparisons(isTaken);
+  Flatten(isNeeded);
+  for (const Gate& gate : mGates)
+    if (gate.isAlive) Emit(gate);
+}
+
+Literal Gates::LiteralOf(Slot x, bool negated) const {
+  const Literal literal = mLiterals[x];
+  return {literal.slot, literal.negated != negated};
+}
+
+void Gates::ReadNegations(std::vector<bool>& isTaken, const std::vector<bool>& isNeeded) {
+  for (std::size_t i = 0; i < mDraft.formulas.size(); ++i) {
+    const Formula& formula = mDraft.formulas[i];
+    if (isTaken[i] || formula.function != Function::kNegative || !IsTruth(formula.result)) continue;
+    isTaken[i] = true;
+    const Literal operand = LiteralOf(formula.first, true);
+    // Results come after their operands, so that no cycle of negations can arise.
+    const bool givesWay = !isNeeded[formula.result] && formula.result > operand.slot &&
+                          mLiterals[formula.result].slot == formula.result;
+    if (givesWay) {
+      mLiterals[formula.result] = operand;
+    } else {
+      AddClause({LiteralOf(formula.result), Not(operand)});
+      AddClause({LiteralOf(formula.result, true), operand});
+    }
+  }
+}
+
+void Gates::ReadFormulas(std::vector<bool>& isTaken) {
+  for (std::size_t i = 0; i < mDraft.formulas.size(); ++i) {
+    const Formula& formula = mDraft.formulas[i];
+    const bool isConnective =
+        formula.function == Function::kMinimum || formula.function == Function::kMaximum;
+    if (isTaken[i] || !isConnective || !IsTruth(formula.result) || !IsTruth(formula.first) ||
+        !IsTruth(formula.second))
+      continue;
+    isTaken[i] = true;
+    // A conjunction is false where one of its operands is.
+    const bool negated = formula.function == Function::kMinimum;
+    AddGate(LiteralOf(formula.result, negated), LiteralOf(formula.first, negated),
+            LiteralOf(formula.second, negated));
+  }
+}
+
+void Gates::ReadComparisons(std::vector<bool>& isTaken) {
+  for (std::size_t i = 0; i < mDraft.comparisons.size(); ++i) {
+    const Comparison& comparison = mDraft.comparisons[i];
+    if (isTaken[mDraft.formulas.size() + i] || !IsTruth(comparison.left) ||
+        !IsTruth(comparison.right))
+      continue;
+    isTaken[mDraft.formulas.size() + i] = true;
+    const Literal left = LiteralOf(comparison.left), right = LiteralOf(comparison.right);
+    const bool isReified = comparison.truth != kNone;
+    const Literal truth = isReified ? LiteralOf(comparison.truth) : Literal{kNone, false};
+    switch (comparison.relation) {
+      case Relation::kEqual:
+        AddEquivalence(isReified ? &truth : nullptr, left, right);
+        break;
+      case Relation::kUnequal:
+        AddEquivalence(isReified ? &truth : nullptr, left, Not(right));
+        break;
+      case Relation::kLess:
+        if (isReified) {
+          AddGate(Not(truth), left, Not(right));
+        } else {
+          AddClause({Not(left)});
+          AddClause({right});
+        }
+        break;
+      case Relation::kLessOrEqual:
+        if (isReified)
+          AddGate(truth, Not(left), right);
+        else
+          AddClause({Not(left), right});
+        break;
+    }
+  }
+}
+
+/// truth (null: it holds) says whether first and second are the same.
+void Gates::AddEquivalence(const Literal* truth, Literal first, Literal second) {
+  const auto add = [&](bool holds, std::vector<Literal> literals) {
+    if (truth != nullptr) literals.push_back(holds ? Not(*truth) : *truth);
+    AddClause(std::move(literals));
+  };
+  add(true, {Not(first), second});
+  add(true, {first, Not(second)});
+  if (truth == nullptr) return;
+  add(false, {first, second});
+  add(false, {Not(first), Not(second)});
+}
+
+void Gates::AddGate(Literal output, Literal first, Literal second) {
+  mGates.push_back({output, {first, second}});
+}
+
+/// Inputs that are outputs of gates which serve nothing else are replaced by the inputs of these.
+void Gates::Flatten(const std::vector<bool>& isNeeded) {
+  std::vector<std::uint32_t> uses(mDraft.slots.size(), 0);
+  for (const auto& clause : mClauses)
+    for (const Literal& literal : clause) uses[literal.slot] += 2;
+  for (std::uint32_t i = 0; i < mGates.size(); ++i) {
+    mGateOf[mGates[i].output.slot] = i;
+    for (const Literal& input : mGates[i].inputs) ++uses[input.slot];
+  }
+  std::vector<std::uint32_t> outputs(mDraft.slots.size(), 0);
+  for (const Gate& gate : mGates) ++outputs[gate.output.slot];
+  for (std::uint32_t i = 0; i < mGates.size(); ++i) {
+    std::vector<Literal> inputs;
+    for (const Literal& input : mGates[i].inputs) {
+      const std::uint32_t other = mGateOf[input.slot];
+      const bool isOwn = other == kNone || other >= i || isNeeded[input.slot] ||
+                         uses[input.slot] != 1 || outputs[input.slot] != 1 ||
+                         !AreSame(mGates[other].output, input);
+      if (isOwn) {
+        inputs.push_back(input);
+        continue;
+      }
+      mGates[other].isAlive = false;
+      std::vector<Literal>& moved = mGates[other].inputs;
+      if (moved.size() > inputs.size()) std::swap(moved, inputs);
+      inputs.insert(inputs.end(), moved.begin(), moved.end());
+    }
+    mGates[i].inputs = std::move(inputs);
+  }
+}
+
+void Gates::Emit(const Gate& gate) {
+  for (const Literal& input : gate.inputs) AddClause({gate.output, Not(input)});
+  std::vector<Literal> literals = gate.inputs;
+  literals.push_back(Not(gate.output));
+  AddClause(std::move(literals));
+}
+
+/// Without literals that are known to be false, and not at all where one is known to hold.
+void Gates::AddClause(std::vector<Literal> literals) {
+  const auto holds = [this](const Literal& literal) {
+    const IntegerRange range = mDraft.integers(literal.slot);
+    return literal.negated ? range.upper <= 0 : range.lower > 0;
+  };
+  std::sort(literals.begin(), literals.end(), [](const Literal& x, const Literal& y) {
+    return std::pair(x.slot, x.negated) < std::pair(y.slot, y.negated);
+  });
+  literals.erase(std::unique(literals.begin(), literals.end(), AreSame), literals.end());
+  std::erase_if(literals, [&](const Literal& literal) { return holds(Not(literal)); });
+  for (std::size_t i = 0; i < literals.size(); ++i)
+    if (holds(literals[i]) || (i > 0 && literals[i].slot == literals[i - 1].slot)) return;
+  if (literals.empty()) mDraft.infeasible = true;
+  if (literals.size() == 1)
+    mDraft.Narrow(literals[0].slot, IntegerRange::Only(literals[0].negated ? 0 : 1));
+  else if (!literals.empty())
+    mClauses.push_back(std::move(literals));
+}
+
+}  // namespace zultav::engine

@@ -1,0 +1,223 @@
+#include "framework/engine/detail/Simplifier.h"
+
+#include <algorithm>
+#include <unordered_map>
+#include <utility>
+
+namespace zultav::engine {
+
+namespace {
+
+// A pass that changes something may let the next one change more; a model of any size is as simple
+// as it gets within a few.
+constexpr int kPasses = 50;
+constexpr std::int64_t kGreatestPower = 1000;
+
+class Simplifier {
+ public:
+  explicit Simplifier(Draft& draft) : mDraft(draft) {}
+
+  void Run() {
+    for (int pass = 0; pass < kPasses && !mDraft.infeasible; ++pass) {
+      mChanged = false;
+      DecideComparisons();
+      DecideTruths();
+      if (!mChanged) ShareFormulas();
+      if (!mChanged) break;
+    }
+    mDraft.Resolve();
+  }
+
+ private:
+  SlotInfo& InfoOf(Slot x) { return mDraft.slots[mDraft.Find(x)]; }
+  bool IsBoolean(Slot x) { return InfoOf(x).isBoolean; }
+  bool IsTrue(Slot x) { return mDraft.integers(x).lower > 0; }
+  bool IsFalse(Slot x) { return mDraft.integers(x).upper <= 0; }
+
+  void Decide(Slot truth, bool value) {
+    if (value ? IsTrue(truth) : IsFalse(truth)) return;
+    mDraft.Narrow(truth, IntegerRange::Only(value));
+    mChanged = true;
+  }
+
+  void Unite(Slot x, Slot y, bool& united) {
+    if (mDraft.Find(x) == mDraft.Find(y)) {
+      united = true;
+      return;
+    }
+    united = mDraft.Unite(x, y);
+    mChanged = mChanged || united;
+  }
+
+  static Comparison Negated(const Comparison& comparison) {
+    switch (comparison.relation) {
+      case Relation::kEqual:
+        return {Relation::kUnequal, comparison.left, comparison.right, kNone};
+      case Relation::kUnequal:
+        return {Relation::kEqual, comparison.left, comparison.right, kNone};
+      case Relation::kLess:
+        return {Relation::kLessOrEqual, comparison.right, comparison.left, kNone};
+      case Relation::kLessOrEqual:
+        break;
+    }
+    return {Relation::kLess, comparison.right, comparison.left, kNone};
+  }
+
+  void DecideComparisons() {
+    std::erase_if(mDraft.comparisons, [this](Comparison& comparison) {
+      if (comparison.truth != kNone) {
+        if (IsFalse(comparison.truth))
+          comparison = Negated(comparison);
+        else if (IsTrue(comparison.truth))
+          comparison.truth = kNone;
+      }
+      return IsDone(comparison);
+    });
+  }
+
+  /// Whether nothing of the comparison is left to say.
+  bool IsDone(const Comparison& comparison) {
+    const bool isSame = mDraft.Find(comparison.left) == mDraft.Find(comparison.right);
+    const bool holdsForSame =
+        comparison.relation == Relation::kEqual || comparison.relation == Relation::kLessOrEqual;
+    if (isSame && InfoOf(comparison.left).kind != Kind::kOpaque) {
+      if (comparison.truth != kNone)
+        Decide(comparison.truth, holdsForSame);
+      else if (!holdsForSame)
+        mDraft.infeasible = true;
+      return true;
+    }
+    if (comparison.truth != kNone || comparison.relation != Relation::kEqual) return false;
+    bool united = false;
+    Unite(comparison.left, comparison.right, united);
+    return united;
+  }
+
+  /// From results to operands, so that one pass decides the operands of conjunctions in conjunctions.
+  void DecideTruths() {
+    for (auto formula = mDraft.formulas.rbegin(); formula != mDraft.formulas.rend(); ++formula)
+      if (formula->result != kNone && IsBoolean(formula->result) && IsBoolean(formula->first))
+        DecideGate(*formula);
+    std::erase_if(mDraft.formulas, [](const Formula& formula) { return formula.result == kNone; });
+  }
+
+  void DecideGate(Formula& formula) {
+    if (formula.function == Function::kNegative)
+      DecideNegation(formula);
+    else if (formula.function == Function::kMinimum || formula.function == Function::kMaximum)
+      DecideConnective(formula, formula.function == Function::kMinimum);
+  }
+
+  void DecideNegation(Formula& formula) {
+    for (const auto [from, to] : {std::pair(formula.result, formula.first),
+                                  std::pair(formula.first, formula.result)}) {
+      if (!IsTrue(from) && !IsFalse(from)) continue;
+      Decide(to, IsFalse(from));
+      formula.result = kNone;
+      return;
+    }
+  }
+
+  /// Of a conjunction (or, with truth and falsehood exchanged, a disjunction).
+  void DecideConnective(Formula& formula, bool isConjunction) {
+    const auto isHigh = [&](Slot x) { return isConjunction ? IsTrue(x) : IsFalse(x); };
+    const auto isLow = [&](Slot x) { return isConjunction ? IsFalse(x) : IsTrue(x); };
+    const Slot first = formula.first, second = formula.second, result = formula.result;
+    bool isDone = true;
+    if (isHigh(result)) {
+      Decide(first, isConjunction);
+      Decide(second, isConjunction);
+    } else if (isLow(first) || isLow(second)) {
+      Decide(result, !isConjunction);
+    } else if (isHigh(first) || mDraft.Find(first) == mDraft.Find(second)) {
+      Unite(result, second, isDone);
+    } else if (isHigh(second)) {
+      Unite(result, first, isDone);
+    } else {
+      isDone = false;
+    }
+    if (isDone) formula.result = kNone;
+  }
+
+  // --- Shared results ------------------------------------------------------------------------
+
+  struct Key {
+    Function function;
+    Slot first, second;
+    bool operator==(const Key&) const = default;
+  };
+  struct Hash {
+    std::size_t operator()(const Key& key) const {
+      std::uint64_t hash = (std::uint64_t{key.first} << 32 | key.second) * 0x9e3779b97f4a7c15u;
+      hash = (hash ^ static_cast<std::uint64_t>(key.function)) * 0x9e3779b97f4a7c15u;
+      return static_cast<std::size_t>(hash ^ (hash >> 32));
+    }
+  };
+
+  void ShareFormulas() {
+    mKnown.clear();
+    mKnown.reserve(mDraft.formulas.size());
+    std::erase_if(mDraft.formulas, [this](Formula& formula) {
+      FindPower(formula);
+      Key key = {formula.function, mDraft.Find(formula.first), mDraft.Find(formula.second)};
+      if (RowOf(key.function).isCommutative && key.second < key.first)
+        std::swap(key.first, key.second);
+      const auto [known, isNew] = mKnown.try_emplace(key, formula.result);
+      if (isNew) {
+        if (key.function == Function::kPower) NotePower(formula);
+        return false;
+      }
+      bool united = false;
+      Unite(known->second, formula.result, united);
+      return united;
+    });
+  }
+
+  /// base ^ exponent, which may be 1.
+  struct Power {
+    Slot base;
+    std::int64_t exponent;
+  };
+
+  Power PowerOf(Slot x) {
+    x = mDraft.Find(x);
+    const auto known = mPowers.find(x);
+    return known != mPowers.end() ? Power{mDraft.Find(known->second.base), known->second.exponent}
+                                  : Power{x, 1};
+  }
+
+  void NotePower(const Formula& formula) {
+    const IntegerRange exponent = ExponentOf(formula.second);
+    if (exponent.IsScalar() && exponent.lower > 1)
+      mPowers.try_emplace(mDraft.Find(formula.result),
+                          Power{mDraft.Find(formula.first), exponent.lower});
+  }
+
+  IntegerRange ExponentOf(Slot x) {
+    return InfoOf(x).kind == Kind::kInteger ? mDraft.integers(x) : IntegerRange();
+  }
+
+  /// A product of powers of one base is a power of it.
+  void FindPower(Formula& formula) {
+    if (formula.function != Function::kProduct || IsBoolean(formula.first)) return;
+    const Power first = PowerOf(formula.first), second = PowerOf(formula.second);
+    if (first.base != second.base || InfoOf(first.base).isConstant) return;
+    const std::int64_t exponent = first.exponent + second.exponent;
+    if (exponent > kGreatestPower) return;
+    const auto [place, isNew] = mExponents.try_emplace(exponent, kNone);
+    if (isNew) place->second = mDraft.AddConstant(exponent);
+    formula = {Function::kPower, formula.result, first.base, place->second};
+  }
+
+  Draft& mDraft;
+  bool mChanged = false;
+  std::unordered_map<Key, Slot, Hash> mKnown;
+  std::unordered_map<Slot, Power> mPowers;  // by result
+  std::unordered_map<std::int64_t, Slot> mExponents;
+};
+
+}  // namespace
+
+void Simplify(Draft& draft) { Simplifier(draft).Run(); }
+
+}  // namespace zultav::engine
