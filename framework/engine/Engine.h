@@ -37,8 +37,8 @@ class ZULTAV_ENGINE_API Engine {
   };
 
   /// Throws std::bad_alloc when memory ran out. The network is that of the program: where the
-  /// program has filters, its values follow those of the engine.
-  Engine(const Program& program, ZULTaVoNetwork& network);
+  /// program has filters, its values follow those of the engine. Null: filters do nothing.
+  Engine(const Program& program, ZULTaVoNetwork* network);
   ~Engine();
   Engine(const Engine&) = delete;
   Engine& operator=(const Engine&) = delete;
@@ -68,12 +68,8 @@ class ZULTAV_ENGINE_API Engine {
 
   // --- Narrowing. Each answers false when nothing is left. --------------------------------------
 
-  bool SetLower(Slot x, std::int64_t bound) {
-    return bound <= GetLower(x) || RaiseLower(x, bound);
-  }
-  bool SetUpper(Slot x, std::int64_t bound) {
-    return bound >= GetUpper(x) || DropUpper(x, bound);
-  }
+  bool SetLower(Slot x, std::int64_t bound) { return bound <= GetLower(x) || RaiseLower(x, bound); }
+  bool SetUpper(Slot x, std::int64_t bound) { return bound >= GetUpper(x) || DropUpper(x, bound); }
   bool Fix(Slot x, std::int64_t value) {
     return Contains(x, value) && SetLower(x, value) && SetUpper(x, value);
   }
@@ -150,7 +146,7 @@ class ZULTAV_ENGINE_API Engine {
   bool HasScheduled() const;
 
   const Program& mProgram;
-  ZULTaVoNetwork& mNetwork;
+  ZULTaVoNetwork* mNetwork;
   std::vector<std::int64_t> mWords;
   std::vector<std::uint32_t> mStamps;  // of each word: the level in which it was saved
   std::size_t mHoleWords, mRuleWords, mToldWords;

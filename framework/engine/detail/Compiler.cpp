@@ -159,9 +159,9 @@ std::vector<Slot> Compiler::FindHoled() const {
 
 bool Compiler::IsNarrow(Slot x) const {
   const IntegerRange range = mProgram.GetInitialIntegers(x);
-  return range.IsBounded() && static_cast<std::uint64_t>(range.upper) -
-                                      static_cast<std::uint64_t>(range.lower) <
-                                  kWidestSet;
+  return range.IsBounded() &&
+         static_cast<std::uint64_t>(range.upper) - static_cast<std::uint64_t>(range.lower) <
+             kWidestSet;
 }
 
 /// Narrows integers by propagation where that is needed to keep sets of their values: results of

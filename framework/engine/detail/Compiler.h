@@ -12,8 +12,9 @@
 
 namespace zultav::engine {
 
-/// Compiles a network: reads and simplifies it, sorts what it says into rules over integers, clauses,
-/// statements over reals and filters, and narrows integers as far as these do without a search.
+/// Compiles a network: reads and simplifies it, sorts what it says into rules over integers,
+/// clauses, statements over reals and filters, and narrows integers as far as these do without a
+/// search.
 class Compiler {
  public:
   Compiler(Program& program, const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared);

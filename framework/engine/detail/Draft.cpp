@@ -70,7 +70,8 @@ bool Draft::Unite(Slot x, Slot y) {
   parents[y] = x;
   const std::size_t at = 2 * std::size_t{y};
   if (isReal)
-    Narrow(x, RealRange(std::bit_cast<double>(initial[at]), std::bit_cast<double>(initial[at + 1])));
+    Narrow(x,
+           RealRange(std::bit_cast<double>(initial[at]), std::bit_cast<double>(initial[at + 1])));
   else
     Narrow(x, IntegerRange(initial[at], initial[at + 1]));
   return true;

@@ -112,7 +112,9 @@ void Gates::AddEquivalence(const Literal* truth, Literal first, Literal second) 
 }
 
 void Gates::AddGate(Literal output, Literal first, Literal second) {
-  mGates.push_back({output, {first, second}});
+  mGates.push_back({
+      output, {first, second}
+  });
 }
 
 /// Inputs that are outputs of gates which serve nothing else are replaced by the inputs of these.

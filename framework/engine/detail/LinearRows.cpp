@@ -62,8 +62,8 @@ bool LinearRows::ReadFormula(const Formula& formula, Row& row) {
     case Function::kNegative:
       return Add(row, formula.result, 1) && Add(row, formula.first, 1);
     case Function::kProduct:
-      for (const auto [factor, operand] : {std::pair(formula.first, formula.second),
-                                           std::pair(formula.second, formula.first)}) {
+      for (const auto& [factor, operand] :
+           {std::pair(formula.first, formula.second), std::pair(formula.second, formula.first)}) {
         if (!mDraft.IsFixed(factor)) continue;
         const std::int64_t value = mDraft.integers(factor).lower;
         return Add(row, formula.result, -1) && (value == 0 || Add(row, operand, value));
@@ -226,8 +226,7 @@ void LinearRows::Normalize(Row& row) {
                    [](const Term& x, const Term& y) { return x.slot < y.slot; });
   std::vector<Term> terms;
   for (const Term& term : row.terms)
-    if (terms.empty() || terms.back().slot != term.slot ||
-        !AddTo(terms.back().factor, term.factor))
+    if (terms.empty() || terms.back().slot != term.slot || !AddTo(terms.back().factor, term.factor))
       terms.push_back(term);
   std::erase_if(terms, [](const Term& term) { return term.factor == 0; });
   std::int64_t common = 0;

@@ -28,23 +28,23 @@ struct FunctionOfRule {
 };
 /// Rules that say a0 = function(a1, a2).
 constexpr FunctionOfRule kFunctionRules[] = {
-    {ZULTaVoRule::kSum,      Function::kSum      },
-    {ZULTaVoRule::kProduct,  Function::kProduct  },
-    {ZULTaVoRule::kPower,    Function::kPower    },
-    {ZULTaVoRule::kRemainder, Function::kRemainder},
-    {ZULTaVoRule::kMinimum,  Function::kMinimum  },
-    {ZULTaVoRule::kMaximum,  Function::kMaximum  },
-    {ZULTaVoRule::kNegation, Function::kNegative },
-    {ZULTaVoRule::kBooleanNegation, Function::kNegative},
-    {ZULTaVoRule::kAbsolute, Function::kAbsolute },
-    {ZULTaVoRule::kExp,      Function::kExp      },
-    {ZULTaVoRule::kSqrt,     Function::kSqrt     },
-    {ZULTaVoRule::kSine,     Function::kSine     },
-    {ZULTaVoRule::kCosine,   Function::kCosine   },
-    {ZULTaVoRule::kTangent,  Function::kTangent  },
-    {ZULTaVoRule::kRound,    Function::kRound    },
-    {ZULTaVoRule::kFloor,    Function::kFloor    },
-    {ZULTaVoRule::kCeil,     Function::kCeil     },
+    {ZULTaVoRule::kSum,             Function::kSum      },
+    {ZULTaVoRule::kProduct,         Function::kProduct  },
+    {ZULTaVoRule::kPower,           Function::kPower    },
+    {ZULTaVoRule::kRemainder,       Function::kRemainder},
+    {ZULTaVoRule::kMinimum,         Function::kMinimum  },
+    {ZULTaVoRule::kMaximum,         Function::kMaximum  },
+    {ZULTaVoRule::kNegation,        Function::kNegative },
+    {ZULTaVoRule::kBooleanNegation, Function::kNegative },
+    {ZULTaVoRule::kAbsolute,        Function::kAbsolute },
+    {ZULTaVoRule::kExp,             Function::kExp      },
+    {ZULTaVoRule::kSqrt,            Function::kSqrt     },
+    {ZULTaVoRule::kSine,            Function::kSine     },
+    {ZULTaVoRule::kCosine,          Function::kCosine   },
+    {ZULTaVoRule::kTangent,         Function::kTangent  },
+    {ZULTaVoRule::kRound,           Function::kRound    },
+    {ZULTaVoRule::kFloor,           Function::kFloor    },
+    {ZULTaVoRule::kCeil,            Function::kCeil     },
 };
 
 struct RelationOfRule {
@@ -172,8 +172,8 @@ class NetworkReader {
 
   /// A module's domain may hold less than all integers between its bounds.
   void ReadHoles(const ZULTaVoInteger& value, const IntegerRange& range, Slot slot) {
-    const auto width = static_cast<std::uint64_t>(range.upper) -
-                       static_cast<std::uint64_t>(range.lower);
+    const auto width =
+        static_cast<std::uint64_t>(range.upper) - static_cast<std::uint64_t>(range.lower);
     const long count = value.GetCardinality();
     if (count < 0 || static_cast<std::uint64_t>(count) == width + 1 || width > kWidestSet) return;
     const LocalCopy one(value);

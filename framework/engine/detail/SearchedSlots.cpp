@@ -9,8 +9,7 @@ namespace {
 /// Follows what is known from slot to slot, through whatever determines one slot by the others.
 class KnownSlots {
  public:
-  explicit KnownSlots(const Program& program)
-      : mKnown(program.GetNumberOfSlots(), false) {
+  explicit KnownSlots(const Program& program) : mKnown(program.GetNumberOfSlots(), false) {
     for (const Formula& formula : program.GetFormulas()) {
       const Slot slots[] = {formula.result, formula.first, formula.second};
       const bool isLinear =
@@ -22,7 +21,7 @@ class KnownSlots {
       if (comparison.truth != kNone)
         Add(slots, 1);
       else
-        Add(std::span(slots).subspan(1), comparison.relation == Relation::kEqual ? 2 : 0);
+        Add(std::span(slots).subspan(1), comparison.relation == engine::Relation::kEqual ? 2 : 0);
     }
     for (const Group& group : program.GetGroups())
       Add(group.slots, group.code == Code::kCount || group.code == Code::kPrimality ? 1 : 0);

@@ -93,7 +93,8 @@ class Simplifier {
     return united;
   }
 
-  /// From results to operands, so that one pass decides the operands of conjunctions in conjunctions.
+  /// From results to operands, so that one pass decides the operands of conjunctions in
+  /// conjunctions.
   void DecideTruths() {
     for (auto formula = mDraft.formulas.rbegin(); formula != mDraft.formulas.rend(); ++formula)
       if (formula->result != kNone && IsBoolean(formula->result) && IsBoolean(formula->first))
@@ -109,8 +110,8 @@ class Simplifier {
   }
 
   void DecideNegation(Formula& formula) {
-    for (const auto [from, to] : {std::pair(formula.result, formula.first),
-                                  std::pair(formula.first, formula.result)}) {
+    for (const auto& [from, to] :
+         {std::pair(formula.result, formula.first), std::pair(formula.first, formula.result)}) {
       if (!IsTrue(from) && !IsFalse(from)) continue;
       Decide(to, IsFalse(from));
       formula.result = kNone;
