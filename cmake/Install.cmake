@@ -11,8 +11,8 @@ set_target_properties(zultav PROPERTIES INSTALL_RPATH "$ORIGIN/${zultav_lib_from
 
 # Public headers, and those internal ones that they cannot do without.
 set(zultav_include ${CMAKE_INSTALL_INCLUDEDIR}/zultav)
-foreach(folder framework/base framework/intervals framework/solver framework/calculator
-        framework/search numbers)
+foreach(folder framework/base framework/intervals framework/solver framework/engine
+        framework/calculator framework/search numbers)
   file(GLOB headers CONFIGURE_DEPENDS ${folder}/*.h)
   # Of the search, what has the project's prefix is public.
   list(FILTER headers EXCLUDE REGEX "/search/(Mirror|Node|Pending|Pivoted|Real|Search)[^/]*$")
