@@ -101,6 +101,12 @@ class ZULTAV_ENGINE_API Engine {
   void Push();
   void Pop();
   std::size_t GetDepth() const { return mLevels.size(); }
+  /// Calls use(slot) for each slot whose bounds have changed since the last Push, once or twice.
+  template <class Use>
+  void ForEachChanged(Use use) const {
+    for (std::size_t i = mLevels.back().trail; i < mTrail.size(); ++i)
+      if (mTrail[i].word < mHoleWords) use(static_cast<Slot>(mTrail[i].word / 2));
+  }
 
   /// A real's narrowing that removes less than this fraction of its width since the last time
   /// others were told is not passed on. Default 0.01: coarse enough that slow convergence ends
@@ -109,6 +115,7 @@ class ZULTAV_ENGINE_API Engine {
   void SetNarrowingFraction(double fraction) { mFraction = fraction; }
   /// Runs allowed per propagation; 0: 2000 for each rule and 1000000 more.
   void SetRunLimit(std::uint64_t limit) { mRunLimit = limit; }
+  std::uint64_t GetRunLimit() const { return mRunLimit; }
   void SetInterrupt(const std::atomic<bool>* flag) { mInterrupt = flag; }
   const Statistics& GetStatistics() const { return mStatistics; }
   std::size_t GetMemoryUsed() const;

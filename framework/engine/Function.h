@@ -36,6 +36,16 @@ enum class Function : std::uint8_t {
 };
 inline constexpr int kFunctions = static_cast<int>(Function::kCeil) + 1;
 
+/// Slopes of a function of x and y: f(x, y) - f(xc, yc) in first * (x - xc) + second * (y - yc).
+struct Slopes {
+  RealRange first, second;
+};
+/// Operands and values, over a box and at a center, which is a box, too.
+struct SlopeArguments {
+  const RealRange &x, &y, &z;
+  const RealRange &xc, &yc, &zc;
+};
+
 /// All that a function is to the engine: the rows stand in Function.cpp, and nothing else tells
 /// functions apart. Unary functions ignore y.
 struct FunctionRow {
@@ -48,14 +58,15 @@ struct FunctionRow {
   /// The same over integers; null where it has no integer values.
   IntegerRange (*evaluateIntegers)(const IntegerRange& x, const IntegerRange& y);
   bool (*projectIntegers)(const IntegerRange& z, IntegerRange& x, IntegerRange& y);
-  /// Slopes between x and a center c of it; null where there are none. `z` and `zc` are the values
-  /// there. The results hold for all pairs of a point of x and one of c.
-  bool (*slopes)(const RealRange& x, const RealRange& y, const RealRange& z, const RealRange& xc,
-                 const RealRange& yc, const RealRange& zc, RealRange& first, RealRange& second);
+  /// Slopes for all pairs of a point of the box and one of the center; false where there are none.
+  bool (*slopes)(const SlopeArguments& at, Slopes& slopes);
   /// Whether it is defined and continuous for all x and y. Poles show themselves by values that are
   /// not bounded.
   bool (*isContinuous)(const RealRange& x, const RealRange& y);
-  bool isPartial;      ///< projecting may narrow operands even where z holds all values
+  bool isPartial;      ///< not defined everywhere: projecting may narrow operands even where z
+                       ///< holds all values
+  bool hasInverse;     ///< an operand is a function of the result and of the other operand:
+  Function inverse;    ///< operand = inverse(result, other)
   bool isEven;         ///< f(-x) = f(x)
   bool isCommutative;  ///< f(x, y) = f(y, x)
 };

@@ -3,6 +3,7 @@
 
 #include <bit>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -15,6 +16,8 @@ class ZULTaVoAny;
 class ZULTaVoNetwork;
 
 namespace zultav::engine {
+
+class RealSystem;
 
 /// A value of a program: a variable, a constant, or the result of a function.
 using Slot = std::uint32_t;
@@ -176,6 +179,8 @@ class ZULTAV_ENGINE_API Program {
     return {mWatches.data() + mFirstWatch[slot], mWatches.data() + mFirstPatientWatch[slot]};
   }
   std::size_t GetNumberOfHoleWords() const { return mHoleWords; }
+  /// What is said of reals; null where nothing is.
+  const RealSystem* GetReals() const { return mReals.get(); }
   const ZULTaVoNetwork& GetNetwork() const { return mNetwork; }
 
  private:
@@ -190,6 +195,7 @@ class ZULTAV_ENGINE_API Program {
   std::vector<Formula> mFormulas;
   std::vector<Comparison> mComparisons;
   std::vector<Group> mGroups;
+  std::shared_ptr<const RealSystem> mReals;
   std::vector<Rule> mRules;
   std::vector<Slot> mArguments;
   std::vector<std::int64_t> mNumbers;

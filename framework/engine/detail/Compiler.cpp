@@ -46,6 +46,7 @@ void Compiler::Compile() {
   mProgram.mFormulas = std::move(mDraft.formulas);
   mProgram.mComparisons = std::move(mDraft.comparisons);
   mProgram.mGroups = std::move(mDraft.groups);
+  mBuilder.AddReals();
   FindSearched();
   if (mProgram.mInfeasible) return mBuilder.Finish();
   const std::vector<Slot> holed = FindHoled();

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "framework/engine/reals/RealSystem.h"
+
 namespace zultav::engine {
 
 namespace {
@@ -110,8 +112,20 @@ void ProgramBuilder::AddPrimality(Slot truth, Slot x) {
   AddRule(Code::kPrimality, kCostOfPrimality, arguments).isIdempotent = truth != x;
 }
 
+void ProgramBuilder::AddReals() {
+  auto reals = std::make_shared<const RealSystem>(mProgram);
+  const auto& statements = reals->GetStatements();
+  for (std::uint32_t i = 0; i < statements.size(); ++i)
+    AddStatement(i, reals->GetSlots(statements[i]));
+  mProgram.mInfeasible = mProgram.mInfeasible || reals->IsInfeasible();
+  if (!reals->GetTerms().empty()) mProgram.mReals = std::move(reals);
+}
+
+/// The slots are those whose change calls for it.
 void ProgramBuilder::AddStatement(std::uint32_t statement, std::span<const Slot> x) {
-  AddRule(Code::kStatement, kCostOfStatement, x).data = statement;
+  Rule& rule = AddRule(Code::kStatement, kCostOfStatement, x);
+  rule.data = statement;
+  rule.isIdempotent = true;  // nearly: another run right away hardly ever narrows much
 }
 
 void ProgramBuilder::AddFilter(std::uint32_t constraint, std::span<const Slot> x) {

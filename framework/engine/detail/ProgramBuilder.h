@@ -36,8 +36,9 @@ class ZULTAV_ENGINE_API ProgramBuilder {
   /// z is the number of truths.
   void AddCount(Slot z, std::span<const Slot> truths);
   void AddPrimality(Slot truth, Slot x);
-  /// Statement of the system of reals; its slots are those whose change calls for it.
-  void AddStatement(std::uint32_t statement, std::span<const Slot> x);
+  /// Makes the system of reals, with a rule for each statement, of the program's formulas and
+  /// comparisons; they and the declared slots are complete.
+  void AddReals();
   /// The filter of a constraint of the network.
   void AddFilter(std::uint32_t constraint, std::span<const Slot> x);
 
@@ -45,6 +46,7 @@ class ZULTAV_ENGINE_API ProgramBuilder {
   void Finish();
 
  private:
+  void AddStatement(std::uint32_t statement, std::span<const Slot> x);
   Rule& AddRule(Code code, Cost cost, std::span<const Slot> x);
   std::uint32_t AddNumbers(std::int64_t first, std::span<const std::int64_t> rest);
   unsigned int GetEvents(const Rule& rule, std::size_t argument) const;

@@ -1,0 +1,208 @@
+#include "framework/engine/reals/Newton.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "framework/engine/reals/HansenSengupta.h"
+#include "framework/engine/reals/Linearization.h"
+#include "framework/engine/reals/Prover.h"
+#include "framework/engine/reals/Shaving.h"
+
+namespace zultav::engine {
+
+namespace {
+
+// A contraction must take this share of a width, so that the effort is not wasted on crumbs.
+constexpr double kWorthwhile = 0.1;
+// A change by this share makes another contraction of the same node worthwhile.
+constexpr double kMuch = 0.05;
+// The dense matrix of a proof limits proofs to so many unknowns.
+constexpr std::size_t kMaxProven = 1000;
+
+}  // namespace
+
+class Newton::Work {
+ public:
+  Work(Engine& engine, const RealSystem& system)
+      : mEngine(engine),
+        mSystem(system),
+        mLinear(engine, system),
+        mSteps(engine, mLinear),
+        mShaving(engine, system),
+        mProver(mLinear) {
+    const Program& program = engine.GetProgram();
+    std::vector<std::uint32_t> unknownOf(program.GetNumberOfSlots(), kNone);
+    for (std::uint32_t i = 0; i < system.GetUnknowns().size(); ++i)
+      unknownOf[SlotOf(system.GetUnknowns()[i])] = i;
+    std::vector<bool> isDeclared(program.GetNumberOfSlots(), false);
+    for (const Slot slot : program.GetDeclared()) {
+      mUnknownOfDeclared.push_back(unknownOf[slot]);
+      isDeclared[slot] = true;
+    }
+    std::vector<bool> matters(program.GetNumberOfSlots(), false);
+    for (Slot slot = 0; slot < program.GetNumberOfSlots(); ++slot)
+      matters[slot] = program.GetSlot(slot).isSearched;
+    const auto note = [&](Slot slot) {
+      matters[slot] = true;
+      mIsClosed = mIsClosed && isDeclared[slot];
+    };
+    for (const std::uint32_t term : system.GetUnknowns()) note(SlotOf(term));
+    for (const RealSystem::Statement& statement : system.GetStatements()) {
+      for (const std::uint32_t leaf : statement.leaves) note(SlotOf(leaf));
+      if (statement.truth != kNone) note(statement.truth);
+      mHasEquations = mHasEquations || (statement.IsEquation() && !statement.unknowns.empty());
+    }
+    for (Slot slot = 0; slot < program.GetNumberOfSlots(); ++slot)
+      if (matters[slot] && program.GetSlot(slot).kind != Kind::kReal) mDiscrete.push_back(slot);
+    mAfter.resize(system.GetUnknowns().size());
+    mDiscreteAfter.resize(mDiscrete.size());
+  }
+
+  Answer Contract(bool again);
+  Finding Prove(std::span<RealRange> box, std::span<RealRange> region);
+  std::vector<std::uint32_t> FindSignless() const;
+  void CalcSmears(std::span<double> smears);
+
+ private:
+  Slot SlotOf(std::uint32_t term) const { return mSystem.GetTerms()[term].slot; }
+  bool HasChanged() const;
+  void Remember();
+  bool IsMuchNarrowerThan(const std::vector<RealRange>& before, double share) const;
+  bool IsDecided() const;
+
+  Engine& mEngine;
+  const RealSystem& mSystem;
+  Linearization mLinear;
+  HansenSengupta mSteps;
+  Shaving mShaving;
+  Prover mProver;
+  std::vector<std::uint32_t> mUnknownOfDeclared;  // or kNone
+  std::vector<Slot> mDiscrete;                    // whose values proofs depend on
+  bool mHasEquations = false;
+  bool mIsClosed = true;                   // statements depend on declared values alone
+  std::vector<RealRange> mBefore, mAfter;  // of the unknowns
+  std::vector<double> mSmearOf;
+  std::vector<IntegerRange> mDiscreteAfter;
+};
+
+// --- Contraction ------------------------------------------------------------------------------
+
+Newton::Answer Newton::Work::Contract(bool again) {
+  if (!mHasEquations || (again && !HasChanged())) return Answer::kNothing;
+  mLinear.ReadBox();
+  mBefore = mLinear.box;
+  if (!mSteps.Narrow()) return Answer::kFailed;
+  mLinear.ReadBox();
+  if (!mShaving.Shave()) return Answer::kFailed;
+  if (IsMuchNarrowerThan(mLinear.box, kWorthwhile) && !mSteps.Narrow()) return Answer::kFailed;
+  Remember();
+  return IsMuchNarrowerThan(mBefore, kWorthwhile) ? Answer::kNarrowed : Answer::kNothing;
+}
+
+bool Newton::Work::IsMuchNarrowerThan(const std::vector<RealRange>& before, double share) const {
+  for (std::size_t i = 0; i < before.size(); ++i)
+    if (IsMuchNarrower(mLinear.GetPresent(i), before[i], share)) return true;
+  return false;
+}
+
+/// Whether the state is another one than that in which the last contraction has ended, or much
+/// narrower.
+bool Newton::Work::HasChanged() const {
+  for (std::size_t i = 0; i < mDiscrete.size(); ++i)
+    if (!(mEngine.GetIntegers(mDiscrete[i]) == mDiscreteAfter[i])) return true;
+  for (std::size_t i = 0; i < mAfter.size(); ++i) {
+    const RealRange now = mLinear.GetPresent(i);
+    if (now.lower < mAfter[i].lower || mAfter[i].upper < now.upper) return true;
+  }
+  return IsMuchNarrowerThan(mAfter, kMuch);
+}
+
+void Newton::Work::Remember() {
+  for (std::size_t i = 0; i < mAfter.size(); ++i) mAfter[i] = mLinear.GetPresent(i);
+  for (std::size_t i = 0; i < mDiscrete.size(); ++i)
+    mDiscreteAfter[i] = mEngine.GetIntegers(mDiscrete[i]);
+}
+
+/// An equation's smears are taken relative to their sum: what is large in all of them decides
+/// nothing.
+void Newton::Work::CalcSmears(std::span<double> smears) {
+  std::fill(smears.begin(), smears.end(), 0.0);
+  mLinear.ReadBox();
+  mLinear.SelectColumns(Linearization::Left::kNothing);
+  if (!mHasEquations || !mLinear.SelectRows(RealEvaluation::Mode::kSolutions)) return;
+  std::vector<double>& largest = mSmearOf;
+  largest.assign(mLinear.box.size(), 0.0);
+  for (const Linearization::Row& row : mLinear.rows) {
+    const auto& unknowns = row.equation->unknowns;
+    const auto smear = [&](std::size_t k) {
+      const RealRange& x = mLinear.box[unknowns[k]];
+      return mLinear.entries[row.first + k].GetMagnitude() * (x.upper - x.lower);
+    };
+    double sum = 0;
+    for (std::size_t k = 0; k < unknowns.size(); ++k) sum += smear(k);
+    if (!(sum > 0) || std::isinf(sum)) continue;
+    for (std::size_t k = 0; k < unknowns.size(); ++k)
+      largest[unknowns[k]] = std::max(largest[unknowns[k]], smear(k) / sum);
+  }
+  for (std::size_t i = 0; i < smears.size(); ++i)
+    if (mUnknownOfDeclared[i] != kNone) smears[i] = largest[mUnknownOfDeclared[i]];
+}
+
+// --- Proof ------------------------------------------------------------------------------------
+
+bool Newton::Work::IsDecided() const {
+  return mEngine.GetProgram().IsComplete() &&
+         std::all_of(mDiscrete.begin(), mDiscrete.end(),
+                     [this](Slot slot) { return mEngine.IsFixed(slot); });
+}
+
+Newton::Finding Newton::Work::Prove(std::span<RealRange> box, std::span<RealRange> region) {
+  if (!IsDecided() || mSystem.GetUnknowns().size() > kMaxProven) return Finding::kNothing;
+  const Finding finding = mProver.Prove(mIsClosed);
+  const auto assign = [this](std::span<const RealRange> from, std::span<RealRange> to) {
+    for (std::size_t i = 0; i < to.size() && !from.empty(); ++i)
+      if (mUnknownOfDeclared[i] != kNone) to[i] = from[mUnknownOfDeclared[i]];
+  };
+  assign(mProver.GetCertified(), box);
+  assign(mProver.GetRegion(), region);
+  return finding;
+}
+
+std::vector<std::uint32_t> Newton::Work::FindSignless() const {
+  std::vector<std::uint32_t> signless;
+  if (!mEngine.GetProgram().IsComplete()) return signless;
+  const std::vector<bool> even = mSystem.FindEven();
+  for (std::uint32_t i = 0; i < mUnknownOfDeclared.size(); ++i)
+    if (mUnknownOfDeclared[i] != kNone && even[mUnknownOfDeclared[i]]) signless.push_back(i);
+  return signless;
+}
+
+// --- Newton -----------------------------------------------------------------------------------
+
+Newton::Newton(Engine& engine) {
+  if (const RealSystem* system = engine.GetProgram().GetReals())
+    mWork = std::make_unique<Work>(engine, *system);
+}
+
+Newton::~Newton() = default;
+
+Newton::Answer Newton::Contract(bool again) {
+  return mWork == nullptr ? Answer::kNothing : mWork->Contract(again);
+}
+
+Newton::Finding Newton::Prove(std::span<RealRange> box, std::span<RealRange> region) {
+  return mWork == nullptr ? Finding::kNothing : mWork->Prove(box, region);
+}
+
+std::vector<std::uint32_t> Newton::FindSignless() const {
+  return mWork == nullptr ? std::vector<std::uint32_t>() : mWork->FindSignless();
+}
+
+void Newton::CalcSmears(std::span<double> smears) {
+  if (mWork == nullptr)
+    std::fill(smears.begin(), smears.end(), 0.0);
+  else
+    mWork->CalcSmears(smears);
+}
+
+}  // namespace zultav::engine
