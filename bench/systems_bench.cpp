@@ -84,13 +84,11 @@ Run Solve(const std::string& text, const Definitions& definitions, bool first) {
   const auto model = Read(text, definitions);
   const std::vector<ZULTaVoAny*> values = ValuesOf(*model);
   const Clock::time_point begin = Clock::now();
-  ZULTavNewton newton(model->Network(), values);
   ZULTavSearch::Options options;
   options.limits.solutions = ZULTavSearch::kUnlimited;
   options.absoluteWidth = absoluteWidth;
   options.relativeWidth = relativeWidth;
   if (first) options.limits.seconds = limit;
-  options.reasoning = newton.GetReasoning();
   ZULTavSearch search(model->Network(), values, options);
   Run run;
   run.complete = search.Run([&](const ZULTavSolution& solution) {
@@ -333,9 +331,7 @@ void Scale(int unknowns) {
     reading = std::min(reading, Since(begin));
     const std::vector<ZULTaVoAny*> values = ValuesOf(*model);
     begin = Clock::now();
-    ZULTavNewton newton(model->Network(), values);
     ZULTavSearch::Options options;
-    options.reasoning = newton.GetReasoning();
     options.limits.seconds = limit;
     ZULTavSearch search(model->Network(), values, options);
     ZULTavSearch::Verdict verdict;

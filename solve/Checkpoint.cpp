@@ -151,8 +151,8 @@ void Checkpoint::ForEachRunField(Self& self, Stream& stream) {
   const auto transfer = [&stream](auto&... fields) { (Transfer(stream, fields), ...); };
   transfer(self.mModelFile, self.mModule, self.mPrecision, self.mRatio, self.mTrigLimits);
   auto& options = self.mOptions;
-  transfer(options.choice, options.selection, options.limits.solutions, options.absoluteWidth,
-           options.relativeWidth, options.hiddenNodes, self.mModel);
+  transfer(options.choice, options.selection, options.restartAfter, options.limits.solutions,
+           options.absoluteWidth, options.relativeWidth, options.hiddenNodes, self.mModel);
 }
 
 /// How far it came.
@@ -161,7 +161,7 @@ void Checkpoint::ForEachStateField(AnyState& state, Stream& stream) {
   const auto transfer = [&stream](auto&... fields) { (Transfer(stream, fields), ...); };
   auto& total = state.total;
   transfer(total.solutions, total.nodes, total.fails, total.narrowings, total.propagations,
-           total.peakDepth, total.seconds);
+           total.restarts, total.peakDepth, total.seconds);
   transfer(state.finished, state.search);
 }
 
@@ -269,6 +269,7 @@ void Checkpoint::Restore(Options& options) const {
   ZULTavSearch::Options& search = options.search;
   search.choice = mOptions.choice;
   search.selection = mOptions.selection;
+  search.restartAfter = mOptions.restartAfter;
   search.absoluteWidth = mOptions.absoluteWidth;
   search.relativeWidth = mOptions.relativeWidth;
   search.hiddenNodes = mOptions.hiddenNodes;

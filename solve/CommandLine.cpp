@@ -101,6 +101,9 @@ double ReadNumberOption(const std::string& option, const std::string& text,
 
 bool IsPositive(double number) { return number > 0; }
 
+// Fails; few enough to leave a wrong turn soon, enough to learn something on it.
+constexpr std::uint64_t kRestartAfter = 100;
+
 using VariableChoice = ZULTavSearch::VariableChoice;
 
 constexpr std::pair<const char*, Format> kFormats[] = {
@@ -117,13 +120,14 @@ constexpr std::pair<const char*, Digits> kDigits[] = {
     {"full",      Digits::kFull     }
 };
 constexpr std::pair<const char*, VariableChoice> kSelections[] = {
+    {"adaptive",    VariableChoice::kAdaptive  },
+    {"by-kind",     VariableChoice::kByKind    },
     {"first",       VariableChoice::kFirst     },
     {"largest",     VariableChoice::kLargest   },
     {"smallest",    VariableChoice::kSmallest  },
     {"round-robin", VariableChoice::kRoundRobin}
 };
-// The one without a word is what is done when nothing is said.
-static_assert(std::size(kSelections) + 1 == ZULTavSearch::kVariableChoices);
+static_assert(std::size(kSelections) == ZULTavSearch::kVariableChoices);
 constexpr std::pair<const char*, ZULTaVoAny::ValueSelection> kSplits[] = {
     {"lower",    ZULTaVoAny::kLowerHalf    },
     {"upper",    ZULTaVoAny::kUpperHalf    },
@@ -174,7 +178,12 @@ class Reader {
   }
 
   CLI::App& App() { return mApp; }
-  const Options& Result() const { return mOptions; }
+  Options Result() const {
+    Options options = mOptions;
+    const bool all = options.search.limits.solutions == ZULTavSearch::kUnlimited;
+    options.search.restartAfter = options.restarts.value_or(!all) ? kRestartAfter : 0;
+    return options;
+  }
 
  private:
   CLI::App& AddCommand(Command command, const char* name, const char* about, const char* footer) {
@@ -326,11 +335,22 @@ class Reader {
   }
 
   void AddStrategy(CLI::App& app) {
-    AddChoice(app, "--select", mOptions.search.choice, kSelections,
-              "Which variable is split: first, largest, smallest or\nround-robin (the first; reals "
-              "in turn)");
+    AddChoice(
+        app, "--select", mOptions.search.choice, kSelections,
+        "Which variable is split: adaptive, by what the search has learnt;\nby-kind, integers as "
+        "declared, then reals in turn; first, largest,\nsmallest or round-robin (adaptive)");
     AddChoice(app, "--split", mOptions.search.selection, kSplits,
               "What is tried first: lower or upper half, least or greatest\nvalue (lower)");
+    app.add_option_function<std::string>(
+           "--restarts",
+           [this](const std::string& text) {
+             if (text != "on" && text != "off") Refuse("--restarts", text, "one of on, off");
+             mOptions.restarts = text == "on";
+           },
+           "Whether a search over integers and booleans that fails again and\nagain begins anew, "
+           "with "
+           "what it has learnt: on or off (on; off with -a)")
+        ->type_name("WORD");
     app.add_option_function<std::string>(
            "--eps",
            [this](const std::string& text) {

@@ -39,6 +39,7 @@ struct Options {
   std::optional<std::pair<double, double>> trigLimits;
   std::optional<double> ratio;
   ZULTavSearch::Options search;
+  std::optional<bool> restarts;  ///< without it, unless all solutions are wanted
   bool solutionsGiven = false;
   std::string checkpointFile;  ///< empty: the run is not saved
   bool force = false;          ///< an unfinished run in that file is given up

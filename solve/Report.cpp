@@ -18,6 +18,7 @@ void ForEachStatistic(const ZULTavSearch::Statistics& statistics, Use use) {
   use("fails", statistics.fails);
   use("narrowings", statistics.narrowings);
   use("propagations", statistics.propagations);
+  use("restarts", statistics.restarts);
   use("peak_depth", statistics.peakDepth);
   use("seconds", statistics.seconds);
 }

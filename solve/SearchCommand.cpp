@@ -3,7 +3,6 @@
 #include <iostream>
 #include <utility>
 
-#include "framework/search/ZULTavNewton.h"
 #include "solve/LoadedModel.h"
 #include "solve/Progress.h"
 #include "solve/Report.h"
@@ -56,7 +55,6 @@ class Run {
         mModel(model),
         mCheckpoint(checkpoint),
         mReport(report),
-        mNewton(model.Network(), ValuesOf(model)),
         mSearch(model.Network(), ValuesOf(model), Searching()) {}
 
   int Execute() {
@@ -88,7 +86,6 @@ class Run {
       mReport.FlushNowAndThen();
       mProgress.Show(Total());
     };
-    searching.reasoning = mNewton.GetReasoning();
     if (mCheckpoint == nullptr) return searching;
     searching.resumable = true;
     searching.events.savePeriod = mOptions.savePeriod;
@@ -139,7 +136,6 @@ class Run {
   Checkpoint* mCheckpoint;
   Report& mReport;
   Progress mProgress;
-  ZULTavNewton mNewton;
   ZULTavSearch mSearch;
   std::string mSaveFailure;
 };

@@ -5,42 +5,80 @@
 
 #include "framework/base/ZULipstream.h"
 #include "framework/base/ZULopstream.h"
-#include "framework/search/detail/SearchVariable.h"
+#include "framework/search/detail/SearchSpace.h"
 
 using namespace zultav::detail;
 
 namespace {
 
-void WriteDecision(ZULopstream& out, const ZULTavFrontier::Decision& decision) {
-  out.WriteUnsigned(decision.variable);
-  out.WriteUnsigned(static_cast<std::uint64_t>(decision.selection));
+using Decision = ZULTavFrontier::Decision;
+using Experience = ZULTavFrontier::Experience;
+
+void Write(ZULopstream& out, const Half& half) {
+  out.WriteUnsigned(half.variable);
+  out.WriteUnsigned(half.isUpper);
+  out.WriteUnsigned(static_cast<std::uint64_t>(half.bound));
+}
+
+void Write(ZULopstream& out, const Decision& decision) {
+  Write(out, decision.first);
   out.WriteUnsigned(static_cast<std::uint64_t>(decision.second));
 }
 
-ZULTavFrontier::Decision ReadDecision(ZULipstream& in, std::size_t objects) {
-  using Second = ZULTavFrontier::Decision::Second;
-  std::uint64_t variable = 0, selection = 0, second = 0;
-  in.ReadUnsigned(variable, objects);
-  in.ReadUnsigned(selection, ZULTaVoAny::kValueSelections - 1);
-  in.ReadUnsigned(second, static_cast<std::uint64_t>(Second::kEntered));
-  return {static_cast<std::uint32_t>(variable), static_cast<ZULTaVoAny::ValueSelection>(selection),
-          static_cast<Second>(second)};
+void Write(ZULopstream& out, const ZULTavBox& box) {
+  out.WriteUnsigned(box.isProven);
+  for (const Range& range : box.ranges) {
+    out.WriteUnsigned(static_cast<std::uint64_t>(range.lower));
+    out.WriteUnsigned(static_cast<std::uint64_t>(range.upper));
+  }
+  if (box.opaque.GetSize() != 0) box.opaque.Write(out);
 }
 
-void WriteBoxes(ZULopstream& out, const std::deque<ZULTavSolution>& boxes) {
-  out.WriteUnsigned(boxes.size());
-  for (const ZULTavSolution& box : boxes) box.Write(out);
+void Write(ZULopstream& out, std::uint64_t number) { out.WriteUnsigned(number); }
+
+template <class List>
+void WriteAll(ZULopstream& out, const List& list);
+
+void Write(ZULopstream& out, const ZULTavFrontier::Nogood& nogood) { WriteAll(out, nogood); }
+
+template <class List>
+void WriteAll(ZULopstream& out, const List& list) {
+  out.WriteUnsigned(list.size());
+  for (const auto& item : list) Write(out, item);
 }
 
-void ReadBoxes(ZULipstream& in, std::span<const SearchVariable> declared,
-               std::deque<ZULTavSolution>& boxes) {
-  boxes.clear();
+/// Reads a list whose items `read` reads.
+template <class List, class Read>
+void ReadAll(ZULipstream& in, List& list, Read read) {
+  list.clear();
   std::uint64_t count = 0;
   in.ReadUnsigned(count);
   for (; count > 0 && in.Good(); --count) {
-    ZULTavSolution box(declared);
-    if (box.Read(in)) boxes.push_back(std::move(box));
+    typename List::value_type item{};
+    read(item);
+    if (in.Good()) list.push_back(std::move(item));
   }
+}
+
+void ReadExperience(ZULipstream& in, const SearchSpace& space, Experience& experience) {
+  ReadAll(in, experience.weights, [&](std::uint64_t& weight) {
+    if (in.ReadUnsigned(weight) && weight == 0) in.Fail("a weight is none");
+  });
+  const std::size_t variables = space.GetVariables().size();
+  if (!experience.weights.empty() && experience.weights.size() != variables)
+    in.Fail("the weights are of another model");
+  std::uint64_t last = 0;
+  in.ReadUnsigned(last, Experience::kNone);
+  experience.lastConflict = static_cast<std::uint32_t>(last);
+  in.ReadUnsigned(experience.restarts);
+  in.ReadUnsigned(experience.fails);
+  ReadAll(in, experience.nogoods, [&](ZULTavFrontier::Nogood& nogood) {
+    ReadAll(in, nogood, [&](Half& half) {
+      if (space.Read(in, half) && !space[half.variable].IsDiscrete())
+        in.Fail("a nogood is about a real");
+    });
+    if (nogood.empty()) in.Fail("a nogood is empty");
+  });
 }
 
 }  // namespace
@@ -51,6 +89,7 @@ ZULTavFrontier::Statistics& ZULTavFrontier::Statistics::operator+=(const Statist
   fails += other.fails;
   narrowings += other.narrowings;
   propagations += other.propagations;
+  restarts += other.restarts;
   peakDepth = std::max(peakDepth, other.peakDepth);
   seconds += other.seconds;
   return *this;
@@ -59,24 +98,30 @@ ZULTavFrontier::Statistics& ZULTavFrontier::Statistics::operator+=(const Statist
 void ZULTavFrontier::Write(ZULopstream& out) const {
   out.WriteUnsigned(explored);
   out.WriteUnsigned(hiddenNodes);
-  out.WriteUnsigned(path.size());
-  for (const Decision& decision : path) WriteDecision(out, decision);
-  WriteBoxes(out, boxes);
-  WriteBoxes(out, unbounded);
-  WriteBoxes(out, solved);
+  WriteAll(out, path);
+  WriteAll(out, boxes);
+  WriteAll(out, unbounded);
+  WriteAll(out, solved);
+  WriteAll(out, experience.weights);
+  out.WriteUnsigned(experience.lastConflict);
+  out.WriteUnsigned(experience.restarts);
+  out.WriteUnsigned(experience.fails);
+  WriteAll(out, experience.nogoods);
 }
 
-bool ZULTavFrontier::Read(ZULipstream& in, std::span<const SearchVariable> declared,
-                          std::size_t objects) {
-  std::uint64_t done = 0, count = 0;
+bool ZULTavFrontier::Read(ZULipstream& in, const SearchSpace& space) {
+  std::uint64_t done = 0;
   in.ReadUnsigned(done, 1);
   explored = done != 0;
   in.ReadUnsigned(hiddenNodes);
-  path.clear();
-  in.ReadUnsigned(count);
-  for (; count > 0 && in.Good(); --count) path.push_back(ReadDecision(in, objects));
-  ReadBoxes(in, declared, boxes);
-  ReadBoxes(in, declared, unbounded);
-  ReadBoxes(in, declared, solved);
+  ReadAll(in, path, [&](Decision& decision) {
+    std::uint64_t second = 0;
+    space.Read(in, decision.first);
+    in.ReadUnsigned(second, static_cast<std::uint64_t>(Decision::Second::kEntered));
+    decision.second = static_cast<Decision::Second>(second);
+  });
+  for (auto* list : {&boxes, &unbounded, &solved})
+    ReadAll(in, *list, [&](ZULTavBox& box) { space.Read(in, box); });
+  ReadExperience(in, space, experience);
   return in.Good();
 }

@@ -3,22 +3,26 @@
 
 #include <cstdint>
 #include <deque>
-#include <span>
 #include <vector>
 
 #include "framework/search/Export.h"
-#include "framework/search/ZULTavSolution.h"
-#include "framework/solver/ZULTaVoAny.h"
+#include "framework/search/ZULTavBox.h"
 
 class ZULipstream;
 class ZULopstream;
 namespace zultav::detail {
-class SearchVariable;
+class SearchSpace;
 }
 
 /// What is left of a search, and how far it came: all that another run needs to go on, over an
 /// equal network with equal options. Between any two steps of a run it is whole.
 struct ZULTAV_UTILITIES_API ZULTavFrontier {
+  /// One of the halves into which a variable was split: `variable <= bound`, or `>= bound`.
+  struct Half {
+    std::uint32_t variable = 0;  ///< the declared ones first, then the hidden ones
+    bool isUpper = false;
+    std::int64_t bound = 0;  ///< of a real: the bits of the double
+  };
   /// One split on the path from the root to the present node.
   struct Decision {
     /// What has become of the half that is explored last.
@@ -27,19 +31,33 @@ struct ZULTAV_UTILITIES_API ZULTavFrontier {
       kEntered  ///< the path goes through it, and the first half is done
     };
 
-    std::uint32_t variable = 0;  ///< the declared ones first, then the hidden ones
-    ZULTaVoAny::ValueSelection selection = ZULTaVoAny::kLowerHalf;  ///< how it was split
+    Half first;
     Second second = Second::kOpen;
   };
 
   using Path = std::vector<Decision>;
+  /// Halves of which no solution lies in all that was not reported before.
+  using Nogood = std::vector<Half>;
+
+  /// What the search has learnt of the model, by which it chooses.
+  struct Experience {
+    static constexpr std::uint32_t kNone = UINT32_MAX;
+
+    /// Of each variable: how often a rule about it has failed.
+    std::vector<std::uint64_t> weights;
+    std::uint32_t lastConflict = kNone;  ///< the variable whose split failed last
+    std::uint64_t restarts = 0;
+    std::uint64_t fails = 0;  ///< since the last restart
+    std::deque<Nogood> nogoods;
+  };
 
   struct Statistics {
     std::uint64_t solutions = 0;     ///< reported to the callback
     std::uint64_t nodes = 0;         ///< nodes entered, the root included
     std::uint64_t fails = 0;         ///< nodes that were refuted
-    std::uint64_t narrowings = 0;    ///< domain changes made by constraints
-    std::uint64_t propagations = 0;  ///< filter calls
+    std::uint64_t narrowings = 0;    ///< domain changes made by rules
+    std::uint64_t propagations = 0;  ///< runs of rules
+    std::uint64_t restarts = 0;      ///< from the root
     std::uint64_t peakDepth = 0;     ///< decisions on the longest path
     double seconds = 0;              ///< wall-clock time
 
@@ -49,23 +67,23 @@ struct ZULTAV_UTILITIES_API ZULTavFrontier {
 
   /// Writes all but the statistics, which are those of one run.
   void Write(ZULopstream& out) const;
-  /// False when the bytes are none of a search for the declared variables, over a network of so
-  /// many objects: in.Reason() says why. Throws std::bad_alloc when memory ran out.
-  bool Read(ZULipstream& in, std::span<const zultav::detail::SearchVariable> declared,
-            std::size_t objects);
+  /// False when the bytes are none of a search of the space: in.Reason() says why. Throws
+  /// std::bad_alloc when memory ran out.
+  bool Read(ZULipstream& in, const zultav::detail::SearchSpace& space);
 
   /// The open halves beside it are all that is not explored yet.
   Path path;
   /// Found, but not reported: a box to come may join them.
-  std::deque<ZULTavSolution> boxes;
+  std::deque<ZULTavBox> boxes;
   /// Boxes without a proof that reach to infinity: they are reported when nothing else is left.
-  std::deque<ZULTavSolution> unbounded;
+  std::deque<ZULTavBox> unbounded;
   /// What need not be searched: no solutions lie there but such as boxes found before hold.
-  std::deque<ZULTavSolution> solved;
+  std::deque<ZULTavBox> solved;
   /// Splits of hidden variables under the present assignment of the declared ones.
   std::uint64_t hiddenNodes = 0;
   /// Only boxes are left.
   bool explored = false;
+  Experience experience;
   /// Of the present run, or the last one.
   Statistics statistics;
 };

@@ -9,11 +9,12 @@
 
 #include "framework/search/Export.h"
 #include "framework/search/ZULTavFrontier.h"
-#include "framework/search/ZULTavReasoning.h"
 #include "framework/search/ZULTavSolution.h"
 #include "framework/solver/ZULTaVoNetwork.h"
 
-/// Depth-first search for the solutions of a network, by propagation and bisection.
+/// Depth-first search for the solutions of a network, by propagation and bisection. The network is
+/// compiled for each run; its constraints mean what is true of numbers, whatever its types can
+/// hold.
 ///
 /// Declared integers and booleans are split until each is one value, reals until they are narrow;
 /// a single-value type that propagation leaves Any stays Any. Then hidden integers and booleans
@@ -30,6 +31,9 @@
 class ZULTAV_UTILITIES_API ZULTavSearch {
  public:
   enum class VariableChoice {
+    /// The integer or boolean of the fewest values for the trouble that it has made, then the real
+    /// whose splitting promises most.
+    kAdaptive,
     kByKind,     ///< the first undecided integer or boolean, then the next undecided real
     kFirst,      ///< the first undecided variable, as declared
     kLargest,    ///< the widest domain; the first of equals
@@ -74,7 +78,7 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
   /// How to search. Limits and events may differ from run to run; all else decides what is
   /// reported, and in which order.
   struct Options {
-    VariableChoice choice = VariableChoice::kByKind;
+    VariableChoice choice = VariableChoice::kAdaptive;
     /// Which part of a domain is explored first. Reals are always halved.
     ZULTaVoAny::ValueSelection selection = ZULTaVoAny::kLowerHalf;
     /// A real is decided when its width is at most absoluteWidth or at most relativeWidth times
@@ -88,7 +92,10 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
     /// Whether a run that ends early keeps boxes that later ones may join for the run that goes
     /// on; otherwise it reports them.
     bool resumable = false;
-    ZULTavReasoning reasoning;
+    /// After how many fails a search over integers and booleans begins anew, with what it has
+    /// learnt; later it is more patient. 0: never. Nothing is explored or reported twice, but the
+    /// order of the solutions is another one.
+    std::uint64_t restartAfter = 0;
     Limits limits;
     Events events;
   };
@@ -104,7 +111,7 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
 
   /// Searches from the network's present values and leaves them as they were.
   Outcome Run(const SolutionCallback& report);
-  /// Propagates only, within the time limit, and keeps the narrowed values.
+  /// Propagates only, within the time limit, and narrows the declared values.
   /// @param[out] verdict  what is known afterwards
   /// @return kExhausted at the fixpoint, else what ended the propagation before
   Outcome Propagate(Verdict& verdict);
@@ -128,7 +135,7 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
 
  private:
   template <class Step>
-  Outcome WithNetwork(Step step);
+  Outcome WithCompiled(Step step);
 
   ZULTaVoNetwork& mNetwork;
   std::vector<ZULTaVoAny*> mDeclared;

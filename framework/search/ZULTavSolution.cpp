@@ -5,24 +5,20 @@
 
 #include "framework/base/ZULipstream.h"
 #include "framework/base/ZULopstream.h"
-#include "framework/search/detail/SearchVariable.h"
+#include "framework/solver/ZULTaVoNetwork.h"
 
-using namespace zultav::detail;
-
-ZULTavSolution::ZULTavSolution(std::span<const SearchVariable> variables) {
+ZULTavSolution::ZULTavSolution(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> values) {
   constexpr auto units = [](std::size_t bytes) {
     return (bytes + sizeof(std::max_align_t) - 1) / sizeof(std::max_align_t);
   };
   std::size_t total = 0;
-  for (const SearchVariable& variable : variables) {
-    total += units(variable.GetType()->GetObjectSize());
-  }
+  for (const ZULTaVoAny* value : values) total += units(network.GetType(value)->GetObjectSize());
   mMemory = std::make_unique_for_overwrite<std::max_align_t[]>(total);
-  mEntries.reserve(variables.size());
+  mEntries.reserve(values.size());
   std::max_align_t* place = mMemory.get();
-  for (const SearchVariable& variable : variables) {
-    const ZULTaVoObjectDescriptor* type = variable.GetType();
-    auto* copy = static_cast<ZULTaVoAny*>(type->InitObject(place, variable.GetValue()));
+  for (const ZULTaVoAny* value : values) {
+    const ZULTaVoObjectDescriptor* type = network.GetType(value);
+    auto* copy = static_cast<ZULTaVoAny*>(type->InitObject(place, value));
     if (copy == nullptr) {
       Destroy();
       throw std::bad_alloc();
@@ -39,15 +35,6 @@ ZULTavSolution& ZULTavSolution::operator=(ZULTavSolution&& other) noexcept {
   std::swap(mEntries, other.mEntries);
   mProven = other.mProven;
   return *this;
-}
-
-void ZULTavSolution::SetBounds(std::size_t index, double lower, double upper) {
-  auto& value = static_cast<ZULTaVoReal&>(GetValue(index));
-  // Never empty on the way.
-  const bool moveUp = upper > value.GetUpperBound();
-  if (moveUp) value.SetUpperBound(upper);
-  value.SetLowerBound(lower);
-  if (!moveUp) value.SetUpperBound(upper);
 }
 
 void ZULTavSolution::Write(ZULopstream& out) const {

@@ -11,17 +11,16 @@
 
 class ZULipstream;
 class ZULopstream;
-namespace zultav::detail {
-class SearchVariable;
-}
+class ZULTaVoNetwork;
 
 /// Copies of the searched values, in the order in which they were given to the search. Lives
 /// independently of the network, but not longer than the module that made its types.
 class ZULTAV_UTILITIES_API ZULTavSolution {
  public:
   ZULTavSolution() = default;
-  /// Copies the present values. Throws std::bad_alloc when memory ran out.
-  explicit ZULTavSolution(std::span<const zultav::detail::SearchVariable> variables);
+  /// Copies the present values of objects of the network. Throws std::bad_alloc when memory ran
+  /// out.
+  ZULTavSolution(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> values);
   ~ZULTavSolution();
   ZULTavSolution(ZULTavSolution&& other) noexcept = default;
   ZULTavSolution& operator=(ZULTavSolution&& other) noexcept;
@@ -29,9 +28,6 @@ class ZULTAV_UTILITIES_API ZULTavSolution {
   std::size_t GetSize() const { return mEntries.size(); }
   const ZULTaVoAny& GetValue(std::size_t index) const { return *mEntries[index].value; }
   ZULTaVoAny& GetValue(std::size_t index) { return *mEntries[index].value; }
-
-  /// Of a value that is a real.
-  void SetBounds(std::size_t index, double lower, double upper);
 
   void Write(ZULopstream& out) const;
   /// Reads what was written of a solution of the same types, into this one's values.

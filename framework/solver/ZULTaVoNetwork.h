@@ -117,8 +117,10 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   void SetNarrowingFraction(double fraction) {
     if (fraction >= 0 && fraction < 1) mFraction = fraction;
   }
+  double GetNarrowingFraction() const { return mFraction; }
   /// Filter calls allowed per run, 0 for the default: 2000 for each constraint and 1000000 more.
   void SetFilterLimit(std::uint64_t limit) { mFilterLimit = limit; }
+  std::uint64_t GetFilterLimit() const { return mFilterLimit; }
   /// A run ends soon after the flag becomes true. Null: never.
   void SetInterrupt(const std::atomic<bool>* flag) { mInterrupt = flag; }
 

@@ -44,10 +44,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::vector<ZULTaVoAny*> values;
   for (const auto& variable : model->Variables())
     values.insert(values.end(), variable.values.begin(), variable.values.end());
-  ZULTavNewton newton(model->Network(), values);
   ZULTavSearch::Options searching;
   searching.limits.nodes = 5;
-  searching.reasoning = newton.GetReasoning();
   ZULTavSearch search(model->Network(), values, searching);
   const auto outcome = search.Run([](const ZULTavSolution& solution) {
     std::ostringstream text;

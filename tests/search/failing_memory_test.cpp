@@ -67,12 +67,10 @@ std::string Solve(const ZULTaVoModule& numbers, bool& failed) {
     }
     std::vector<ZULTaVoAny*> values;
     for (const auto& variable : model->Variables()) values.push_back(variable.values[0]);
-    ZULTavNewton newton(model->Network(), values);
     ZULTavSearch::Options options;
     options.limits.solutions = ZULTavSearch::kUnlimited;
     options.limits.nodes = resumed ? ZULTavSearch::kUnlimited : 3;
     options.resumable = true;
-    options.reasoning = newton.GetReasoning();
     ZULTavSearch search(model->Network(), values, options);
     if (resumed) {
       ZULipstream in(file);

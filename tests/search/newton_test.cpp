@@ -41,7 +41,6 @@ std::vector<Box> Solve(const std::string& text, double width = 1e-6, std::uint64
   options.limits.solutions = limit;
   options.limits.nodes = 20000;
   options.absoluteWidth = width;
-  options.reasoning = read.newton->GetReasoning();
   ZULTavSearch search(read.model->Network(), read.declared, options);
   std::vector<Box> boxes;
   search.Run([&](const ZULTavSolution& solution) {

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,13 +25,11 @@ struct TextModel {
     }
     for (const auto& variable : model->Variables())
       declared.insert(declared.end(), variable.values.begin(), variable.values.end());
-    newton.emplace(model->Network(), declared);
   }
 
   std::unique_ptr<ZULTavModel> model;
   std::string error;
   std::vector<ZULTaVoAny*> declared;
-  std::optional<ZULTavNewton> newton;
 };
 
 using Solutions = std::vector<std::vector<double>>;
@@ -58,9 +55,9 @@ inline std::string WrongSolutions(const std::string& text, std::uint64_t seed,
   ZULTavSearch::Options options;
   options.limits.solutions = ZULTavSearch::kUnlimited;
   options.limits.nodes = 100000;
-  options.choice = static_cast<ZULTavSearch::VariableChoice>(seed % 5);
+  options.choice = static_cast<ZULTavSearch::VariableChoice>(seed % ZULTavSearch::kVariableChoices);
+  options.restartAfter = seed % 3;
   options.selection = static_cast<ZULTaVoAny::ValueSelection>(seed / 5 % 4);
-  options.reasoning = read.newton->GetReasoning();
   ZULTavSearch search(read.model->Network(), read.declared, options);
   Solutions found;
   const auto outcome = search.Run([&](const ZULTavSolution& solution) {

@@ -53,10 +53,8 @@ std::string Solve(const Case& wanted, int& solutions) {
 
   std::vector<ZULTaVoAny*> values;
   for (const auto& variable : model->Variables()) values.push_back(variable.values[0]);
-  ZULTavNewton newton(model->Network(), values);
   ZULTavSearch::Options options;
   options.limits.solutions = ZULTavSearch::kUnlimited;
-  options.reasoning = newton.GetReasoning();
   std::ostringstream found;
   ZULTavSearch(model->Network(), values, options).Run([&](const ZULTavSolution& solution) {
     ++solutions;

@@ -129,37 +129,4 @@ TEST(SearchTest, BoxesThatTouchBecomeOneWhereTheLimitAllows) {
   }
 }
 
-/// Knows that the solution is x = 3.
-class KnowingProof final : public ZULTavContractor, public ZULTavProver {
- public:
-  explicit KnowingProof(ZULTaVoReal* x) : mX(x) {}
-  int Contract(ZULTaVoNetwork& network, bool /*again*/) override {
-    if (mX->GetLowerBound() == mX->GetUpperBound()) return 0;
-    EXPECT_TRUE(network.SaveValue(mX));
-    mX->SetLowerBound(3);
-    mX->SetUpperBound(3);
-    network.PropagateValue(mX);
-    return 1;
-  }
-  Finding Prove(const ZULTaVoNetwork&, ZULTavSolution&, ZULTavSolution&) override {
-    return mX->GetLowerBound() == 3 ? Finding::kSolution : Finding::kNothing;
-  }
-
- private:
-  ZULTaVoReal* mX;
-};
-
-TEST(SearchTest, AProofContractsAndProves) {
-  TextModel model("x : real = [0, 10];");
-  auto* x = static_cast<ZULTaVoReal*>(model.declared[0]);
-  KnowingProof proof(x);
-  ZULTavSearch::Options options = All();
-  options.reasoning = {&proof, &proof};
-  const Found found = Search(model, options, 1);
-  EXPECT_EQ(found.solutions, std::vector<std::string>{"3.0 "});
-  EXPECT_EQ(found.proven, std::vector<bool>{true});
-  EXPECT_EQ(found.statistics.nodes, 1u);
-  EXPECT_EQ(x->GetUpperBound(), 10);
-}
-
 }  // namespace

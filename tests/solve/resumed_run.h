@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "framework/base/Fnv1a.h"
-#include "framework/search/ZULTavNewton.h"
 #include "solve/Checkpoint.h"
 #include "solve/LoadedModel.h"
 
@@ -46,8 +45,6 @@ class GoingOn {
     if (run->mModel == nullptr) return nullptr;
     ZULTaVoNetwork& network = run->mModel->Network();
     network.SetFilterLimit(1000);
-    run->mNewton = std::make_unique<ZULTavNewton>(network, ValuesOf(*run->mModel));
-    options.search.reasoning = run->mNewton->GetReasoning();
     options.search.limits.nodes = kNodes;
     options.search.resumable = true;
     run->mSearch = std::make_unique<ZULTavSearch>(network, ValuesOf(*run->mModel), options.search);
@@ -73,7 +70,6 @@ class GoingOn {
   Modules mModules;
   std::unique_ptr<Checkpoint> mCheckpoint;
   std::unique_ptr<ZULTavModel> mModel;
-  std::unique_ptr<ZULTavNewton> mNewton;
   std::unique_ptr<ZULTavSearch> mSearch;
 };
 

@@ -1,53 +1,40 @@
 #include "framework/search/detail/MirrorImages.h"
 
-#include <algorithm>
-
-#include "framework/solver/ZULTaVoNetwork.h"
-#include "framework/solver/ZULTaVoReal.h"
+#include <cmath>
 
 namespace zultav::detail {
 
-namespace {
-
-ZULTaVoReal& RealOf(ZULTavSolution& box, std::uint32_t index) {
-  return static_cast<ZULTaVoReal&>(box.GetValue(index));
-}
-
-}  // namespace
-
-MirrorImages::MirrorImages(ZULTaVoNetwork& network, std::span<const SearchVariable> declared,
+MirrorImages::MirrorImages(const Engine& engine, const SearchSpace& space,
                            const std::vector<std::uint32_t>& candidates, const WidthLimit& limit)
     : mLimit(limit) {
   for (const std::uint32_t index : candidates) {
-    if (declared[index].GetKind() != SearchVariable::Kind::kReal) continue;
-    if (!declared[index].IsOpen(limit)) continue;
-    auto& value = static_cast<ZULTaVoReal&>(*declared[index].GetValue());
-    const double lower = value.GetLowerBound(), upper = value.GetUpperBound();
-    if (!(lower < 0 && lower == -upper)) continue;
-    SaveOrThrow(network, value);
-    value.SetUpperBound(0);
-    mMirrored.push_back(index);
-    network.PropagateValue(&value);
+    if (space[index].kind != Kind::kReal || !space.IsOpen(engine, index, limit)) continue;
+    const RealRange x = engine.GetReals(space[index].slot);
+    if (x.lower < 0 && x.lower == -x.upper) mMirrored.push_back(index);
   }
 }
 
-void MirrorImages::JoinAtZero(ZULTavSolution& box) const {
+void MirrorImages::Restrict(Engine& engine, const SearchSpace& space) const {
+  for (const std::uint32_t index : mMirrored)
+    engine.NarrowAndTell(space[index].slot, RealRange(-HUGE_VAL, 0));
+}
+
+void MirrorImages::JoinAtZero(ZULTavBox& box) const {
   for (const std::uint32_t index : mMirrored) {
-    ZULTaVoReal& value = RealOf(box, index);
-    const double lower = value.GetLowerBound(), upper = value.GetUpperBound();
-    const double magnitude = std::max(-lower, upper);
-    const bool reaches = lower <= 0 && upper >= 0 && mLimit.Holds(-magnitude, magnitude);
-    if (reaches || (lower < 0 && upper > 0)) box.SetBounds(index, -magnitude, magnitude);
+    const RealRange x = box.ranges[index].GetReals();
+    const double magnitude = x.GetMagnitude();
+    const RealRange both(-magnitude, magnitude);
+    const bool reaches = x.lower <= 0 && x.upper >= 0 && mLimit.Holds(both);
+    if (reaches || (x.lower < 0 && x.upper > 0)) box.ranges[index] = both;
   }
 }
 
-bool MirrorImages::Next(ZULTavSolution& image) const {
+bool MirrorImages::Next(ZULTavBox& image) const {
   for (auto index = mMirrored.rbegin(); index != mMirrored.rend(); ++index) {
-    ZULTaVoReal& value = RealOf(image, *index);
-    const double lower = value.GetLowerBound(), upper = value.GetUpperBound();
-    if (-lower == upper) continue;  // its own image
-    image.SetBounds(*index, -upper, -lower);
-    if (-lower > upper) return true;
+    const RealRange x = image.ranges[*index].GetReals();
+    if (-x.lower == x.upper) continue;  // its own image
+    image.ranges[*index] = -x;
+    if (-x.lower > x.upper) return true;
   }
   return false;
 }

@@ -4,8 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "framework/search/ZULTavSolution.h"
-#include "framework/search/detail/SearchVariable.h"
+#include "framework/search/detail/SearchSpace.h"
 
 namespace zultav::detail {
 
@@ -17,14 +16,16 @@ namespace zultav::detail {
 /// of them needs no record but the image that is next.
 class MirrorImages {
  public:
-  /// Restricts those of the variables that have a symmetric domain to its negative half.
-  MirrorImages(ZULTaVoNetwork& network, std::span<const SearchVariable> declared,
+  /// Chooses those of the declared variables that have a symmetric domain.
+  MirrorImages(const Engine& engine, const SearchSpace& space,
                const std::vector<std::uint32_t>& candidates, const WidthLimit& limit);
 
+  /// Restricts the variables to their negative halves.
+  void Restrict(Engine& engine, const SearchSpace& space) const;
   /// Makes a box that reaches 0 one with its image where the width limit allows or both overlap.
-  void JoinAtZero(ZULTavSolution& box) const;
+  void JoinAtZero(ZULTavBox& box) const;
   /// Turns an image into the next one. False after the last.
-  bool Next(ZULTavSolution& image) const;
+  bool Next(ZULTavBox& image) const;
 
  private:
   std::vector<std::uint32_t> mMirrored;

@@ -1,6 +1,8 @@
 #include "framework/search/detail/NodeReasoner.h"
 
 #include <algorithm>
+#include <new>
+#include <vector>
 
 namespace zultav::detail {
 
@@ -11,19 +13,19 @@ constexpr int kContractions = 100;
 // Integers settle within a round or two; reals may go on by less and less.
 constexpr int kSettlings = 4;
 
-NodeState StateAfter(ZULTaVoNetwork::Status status) {
+NodeState StateAfter(Engine::Status status) {
   switch (status) {
-    case ZULTaVoNetwork::Status::kConsistent:
+    case Engine::Status::kFixpoint:
       break;
-    case ZULTaVoNetwork::Status::kContradiction:
+    case Engine::Status::kFailed:
       return NodeState::kRefuted;
-    case ZULTaVoNetwork::Status::kLimit:
+    case Engine::Status::kLimit:
       return NodeState::kLimited;
-    case ZULTaVoNetwork::Status::kInterrupted:
+    case Engine::Status::kInterrupted:
       return NodeState::kInterrupted;
-    case ZULTaVoNetwork::Status::kBadArguments:
+    case Engine::Status::kBadArguments:
       return NodeState::kBadArguments;
-    case ZULTaVoNetwork::Status::kOutOfMemory:
+    case Engine::Status::kOutOfMemory:
       throw std::bad_alloc();
   }
   return NodeState::kFixpoint;
@@ -32,45 +34,89 @@ NodeState StateAfter(ZULTaVoNetwork::Status status) {
 }  // namespace
 
 bool NodeReasoner::HasEmptyValue() const {
-  for (std::size_t i = 0; i < mNetwork.GetNumberOfObjects(); ++i)
-    if (mNetwork.GetObject(i)->IsNil()) return true;
+  const Program& program = mEngine.GetProgram();
+  if (program.IsInfeasible()) return true;
+  for (Slot slot = 0; slot < program.GetNumberOfSlots(); ++slot) {
+    const Kind kind = program.GetSlot(slot).kind;
+    if (kind == Kind::kOpaque ? mEngine.GetObject(slot).IsNil() != 0
+        : kind == Kind::kReal ? mEngine.GetReals(slot).IsEmpty()
+                              : mEngine.GetIntegers(slot).IsEmpty())
+      return true;
+  }
   return false;
 }
 
+NodeState NodeReasoner::Propagate() {
+  const NodeState state = StateAfter(mEngine.Propagate());
+  mFailed = state == NodeState::kRefuted ? mEngine.GetFailed() : engine::kNone;
+  return state;
+}
+
 NodeState NodeReasoner::ReachFixpoint(bool again) {
+  for (;; again = true) {
+    const NodeState state = Contract(again);
+    if (!IsOpen(state)) return state;
+    switch (mNogoods.Narrow(mEngine)) {
+      case Nogoods::Answer::kFailed:
+        mFailed = engine::kNone;
+        return NodeState::kRefuted;
+      case Nogoods::Answer::kNarrowed:
+        break;
+      case Nogoods::Answer::kNothing:
+        return state;
+    }
+  }
+}
+
+NodeState NodeReasoner::Contract(bool again) {
   for (int round = 0;; ++round) {
-    const bool contracted = mReasoning.contractor != nullptr && round < kContractions &&
-                            mReasoning.contractor->Contract(mNetwork, again || round > 0) != 0;
-    const NodeState state = StateAfter(mNetwork.Propagate());
-    if (!contracted || state != NodeState::kFixpoint) return state;
+    const NodeState state = Propagate();
+    if (state != NodeState::kFixpoint || round == kContractions) return state;
+    switch (mNewton.Contract(again || round > 0)) {
+      case engine::Newton::Answer::kFailed:
+        return NodeState::kRefuted;
+      case engine::Newton::Answer::kNarrowed:
+        break;
+      case engine::Newton::Answer::kNothing:
+        return state;
+    }
   }
 }
 
 NodeState NodeReasoner::Settle() {
   for (int round = 0; round < kSettlings; ++round) {
-    const std::uint64_t before = mNetwork.GetStatistics().narrowings;
-    mNetwork.ScheduleAll();
+    const std::uint64_t before = mEngine.GetStatistics().narrowings;
+    mEngine.ScheduleAll();
     const NodeState state = ReachFixpoint(true);
     if (state != NodeState::kFixpoint) return state;
-    if (mNetwork.GetStatistics().narrowings == before) return NodeState::kSettled;
+    if (mEngine.GetStatistics().narrowings == before) return NodeState::kSettled;
   }
   return NodeState::kFixpoint;
 }
 
-ZULTavProver::Finding NodeReasoner::Prove(NodeState state, const SearchTree& tree,
-                                          ZULTavSolution& box, ZULTavSolution& region) const {
-  using Finding = ZULTavProver::Finding;
+NodeReasoner::Finding NodeReasoner::Prove(NodeState state, ZULTavBox& box, ZULTavBox& region) {
   if (state == NodeState::kLimited) return Finding::kNothing;
-  if (tree.HasContinuousValues()) {
-    if (mReasoning.prover == nullptr) return Finding::kNothing;
-    box = ZULTavSolution(tree.GetDeclared());
-    region = ZULTavSolution(tree.GetDeclared());
-    return mReasoning.prover->Prove(mNetwork, box, region);
+  if (mSpace.HasContinuousValues()) {
+    const std::uint32_t count = mSpace.GetNumberOfDeclared();
+    std::vector<RealRange> inner(count);
+    for (std::uint32_t i = 0; i < count; ++i)
+      if (mSpace[i].kind != Kind::kOpaque) inner[i] = mEngine.GetReals(mSpace[i].slot);
+    std::vector<RealRange> outer = inner;
+    const Finding finding = mNewton.Prove(inner, outer);
+    box = mSpace.Capture(mEngine);
+    region = mSpace.Capture(mEngine);
+    for (std::uint32_t i = 0; i < count; ++i) {
+      if (mSpace[i].kind != Kind::kReal) continue;
+      box.ranges[i] = inner[i];
+      region.ranges[i] = outer[i];
+    }
+    return finding;
   }
-  const auto variables = tree.GetVariables();
+  const auto variables = mSpace.GetVariables();
   const bool settled = state == NodeState::kSettled &&
-                       std::all_of(variables.begin(), variables.end(),
-                                   [](const SearchVariable& each) { return each.IsSingle(); });
+                       std::all_of(variables.begin(), variables.end(), [&](const auto& variable) {
+                         return mEngine.IsFixed(variable.slot);
+                       });
   return settled ? Finding::kSolution : Finding::kNothing;
 }
 

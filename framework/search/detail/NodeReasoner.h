@@ -1,16 +1,17 @@
 #ifndef ZULTAV_SEARCH_DETAIL_NODE_REASONER_H
 #define ZULTAV_SEARCH_DETAIL_NODE_REASONER_H
 
-#include "framework/search/ZULTavReasoning.h"
-#include "framework/search/detail/SearchTree.h"
+#include "framework/engine/reals/Newton.h"
+#include "framework/search/detail/Nogoods.h"
+#include "framework/search/detail/SearchSpace.h"
 
 namespace zultav::detail {
 
 /// What a step of the search found, or left behind, at a node.
 enum class NodeState {
-  kLimited,      ///< open; the network gave up before the fixpoint, and what it narrowed is sound
+  kLimited,      ///< open; the engine gave up before the fixpoint, and what it narrowed is sound
   kFixpoint,     ///< open; propagation narrows no more
-  kSettled,      ///< open; every constraint has accepted the values that remain
+  kSettled,      ///< open; every rule has accepted the values that remain
   kRefuted,      ///< holds no solution
   kBranched,     ///< its first half is the present node now
   kFound,        ///< is a box of the frontier now
@@ -25,25 +26,34 @@ constexpr bool IsOpen(NodeState state) { return state <= NodeState::kSettled; }
 /// std::bad_alloc when memory ran out.
 class NodeReasoner {
  public:
-  NodeReasoner(ZULTaVoNetwork& network, const ZULTavReasoning& reasoning)
-      : mNetwork(network), mReasoning(reasoning) {}
+  using Finding = engine::Newton::Finding;
 
-  /// A value that no constraint looks at may be empty from the start.
+  NodeReasoner(Engine& engine, engine::Newton& newton, const SearchSpace& space, Nogoods& nogoods)
+      : mEngine(engine), mNewton(newton), mSpace(space), mNogoods(nogoods) {}
+
+  /// A value that no rule looks at may be empty from the start.
   bool HasEmptyValue() const;
-  /// Contracts and propagates in turn until neither narrows.
+  /// Propagates, contracts and looks at the nogoods in turn until nothing is narrowed.
   /// @param again  whether it was done for this node before
   NodeState ReachFixpoint(bool again);
-  /// Gives every constraint its say on the values that remain: those that were passive when values
+  /// Gives every rule its say on the values that remain: those that were retired when values
   /// narrowed, and those to which small narrowings were not passed on.
   NodeState Settle();
+  /// The rule that refuted the node; kNone where it was something else.
+  std::uint32_t GetFailed() const { return mFailed; }
   /// What is known of the solutions among the values of an open node.
-  /// @param[out] box, region  as for ZULTavProver::Prove, where there are reals
-  ZULTavProver::Finding Prove(NodeState state, const SearchTree& tree, ZULTavSolution& box,
-                              ZULTavSolution& region) const;
+  /// @param[out] box, region  as for engine::Newton::Prove, where there are reals
+  Finding Prove(NodeState state, ZULTavBox& box, ZULTavBox& region);
 
  private:
-  ZULTaVoNetwork& mNetwork;
-  ZULTavReasoning mReasoning;
+  NodeState Propagate();
+  NodeState Contract(bool again);
+
+  Engine& mEngine;
+  engine::Newton& mNewton;
+  const SearchSpace& mSpace;
+  Nogoods& mNogoods;
+  std::uint32_t mFailed = engine::kNone;
 };
 
 }  // namespace zultav::detail

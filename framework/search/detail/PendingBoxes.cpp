@@ -1,36 +1,23 @@
 #include "framework/search/detail/PendingBoxes.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace zultav::detail {
 
 namespace {
 
-struct Bounds {
-  double lower, upper;
-  friend bool operator==(const Bounds&, const Bounds&) = default;
-};
-
-Bounds BoundsOf(const ZULTaVoAny& value) {
-  const auto& real = static_cast<const ZULTaVoReal&>(value);
-  return {real.GetLowerBound(), real.GetUpperBound()};
-}
-
-bool IsMergeable(const SearchVariable& variable) {
-  return variable.GetKind() == SearchVariable::Kind::kReal;
-}
+bool IsMergeable(const SearchVariable& variable) { return variable.kind == Kind::kReal; }
 
 }  // namespace
 
-PendingBoxes::PendingBoxes(std::deque<ZULTavSolution>& boxes,
-                           std::span<const SearchVariable> declared, const WidthLimit& limit)
+PendingBoxes::PendingBoxes(std::deque<ZULTavBox>& boxes, const SearchSpace& space,
+                           const WidthLimit& limit)
     : mBoxes(boxes),
-      mDeclared(declared),
+      mSpace(space),
       mLimit(limit),
-      mMerges(std::any_of(declared.begin(), declared.end(), IsMergeable)) {}
+      mMerges(std::any_of(space.GetDeclared().begin(), space.GetDeclared().end(), IsMergeable)) {}
 
-void PendingBoxes::Add(ZULTavSolution box) {
+void PendingBoxes::Add(ZULTavBox box) {
   mBoxes.push_back(std::move(box));
   // What was united may fit beside other boxes than its parts did, so the search starts anew.
   for (std::size_t i = 0; mMerges && i + 1 < mBoxes.size();) {
@@ -44,26 +31,26 @@ void PendingBoxes::Add(ZULTavSolution box) {
   }
 }
 
-bool PendingBoxes::AreSideBySide(const ZULTavSolution& a, const ZULTavSolution& b) const {
+bool PendingBoxes::AreSideBySide(const ZULTavBox& a, const ZULTavBox& b) const {
   bool differ = false;
-  for (std::size_t i = 0; i < mDeclared.size(); ++i) {
-    if (!IsMergeable(mDeclared[i])) {
-      if (!mDeclared[i].IsWithin(a.GetValue(i), b.GetValue(i))) return false;
+  for (std::uint32_t i = 0; i < mSpace.GetNumberOfDeclared(); ++i) {
+    if (!IsMergeable(mSpace[i])) {
+      if (!mSpace.IsWithin(i, a.ranges[i], b.ranges[i])) return false;
       continue;
     }
-    const Bounds x = BoundsOf(a.GetValue(i)), y = BoundsOf(b.GetValue(i));
+    const RealRange x = a.ranges[i].GetReals(), y = b.ranges[i].GetReals();
     if (x == y) continue;
-    if (std::exchange(differ, true) || x.upper < y.lower || y.upper < x.lower ||
-        !mLimit.Holds(std::min(x.lower, y.lower), std::max(x.upper, y.upper)))
+    if (std::exchange(differ, true) || !mSpace.Meet(i, x, y) || !mLimit.Holds(Hull(x, y)))
       return false;
   }
   return true;
 }
 
-void PendingBoxes::Unite(ZULTavSolution& box, const ZULTavSolution& other) const {
-  for (std::size_t i = 0; i < mDeclared.size(); ++i)
-    if (IsMergeable(mDeclared[i])) box.GetValue(i).Unite(other.GetValue(i));
-  box.SetProven(box.IsProven() || other.IsProven());
+void PendingBoxes::Unite(ZULTavBox& box, const ZULTavBox& other) const {
+  for (std::uint32_t i = 0; i < mSpace.GetNumberOfDeclared(); ++i)
+    if (IsMergeable(mSpace[i]))
+      box.ranges[i] = Hull(box.ranges[i].GetReals(), other.ranges[i].GetReals());
+  box.isProven = box.isProven || other.isProven;
 }
 
 }  // namespace zultav::detail

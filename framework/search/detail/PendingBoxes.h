@@ -3,10 +3,8 @@
 
 #include <algorithm>
 #include <deque>
-#include <span>
 
-#include "framework/search/ZULTavSolution.h"
-#include "framework/search/detail/SearchVariable.h"
+#include "framework/search/detail/SearchSpace.h"
 
 namespace zultav::detail {
 
@@ -21,12 +19,11 @@ class PendingBoxes {
   /// Solutions kept waiting at most: merging compares each new one with all of them.
   static constexpr std::size_t kCapacity = 512;
 
-  PendingBoxes(std::deque<ZULTavSolution>& boxes, std::span<const SearchVariable> declared,
-               const WidthLimit& limit);
+  PendingBoxes(std::deque<ZULTavBox>& boxes, const SearchSpace& space, const WidthLimit& limit);
 
-  void Add(ZULTavSolution box);
+  void Add(ZULTavBox box);
   std::size_t GetSize() const { return mBoxes.size(); }
-  ZULTavSolution& GetFirst() { return mBoxes.front(); }
+  ZULTavBox& GetFirst() { return mBoxes.front(); }
   void RemoveFirst() { mBoxes.pop_front(); }
   /// Brings the first box for which `final` holds, or the oldest where too many wait, before the
   /// others; false when there is none.
@@ -34,11 +31,11 @@ class PendingBoxes {
   bool BringForward(Predicate final);
 
  private:
-  bool AreSideBySide(const ZULTavSolution& a, const ZULTavSolution& b) const;
-  void Unite(ZULTavSolution& box, const ZULTavSolution& other) const;
+  bool AreSideBySide(const ZULTavBox& a, const ZULTavBox& b) const;
+  void Unite(ZULTavBox& box, const ZULTavBox& other) const;
 
-  std::deque<ZULTavSolution>& mBoxes;  // in the order in which they came
-  std::span<const SearchVariable> mDeclared;
+  std::deque<ZULTavBox>& mBoxes;  // in the order in which they came
+  const SearchSpace& mSpace;
   WidthLimit mLimit;
   bool mMerges;
 };

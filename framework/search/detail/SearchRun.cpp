@@ -1,6 +1,7 @@
 #include "framework/search/detail/SearchRun.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace zultav::detail {
@@ -15,82 +16,64 @@ WidthLimit LimitOf(const ZULTavSearch::Options& options) {
           options.relativeWidth};
 }
 
-std::vector<std::uint32_t> FindSignless(const ZULTavSymmetries* symmetries) {
-  return symmetries != nullptr ? symmetries->FindSignless() : std::vector<std::uint32_t>();
+/// Fails until the next restart, after so many of them.
+std::uint64_t PatienceAfter(std::uint64_t restarts, std::uint64_t first) {
+  constexpr double kGrowth = 1.3, kGreatest = 1e15;
+  const double patience =
+      static_cast<double>(first) *
+      std::pow(kGrowth, static_cast<double>(std::min<std::uint64_t>(restarts, 200)));
+  return static_cast<std::uint64_t>(std::min(patience, kGreatest));
 }
 
 }  // namespace
 
-// --- NetworkUse -------------------------------------------------------------------------------
-
-NetworkUse::NetworkUse(ZULTaVoNetwork& network, const std::atomic<bool>& interrupt,
-                       ZULTavSearch::Statistics& statistics)
-    : mSettings(network.GetRealSettings()),
-      mNetwork(network),
-      mDepth(network.GetDepth()),
-      mBefore(network.GetStatistics()),
-      mStatistics(statistics),
-      mBegin(Clock::now()) {
-  mStatistics = {};
-  mNetwork.SetInterrupt(&interrupt);
-  mNetwork.ScheduleAll();
-}
-
-NetworkUse::~NetworkUse() {
-  while (mNetwork.GetDepth() > mDepth) mNetwork.PopState();
-  UpdateStatistics();
-  mNetwork.SetInterrupt(nullptr);
-}
-
-double NetworkUse::GetSeconds() const {
-  return std::chrono::duration<double>(Clock::now() - mBegin).count();
-}
-
-void NetworkUse::UpdateStatistics() {
-  mStatistics.narrowings = mNetwork.GetStatistics().narrowings - mBefore.narrowings;
-  mStatistics.propagations = mNetwork.GetStatistics().filters - mBefore.filters;
-  mStatistics.seconds = GetSeconds();
-}
-
-// --- SearchRun --------------------------------------------------------------------------------
-
-SearchRun::SearchRun(ZULTaVoNetwork& network, const std::vector<ZULTaVoAny*>& declared,
-                     const ZULTavSearch::Options& options,
+SearchRun::SearchRun(CompiledSearch& compiled, const ZULTavSearch::Options& options,
                      const ZULTavSearch::SolutionCallback& report, ZULTavFrontier& frontier,
-                     NetworkUse& use, std::atomic<bool>& interrupt)
-    : mNetwork(network),
+                     std::atomic<bool>& interrupt)
+    : mCompiled(compiled),
+      mEngine(compiled.GetEngine()),
+      mSpace(compiled.GetSpace()),
       mOptions(options),
       mReport(report),
       mFrontier(frontier),
       mStatistics(frontier.statistics),
-      mUse(use),
       mInterrupt(interrupt),
       mTimer(options.limits.seconds, interrupt),
       mProgress(kProgressPeriod),
       mSave(options.events.savePeriod),
       mWidthLimit(LimitOf(options)),
-      mReasoner(network, options.reasoning),
-      mTree(network, declared, frontier.path),
-      mPending(frontier.boxes, mTree.GetDeclared(), mWidthLimit),
-      mUnbounded(frontier.unbounded, mTree.GetDeclared(), mWidthLimit),
-      mSolved(frontier.solved, mTree.GetDeclared()),
-      mImages(network, mTree.GetDeclared(), FindSignless(options.reasoning.symmetries),
-              mWidthLimit) {}
+      mRestarts(options.restartAfter != 0 && !mSpace.HasContinuousValues()),
+      mNogoods(frontier.experience.nogoods, mSpace),
+      mReasoner(mEngine, compiled.GetNewton(), mSpace, mNogoods),
+      mTree(mEngine, mSpace, frontier.path),
+      mChooser(mEngine, compiled.GetNewton(), mSpace, options.choice, mWidthLimit,
+               frontier.experience),
+      mPending(frontier.boxes, mSpace, mWidthLimit),
+      mUnbounded(frontier.unbounded, mSpace, mWidthLimit),
+      mSolved(frontier.solved, mSpace),
+      mImages(mEngine, mSpace, compiled.GetNewton().FindSignless(), mWidthLimit),
+      mSolution(mSpace.MakeSolution()) {}
 
 SearchRun::Outcome SearchRun::Execute() {
-  mFrontier.explored = mFrontier.explored || mReasoner.HasEmptyValue();
+  if (!mFrontier.explored && mReasoner.HasEmptyValue()) {
+    mFrontier.explored = true;
+    Count(NodeState::kRefuted);
+  }
   Outcome outcome = mFrontier.explored ? Outcome::kExhausted : Explore();
   if (mFrontier.explored || !mOptions.resumable) outcome = ReportRest(outcome);
   if (!mOptions.resumable) {
     mFrontier.boxes.clear();
     mFrontier.unbounded.clear();
     mFrontier.solved.clear();
+    mFrontier.experience = {};
     mFrontier.explored = false;
   }
   return outcome;
 }
 
 SearchRun::Outcome SearchRun::Explore() {
+  mImages.Restrict(mEngine, mSpace);
+  mEngine.Push();  // what Restart goes back to
   if (const End end = Replay()) return *end;
   for (;;) {
     if (const End end = CheckLimits()) return *end;
@@ -108,33 +91,34 @@ SearchRun::Outcome SearchRun::Explore() {
       const bool all = !end || (*end == Outcome::kSolutionLimit && isLast);
       return all ? Outcome::kExhausted : *end;
     }
+    mIsEmpty = false;
     if (end) return *end;
+    if (IsTimeToRestart()) Restart();
   }
 }
 
 /// Goes down the frontier's path. What lies beside it is either open or explored already.
 SearchRun::End SearchRun::Replay() {
   while (const SearchTree::Decision* ahead = mTree.GetAhead()) {
-    NodeState state = mReasoner.ReachFixpoint(false);
-    if (IsOpen(state) && mTree.IsHidden(ahead->variable)) state = mReasoner.Settle();
+    NodeState state = mIsEmpty ? NodeState::kRefuted : mReasoner.ReachFixpoint(false);
+    if (IsOpen(state) && mSpace.IsHidden(ahead->first.variable)) state = mReasoner.Settle();
     if (const End end = EndAfter(state)) return end;
     if (state == NodeState::kRefuted) {
-      mNetwork.ScheduleAll();  // so that the visit to come refutes the node once more
+      mIsEmpty = true;
       mTree.EndHere();
       break;
     }
-    if (ahead->variable >= mTree.GetVariables().size()) return Outcome::kBadModel;
-    if (mTree.IsHidden(ahead->variable)) KeepCandidate();
-    mTree.Replay();
+    if (mSpace.IsHidden(ahead->first.variable)) KeepCandidate();
+    mIsEmpty = !mTree.Replay();
   }
   return {};
 }
 
 SearchRun::End SearchRun::CheckLimits() {
   if (mStatistics.nodes >= mOptions.limits.nodes) return Outcome::kNodeLimit;
-  if (mUse.GetSeconds() >= mOptions.limits.seconds) return Outcome::kTimeLimit;
+  if (mCompiled.GetSeconds() >= mOptions.limits.seconds) return Outcome::kTimeLimit;
   if (mOptions.events.progress && mProgress.IsDue(Clock::now())) {
-    mUse.UpdateStatistics();
+    mCompiled.UpdateStatistics();
     mOptions.events.progress(mStatistics);
     mProgress.Restart();
   }
@@ -144,7 +128,7 @@ SearchRun::End SearchRun::CheckLimits() {
 
 void SearchRun::SaveIfDue() {
   if (!mOptions.events.save || !mSave.IsDue(Clock::now())) return;
-  mUse.UpdateStatistics();
+  mCompiled.UpdateStatistics();
   mOptions.events.save();
   mSave.Restart();
 }
@@ -156,35 +140,40 @@ SearchRun::End SearchRun::EndAfter(NodeState state) const {
 }
 
 NodeState SearchRun::VisitNode() {
+  if (mIsEmpty) return NodeState::kRefuted;
   if (const NodeState state = mReasoner.ReachFixpoint(false); !IsOpen(state)) return state;
-  if (mSolved.HoldPresentValues()) return NodeState::kRefuted;
+  if (mSolved.HoldPresentValues(mEngine)) return NodeState::kRefuted;
   if (!mTree.InHidden()) {
-    const std::uint32_t variable = mTree.ChooseDeclared(mOptions.choice, mWidthLimit);
-    if (variable != SearchTree::kNone) {
-      mTree.Branch(variable, mOptions.selection);
+    const std::uint32_t variable = mChooser.ChooseDeclared(mTree);
+    if (variable != VariableChooser::kNone) {
+      Branch(variable);
       return NodeState::kBranched;
     }
   }
 
   const NodeState state = mReasoner.Settle();
   if (!IsOpen(state)) return state;
-  const std::uint32_t hidden = mTree.ChooseHidden(mWidthLimit);
+  const std::uint32_t hidden = mChooser.ChooseHidden(mTree);
   if (!mTree.InHidden()) mFrontier.hiddenNodes = 0;
   KeepCandidate();
-  if (hidden != SearchTree::kNone && mFrontier.hiddenNodes < mOptions.hiddenNodes) {
-    mTree.Branch(hidden, mOptions.selection);
+  if (hidden != VariableChooser::kNone && mFrontier.hiddenNodes < mOptions.hiddenNodes) {
+    Branch(hidden);
     ++mFrontier.hiddenNodes;
     return NodeState::kBranched;
   }
   return Conclude(state);
 }
 
+void SearchRun::Branch(std::uint32_t variable) {
+  mIsEmpty = !mTree.Branch(mSpace.Split(mEngine, variable, mOptions.selection));
+}
+
 /// The candidate, or the solution in it, becomes a box of the frontier, unless there is none, or
 /// only one that was found before.
 NodeState SearchRun::Conclude(NodeState state) {
-  using Finding = ZULTavProver::Finding;
-  ZULTavSolution box, region;
-  const Finding finding = mReasoner.Prove(state, mTree, box, region);
+  using Finding = NodeReasoner::Finding;
+  ZULTavBox box, region;
+  const Finding finding = mReasoner.Prove(state, box, region);
   if (finding == Finding::kNoSolution) return NodeState::kRefuted;
   // The candidate may hold other solutions for other hidden values.
   const bool isOnly = finding == Finding::kOnlySolution && !mTree.InHidden();
@@ -192,18 +181,17 @@ NodeState SearchRun::Conclude(NodeState state) {
   const bool isProven =
       isOnly || (finding != Finding::kNothing && mTree.KeepsToPath(box, mCandidate));
   if (isOnly) mCandidate = std::move(box);
-  mCandidate.SetProven(isProven);
+  mCandidate.isProven = isProven;
   const bool comesLast = !isProven && IsUnbounded(mCandidate);
-  (comesLast ? mUnbounded : mPending).Add(std::exchange(mCandidate, ZULTavSolution()));
+  (comesLast ? mUnbounded : mPending).Add(std::exchange(mCandidate, ZULTavBox()));
   if (isOnly) mSolved.Add(std::move(region));
   mTree.LeaveHidden();
   return NodeState::kFound;
 }
 
-bool SearchRun::IsUnbounded(const ZULTavSolution& box) const {
-  const auto declared = mTree.GetDeclared();
-  for (std::size_t i = 0; i < declared.size(); ++i)
-    if (declared[i].IsUnbounded(box.GetValue(i))) return true;
+bool SearchRun::IsUnbounded(const ZULTavBox& box) const {
+  for (std::uint32_t i = 0; i < box.ranges.size(); ++i)
+    if (mSpace[i].kind == Kind::kReal && !box.ranges[i].GetReals().IsBounded()) return true;
   return false;
 }
 
@@ -215,13 +203,35 @@ void SearchRun::ReleaseUnbounded(std::size_t kept) {
 
 /// Splits of hidden variables narrow the declared ones, so the assignment is taken before them.
 void SearchRun::KeepCandidate() {
-  if (!mTree.InHidden()) mCandidate = ZULTavSolution(mTree.GetDeclared());
+  if (!mTree.InHidden()) mCandidate = mSpace.Capture(mEngine);
 }
 
 void SearchRun::Count(NodeState state) {
   ++mStatistics.nodes;
-  if (state == NodeState::kRefuted) ++mStatistics.fails;
   mStatistics.peakDepth = std::max<std::uint64_t>(mStatistics.peakDepth, mTree.GetDepth());
+  if (state != NodeState::kRefuted) return;
+  ++mStatistics.fails;
+  ++mFrontier.experience.fails;
+  mChooser.Learn(mReasoner.GetFailed(), mTree.GetLast());
+}
+
+bool SearchRun::IsTimeToRestart() const {
+  const ZULTavFrontier::Experience& experience = mFrontier.experience;
+  return mRestarts && !mTree.InHidden() &&
+         experience.fails >= PatienceAfter(experience.restarts, mOptions.restartAfter);
+}
+
+/// Begins anew, with what was learnt, and without what was explored. As a run that goes on begins:
+/// nothing is left of the way here.
+void SearchRun::Restart() {
+  mNogoods.Learn(mFrontier.path);
+  mTree.LeaveAll();
+  mEngine.Pop();
+  mEngine.Push();
+  mEngine.ScheduleAll();
+  mFrontier.experience.fails = 0;
+  ++mFrontier.experience.restarts;
+  ++mStatistics.restarts;
 }
 
 /// Reports what no later box can touch, or everything once enough was found.
@@ -230,10 +240,8 @@ SearchRun::End SearchRun::ReportFinal() {
   // What is kept for a run that goes on need not be cut short.
   const bool enough = !mOptions.resumable &&
                       mStatistics.solutions + mPending.GetSize() >= mOptions.limits.solutions;
-  const auto final = [&](const ZULTavSolution& box) {
-    return enough || !mTree.ReachesOpenHalf(box);
-  };
-  mSolved.DropUnless([&](const ZULTavSolution& box) { return mTree.ReachesOpenHalf(box); });
+  const auto final = [&](const ZULTavBox& box) { return enough || !mTree.ReachesOpenHalf(box); };
+  mSolved.DropUnless([&](const ZULTavBox& box) { return mTree.ReachesOpenHalf(box); });
   while (!HasEnough() && mPending.BringForward(final)) {
     const Reported reported = ReportFirst();
     if (reported == Reported::kRefused) return Outcome::kStopped;
@@ -260,11 +268,12 @@ SearchRun::Outcome SearchRun::ReportRest(Outcome outcome) {
 /// Reports the images of the first box, as many as are asked for; then the box is removed, or the
 /// next image waits in its place. There may be 2^n of them, so time may be up between two.
 SearchRun::Reported SearchRun::ReportFirst() {
-  ZULTavSolution& box = mPending.GetFirst();
+  ZULTavBox& box = mPending.GetFirst();
   mImages.JoinAtZero(box);
   while (!HasEnough()) {
     ++mStatistics.solutions;
-    const bool goOn = mReport(box);
+    mSpace.Fill(box, mSolution);
+    const bool goOn = mReport(mSolution);
     if (!mImages.Next(box)) {
       mPending.RemoveFirst();
       return goOn ? Reported::kGoOn : Reported::kRefused;

@@ -2,52 +2,29 @@
 #define ZULTAV_SEARCH_DETAIL_SEARCH_RUN_H
 
 #include <atomic>
-#include <chrono>
 #include <optional>
 
 #include "framework/search/ZULTavSearch.h"
+#include "framework/search/detail/CompiledSearch.h"
 #include "framework/search/detail/MirrorImages.h"
 #include "framework/search/detail/NodeReasoner.h"
 #include "framework/search/detail/PendingBoxes.h"
 #include "framework/search/detail/SearchTimer.h"
 #include "framework/search/detail/SearchTree.h"
 #include "framework/search/detail/SolvedRegions.h"
+#include "framework/search/detail/VariableChooser.h"
 
 namespace zultav::detail {
-
-/// The network in the hands of one run: its settings hold, it can be interrupted, what it does is
-/// counted, and in the end the levels that were opened are closed.
-class NetworkUse {
- public:
-  NetworkUse(ZULTaVoNetwork& network, const std::atomic<bool>& interrupt,
-             ZULTavSearch::Statistics& statistics);
-  ~NetworkUse();
-  NetworkUse(const NetworkUse&) = delete;
-  NetworkUse& operator=(const NetworkUse&) = delete;
-
-  /// Since the run began.
-  double GetSeconds() const;
-  void UpdateStatistics();
-
- private:
-  ZULTaVoRealScope mSettings;
-  ZULTaVoNetwork& mNetwork;
-  std::size_t mDepth;
-  ZULTaVoNetwork::Statistics mBefore;
-  ZULTavSearch::Statistics& mStatistics;
-  std::chrono::steady_clock::time_point mBegin;
-};
 
 /// One run of a search, from where the frontier is until all is explored or a limit is reached.
 class SearchRun {
  public:
   using Outcome = ZULTavSearch::Outcome;
 
-  /// Narrows values of the network, to be restored by whoever `use` belongs to. Throws
-  /// std::bad_alloc, as does Execute, when memory ran out.
-  SearchRun(ZULTaVoNetwork& network, const std::vector<ZULTaVoAny*>& declared,
-            const ZULTavSearch::Options& options, const ZULTavSearch::SolutionCallback& report,
-            ZULTavFrontier& frontier, NetworkUse& use, std::atomic<bool>& interrupt);
+  /// Throws std::bad_alloc, as does Execute, when memory ran out.
+  SearchRun(CompiledSearch& compiled, const ZULTavSearch::Options& options,
+            const ZULTavSearch::SolutionCallback& report, ZULTavFrontier& frontier,
+            std::atomic<bool>& interrupt);
 
   Outcome Execute();
 
@@ -63,33 +40,42 @@ class SearchRun {
   NodeState VisitNode();
   NodeState Conclude(NodeState state);
   void KeepCandidate();
+  void Branch(std::uint32_t variable);
   void Count(NodeState state);
+  bool IsTimeToRestart() const;
+  void Restart();
   End ReportFinal();
   Outcome ReportRest(Outcome outcome);
   Reported ReportFirst();
-  bool IsUnbounded(const ZULTavSolution& box) const;
+  bool IsUnbounded(const ZULTavBox& box) const;
   void ReleaseUnbounded(std::size_t kept);
 
   bool HasEnough() const { return mStatistics.solutions >= mOptions.limits.solutions; }
   Outcome WhyInterrupted() const { return mTimer.IsUp() ? Outcome::kTimeLimit : Outcome::kStopped; }
   End EndAfter(NodeState state) const;
 
-  ZULTaVoNetwork& mNetwork;
+  CompiledSearch& mCompiled;
+  Engine& mEngine;
+  const SearchSpace& mSpace;
   const ZULTavSearch::Options& mOptions;
   const ZULTavSearch::SolutionCallback& mReport;
   ZULTavFrontier& mFrontier;
   ZULTavSearch::Statistics& mStatistics;  // of the frontier
-  NetworkUse& mUse;
   const std::atomic<bool>& mInterrupt;
   SearchTimer mTimer;
   Period mProgress, mSave;
   WidthLimit mWidthLimit;
+  bool mRestarts;
+  Nogoods mNogoods;
   NodeReasoner mReasoner;
   SearchTree mTree;
+  VariableChooser mChooser;
   PendingBoxes mPending, mUnbounded;
   SolvedRegions mSolved;
   MirrorImages mImages;
-  ZULTavSolution mCandidate;  // the declared values before hidden ones are split
+  bool mIsEmpty = false;     // the half that was entered last holds nothing
+  ZULTavBox mCandidate;      // the declared values before hidden ones are split
+  ZULTavSolution mSolution;  // the one that is being reported
 };
 
 }  // namespace zultav::detail

@@ -1,11 +1,11 @@
 #ifndef ZULTAV_SEARCH_DETAIL_SOLVED_REGIONS_H
 #define ZULTAV_SEARCH_DETAIL_SOLVED_REGIONS_H
 
+#include <algorithm>
 #include <deque>
-#include <span>
+#include <utility>
 
-#include "framework/search/ZULTavSolution.h"
-#include "framework/search/detail/SearchVariable.h"
+#include "framework/search/detail/SearchSpace.h"
 
 namespace zultav::detail {
 
@@ -17,25 +17,39 @@ class SolvedRegions {
   /// Regions kept at most: each node is compared with all of them.
   static constexpr std::size_t kCapacity = 512;
 
-  SolvedRegions(std::deque<ZULTavSolution>& regions, std::span<const SearchVariable> declared)
-      : mRegions(regions), mDeclared(declared) {}
+  SolvedRegions(std::deque<ZULTavBox>& regions, const SearchSpace& space)
+      : mRegions(regions), mSpace(space) {}
 
-  void Add(ZULTavSolution region);
+  void Add(ZULTavBox region) {
+    if (mRegions.size() == kCapacity) mRegions.pop_front();
+    mRegions.push_back(std::move(region));
+  }
   /// Whether one of them holds all of the box.
-  bool Hold(const ZULTavSolution& box) const;
+  bool Hold(const ZULTavBox& box) const {
+    return HoldAll([&](std::uint32_t i) { return box.ranges[i]; });
+  }
   /// Whether one of them holds the present values of the variables.
-  bool HoldPresentValues() const;
+  bool HoldPresentValues(const Engine& engine) const {
+    return HoldAll([&](std::uint32_t i) { return mSpace.GetRange(engine, i); });
+  }
   template <class Predicate>
   void DropUnless(Predicate reached) {
-    std::erase_if(mRegions, [&](const ZULTavSolution& region) { return !reached(region); });
+    std::erase_if(mRegions, [&](const ZULTavBox& region) { return !reached(region); });
   }
 
  private:
-  template <class ValueAt>
-  bool HoldAll(ValueAt valueAt) const;
+  template <class RangeAt>
+  bool HoldAll(RangeAt rangeAt) const {
+    return std::any_of(mRegions.begin(), mRegions.end(), [&](const ZULTavBox& region) {
+      std::uint32_t i = 0;
+      while (i < mSpace.GetNumberOfDeclared() && mSpace.IsWithin(i, rangeAt(i), region.ranges[i]))
+        ++i;
+      return i == mSpace.GetNumberOfDeclared();
+    });
+  }
 
-  std::deque<ZULTavSolution>& mRegions;
-  std::span<const SearchVariable> mDeclared;
+  std::deque<ZULTavBox>& mRegions;
+  const SearchSpace& mSpace;
 };
 
 }  // namespace zultav::detail

@@ -1,0 +1,285 @@
+#include "framework/search/detail/SearchSpace.h"
+
+#include <algorithm>
+#include <cfloat>
+#include <cmath>
+#include <numeric>
+
+#include "framework/base/ZULipstream.h"
+#include "framework/solver/SingleValue.h"
+
+namespace zultav::detail {
+
+namespace {
+
+// Solutions further out than this are looked for last, unless the search is told where to begin:
+// doubles are so far apart there that few of them can be told from their neighbours, or proven.
+constexpr double kFar = 1e8;
+
+/// Where a range that does not go below 0 is split: far out by its orders of magnitude, of which
+/// doubles have so many that halving the width would never come to the near ones.
+double SplitPositive(double lower, double upper) {
+  if (upper <= kFar || upper <= 4 * lower) return lower + (upper - lower) * 0.5;
+  if (lower < 1) return 1;
+  if (lower < kFar) return kFar;
+  return std::sqrt(lower) * std::sqrt(std::min(upper, DBL_MAX));
+}
+
+double SplitPoint(const RealRange& x) {
+  if (x.GetMagnitude() <= kFar) return (x.lower + x.upper) * 0.5;
+  if (x.lower < 0 && x.upper > 0) return 0;
+  return x.lower >= 0 ? SplitPositive(x.lower, x.upper) : -SplitPositive(-x.upper, -x.lower);
+}
+
+/// The same of integers without bounds.
+std::int64_t SplitPoint(const IntegerRange& x) {
+  if (x.lower != IntegerRange::kMin && x.upper != IntegerRange::kMax)
+    return x.lower +
+           static_cast<std::int64_t>(
+               (static_cast<std::uint64_t>(x.upper) - static_cast<std::uint64_t>(x.lower)) / 2);
+  constexpr std::int64_t kLargest = IntegerRange::kMax / 4;
+  if (x.lower != IntegerRange::kMin)
+    return x.lower < 0 ? 0 : x.lower < kLargest ? 2 * x.lower + 1 : std::midpoint(x.lower, x.upper);
+  if (x.upper != IntegerRange::kMax)
+    return x.upper > 0           ? 0
+           : x.upper > -kLargest ? 2 * x.upper - 2
+                                 : std::midpoint(x.upper, x.lower);
+  return 0;
+}
+
+bool IsUpperFirst(const RealRange& x, ZULTaVoAny::ValueSelection selection) {
+  const bool down = std::isinf(x.lower), up = std::isinf(x.upper);
+  const bool isFar = selection == ZULTaVoAny::kLowerHalf && x.GetMagnitude() > kFar;
+  if ((isFar && -x.lower != x.upper) || down != up) return -x.lower > x.upper;
+  return selection == ZULTaVoAny::kUpperHalf || selection == ZULTaVoAny::kGreatestValue;
+}
+
+RealRange RealsOf(Kind kind, const Range& range) {
+  if (kind == Kind::kReal) return range.GetReals();
+  return {static_cast<double>(range.lower), static_cast<double>(range.upper)};
+}
+
+/// Gives the object a range; what its type cannot hold becomes a bound of the type, or Any.
+template <class Object, class Number>
+void PutRange(Object& object, Number lower, Number upper) {
+  if (lower == upper) {
+    object.SetExactValue(lower);
+    return;
+  }
+  object.SetAny();
+  if (object.GetCardinality() == kSingleAny) return;
+  if (lower > object.GetLowerBound()) object.SetLowerBound(lower);
+  if (upper < object.GetUpperBound()) object.SetUpperBound(upper);
+}
+
+long ToLong(std::int64_t value) {
+  return static_cast<long>(std::clamp<std::int64_t>(value, std::numeric_limits<long>::min(),
+                                                    std::numeric_limits<long>::max()));
+}
+
+void Put(ZULTaVoAny& object, Kind kind, const Range& range) {
+  if (object.IsDerivedFrom(ZULTaVoBoolean::sIdent)) {
+    if (range.lower == range.upper)
+      static_cast<ZULTaVoBoolean&>(object).SetExactValue(range.lower != 0);
+    else
+      object.SetAny();
+  } else if (object.IsDerivedFrom(ZULTaVoInteger::sIdent)) {
+    PutRange(static_cast<ZULTaVoInteger&>(object), ToLong(range.lower), ToLong(range.upper));
+  } else {
+    const RealRange reals = RealsOf(kind, range);
+    PutRange(static_cast<ZULTaVoReal&>(object), reals.lower, reals.upper);
+  }
+}
+
+}  // namespace
+
+bool WidthLimit::Holds(const RealRange& range) const {
+  if (!range.IsBounded()) return false;
+  const double width = range.upper - range.lower;
+  return width <= absolute || width <= relative * range.GetMagnitude();
+}
+
+SearchSpace::SearchSpace(const ZULTaVoNetwork& network, const Program& program,
+                         std::span<ZULTaVoAny* const> declared)
+    : mNetwork(network), mObjects(declared.begin(), declared.end()) {
+  std::vector<bool> known(program.GetNumberOfSlots());
+  for (std::size_t i = 0; i < mObjects.size(); ++i) {
+    const Slot slot = program.GetDeclared()[i];
+    const Kind kind = program.GetSlot(slot).kind;
+    mVariables.push_back({slot, kind, program.GetSlot(slot).isSingle});
+    if (kind == Kind::kOpaque) mOpaque.push_back(mObjects[i]);
+    known[slot] = true;
+  }
+  std::vector<SearchVariable> derived;
+  for (Slot slot = 0; slot < program.GetNumberOfSlots(); ++slot) {
+    const engine::SlotInfo& info = program.GetSlot(slot);
+    if (info.isConstant) continue;
+    if (info.kind != Kind::kInteger) mContinuous = true;
+    if (known[slot] || info.kind != Kind::kInteger) continue;
+    if (info.isSearched)
+      mVariables.push_back({slot, info.kind, false});
+    else if (info.isBoolean)
+      derived.push_back({slot, info.kind, false});
+  }
+  mHiddenEnd = static_cast<std::uint32_t>(mVariables.size());
+  // A half of such a boolean may cut a box of reals in two, which nothing would join again.
+  if (!mContinuous) mVariables.insert(mVariables.end(), derived.begin(), derived.end());
+}
+
+// --- Splitting --------------------------------------------------------------------------------
+
+bool SearchSpace::IsOpen(const Engine& engine, std::uint32_t index, const WidthLimit& limit) const {
+  const SearchVariable& variable = mVariables[index];
+  if (variable.isSingle || variable.kind == Kind::kOpaque) return false;
+  if (variable.kind == Kind::kInteger)
+    return engine.GetLower(variable.slot) < engine.GetUpper(variable.slot);
+  const RealRange x = engine.GetReals(variable.slot);
+  if (x.IsScalar() || limit.Holds(x)) return false;
+  const double middle = SplitPoint(x);
+  return x.lower < middle && middle < x.upper;
+}
+
+Half SearchSpace::Split(const Engine& engine, std::uint32_t variable,
+                        ZULTaVoAny::ValueSelection selection) const {
+  const Slot slot = mVariables[variable].slot;
+  if (mVariables[variable].kind == Kind::kReal) {
+    const RealRange x = engine.GetReals(slot);
+    return {variable, IsUpperFirst(x, selection), std::bit_cast<std::int64_t>(SplitPoint(x))};
+  }
+  const IntegerRange x = engine.GetIntegers(slot);
+  switch (selection) {
+    case ZULTaVoAny::kLeastValue:
+      if (x.lower != IntegerRange::kMin) return {variable, false, x.lower};
+      break;
+    case ZULTaVoAny::kGreatestValue:
+      if (x.upper != IntegerRange::kMax) return {variable, true, x.upper};
+      break;
+    case ZULTaVoAny::kUpperHalf:
+      return {variable, true, SplitPoint(x) + 1};
+    case ZULTaVoAny::kLowerHalf:
+      break;
+  }
+  return {variable, false, SplitPoint(x)};
+}
+
+Half SearchSpace::OppositeOf(const Half& half) const {
+  const std::int64_t step = mVariables[half.variable].IsDiscrete() ? 1 : 0;
+  return {half.variable, !half.isUpper, half.isUpper ? half.bound - step : half.bound + step};
+}
+
+bool SearchSpace::Enter(Engine& engine, const Half& half) const {
+  const auto& [slot, kind, isSingle] = mVariables[half.variable];
+  if (kind == Kind::kInteger)
+    return half.isUpper ? engine.SetLower(slot, half.bound) : engine.SetUpper(slot, half.bound);
+  const auto bound = std::bit_cast<double>(half.bound);
+  return engine.NarrowAndTell(
+      slot, half.isUpper ? RealRange(bound, HUGE_VAL) : RealRange(-HUGE_VAL, bound));
+}
+
+bool SearchSpace::Holds(const Engine& engine, const Half& half) const {
+  const Slot slot = mVariables[half.variable].slot;
+  return half.isUpper ? engine.GetLower(slot) >= half.bound : engine.GetUpper(slot) <= half.bound;
+}
+
+bool SearchSpace::Fails(const Engine& engine, const Half& half) const {
+  const Slot slot = mVariables[half.variable].slot;
+  return half.isUpper ? engine.GetUpper(slot) < half.bound : engine.GetLower(slot) > half.bound;
+}
+
+double SearchSpace::GetWidth(const Engine& engine, std::uint32_t variable) const {
+  const RealRange x = engine.GetReals(mVariables[variable].slot);
+  return x.upper - x.lower;
+}
+
+// --- Values -----------------------------------------------------------------------------------
+
+Range SearchSpace::GetRange(const Engine& engine, std::uint32_t index) const {
+  const SearchVariable& variable = mVariables[index];
+  if (variable.kind == Kind::kInteger) return engine.GetIntegers(variable.slot);
+  if (variable.kind == Kind::kReal) return engine.GetReals(variable.slot);
+  return {};
+}
+
+ZULTavBox SearchSpace::Capture(const Engine& engine) const {
+  ZULTavBox box;
+  box.ranges.reserve(mObjects.size());
+  for (std::uint32_t i = 0; i < mObjects.size(); ++i) box.ranges.push_back(GetRange(engine, i));
+  if (!mOpaque.empty()) box.opaque = ZULTavSolution(mNetwork, mOpaque);
+  return box;
+}
+
+void SearchSpace::Fill(const ZULTavBox& box, ZULTavSolution& solution) const {
+  for (std::size_t i = 0, opaque = 0; i < mObjects.size(); ++i) {
+    ZULTaVoAny& value = solution.GetValue(i);
+    if (mVariables[i].kind == Kind::kOpaque)
+      value.Assign(box.opaque.GetValue(opaque++));
+    else
+      Put(value, mVariables[i].kind, box.ranges[i]);
+  }
+  solution.SetProven(box.isProven);
+}
+
+bool SearchSpace::Read(ZULipstream& in, ZULTavBox& box) const {
+  std::uint64_t proven = 0;
+  in.ReadUnsigned(proven, 1);
+  box.isProven = proven != 0;
+  box.ranges.clear();
+  for (const SearchVariable& variable : GetDeclared()) {
+    std::uint64_t lower = 0, upper = 0;
+    in.ReadUnsigned(lower);
+    in.ReadUnsigned(upper);
+    Range range;
+    range.lower = static_cast<std::int64_t>(lower);
+    range.upper = static_cast<std::int64_t>(upper);
+    const bool isEmpty =
+        variable.kind == Kind::kReal ? range.GetReals().IsEmpty() : range.GetIntegers().IsEmpty();
+    if (isEmpty) in.Fail("a box is empty");
+    box.ranges.push_back(range);
+  }
+  if (mOpaque.empty()) return in.Good();
+  box.opaque = ZULTavSolution(mNetwork, mOpaque);
+  return box.opaque.Read(in);
+}
+
+bool SearchSpace::Read(ZULipstream& in, Half& half) const {
+  std::uint64_t variable = 0, isUpper = 0, bits = 0;
+  in.ReadUnsigned(variable, mVariables.size() - 1);
+  in.ReadUnsigned(isUpper, 1);
+  in.ReadUnsigned(bits);
+  if (!in.Good()) return false;
+  half = {static_cast<std::uint32_t>(variable), isUpper != 0, static_cast<std::int64_t>(bits)};
+  const Kind kind = mVariables[half.variable].kind;
+  const bool isBound = kind == Kind::kReal
+                           ? !std::isnan(std::bit_cast<double>(half.bound))
+                           : half.bound != IntegerRange::kMin && half.bound != IntegerRange::kMax;
+  if (kind == Kind::kOpaque || !isBound) in.Fail("a variable cannot be split like that");
+  return in.Good();
+}
+
+bool SearchSpace::IsWithin(std::uint32_t variable, const Range& inner, const Range& outer) const {
+  switch (mVariables[variable].kind) {
+    case Kind::kReal: {
+      const RealRange x = inner.GetReals(), y = outer.GetReals();
+      return y.lower <= x.lower && x.upper <= y.upper;
+    }
+    case Kind::kInteger:
+      return inner.lower == outer.lower && inner.upper == outer.upper;
+    case Kind::kOpaque:
+      break;
+  }
+  return false;
+}
+
+bool SearchSpace::IsWithin(const ZULTavBox& inner, const ZULTavBox& outer) const {
+  for (std::uint32_t i = 0; i < mObjects.size(); ++i)
+    if (!IsWithin(i, inner.ranges[i], outer.ranges[i])) return false;
+  return true;
+}
+
+bool SearchSpace::Meet(std::uint32_t variable, const Range& a, const Range& b) const {
+  if (mVariables[variable].kind != Kind::kReal) return a.lower <= b.upper && b.lower <= a.upper;
+  const RealRange x = a.GetReals(), y = b.GetReals();
+  return x.lower <= y.upper && y.lower <= x.upper;
+}
+
+}  // namespace zultav::detail

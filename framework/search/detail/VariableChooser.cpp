@@ -1,0 +1,141 @@
+#include "framework/search/detail/VariableChooser.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace zultav::detail {
+
+using Choice = ZULTavSearch::VariableChoice;
+
+VariableChooser::VariableChooser(const Engine& engine, engine::Newton& newton,
+                                 const SearchSpace& space, Choice choice, const WidthLimit& limit,
+                                 ZULTavFrontier::Experience& experience)
+    : mEngine(engine),
+      mNewton(newton),
+      mSpace(space),
+      mChoice(choice),
+      mLimit(limit),
+      mExperience(experience),
+      mVariableOf(engine.GetProgram().GetNumberOfSlots(), kNone),
+      mSmears(space.GetNumberOfDeclared()) {
+  const auto variables = space.GetVariables();
+  for (std::size_t i = variables.size(); i-- > 0;)
+    mVariableOf[variables[i].slot] = static_cast<std::uint32_t>(i);
+  if (mExperience.weights.empty()) mExperience.weights.assign(variables.size(), 1);
+}
+
+std::uint32_t VariableChooser::FirstOpen(std::size_t from, std::size_t to) const {
+  for (std::size_t i = from; i < to; ++i)
+    if (IsOpen(static_cast<std::uint32_t>(i))) return static_cast<std::uint32_t>(i);
+  return kNone;
+}
+
+std::uint32_t VariableChooser::ChooseDeclared(const SearchTree& tree) const {
+  const ZULTavFrontier::Decision* last = tree.GetLast();
+  switch (mChoice) {
+    case Choice::kAdaptive:
+      return ChooseAdaptively();
+    case Choice::kByKind:
+      return ChooseByKind(tree);
+    case Choice::kRoundRobin:
+      return ChooseInTurn(tree);
+    case Choice::kFirst:
+      // Nothing before the variable split last was open then, so nothing before it is open now.
+      return FirstOpen(last == nullptr ? 0 : last->first.variable, mSpace.GetNumberOfDeclared());
+    case Choice::kLargest:
+      return FindBest([](double width, double best) { return width > best; });
+    case Choice::kSmallest:
+      return FindBest([](double width, double best) { return width < best; });
+  }
+  return kNone;
+}
+
+/// The open variable of the best width; the first of equals.
+template <class Better>
+std::uint32_t VariableChooser::FindBest(Better better) const {
+  std::uint32_t best = kNone;
+  double bestWidth = 0;
+  for (std::uint32_t i = 0; i < mSpace.GetNumberOfDeclared(); ++i) {
+    if (!IsOpen(i)) continue;
+    const double width = mSpace.GetWidth(mEngine, i);
+    if (best != kNone && !better(width, bestWidth)) continue;
+    best = i;
+    bestWidth = width;
+  }
+  return best;
+}
+
+std::uint32_t VariableChooser::ChooseInTurn(const SearchTree& tree) const {
+  const std::uint32_t count = mSpace.GetNumberOfDeclared();
+  const ZULTavFrontier::Decision* last = tree.GetLast();
+  const std::uint32_t next = last == nullptr ? 0 : std::min(last->first.variable + 1, count);
+  const std::uint32_t found = FirstOpen(next, count);
+  return found != kNone ? found : FirstOpen(0, next);
+}
+
+/// A real is rarely decided by narrowing it alone, so that reals take turns; integers come first,
+/// for they decide which constraints hold.
+std::uint32_t VariableChooser::ChooseByKind(const SearchTree& tree) const {
+  const std::uint32_t count = mSpace.GetNumberOfDeclared();
+  const auto first = [&](bool discrete, std::uint32_t from, std::uint32_t to) {
+    while (from < to && !(mSpace[from].IsDiscrete() == discrete && IsOpen(from))) ++from;
+    return from < to ? from : kNone;
+  };
+  // Once a real was split no integer was open, and before an integer no other one.
+  const ZULTavFrontier::Decision* decision = tree.GetLast();
+  const std::uint32_t last = decision == nullptr ? 0 : decision->first.variable;
+  const bool takesTurns = decision != nullptr && !mSpace[last].IsDiscrete();
+  const std::uint32_t discrete = takesTurns ? kNone : first(true, last, count);
+  if (discrete != kNone) return discrete;
+  const std::uint32_t next = takesTurns ? last + 1 : 0;
+  const std::uint32_t real = first(false, next, count);
+  return real != kNone ? real : first(false, 0, next);
+}
+
+std::uint32_t VariableChooser::ChooseAdaptively() const {
+  const std::uint32_t discrete = ChooseDiscrete();
+  return discrete != kNone ? discrete : ChooseReal();
+}
+
+/// The variable whose split failed last, while it is open: the cause is likely to be near. Else
+/// that of the fewest values for its weight.
+std::uint32_t VariableChooser::ChooseDiscrete() const {
+  const std::uint32_t last = mExperience.lastConflict;
+  std::uint32_t best = kNone;
+  double bestScore = HUGE_VAL;
+  bool undecided = false;
+  for (std::uint32_t i = 0; i < mSpace.GetVariables().size(); ++i) {
+    if (!mSpace[i].IsDiscrete() || mSpace.IsHidden(i) || !IsOpen(i)) continue;
+    undecided = undecided || !mSpace.IsDerived(i);
+    if (i == last) {
+      best = i;
+      bestScore = -1;
+      continue;
+    }
+    const double score = static_cast<double>(mEngine.GetSize(mSpace[i].slot)) /
+                         static_cast<double>(mExperience.weights[i]);
+    if (score >= bestScore) continue;
+    best = i;
+    bestScore = score;
+  }
+  return undecided ? best : kNone;
+}
+
+std::uint32_t VariableChooser::ChooseReal() const {
+  return FindBest([](double width, double best) { return width > best; });
+}
+
+std::uint32_t VariableChooser::ChooseHidden(const SearchTree& tree) const {
+  return FirstOpen(tree.InHidden() ? tree.GetLast()->first.variable : mSpace.GetNumberOfDeclared(),
+                   mSpace.GetHiddenEnd());
+}
+
+void VariableChooser::Learn(std::uint32_t rule, const ZULTavFrontier::Decision* last) {
+  if (last != nullptr) mExperience.lastConflict = last->first.variable;
+  if (rule == engine::kNone) return;
+  const Program& program = mEngine.GetProgram();
+  for (const Slot slot : program.GetArguments(program.GetRules()[rule]))
+    if (mVariableOf[slot] != kNone) ++mExperience.weights[mVariableOf[slot]];
+}
+
+}  // namespace zultav::detail

@@ -1,0 +1,54 @@
+#ifndef ZULTAV_SEARCH_DETAIL_VARIABLE_CHOOSER_H
+#define ZULTAV_SEARCH_DETAIL_VARIABLE_CHOOSER_H
+
+#include <cstdint>
+#include <vector>
+
+#include "framework/engine/reals/Newton.h"
+#include "framework/search/ZULTavSearch.h"
+#include "framework/search/detail/SearchTree.h"
+
+namespace zultav::detail {
+
+/// Decides which variable is split next.
+class VariableChooser {
+ public:
+  static constexpr std::uint32_t kNone = ZULTavFrontier::Experience::kNone;
+
+  VariableChooser(const Engine& engine, engine::Newton& newton, const SearchSpace& space,
+                  ZULTavSearch::VariableChoice choice, const WidthLimit& limit,
+                  ZULTavFrontier::Experience& experience);
+
+  /// The declared variable, or the boolean that follows from these, to split at the end of the
+  /// path; kNone where all declared ones are decided.
+  std::uint32_t ChooseDeclared(const SearchTree& tree) const;
+  /// The first undecided hidden variable, or kNone.
+  std::uint32_t ChooseHidden(const SearchTree& tree) const;
+
+  /// A rule has failed below the decision, the last one of the path.
+  void Learn(std::uint32_t rule, const ZULTavFrontier::Decision* last);
+
+ private:
+  bool IsOpen(std::uint32_t variable) const { return mSpace.IsOpen(mEngine, variable, mLimit); }
+  std::uint32_t FirstOpen(std::size_t from, std::size_t to) const;
+  template <class Better>
+  std::uint32_t FindBest(Better better) const;
+  std::uint32_t ChooseByKind(const SearchTree& tree) const;
+  std::uint32_t ChooseInTurn(const SearchTree& tree) const;
+  std::uint32_t ChooseAdaptively() const;
+  std::uint32_t ChooseDiscrete() const;
+  std::uint32_t ChooseReal() const;
+
+  const Engine& mEngine;
+  engine::Newton& mNewton;
+  const SearchSpace& mSpace;
+  ZULTavSearch::VariableChoice mChoice;
+  WidthLimit mLimit;
+  ZULTavFrontier::Experience& mExperience;
+  std::vector<std::uint32_t> mVariableOf;  // of each slot
+  mutable std::vector<double> mSmears;
+};
+
+}  // namespace zultav::detail
+
+#endif
