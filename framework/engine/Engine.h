@@ -1,9 +1,9 @@
 #ifndef ZULTAV_ENGINE_ENGINE_H
 #define ZULTAV_ENGINE_ENGINE_H
 
+#include <array>
 #include <atomic>
 #include <bit>
-#include <cmath>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -15,6 +15,11 @@
 class ZULTaVoNetwork;
 
 namespace zultav::engine {
+
+class AllDifferent;
+class Clauses;
+class Filters;
+class StatementRunner;
 
 /// The state of a search over a program: what every slot may still be, and propagation.
 ///
@@ -65,6 +70,12 @@ class ZULTAV_ENGINE_API Engine {
   RealRange GetReals(Slot x) const;
   /// Exactly one value: equal bounds, none of them infinite; of an opaque slot, as its object says.
   bool IsFixed(Slot x) const;
+  /// The same, of an integer.
+  bool IsFixedInteger(Slot x) const {
+    const std::int64_t lower = GetLower(x);
+    // An end of the scale that is met by both bounds says that the value lies beyond it.
+    return lower == GetUpper(x) && static_cast<std::uint64_t>(lower) - kEndOfScale > 1;
+  }
 
   // --- Narrowing. Each answers false when nothing is left. --------------------------------------
 
@@ -74,7 +85,9 @@ class ZULTAV_ENGINE_API Engine {
     return Contains(x, value) && SetLower(x, value) && SetUpper(x, value);
   }
   /// Where no set of values is kept, only at a bound.
-  bool Remove(Slot x, std::int64_t value);
+  bool Remove(Slot x, std::int64_t value) {
+    return value < GetLower(x) || value > GetUpper(x) || RemoveWithin(x, value);
+  }
   bool Narrow(Slot x, const IntegerRange& range) {
     return SetLower(x, range.lower) && SetUpper(x, range.upper);
   }
@@ -83,18 +96,29 @@ class ZULTAV_ENGINE_API Engine {
   /// The same, and everybody who watches is told, however little it is.
   bool NarrowAndTell(Slot x, const RealRange& range);
 
+  /// The object of an opaque slot was narrowed from outside, after the network's SaveValue: whoever
+  /// watches is told.
+  void TellChanged(Slot x);
+
   // --- Propagation -----------------------------------------------------------------------------
 
   /// Runs what is scheduled to the fixpoint. After a failure nothing is scheduled.
   Status Propagate();
-  /// Schedules every rule that is not retired.
+  /// Everything is scheduled at the beginning. Schedules every rule that is not retired.
   void ScheduleAll();
   void Schedule(std::uint32_t rule);
   /// The rule that has failed last.
   std::uint32_t GetFailed() const { return mFailed; }
-  /// The running rule holds for all that is left, and need not run again before Pop.
+  bool IsRetired(std::uint32_t rule) const { return mWords[mRuleWords + rule] == kRetired; }
+
+  // Of the running rule:
+  /// It holds for all that is left, and need not run again before Pop.
   void Retire();
-  bool IsRetired(std::uint32_t rule) const { return mWords[mRuleWords + rule] != 0; }
+  /// It has stopped before its fixpoint.
+  void RunAgain() { mRunAgain = true; }
+  /// A number from 0 up, 0 at the beginning, that Pop takes back.
+  std::int64_t GetMemory() const { return mWords[mRuleWords + mRunning]; }
+  void SetMemory(std::int64_t memory);
 
   /// Opens a level: Pop brings every slot back to what it was here. Throws std::bad_alloc when
   /// memory ran out.
@@ -126,6 +150,7 @@ class ZULTAV_ENGINE_API Engine {
  private:
   struct Saved {
     std::uint32_t word;
+    std::uint32_t stamp;  // of the word before
     std::int64_t value;
   };
   struct Level {
@@ -133,37 +158,65 @@ class ZULTAV_ENGINE_API Engine {
     bool open;  // the fixpoint was not reached
   };
   struct Queue {
-    std::uint32_t head = kNone, tail = kNone;
+    std::uint32_t head, tail;
   };
+  struct RuleState {
+    std::uint32_t next = kNone;  // behind it in its queue
+    std::uint8_t cost = 0;
+    bool isQueued = false;
+    bool isSmall = false;  // its sums cannot overflow
+  };
+  static constexpr std::int64_t kRetired = -1;
+  static constexpr std::uint64_t kEndOfScale = IntegerRange::kMax;
 
-  void Save(std::size_t word);
+  void Save(std::size_t word) {
+    if (mStamps[word] == mLevels.size()) return;
+    mTrail.push_back({static_cast<std::uint32_t>(word), mStamps[word], mWords[word]});
+    mStamps[word] = static_cast<std::uint32_t>(mLevels.size());
+  }
   void Set(std::size_t word, std::int64_t value) {
     Save(word);
     mWords[word] = value;
   }
   bool RaiseLower(Slot x, std::int64_t bound);
   bool DropUpper(Slot x, std::int64_t bound);
+  bool RemoveWithin(Slot x, std::int64_t value);
   bool NarrowReal(Slot x, const RealRange& range, bool always);
-  bool IsWorthTelling(Slot x, const RealRange& now);
+  bool IsWorthTelling(const RealRange& told, const RealRange& now) const;
   void Tell(Slot x, unsigned int events);
-  bool Run(std::uint32_t rule);
-  bool RunFilter(const Rule& rule);
-  bool TakeNext(std::uint32_t& rule);
+
+  std::size_t FindHoleWord(const SlotInfo& info, std::uint64_t bit) const {
+    return mHoleWords + info.holes + bit / 64;
+  }
+  std::uint64_t GetBit(Slot x, std::int64_t value) const {
+    return static_cast<std::uint64_t>(value) -
+           static_cast<std::uint64_t>(mProgram.GetInitialIntegers(x).lower);
+  }
+  std::int64_t FindAbove(Slot x, const SlotInfo& info, std::int64_t value) const;
+  std::int64_t FindBelow(Slot x, const SlotInfo& info, std::int64_t value) const;
+
+  Status RunScheduled();
+  Status Run(const Rule& rule, RuleState& state);
+  void Enqueue(std::uint32_t rule);
+  std::uint32_t TakeNext();
   void ClearQueues();
-  bool HasScheduled() const;
 
   const Program& mProgram;
   ZULTaVoNetwork* mNetwork;
   std::vector<std::int64_t> mWords;
-  std::vector<std::uint32_t> mStamps;  // of each word: the level in which it was saved
+  std::vector<std::uint32_t> mStamps;  // of each word: the depth at which it was saved
   std::size_t mHoleWords, mRuleWords, mToldWords;
   std::vector<Saved> mTrail;
   std::vector<Level> mLevels;
-  std::vector<std::uint32_t> mNext;  // of each rule: the one behind it in its queue
-  std::vector<std::uint8_t> mQueued;
-  Queue mQueues[kCosts];
-  std::uint32_t mRunning = kNone, mFailed = kNone, mStamp = 1;
-  Status mFilterStatus = Status::kFixpoint;
+  std::vector<RuleState> mRules;
+  std::array<Queue, kCosts> mQueues;
+  std::uint32_t mScheduled = 0;  // a bit for each queue that is not empty
+  bool mRunAgain = false;
+  std::uint32_t mRunning = kNone, mFailed = kNone;
+  std::unique_ptr<Clauses> mClauses;  // null where there are none
+  std::unique_ptr<AllDifferent> mAllDifferent;
+  std::unique_ptr<Filters> mFilters;
+  std::unique_ptr<StatementRunner> mStatements;
   double mFraction = 0.01;
   std::uint64_t mRunLimit = 0;
   const std::atomic<bool>* mInterrupt = nullptr;

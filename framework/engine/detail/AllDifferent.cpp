@@ -1,0 +1,223 @@
+#include "framework/engine/detail/AllDifferent.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace zultav::engine {
+
+namespace {
+
+// Ranges that reach farther are in no Hall interval that could be found.
+constexpr std::int64_t kFar = std::int64_t{1} << 61;
+
+/// Follows the links upward (downward) to where they end.
+std::uint32_t FindTop(const std::vector<std::uint32_t>& links, std::uint32_t at) {
+  while (links[at] > at) at = links[at];
+  return at;
+}
+std::uint32_t FindBottom(const std::vector<std::uint32_t>& links, std::uint32_t at) {
+  while (links[at] < at) at = links[at];
+  return at;
+}
+/// Leads all links on the way from one place to another straight to the end.
+void Compress(std::vector<std::uint32_t>& links, std::uint32_t from, std::uint32_t to,
+              std::uint32_t end) {
+  while (from != to) from = std::exchange(links[from], end);
+}
+
+}  // namespace
+
+AllDifferent::AllDifferent(const Program& program) {
+  std::size_t most = 0;
+  mFirst.resize(program.GetRules().size());
+  for (std::uint32_t i = 0; i < program.GetRules().size(); ++i) {
+    const Rule& rule = program.GetRules()[i];
+    if (rule.code != Code::kAllDifferent) continue;
+    most = std::max<std::size_t>(most, rule.count);
+    if (rule.data != 0) continue;
+    mFirst[i] = static_cast<std::uint32_t>(mOrders.size());
+    const std::span<const Slot> slots = program.GetArguments(rule);
+    mOrders.insert(mOrders.end(), slots.begin(), slots.end());
+  }
+  mMembers.reserve(most);
+  mByLower.reserve(most);
+  mByUpper.reserve(most);
+  for (auto* list : {&mBounds, &mCapacities}) list->reserve(2 * most + 2);
+  for (auto* list : {&mTrees, &mHalls}) list->reserve(2 * most + 2);
+}
+
+std::size_t AllDifferent::GetMemoryUsed() const {
+  return (mFirst.capacity() + mOrders.capacity() + mByLower.capacity() + mByUpper.capacity() +
+          mTrees.capacity() + mHalls.capacity()) *
+             sizeof(std::uint32_t) +
+         mMembers.capacity() * sizeof(Member) +
+         (mBounds.capacity() + mCapacities.capacity()) * sizeof(std::int64_t);
+}
+
+/// Removes the values that are fixed from the slots that are open. A value that no other slot can
+/// have any more is done with.
+bool AllDifferent::RemoveFixed(Engine& engine, const Rule& rule, std::uint32_t index) {
+  Slot* const slots = mOrders.data() + mFirst[index];
+  const auto count = static_cast<std::int64_t>(rule.count);
+  // The order outlives Pop: what stood in front at a level has stayed there ever since.
+  const std::int64_t doneBefore = engine.GetMemory();
+  std::int64_t done = doneBefore;
+  std::uint64_t narrowings = 0;
+  do {
+    narrowings = engine.GetStatistics().narrowings;
+    for (std::int64_t i = done; i < count; ++i) {
+      if (!engine.IsFixedInteger(slots[i])) continue;
+      const std::int64_t value = engine.GetLower(slots[i]);
+      bool isGone = true;
+      for (std::int64_t other = done; other < count; ++other) {
+        if (other == i) continue;
+        if (!engine.Remove(slots[other], value)) return false;
+        // Where no set of values is kept, it stays until it is a bound.
+        isGone = isGone && !engine.Contains(slots[other], value);
+      }
+      if (isGone) std::swap(slots[i], slots[done++]);
+    }
+  } while (engine.GetStatistics().narrowings != narrowings);
+  if (done != doneBefore) engine.SetMemory(done);
+  if (done == count) engine.Retire();
+  return true;
+}
+
+// --- Bounds -------------------------------------------------------------------------------------
+
+/// Bounds consistency by the algorithm of A. López-Ortiz, C.-G. Quimper, J. Tromp and P. van Beek,
+/// "A fast and simple algorithm for bounds consistency of the alldifferent constraint" (IJCAI
+/// 2003): sorting, and steps that union-find makes almost linear.
+bool AllDifferent::NarrowBounds(Engine& engine, const Rule& rule, std::uint32_t) {
+  // A value that is skipped at a bound, because it is a hole, may make another Hall interval.
+  for (bool changed = true; changed;) {
+    changed = false;
+    if (!Gather(engine, rule)) return true;
+    Rank();
+    if (!RaiseLowers(engine, changed) || !DropUppers(engine, changed)) return false;
+  }
+  return true;
+}
+
+/// The ranges that can make up Hall intervals together; false where there can be none.
+bool AllDifferent::Gather(const Engine& engine, const Rule& rule) {
+  mMembers.clear();
+  std::int64_t least = kFar, narrowest = kFar, greatest = -kFar;
+  const std::span<const Slot> slots = engine.GetProgram().GetArguments(rule);
+  for (const Slot x : slots) {
+    const std::int64_t lower = engine.GetLower(x), upper = engine.GetUpper(x);
+    if (lower == upper || lower < -kFar || upper > kFar) continue;
+    least = std::min(least, lower);
+    greatest = std::max(greatest, upper);
+    narrowest = std::min(narrowest, upper - lower);
+  }
+  for (const Slot x : slots) {
+    const std::int64_t lower = engine.GetLower(x), upper = engine.GetUpper(x);
+    if (lower >= least && upper <= greatest) mMembers.push_back({x, lower, upper, 0, 0});
+  }
+  return narrowest < static_cast<std::int64_t>(mMembers.size());
+}
+
+/// Sorts the ranges by their lower and their upper ends, and numbers the different ends.
+void AllDifferent::Rank() {
+  const std::size_t count = mMembers.size();
+  mByLower.resize(count);
+  mByUpper.resize(count);
+  for (std::uint32_t i = 0; i < count; ++i) mByLower[i] = mByUpper[i] = i;
+  std::sort(mByLower.begin(), mByLower.end(), [this](std::uint32_t x, std::uint32_t y) {
+    return mMembers[x].lower < mMembers[y].lower;
+  });
+  std::sort(mByUpper.begin(), mByUpper.end(), [this](std::uint32_t x, std::uint32_t y) {
+    return mMembers[x].upper < mMembers[y].upper;
+  });
+  mBounds.assign(1, mMembers[mByLower[0]].lower - 2);
+  const auto rankOf = [this](std::int64_t bound) {
+    if (mBounds.back() != bound) mBounds.push_back(bound);
+    return static_cast<std::uint32_t>(mBounds.size() - 1);
+  };
+  for (std::size_t i = 0, j = 0; j < count;) {
+    Member& ends = mMembers[mByUpper[j]];
+    if (i < count && mMembers[mByLower[i]].lower <= ends.upper + 1) {
+      Member& begins = mMembers[mByLower[i++]];
+      begins.lowerRank = rankOf(begins.lower);
+    } else {
+      ends.upperRank = rankOf(ends.upper + 1);
+      ++j;
+    }
+  }
+  mBounds.push_back(mBounds.back() + 2);
+}
+
+/// Takes the ranges by their upper ends. A range uses one of the values up to its end; where a
+/// stretch of values is used up, what begins within it must begin behind it.
+bool AllDifferent::RaiseLowers(Engine& engine, bool& changed) {
+  const auto last = static_cast<std::uint32_t>(mBounds.size() - 1);
+  mTrees.resize(mBounds.size());
+  mHalls.resize(mBounds.size());
+  mCapacities.resize(mBounds.size());
+  for (std::uint32_t i = 1; i <= last; ++i) {
+    mTrees[i] = mHalls[i] = i - 1;
+    mCapacities[i] = mBounds[i] - mBounds[i - 1];
+  }
+  mTrees[0] = mHalls[0] = 0;
+  for (const std::uint32_t member : mByUpper) {
+    const Member& range = mMembers[member];
+    const std::uint32_t begin = range.lowerRank, end = range.upperRank;
+    std::uint32_t top = FindTop(mTrees, begin + 1);
+    const std::uint32_t below = mTrees[top];
+    if (--mCapacities[top] == 0) {
+      mTrees[top] = top + 1;
+      top = FindTop(mTrees, top + 1);
+      mTrees[top] = below;
+    }
+    Compress(mTrees, begin + 1, top, top);
+    if (mCapacities[top] < mBounds[top] - mBounds[end]) return false;
+    if (mHalls[begin] > begin) {
+      const std::uint32_t behind = FindTop(mHalls, mHalls[begin]);
+      if (!engine.SetLower(range.slot, mBounds[behind])) return false;
+      changed = true;
+      Compress(mHalls, begin, behind, behind);
+    }
+    if (mCapacities[top] == mBounds[top] - mBounds[end]) {
+      Compress(mHalls, mHalls[end], below - 1, end);
+      mHalls[end] = below - 1;
+    }
+  }
+  return true;
+}
+
+/// The mirror image.
+bool AllDifferent::DropUppers(Engine& engine, bool& changed) {
+  const auto last = static_cast<std::uint32_t>(mBounds.size() - 1);
+  for (std::uint32_t i = 0; i < last; ++i) {
+    mTrees[i] = mHalls[i] = i + 1;
+    mCapacities[i] = mBounds[i + 1] - mBounds[i];
+  }
+  mTrees[last] = mHalls[last] = last;
+  for (auto at = mByLower.rbegin(); at != mByLower.rend(); ++at) {
+    const Member& range = mMembers[*at];
+    const std::uint32_t begin = range.upperRank, end = range.lowerRank;
+    std::uint32_t top = FindBottom(mTrees, begin - 1);
+    const std::uint32_t above = mTrees[top];
+    if (--mCapacities[top] == 0) {
+      mTrees[top] = top - 1;
+      top = FindBottom(mTrees, top - 1);
+      mTrees[top] = above;
+    }
+    Compress(mTrees, begin - 1, top, top);
+    if (mCapacities[top] < mBounds[end] - mBounds[top]) return false;
+    if (mHalls[begin] < begin) {
+      const std::uint32_t behind = FindBottom(mHalls, mHalls[begin]);
+      if (!engine.SetUpper(range.slot, mBounds[behind] - 1)) return false;
+      changed = true;
+      Compress(mHalls, begin, behind, behind);
+    }
+    if (mCapacities[top] == mBounds[end] - mBounds[top]) {
+      Compress(mHalls, mHalls[end], above + 1, end);
+      mHalls[end] = above + 1;
+    }
+  }
+  return true;
+}
+
+}  // namespace zultav::engine

@@ -1,0 +1,49 @@
+#ifndef ZULTAV_ENGINE_DETAIL_ALL_DIFFERENT_H
+#define ZULTAV_ENGINE_DETAIL_ALL_DIFFERENT_H
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "framework/engine/Engine.h"
+
+namespace zultav::engine {
+
+/// Pairwise different integers: each value that is fixed is removed from the others, and where as
+/// many slots lie within an interval as it has values (a Hall interval), the others leave it.
+class AllDifferent {
+ public:
+  explicit AllDifferent(const Program& program);
+  bool Run(Engine& engine, const Rule& rule, std::uint32_t index) {
+    return rule.data == 0 ? RemoveFixed(engine, rule, index) : NarrowBounds(engine, rule, index);
+  }
+  std::size_t GetMemoryUsed() const;
+
+ private:
+  /// A slot's range, and the ranks of its ends among the bounds of all ranges.
+  struct Member {
+    Slot slot;
+    std::int64_t lower, upper;
+    std::uint32_t lowerRank, upperRank;
+  };
+
+  bool RemoveFixed(Engine& engine, const Rule& rule, std::uint32_t index);
+  bool NarrowBounds(Engine& engine, const Rule& rule, std::uint32_t index);
+  bool Gather(const Engine& engine, const Rule& rule);
+  void Rank();
+  bool RaiseLowers(Engine& engine, bool& changed);
+  bool DropUppers(Engine& engine, bool& changed);
+
+  // Of each rule: its slots, those first that were fixed and removed from the others.
+  std::vector<std::uint32_t> mFirst;
+  std::vector<Slot> mOrders;
+  // Work space, for the rule with most slots.
+  std::vector<Member> mMembers;
+  std::vector<std::uint32_t> mByLower, mByUpper;
+  std::vector<std::int64_t> mBounds, mCapacities;
+  std::vector<std::uint32_t> mTrees, mHalls;
+};
+
+}  // namespace zultav::engine
+
+#endif
