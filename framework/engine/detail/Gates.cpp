@@ -20,6 +20,9 @@ Gates::Gates(Draft& draft, std::vector<bool>& isTaken, const std::vector<bool>& 
   ReadFormulas(isTaken);
   ReadComparisons(isTaken);
   Flatten(isNeeded);
+  std::vector<std::vector<Literal>> clauses = std::move(mClauses);
+  mClauses.clear();
+  for (auto& clause : clauses) AddClause(std::move(clause));
   for (const Gate& gate : mGates)
     if (gate.isAlive) Emit(gate);
 }
@@ -41,8 +44,8 @@ void Gates::ReadNegations(std::vector<bool>& isTaken, const std::vector<bool>& i
     if (givesWay) {
       mLiterals[formula.result] = operand;
     } else {
-      AddClause({LiteralOf(formula.result), Not(operand)});
-      AddClause({LiteralOf(formula.result, true), operand});
+      mClauses.push_back({LiteralOf(formula.result), Not(operand)});
+      mClauses.push_back({LiteralOf(formula.result, true), operand});
     }
   }
 }
@@ -84,15 +87,15 @@ void Gates::ReadComparisons(std::vector<bool>& isTaken) {
         if (isReified) {
           AddGate(Not(truth), left, Not(right));
         } else {
-          AddClause({Not(left)});
-          AddClause({right});
+          mClauses.push_back({Not(left)});
+          mClauses.push_back({right});
         }
         break;
       case Relation::kLessOrEqual:
         if (isReified)
           AddGate(truth, Not(left), right);
         else
-          AddClause({Not(left), right});
+          mClauses.push_back({Not(left), right});
         break;
     }
   }
@@ -102,7 +105,7 @@ void Gates::ReadComparisons(std::vector<bool>& isTaken) {
 void Gates::AddEquivalence(const Literal* truth, Literal first, Literal second) {
   const auto add = [&](bool holds, std::vector<Literal> literals) {
     if (truth != nullptr) literals.push_back(holds ? Not(*truth) : *truth);
-    AddClause(std::move(literals));
+    mClauses.push_back(std::move(literals));
   };
   add(true, {Not(first), second});
   add(true, {first, Not(second)});
@@ -117,35 +120,36 @@ void Gates::AddGate(Literal output, Literal first, Literal second) {
   });
 }
 
-/// Inputs that are outputs of gates which serve nothing else are replaced by the inputs of these.
+/// Literals that are outputs of gates which serve nothing else are replaced by the inputs of these.
 void Gates::Flatten(const std::vector<bool>& isNeeded) {
-  std::vector<std::uint32_t> uses(mDraft.slots.size(), 0);
+  std::vector<std::uint32_t> uses(mDraft.slots.size(), 0), outputs(mDraft.slots.size(), 0);
   for (const auto& clause : mClauses)
-    for (const Literal& literal : clause) uses[literal.slot] += 2;
+    for (const Literal& literal : clause) ++uses[literal.slot];
   for (std::uint32_t i = 0; i < mGates.size(); ++i) {
     mGateOf[mGates[i].output.slot] = i;
+    ++outputs[mGates[i].output.slot];
     for (const Literal& input : mGates[i].inputs) ++uses[input.slot];
   }
-  std::vector<std::uint32_t> outputs(mDraft.slots.size(), 0);
-  for (const Gate& gate : mGates) ++outputs[gate.output.slot];
-  for (std::uint32_t i = 0; i < mGates.size(); ++i) {
-    std::vector<Literal> inputs;
-    for (const Literal& input : mGates[i].inputs) {
-      const std::uint32_t other = mGateOf[input.slot];
-      const bool isOwn = other == kNone || other >= i || isNeeded[input.slot] ||
-                         uses[input.slot] != 1 || outputs[input.slot] != 1 ||
-                         !AreSame(mGates[other].output, input);
-      if (isOwn) {
-        inputs.push_back(input);
+  const auto flatten = [&](std::vector<Literal>& literals, std::size_t before) {
+    std::vector<Literal> flat;
+    for (const Literal& literal : literals) {
+      const std::uint32_t gate = mGateOf[literal.slot];
+      const bool givesWay = gate < before && !isNeeded[literal.slot] && uses[literal.slot] == 1 &&
+                            outputs[literal.slot] == 1 && AreSame(mGates[gate].output, literal);
+      if (!givesWay) {
+        flat.push_back(literal);
         continue;
       }
-      mGates[other].isAlive = false;
-      std::vector<Literal>& moved = mGates[other].inputs;
-      if (moved.size() > inputs.size()) std::swap(moved, inputs);
-      inputs.insert(inputs.end(), moved.begin(), moved.end());
+      mGates[gate].isAlive = false;
+      std::vector<Literal>& moved = mGates[gate].inputs;
+      if (moved.size() > flat.size()) std::swap(moved, flat);
+      flat.insert(flat.end(), moved.begin(), moved.end());
     }
-    mGates[i].inputs = std::move(inputs);
-  }
+    literals = std::move(flat);
+  };
+  // Only of gates that come before, so that none becomes part of itself.
+  for (std::size_t i = 0; i < mGates.size(); ++i) flatten(mGates[i].inputs, i);
+  for (auto& clause : mClauses) flatten(clause, mGates.size());
 }
 
 void Gates::Emit(const Gate& gate) {

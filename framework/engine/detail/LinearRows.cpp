@@ -243,7 +243,18 @@ void LinearRows::Normalize(Row& row) {
     const std::int64_t rest = row.constant % common;
     row.constant = row.constant / common - (rest < 0 ? 1 : 0);
   }
-  if (row.terms.size() < 2) Conclude(row);
+  if (row.terms.size() < 2) return Conclude(row);
+  if (row.relation != Relation::kLessOrEqual && row.terms[0].factor < 0) Mirror(row);
+}
+
+/// Both sides with the other sign, where these exist.
+void LinearRows::Mirror(Row& row) {
+  const auto isLeast = [](const Term& term) { return term.factor == IntegerRange::kMin; };
+  if (row.constant == IntegerRange::kMin ||
+      std::any_of(row.terms.begin(), row.terms.end(), isLeast))
+    return;
+  row.constant = -row.constant;
+  for (Term& term : row.terms) term.factor = -term.factor;
 }
 
 /// A row of no or one slot says what the slot, or the truth value, is.

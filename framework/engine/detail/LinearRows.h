@@ -51,6 +51,7 @@ class LinearRows {
   std::int64_t FactorOf(const Row& row, Slot slot) const;
   bool Substitute(Slot slot, std::uint32_t definition, std::uint32_t target, bool keepsDefinition);
   void Normalize(Row& row);
+  static void Mirror(Row& row);
   void Conclude(Row& row);
 
   Draft& mDraft;

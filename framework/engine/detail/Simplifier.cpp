@@ -20,12 +20,14 @@ class Simplifier {
   void Run() {
     for (int pass = 0; pass < kPasses && !mDraft.infeasible; ++pass) {
       mChanged = false;
+      ShareConstants();
       DecideComparisons();
       DecideTruths();
       if (!mChanged) ShareFormulas();
       if (!mChanged) break;
     }
     mDraft.Resolve();
+    DropUnused();
   }
 
  private:
@@ -47,6 +49,20 @@ class Simplifier {
     }
     united = mDraft.Unite(x, y);
     mChanged = mChanged || united;
+  }
+
+  /// Of every known number there is one slot.
+  void ShareConstants() {
+    for (auto& constants : mConstants) constants.clear();
+    for (Slot slot = 0; slot < mDraft.slots.size(); ++slot) {
+      SlotInfo& info = mDraft.slots[slot];
+      if (mDraft.parents[slot] != slot || info.kind != Kind::kInteger || !mDraft.IsFixed(slot))
+        continue;
+      info.isConstant = true;
+      const auto [same, isNew] =
+          mConstants[info.isBoolean].try_emplace(mDraft.integers(slot).lower, slot);
+      if (!isNew) mDraft.Unite(same->second, slot);
+    }
   }
 
   static Comparison Negated(const Comparison& comparison) {
@@ -71,8 +87,32 @@ class Simplifier {
         else if (IsTrue(comparison.truth))
           comparison.truth = kNone;
       }
-      return IsDone(comparison);
+      return IsDone(comparison) || (IsBoolean(comparison.left) && IsBoolean(comparison.right) &&
+                                    comparison.truth == kNone && IsDecided(comparison));
     });
+  }
+
+  /// Of a comparison of truth values that holds and is no equation: whether what is known of one
+  /// decides the other.
+  bool IsDecided(const Comparison& comparison) {
+    const Slot left = comparison.left, right = comparison.right;
+    switch (comparison.relation) {
+      case Relation::kEqual:
+        return false;
+      case Relation::kUnequal:
+        if (IsTrue(left) || IsFalse(left)) return Decide(right, IsFalse(left)), true;
+        if (IsTrue(right) || IsFalse(right)) return Decide(left, IsFalse(right)), true;
+        return false;
+      case Relation::kLess:
+        Decide(left, false);
+        Decide(right, true);
+        return true;
+      case Relation::kLessOrEqual:
+        break;
+    }
+    if (IsTrue(left)) Decide(right, true);
+    if (IsFalse(right)) Decide(left, false);
+    return IsFalse(left) || IsTrue(right);
   }
 
   /// Whether nothing of the comparison is left to say.
@@ -140,6 +180,50 @@ class Simplifier {
     if (isDone) formula.result = kNone;
   }
 
+  // --- Unused results -------------------------------------------------------------------------
+
+  /// From results to operands. A function that is not defined everywhere says something even where
+  /// nobody asks for its result.
+  void DropUnused() {
+    std::vector<std::uint32_t> uses(mDraft.slots.size(), 0);
+    const auto use = [&](Slot slot) {
+      if (slot != kNone) ++uses[slot];
+    };
+    std::for_each(mDraft.declared.begin(), mDraft.declared.end(), use);
+    for (const Group& group : mDraft.groups)
+      std::for_each(group.slots.begin(), group.slots.end(), use);
+    for (const Draft::Hole& hole : mDraft.holes) use(hole.slot);
+    for (const Comparison& comparison : mDraft.comparisons) {
+      use(comparison.left);
+      use(comparison.right);
+      use(comparison.truth);
+    }
+    for (const Formula& formula : mDraft.formulas) {
+      use(formula.result);
+      use(formula.first);
+      use(formula.second);
+    }
+    for (auto formula = mDraft.formulas.rbegin(); formula != mDraft.formulas.rend(); ++formula) {
+      const bool isUnused =
+          uses[formula->result] == 1 && IsUnlimited(formula->result) && IsTotal(*formula);
+      if (!isUnused) continue;
+      --uses[formula->first];
+      --uses[formula->second];
+      formula->result = kNone;
+    }
+    std::erase_if(mDraft.formulas, [](const Formula& formula) { return formula.result == kNone; });
+  }
+
+  bool IsTotal(const Formula& formula) {
+    if (formula.function == Function::kPower) return ExponentOf(formula.second).lower >= 0;
+    return !RowOf(formula.function).isPartial;
+  }
+
+  bool IsUnlimited(Slot x) {
+    return InfoOf(x).kind == Kind::kReal ? mDraft.reals(x) == RealRange()
+                                         : mDraft.integers(x) == IntegerRange();
+  }
+
   // --- Shared results ------------------------------------------------------------------------
 
   struct Key {
@@ -205,7 +289,7 @@ class Simplifier {
     if (first.base != second.base || InfoOf(first.base).isConstant) return;
     const std::int64_t exponent = first.exponent + second.exponent;
     if (exponent > kGreatestPower) return;
-    const auto [place, isNew] = mExponents.try_emplace(exponent, kNone);
+    const auto [place, isNew] = mConstants[0].try_emplace(exponent, kNone);
     if (isNew) place->second = mDraft.AddConstant(exponent);
     formula = {Function::kPower, formula.result, first.base, place->second};
   }
@@ -213,8 +297,8 @@ class Simplifier {
   Draft& mDraft;
   bool mChanged = false;
   std::unordered_map<Key, Slot, Hash> mKnown;
-  std::unordered_map<Slot, Power> mPowers;  // by result
-  std::unordered_map<std::int64_t, Slot> mExponents;
+  std::unordered_map<Slot, Power> mPowers;               // by result
+  std::unordered_map<std::int64_t, Slot> mConstants[2];  // integers, truth values
 };
 
 }  // namespace
