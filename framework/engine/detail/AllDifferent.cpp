@@ -9,6 +9,7 @@ namespace {
 
 // Ranges that reach farther are in no Hall interval that could be found.
 constexpr std::int64_t kFar = std::int64_t{1} << 61;
+constexpr std::size_t kValuesPerMember = 8;  // up to which a table of values is worth its while
 
 /// Follows the links upward (downward) to where they end.
 std::uint32_t FindTop(const std::vector<std::uint32_t>& links, std::uint32_t at) {
@@ -44,11 +45,12 @@ AllDifferent::AllDifferent(const Program& program) {
   mByUpper.reserve(most);
   for (auto* list : {&mBounds, &mCapacities}) list->reserve(2 * most + 2);
   for (auto* list : {&mTrees, &mHalls}) list->reserve(2 * most + 2);
+  mRanks.reserve(kValuesPerMember * most + 2);
 }
 
 std::size_t AllDifferent::GetMemoryUsed() const {
   return (mFirst.capacity() + mOrders.capacity() + mByLower.capacity() + mByUpper.capacity() +
-          mTrees.capacity() + mHalls.capacity()) *
+          mTrees.capacity() + mHalls.capacity() + mRanks.capacity()) *
              sizeof(std::uint32_t) +
          mMembers.capacity() * sizeof(Member) +
          (mBounds.capacity() + mCapacities.capacity()) * sizeof(std::int64_t);
@@ -88,13 +90,13 @@ bool AllDifferent::RemoveFixed(Engine& engine, const Rule& rule, std::uint32_t i
 /// Bounds consistency by the algorithm of A. López-Ortiz, C.-G. Quimper, J. Tromp and P. van Beek,
 /// "A fast and simple algorithm for bounds consistency of the alldifferent constraint" (IJCAI
 /// 2003): sorting, and steps that union-find makes almost linear.
-bool AllDifferent::NarrowBounds(Engine& engine, const Rule& rule, std::uint32_t) {
-  // A value that is skipped at a bound, because it is a hole, may make another Hall interval.
-  for (bool changed = true; changed;) {
-    changed = false;
+bool AllDifferent::NarrowBounds(Engine& engine, const Rule& rule) {
+  // A bound that has skipped a hole may make another Hall interval.
+  for (bool skipped = true; skipped;) {
+    skipped = false;
     if (!Gather(engine, rule)) return true;
     Rank();
-    if (!RaiseLowers(engine, changed) || !DropUppers(engine, changed)) return false;
+    if (!RaiseLowers(engine, skipped) || !DropUppers(engine, skipped)) return false;
   }
   return true;
 }
@@ -102,55 +104,78 @@ bool AllDifferent::NarrowBounds(Engine& engine, const Rule& rule, std::uint32_t)
 /// The ranges that can make up Hall intervals together; false where there can be none.
 bool AllDifferent::Gather(const Engine& engine, const Rule& rule) {
   mMembers.clear();
-  std::int64_t least = kFar, narrowest = kFar, greatest = -kFar;
+  std::int64_t narrowest = kFar;
+  mLeast = kFar;
+  mGreatest = -kFar;
   const std::span<const Slot> slots = engine.GetProgram().GetArguments(rule);
   for (const Slot x : slots) {
     const std::int64_t lower = engine.GetLower(x), upper = engine.GetUpper(x);
     if (lower == upper || lower < -kFar || upper > kFar) continue;
-    least = std::min(least, lower);
-    greatest = std::max(greatest, upper);
+    mLeast = std::min(mLeast, lower);
+    mGreatest = std::max(mGreatest, upper);
     narrowest = std::min(narrowest, upper - lower);
   }
   for (const Slot x : slots) {
     const std::int64_t lower = engine.GetLower(x), upper = engine.GetUpper(x);
-    if (lower >= least && upper <= greatest) mMembers.push_back({x, lower, upper, 0, 0});
+    if (lower >= mLeast && upper <= mGreatest) mMembers.push_back({x, lower, upper, 0, 0});
   }
   return narrowest < static_cast<std::int64_t>(mMembers.size());
 }
 
-/// Sorts the ranges by their lower and their upper ends, and numbers the different ends.
+/// Numbers the different ends of ranges from 1 on, and sorts the ranges by both.
 void AllDifferent::Rank() {
-  const std::size_t count = mMembers.size();
-  mByLower.resize(count);
-  mByUpper.resize(count);
-  for (std::uint32_t i = 0; i < count; ++i) mByLower[i] = mByUpper[i] = i;
-  std::sort(mByLower.begin(), mByLower.end(), [this](std::uint32_t x, std::uint32_t y) {
-    return mMembers[x].lower < mMembers[y].lower;
-  });
-  std::sort(mByUpper.begin(), mByUpper.end(), [this](std::uint32_t x, std::uint32_t y) {
-    return mMembers[x].upper < mMembers[y].upper;
-  });
-  mBounds.assign(1, mMembers[mByLower[0]].lower - 2);
-  const auto rankOf = [this](std::int64_t bound) {
-    if (mBounds.back() != bound) mBounds.push_back(bound);
-    return static_cast<std::uint32_t>(mBounds.size() - 1);
-  };
-  for (std::size_t i = 0, j = 0; j < count;) {
-    Member& ends = mMembers[mByUpper[j]];
-    if (i < count && mMembers[mByLower[i]].lower <= ends.upper + 1) {
-      Member& begins = mMembers[mByLower[i++]];
-      begins.lowerRank = rankOf(begins.lower);
-    } else {
-      ends.upperRank = rankOf(ends.upper + 1);
-      ++j;
+  const auto width = static_cast<std::uint64_t>(mGreatest - mLeast) + 2;
+  mBounds.assign(1, mLeast - 2);
+  if (width <= kValuesPerMember * mMembers.size()) {
+    // Few values: a table of them.
+    mRanks.assign(width, 0);
+    const auto rankOf = [this](std::int64_t bound) -> std::uint32_t& {
+      return mRanks[static_cast<std::size_t>(bound - mLeast)];
+    };
+    for (const Member& range : mMembers) rankOf(range.lower) = rankOf(range.upper + 1) = 1;
+    for (std::size_t i = 0; i < width; ++i) {
+      if (mRanks[i] == 0) continue;
+      mRanks[i] = static_cast<std::uint32_t>(mBounds.size());
+      mBounds.push_back(mLeast + static_cast<std::int64_t>(i));
+    }
+    for (Member& range : mMembers) {
+      range.lowerRank = rankOf(range.lower);
+      range.upperRank = rankOf(range.upper + 1);
+    }
+  } else {
+    for (const Member& range : mMembers) {
+      mBounds.push_back(range.lower);
+      mBounds.push_back(range.upper + 1);
+    }
+    std::sort(mBounds.begin(), mBounds.end());
+    mBounds.erase(std::unique(mBounds.begin(), mBounds.end()), mBounds.end());
+    const auto rankOf = [this](std::int64_t bound) {
+      return static_cast<std::uint32_t>(std::lower_bound(mBounds.begin(), mBounds.end(), bound) -
+                                        mBounds.begin());
+    };
+    for (Member& range : mMembers) {
+      range.lowerRank = rankOf(range.lower);
+      range.upperRank = rankOf(range.upper + 1);
     }
   }
   mBounds.push_back(mBounds.back() + 2);
+  Sort(mByLower, &Member::lowerRank);
+  Sort(mByUpper, &Member::upperRank);
+}
+
+/// Counting sort.
+void AllDifferent::Sort(std::vector<std::uint32_t>& order, std::uint32_t Member::*rank) {
+  mRanks.assign(mBounds.size(), 0);
+  for (const Member& range : mMembers) ++mRanks[range.*rank];
+  std::uint32_t next = 0;
+  for (std::uint32_t& place : mRanks) next += std::exchange(place, next);
+  order.resize(mMembers.size());
+  for (std::uint32_t i = 0; i < mMembers.size(); ++i) order[mRanks[mMembers[i].*rank]++] = i;
 }
 
 /// Takes the ranges by their upper ends. A range uses one of the values up to its end; where a
 /// stretch of values is used up, what begins within it must begin behind it.
-bool AllDifferent::RaiseLowers(Engine& engine, bool& changed) {
+bool AllDifferent::RaiseLowers(Engine& engine, bool& skipped) {
   const auto last = static_cast<std::uint32_t>(mBounds.size() - 1);
   mTrees.resize(mBounds.size());
   mHalls.resize(mBounds.size());
@@ -175,7 +200,7 @@ bool AllDifferent::RaiseLowers(Engine& engine, bool& changed) {
     if (mHalls[begin] > begin) {
       const std::uint32_t behind = FindTop(mHalls, mHalls[begin]);
       if (!engine.SetLower(range.slot, mBounds[behind])) return false;
-      changed = true;
+      skipped = skipped || engine.GetLower(range.slot) != mBounds[behind];
       Compress(mHalls, begin, behind, behind);
     }
     if (mCapacities[top] == mBounds[top] - mBounds[end]) {
@@ -187,7 +212,7 @@ bool AllDifferent::RaiseLowers(Engine& engine, bool& changed) {
 }
 
 /// The mirror image.
-bool AllDifferent::DropUppers(Engine& engine, bool& changed) {
+bool AllDifferent::DropUppers(Engine& engine, bool& skipped) {
   const auto last = static_cast<std::uint32_t>(mBounds.size() - 1);
   for (std::uint32_t i = 0; i < last; ++i) {
     mTrees[i] = mHalls[i] = i + 1;
@@ -209,7 +234,7 @@ bool AllDifferent::DropUppers(Engine& engine, bool& changed) {
     if (mHalls[begin] < begin) {
       const std::uint32_t behind = FindBottom(mHalls, mHalls[begin]);
       if (!engine.SetUpper(range.slot, mBounds[behind] - 1)) return false;
-      changed = true;
+      skipped = skipped || engine.GetUpper(range.slot) != mBounds[behind] - 1;
       Compress(mHalls, begin, behind, behind);
     }
     if (mCapacities[top] == mBounds[end] - mBounds[top]) {

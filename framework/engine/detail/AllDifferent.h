@@ -15,7 +15,7 @@ class AllDifferent {
  public:
   explicit AllDifferent(const Program& program);
   bool Run(Engine& engine, const Rule& rule, std::uint32_t index) {
-    return rule.data == 0 ? RemoveFixed(engine, rule, index) : NarrowBounds(engine, rule, index);
+    return rule.data == 0 ? RemoveFixed(engine, rule, index) : NarrowBounds(engine, rule);
   }
   std::size_t GetMemoryUsed() const;
 
@@ -28,11 +28,12 @@ class AllDifferent {
   };
 
   bool RemoveFixed(Engine& engine, const Rule& rule, std::uint32_t index);
-  bool NarrowBounds(Engine& engine, const Rule& rule, std::uint32_t index);
+  bool NarrowBounds(Engine& engine, const Rule& rule);
   bool Gather(const Engine& engine, const Rule& rule);
   void Rank();
-  bool RaiseLowers(Engine& engine, bool& changed);
-  bool DropUppers(Engine& engine, bool& changed);
+  void Sort(std::vector<std::uint32_t>& order, std::uint32_t Member::*rank);
+  bool RaiseLowers(Engine& engine, bool& skipped);
+  bool DropUppers(Engine& engine, bool& skipped);
 
   // Of each rule: its slots, those first that were fixed and removed from the others.
   std::vector<std::uint32_t> mFirst;
@@ -41,7 +42,8 @@ class AllDifferent {
   std::vector<Member> mMembers;
   std::vector<std::uint32_t> mByLower, mByUpper;
   std::vector<std::int64_t> mBounds, mCapacities;
-  std::vector<std::uint32_t> mTrees, mHalls;
+  std::vector<std::uint32_t> mTrees, mHalls, mRanks;
+  std::int64_t mLeast = 0, mGreatest = 0;  // values of all ranges
 };
 
 }  // namespace zultav::engine

@@ -96,7 +96,7 @@ void ProgramBuilder::AddAllDifferent(std::span<const Slot> x) {
   Rule& values = AddRule(Code::kAllDifferent, kCostOfSum, x);
   values.isIdempotent = true;
   Rule& bounds = AddRule(Code::kAllDifferent, kCostOfBounds, x);
-  bounds.isIdempotent = false;
+  bounds.isIdempotent = !HasDuplicates(x);
   bounds.data = 1;
 }
 
