@@ -73,7 +73,10 @@ SearchRun::Outcome SearchRun::Execute() {
 
 SearchRun::Outcome SearchRun::Explore() {
   mImages.Restrict(mEngine, mSpace);
-  mEngine.Push();  // what Restart goes back to
+  if (mRestarts) {  // there is something to go back to
+    mIsEmpty = mEngine.Propagate() == Engine::Status::kFailed;
+    mEngine.Push();
+  }
   if (const End end = Replay()) return *end;
   for (;;) {
     if (const End end = CheckLimits()) return *end;
@@ -228,7 +231,6 @@ void SearchRun::Restart() {
   mTree.LeaveAll();
   mEngine.Pop();
   mEngine.Push();
-  mEngine.ScheduleAll();
   mFrontier.experience.fails = 0;
   ++mFrontier.experience.restarts;
   ++mStatistics.restarts;
