@@ -99,7 +99,9 @@ std::vector<bool> FindSearchedSlots(const Program& program) {
     known.SetKnown(x);
   }
   for (Slot x = 0; x < isSearched.size(); ++x)
-    if (program.GetSlot(x).isConstant) known.SetKnown(x);
+    if (program.GetSlot(x).isConstant ||
+        (program.GetSlot(x).kind == Kind::kInteger && program.GetInitialIntegers(x).IsScalar()))
+      known.SetKnown(x);
   known.Follow();
   const auto setOthers = [&](Kind kind) {
     for (Slot x = 0; x < isSearched.size(); ++x) {

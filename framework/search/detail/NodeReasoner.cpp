@@ -112,7 +112,7 @@ NodeReasoner::Finding NodeReasoner::Prove(NodeState state, ZULTavBox& box, ZULTa
     }
     return finding;
   }
-  const auto variables = mSpace.GetVariables();
+  const auto variables = mSpace.GetVariables().first(mSpace.GetHiddenEnd());
   const bool settled = state == NodeState::kSettled &&
                        std::all_of(variables.begin(), variables.end(), [&](const auto& variable) {
                          return mEngine.IsFixed(variable.slot);
