@@ -14,7 +14,9 @@ class KnownSlots {
       const Slot slots[] = {formula.result, formula.first, formula.second};
       const bool isLinear =
           formula.function == Function::kSum || formula.function == Function::kNegative;
-      Add(slots, isLinear ? std::size(slots) : 1);
+      // A unary function has the same operand twice.
+      const auto own = std::span(slots).first(RowOf(formula.function).operands == 1 ? 2 : 3);
+      Add(own, isLinear ? own.size() : 1);
     }
     for (const Comparison& comparison : program.GetComparisons()) {
       const Slot slots[] = {comparison.truth, comparison.left, comparison.right};
