@@ -139,8 +139,11 @@ class NetworkReader {
       case Kind::kInteger:
         if (info.isConstant) return mDraft.AddSlot(info, IntegerRange::Only(number->integer));
         return AddIntegers(value, info, isDeclared);
-      case Kind::kReal:
-        return mDraft.AddSlot(info, info.isConstant ? RangeOf(*number) : RealsOf(value));
+      case Kind::kReal: {
+        const RealRange range = info.isConstant ? RangeOf(*number) : RealsOf(value);
+        info.isConstant = info.isConstant || (!isDeclared && range.IsScalar());
+        return mDraft.AddSlot(info, range);
+      }
       case Kind::kOpaque:
         break;
     }

@@ -34,7 +34,9 @@ class RealSystemBuilder {
     for (const Formula& formula : mProgram.GetFormulas()) Read(formula);
     for (const Comparison& comparison : mProgram.GetComparisons()) Read(comparison);
     for (std::uint32_t term = 0; term < mSystem.mTerms.size(); ++term) {
-      if (!IsGiven(term) && term >= declared) continue;
+      // A hidden value of which something is known is no mere abbreviation.
+      const bool isFree = mSystem.mTerms[term].initial == RealRange();
+      if (!IsGiven(term) && term >= declared && isFree) continue;
       if (!IsGiven(term)) mSystem.mUnknowns.push_back(term);
       SetKnown(term);
     }
