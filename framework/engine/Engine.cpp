@@ -385,9 +385,10 @@ void Engine::Retire() { SetMemory(kRetired); }
 // --- Levels -------------------------------------------------------------------------------------
 
 void Engine::Push() {
-  mLevels.reserve(mLevels.size() + 1);
-  if (mFilters != nullptr && !mNetwork->PushState()) throw std::bad_alloc();
   mLevels.push_back({mTrail.size(), mScheduled != 0});
+  if (mFilters == nullptr || mNetwork->PushState()) return;
+  mLevels.pop_back();
+  throw std::bad_alloc();
 }
 
 void Engine::Pop() {
