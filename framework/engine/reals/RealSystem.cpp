@@ -165,6 +165,12 @@ class RealSystemBuilder {
     const FunctionRow& row = RowOf(function);
     if (!mIsKnown[result]) return Define(entry, function, result, first, second);
     if (!row.hasInverse) return;
+    const std::uint32_t given = mIsKnown[first] ? first : second;
+    // A product that is 0 says nothing of one factor where the other one may be 0.
+    if (row.operands > 1 &&
+        !RowOf(row.inverse)
+             .isContinuous(mSystem.mTerms[result].initial, mSystem.mTerms[given].initial))
+      return;
     if (function == Function::kSqrt)
       AddStatement({Relation::kLessOrEqual, Constant(kZero), result}, kNone);
     const bool isFirst = !mIsKnown[first];
