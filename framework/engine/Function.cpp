@@ -341,7 +341,7 @@ struct SquareFunction : Unary {
   static constexpr bool kIsEven = true;
   static R Evaluate(const R& x, const R&) { return Square(x); }
   static bool Project(const R& z, R& x, R&) { return Meet(x, InverseSquare(z, x)); }
-  static I EvaluateIntegers(const I& x, const I&) { return Power(x, kTwo); }
+  static I EvaluateIntegers(const I& x, const I&) { return Abs(x) * Abs(x); }
   static bool ProjectIntegers(const I& z, I& x, I&) { return Meet(x, PowerBases(z, x, kTwo)); }
   static bool CalcSlopes(const SlopeArguments& at, Slopes& slopes) {
     return Give(slopes, at.x + at.xc);

@@ -108,7 +108,7 @@ TEST(Compiler, SaysTheSameWithLess) {
       {"x, y, z : int = [0, 9]; x = y; y = z; x + z <= 7;",      ""                                       },
       {"x, y : int; x = 5; y = x + 2;",                          ""                                       },
       {"x, y : int = [0, 9]; x * y = y * x;",                    ""                                       },
-      {"x, y : int = [-9, 9]; x * x = x ^ 2 + y;",               "h1 = power(x, 2); "                     },
+      {"x, y : int = [-9, 9]; x * x = x ^ 2 + y;",               "h1 = square(x, x); "                    },
       {"x, y : int = [0, 9]; y = x * x * x;",                    "y = power(x, 3); "                      },
  // Connectives of connectives are clauses; what is known decides.
       {"p, q, r, s : bool; p || q || ~r || s;",                  "p | q | ~r | s; "                       },

@@ -10,7 +10,10 @@ bool RunFunction(Engine& engine, const Rule& rule) {
   IntegerRange first = engine.GetIntegers(x), second = engine.GetIntegers(y);
   const IntegerRange values = row.evaluateIntegers(first, second);
   if (values.IsEmpty() || !engine.Narrow(z, values)) return false;
-  if (!row.projectIntegers(engine.GetIntegers(z), first, second)) return false;
+  const IntegerRange result = engine.GetIntegers(z);
+  // All values are allowed: no operand is out of place.
+  if (result == values && !row.isPartial) return true;
+  if (!row.projectIntegers(result, first, second)) return false;
   return engine.Narrow(x, first) && (row.operands == 1 || engine.Narrow(y, second));
 }
 

@@ -51,6 +51,10 @@ void ProgramBuilder::KeepValues(Slot x) {
 // --- Rules ------------------------------------------------------------------------------------
 
 void ProgramBuilder::AddFunction(Function function, Slot z, Slot x, Slot y) {
+  if (function == Function::kPower && mProgram.GetInitialIntegers(y) == IntegerRange::Only(2)) {
+    function = Function::kSquare;
+    y = x;
+  }
   const Slot arguments[] = {z, x, y};
   AddRule(Code::kFunction, kCostOfFunction, arguments).data = static_cast<std::uint32_t>(function);
 }
