@@ -67,9 +67,6 @@ void ReadExperience(ZULipstream& in, const SearchSpace& space, Experience& exper
   const std::size_t variables = space.GetVariables().size();
   if (!experience.weights.empty() && experience.weights.size() != variables)
     in.Fail("the weights are of another model");
-  std::uint64_t last = 0;
-  in.ReadUnsigned(last, Experience::kNone);
-  experience.lastConflict = static_cast<std::uint32_t>(last);
   in.ReadUnsigned(experience.restarts);
   in.ReadUnsigned(experience.fails);
   ReadAll(in, experience.nogoods, [&](ZULTavFrontier::Nogood& nogood) {
@@ -103,7 +100,6 @@ void ZULTavFrontier::Write(ZULopstream& out) const {
   WriteAll(out, unbounded);
   WriteAll(out, solved);
   WriteAll(out, experience.weights);
-  out.WriteUnsigned(experience.lastConflict);
   out.WriteUnsigned(experience.restarts);
   out.WriteUnsigned(experience.fails);
   WriteAll(out, experience.nogoods);

@@ -41,11 +41,8 @@ struct ZULTAV_UTILITIES_API ZULTavFrontier {
 
   /// What the search has learnt of the model, by which it chooses.
   struct Experience {
-    static constexpr std::uint32_t kNone = UINT32_MAX;
-
     /// Of each variable: how often a rule about it has failed.
     std::vector<std::uint64_t> weights;
-    std::uint32_t lastConflict = kNone;  ///< the variable whose split failed last
     std::uint64_t restarts = 0;
     std::uint64_t fails = 0;  ///< since the last restart
     std::deque<Nogood> nogoods;

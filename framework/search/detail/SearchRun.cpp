@@ -215,7 +215,7 @@ void SearchRun::Count(NodeState state) {
   if (state != NodeState::kRefuted) return;
   ++mStatistics.fails;
   ++mFrontier.experience.fails;
-  mChooser.Learn(mReasoner.GetFailed(), mTree.GetLast());
+  mChooser.Learn(mReasoner.GetFailed());
 }
 
 bool SearchRun::IsTimeToRestart() const {

@@ -7,6 +7,13 @@ namespace zultav::detail {
 
 using Choice = ZULTavSearch::VariableChoice;
 
+namespace {
+
+// Of a variable before any rule about it has failed: a single fail must not decide much.
+constexpr std::uint64_t kFirstWeight = 10;
+
+}  // namespace
+
 VariableChooser::VariableChooser(const Engine& engine, engine::Newton& newton,
                                  const SearchSpace& space, Choice choice, const WidthLimit& limit,
                                  ZULTavFrontier::Experience& experience)
@@ -21,7 +28,7 @@ VariableChooser::VariableChooser(const Engine& engine, engine::Newton& newton,
   const auto variables = space.GetVariables();
   for (std::size_t i = variables.size(); i-- > 0;)
     mVariableOf[variables[i].slot] = static_cast<std::uint32_t>(i);
-  if (mExperience.weights.empty()) mExperience.weights.assign(variables.size(), 1);
+  if (mExperience.weights.empty()) mExperience.weights.assign(variables.size(), kFirstWeight);
 }
 
 std::uint32_t VariableChooser::FirstOpen(std::size_t from, std::size_t to) const {
@@ -97,21 +104,14 @@ std::uint32_t VariableChooser::ChooseAdaptively() const {
   return discrete != kNone ? discrete : ChooseReal();
 }
 
-/// The variable whose split failed last, while it is open: the cause is likely to be near. Else
-/// that of the fewest values for its weight.
+/// The variable of the fewest values for its weight; the first of equals.
 std::uint32_t VariableChooser::ChooseDiscrete() const {
-  const std::uint32_t last = mExperience.lastConflict;
   std::uint32_t best = kNone;
   double bestScore = HUGE_VAL;
   bool undecided = false;
   for (std::uint32_t i = 0; i < mSpace.GetVariables().size(); ++i) {
     if (!mSpace[i].IsDiscrete() || mSpace.IsHidden(i) || !IsOpen(i)) continue;
     undecided = undecided || !mSpace.IsDerived(i);
-    if (i == last) {
-      best = i;
-      bestScore = -1;
-      continue;
-    }
     const double score = static_cast<double>(mEngine.GetSize(mSpace[i].slot)) /
                          static_cast<double>(mExperience.weights[i]);
     if (score >= bestScore) continue;
@@ -130,8 +130,7 @@ std::uint32_t VariableChooser::ChooseHidden(const SearchTree& tree) const {
                    mSpace.GetHiddenEnd());
 }
 
-void VariableChooser::Learn(std::uint32_t rule, const ZULTavFrontier::Decision* last) {
-  if (last != nullptr) mExperience.lastConflict = last->first.variable;
+void VariableChooser::Learn(std::uint32_t rule) {
   if (rule == engine::kNone) return;
   const Program& program = mEngine.GetProgram();
   for (const Slot slot : program.GetArguments(program.GetRules()[rule]))

@@ -13,7 +13,7 @@ namespace zultav::detail {
 /// Decides which variable is split next.
 class VariableChooser {
  public:
-  static constexpr std::uint32_t kNone = ZULTavFrontier::Experience::kNone;
+  static constexpr std::uint32_t kNone = UINT32_MAX;
 
   VariableChooser(const Engine& engine, engine::Newton& newton, const SearchSpace& space,
                   ZULTavSearch::VariableChoice choice, const WidthLimit& limit,
@@ -25,8 +25,8 @@ class VariableChooser {
   /// The first undecided hidden variable, or kNone.
   std::uint32_t ChooseHidden(const SearchTree& tree) const;
 
-  /// A rule has failed below the decision, the last one of the path.
-  void Learn(std::uint32_t rule, const ZULTavFrontier::Decision* last);
+  /// The rule has failed.
+  void Learn(std::uint32_t rule);
 
  private:
   bool IsOpen(std::uint32_t variable) const { return mSpace.IsOpen(mEngine, variable, mLimit); }
