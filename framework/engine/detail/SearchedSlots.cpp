@@ -9,24 +9,25 @@ namespace {
 /// Follows what is known from slot to slot, through whatever determines one slot by the others.
 class KnownSlots {
  public:
-  explicit KnownSlots(const Program& program) : mKnown(program.GetNumberOfSlots(), false) {
+  explicit KnownSlots(const Program& program)
+      : mProgram(program), mKnown(program.GetNumberOfSlots(), false) {
     for (const Formula& formula : program.GetFormulas()) {
       const Slot slots[] = {formula.result, formula.first, formula.second};
-      const bool isLinear =
-          formula.function == Function::kSum || formula.function == Function::kNegative;
       // A unary function has the same operand twice.
-      const auto own = std::span(slots).first(RowOf(formula.function).operands == 1 ? 2 : 3);
-      Add(own, isLinear ? own.size() : 1);
+      Add(std::span(slots).first(RowOf(formula.function).operands == 1 ? 2 : 3),
+          FindDetermined(formula));
     }
     for (const Comparison& comparison : program.GetComparisons()) {
-      const Slot slots[] = {comparison.truth, comparison.left, comparison.right};
+      const Slot slots[] = {comparison.left, comparison.right, comparison.truth};
+      const bool isEquation = comparison.relation == engine::Relation::kEqual;
       if (comparison.truth != kNone)
-        Add(slots, 1);
+        Add(slots, kThird);
       else
-        Add(std::span(slots).subspan(1), comparison.relation == engine::Relation::kEqual ? 2 : 0);
+        Add(std::span(slots).first(2), isEquation ? kFirst | kSecond : kNobody);
     }
     for (const Group& group : program.GetGroups())
-      Add(group.slots, group.code == Code::kCount || group.code == Code::kPrimality ? 1 : 0);
+      Add(group.slots,
+          group.code == Code::kCount || group.code == Code::kPrimality ? kFirst : kNobody);
     CollectUses();
   }
 
@@ -47,23 +48,49 @@ class KnownSlots {
   bool IsUsed(Slot x) const { return mFirstUse[x] != mFirstUse[x + 1]; }
 
  private:
-  /// Slots of which each of the first ones is a function of all others.
+  /// Which slots of a relation are functions of all others; a sum of these.
+  enum Determined : unsigned int { kNobody = 0, kFirst = 1, kSecond = 2, kThird = 4 };
+
   struct Relation {
-    std::uint32_t first, count, determined, open;
+    std::uint32_t first, count, open;
+    unsigned int determined;
   };
 
+  unsigned int FindDetermined(const Formula& formula) const {
+    switch (formula.function) {
+      case Function::kSum:
+        return kFirst | kSecond | kThird;
+      case Function::kNegative:
+        return kFirst | kSecond;
+      case Function::kProduct:
+        return kFirst | (IsNonzero(formula.second) ? kSecond : kNobody) |
+               (IsNonzero(formula.first) ? kThird : kNobody);
+      default:
+        return kFirst;
+    }
+  }
+  bool IsNonzero(Slot x) const {
+    return mProgram.GetSlot(x).kind == Kind::kInteger &&
+           !mProgram.GetInitialIntegers(x).Contains(0);
+  }
+
   /// A slot that stands twice counts once, but is not determined by itself.
-  void Add(std::span<const Slot> slots, std::size_t determined) {
+  void Add(std::span<const Slot> slots, unsigned int determined) {
     const auto first = static_cast<std::uint32_t>(mSlots.size());
+    unsigned int left = kNobody;
     for (std::size_t i = 0; i < slots.size(); ++i) {
+      const unsigned int own = i < 3 && (determined & 1U << i) != 0 ? 1 : 0;
       const auto seen = std::find(mSlots.begin() + first, mSlots.end(), slots[i]);
-      if (seen == mSlots.end())
+      const auto place = static_cast<std::size_t>(seen - mSlots.begin()) - first;
+      if (seen == mSlots.end()) {
         mSlots.push_back(slots[i]);
-      else if (static_cast<std::size_t>(seen - mSlots.begin()) - first < determined)
-        determined = 0;
+        left |= own << std::min<std::size_t>(place, 3);
+      } else if (place < 3) {
+        left &= ~(1U << place);
+      }
     }
     const auto count = static_cast<std::uint32_t>(mSlots.size()) - first;
-    mRelations.push_back({first, count, static_cast<std::uint32_t>(determined), count});
+    mRelations.push_back({first, count, count, left});
   }
 
   void CollectUses() {
@@ -80,10 +107,11 @@ class KnownSlots {
   void Tell(std::uint32_t index) {
     Relation& relation = mRelations[index];
     if (--relation.open != 1) return;
-    for (std::uint32_t i = 0; i < std::min(relation.determined, relation.count); ++i)
-      if (const Slot x = mSlots[relation.first + i]; !mKnown[x]) SetKnown(x);
+    for (std::uint32_t i = 0; i < std::min<std::uint32_t>(relation.count, 3); ++i)
+      if ((relation.determined & 1U << i) != 0) SetKnown(mSlots[relation.first + i]);
   }
 
+  const Program& mProgram;
   std::vector<bool> mKnown;
   std::vector<Slot> mPending;
   std::vector<Relation> mRelations;
