@@ -37,6 +37,8 @@ struct SlotInfo {
   bool isConstant = false;
   /// Of a type that holds one value or Any: the search does not split it.
   bool isSingle = false;
+  /// Whether a rule speaks of it; nothing narrows others.
+  bool isUsed = false;
   /// Whether the search has to find a value for it: declared, or hidden and no function of others.
   bool isSearched = false;
   std::uint32_t object = kNone;  ///< of the network, where there is one

@@ -140,9 +140,11 @@ void Compiler::EmitFormulas(const std::vector<bool>& isTaken) {
 }
 
 void Compiler::FindSearched() {
+  for (const Slot slot : mProgram.mArguments) mProgram.mSlots[slot].isUsed = true;
   const std::vector<bool> isSearched = FindSearchedSlots(mProgram);
   for (Slot slot = 0; slot < mProgram.mSlots.size(); ++slot)
-    mProgram.mSlots[slot].isSearched = isSearched[slot];
+    mProgram.mSlots[slot].isSearched = isSearched[slot] && mProgram.mSlots[slot].isUsed;
+  for (const Slot slot : mProgram.mDeclared) mProgram.mSlots[slot].isSearched = true;
 }
 
 /// Integers of which single values are taken.

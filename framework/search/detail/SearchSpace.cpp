@@ -113,7 +113,7 @@ SearchSpace::SearchSpace(const ZULTaVoNetwork& network, const Program& program,
   std::vector<SearchVariable> derived;
   for (Slot slot = 0; slot < program.GetNumberOfSlots(); ++slot) {
     const engine::SlotInfo& info = program.GetSlot(slot);
-    if (info.isConstant) continue;
+    if (info.isConstant || !(info.isUsed || known[slot])) continue;
     if (info.kind != Kind::kInteger) mContinuous = true;
     if (known[slot] || info.kind != Kind::kInteger) continue;
     if (info.isSearched)
