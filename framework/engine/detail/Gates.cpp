@@ -39,7 +39,8 @@ void Gates::ReadNegations(std::vector<bool>& isTaken, const std::vector<bool>& i
     isTaken[i] = true;
     const Literal operand = LiteralOf(formula.first, true);
     // Results come after their operands, so that no cycle of negations can arise.
-    const bool givesWay = !isNeeded[formula.result] && formula.result > operand.slot &&
+    const bool givesWay = !isNeeded[formula.result] && !mDraft.IsFixed(formula.result) &&
+                          formula.result > operand.slot &&
                           mLiterals[formula.result].slot == formula.result;
     if (givesWay) {
       mLiterals[formula.result] = operand;
@@ -134,7 +135,8 @@ void Gates::Flatten(const std::vector<bool>& isNeeded) {
     std::vector<Literal> flat;
     for (const Literal& literal : literals) {
       const std::uint32_t gate = mGateOf[literal.slot];
-      const bool givesWay = gate < before && !isNeeded[literal.slot] && uses[literal.slot] == 1 &&
+      const bool givesWay = gate < before && !isNeeded[literal.slot] &&
+                            !mDraft.IsFixed(literal.slot) && uses[literal.slot] == 1 &&
                             outputs[literal.slot] == 1 && AreSame(mGates[gate].output, literal);
       if (!givesWay) {
         flat.push_back(literal);

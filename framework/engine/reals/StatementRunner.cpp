@@ -7,6 +7,16 @@
 
 namespace zultav::engine {
 
+namespace {
+
+/// Whether the claim is all that the statement says: no operand has to be where a function is
+/// defined, and no result where other statements have found it.
+bool MayRetire(const RealSystem::Statement& statement) {
+  return statement.isTotal && statement.shared.empty();
+}
+
+}  // namespace
+
 StatementRunner::StatementRunner(const RealSystem& system) : mSystem(system) {
   const auto& terms = system.GetTerms();
   mValues.resize(terms.size());
@@ -53,7 +63,7 @@ bool StatementRunner::Decide(Engine& engine, const RealSystem::Statement& statem
   const bool isFalse = isGuarded && engine.IsFalse(statement.truth);
   if (!isGuarded || isFalse || engine.IsTrue(statement.truth)) {
     const RealSystem::Claim& active = isFalse ? claim.GetNegation() : claim;
-    if (statement.isTotal && Holds(active.relation, mValues[active.left], mValues[active.right]))
+    if (MayRetire(statement) && Holds(active.relation, mValues[active.left], mValues[active.right]))
       engine.Retire();
     return Relate(active);
   }
@@ -61,7 +71,7 @@ bool StatementRunner::Decide(Engine& engine, const RealSystem::Statement& statem
   const bool holds = Holds(claim.relation, mValues[claim.left], mValues[claim.right]);
   if (!holds && !Holds(negation.relation, mValues[negation.left], mValues[negation.right]))
     return true;
-  if (statement.isTotal) engine.Retire();
+  if (MayRetire(statement)) engine.Retire();
   return engine.Fix(statement.truth, holds ? 1 : 0);
 }
 
