@@ -99,7 +99,7 @@ std::uint64_t Engine::GetSize(Slot x) const {
   const std::uint64_t first = GetBit(x, lower), last = GetBit(x, upper);
   std::uint64_t size = 0;
   for (std::uint64_t word = first / kBits; word <= last / kBits; ++word) {
-    auto bits = static_cast<std::uint64_t>(mWords[mHoleWords + info.holes + word]);
+    auto bits = static_cast<std::uint64_t>(mWords[FindHoleWord(info, word * kBits)]);
     if (word == first / kBits) bits &= ~std::uint64_t{0} << first % kBits;
     if (word == last / kBits) bits &= ~std::uint64_t{0} >> (kBits - 1 - last % kBits);
     size += static_cast<std::uint64_t>(std::popcount(bits));

@@ -186,7 +186,7 @@ class ZULTAV_ENGINE_API Engine {
   void Tell(Slot x, unsigned int events);
 
   std::size_t FindHoleWord(const SlotInfo& info, std::uint64_t bit) const {
-    return mHoleWords + info.holes + bit / 64;
+    return mHoleWords + info.holes + static_cast<std::size_t>(bit / 64);
   }
   std::uint64_t GetBit(Slot x, std::int64_t value) const {
     return static_cast<std::uint64_t>(value) -

@@ -128,12 +128,12 @@ void AllDifferent::Rank() {
   mBounds.assign(1, mLeast - 2);
   if (width <= kValuesPerMember * mMembers.size()) {
     // Few values: a table of them.
-    mRanks.assign(width, 0);
+    mRanks.assign(static_cast<std::size_t>(width), 0);
     const auto rankOf = [this](std::int64_t bound) -> std::uint32_t& {
       return mRanks[static_cast<std::size_t>(bound - mLeast)];
     };
     for (const Member& range : mMembers) rankOf(range.lower) = rankOf(range.upper + 1) = 1;
-    for (std::size_t i = 0; i < width; ++i) {
+    for (std::size_t i = 0; i < mRanks.size(); ++i) {
       if (mRanks[i] == 0) continue;
       mRanks[i] = static_cast<std::uint32_t>(mBounds.size());
       mBounds.push_back(mLeast + static_cast<std::int64_t>(i));

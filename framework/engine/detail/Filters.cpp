@@ -17,11 +17,13 @@ IntegerRange BoundsOf(const ZULTaVoBoolean& x) {
 
 template <class Object, class Range>
 void SetBounds(Object& x, const Range& range) {
-  if (range.lower == range.upper) {
-    x.SetExactValue(range.lower);
+  using Value = decltype(x.GetLowerBound());
+  const auto lower = static_cast<Value>(range.lower), upper = static_cast<Value>(range.upper);
+  if (lower == upper) {
+    x.SetExactValue(lower);
   } else if (x.IsAny() == 0 || x.GetCardinality() != kSingleAny) {
-    x.SetLowerBound(range.lower);
-    x.SetUpperBound(range.upper);
+    x.SetLowerBound(lower);
+    x.SetUpperBound(upper);
   }
 }
 void SetBounds(ZULTaVoBoolean& x, const IntegerRange& range) {
