@@ -96,6 +96,9 @@ NodeState NodeReasoner::Settle() {
 
 NodeReasoner::Finding NodeReasoner::Prove(NodeState state, ZULTavBox& box, ZULTavBox& region) {
   if (state == NodeState::kLimited) return Finding::kNothing;
+  const engine::ExactCheck::Verdict verdict = mExactCheck.Check(mEngine);
+  if (verdict == engine::ExactCheck::Verdict::kFails) return Finding::kNoSolution;
+  if (verdict == engine::ExactCheck::Verdict::kUnknown) return Finding::kNothing;
   if (mSpace.HasContinuousValues()) {
     const std::uint32_t count = mSpace.GetNumberOfDeclared();
     std::vector<RealRange> inner(count);

@@ -1,6 +1,7 @@
 #ifndef ZULTAV_SEARCH_DETAIL_NODE_REASONER_H
 #define ZULTAV_SEARCH_DETAIL_NODE_REASONER_H
 
+#include "framework/engine/ExactCheck.h"
 #include "framework/engine/reals/Newton.h"
 #include "framework/search/detail/Nogoods.h"
 #include "framework/search/detail/SearchSpace.h"
@@ -29,7 +30,11 @@ class NodeReasoner {
   using Finding = engine::Newton::Finding;
 
   NodeReasoner(Engine& engine, engine::Newton& newton, const SearchSpace& space, Nogoods& nogoods)
-      : mEngine(engine), mNewton(newton), mSpace(space), mNogoods(nogoods) {}
+      : mEngine(engine),
+        mNewton(newton),
+        mSpace(space),
+        mNogoods(nogoods),
+        mExactCheck(engine.GetProgram()) {}
 
   /// A value that no rule looks at may be empty from the start.
   bool HasEmptyValue() const;
@@ -53,6 +58,7 @@ class NodeReasoner {
   engine::Newton& mNewton;
   const SearchSpace& mSpace;
   Nogoods& mNogoods;
+  engine::ExactCheck mExactCheck;
   std::uint32_t mFailed = engine::kNone;
 };
 
