@@ -566,7 +566,8 @@ std::string Loss(const Model& model, std::uint64_t seed, Counts* counts) {
   options.hiddenNodes = 20;
   options.absoluteWidth = std::pow(10.0, static_cast<double>(random() % 9) - 6);
   options.selection = random() % 2 == 0 ? ZULTaVoAny::kLowerHalf : ZULTaVoAny::kUpperHalf;
-  options.choice = static_cast<ZULTavSearch::VariableChoice>(random() % ZULTavSearch::kVariableChoices);
+  options.choice =
+      static_cast<ZULTavSearch::VariableChoice>(random() % ZULTavSearch::kVariableChoices);
   ZULTavSearch search(read.model->Network(), read.declared, options);
 
   ZULTavSearch::Verdict verdict;

@@ -310,7 +310,7 @@ TEST(CheckpointTest, OnlyACheckpointIsReplaced) {
       {"ln " + model.Name() + ' ' + name,                          "not an object stream"},
       {"ln -s " + model.Name() + ' ' + name,                       "not an object stream"},
       {": > " + name,                                              "it is empty"         },
-      {"printf '\\211ZUL\\r\\n\\1\\0\\12zultav run\\2' > " + name, "it is of version 2"  },
+      {"printf '\\211ZUL\\r\\n\\1\\0\\12zultav run\\3' > " + name, "it is of version 3"  },
       {"ln -s " + name + ' ' + name,                               "symbolic links"      },
   };
   for (const auto& [make, reason] : rows) {

@@ -110,20 +110,31 @@ SearchSpace::SearchSpace(const ZULTaVoNetwork& network, const Program& program,
     if (kind == Kind::kOpaque) mOpaque.push_back(mObjects[i]);
     known[slot] = true;
   }
-  std::vector<SearchVariable> derived;
   for (Slot slot = 0; slot < program.GetNumberOfSlots(); ++slot) {
     const engine::SlotInfo& info = program.GetSlot(slot);
     if (info.isConstant || !(info.isUsed || known[slot])) continue;
     if (info.kind != Kind::kInteger) mContinuous = true;
-    if (known[slot] || info.kind != Kind::kInteger) continue;
-    if (info.isSearched)
-      mVariables.push_back({slot, info.kind, false});
-    else if (info.isBoolean)
-      derived.push_back({slot, info.kind, false});
+    // What no rule looks at any more may be anything, or follows from the others.
+    const bool isLookedAt = info.isBoolean || !program.GetWatches(slot).empty();
+    if (known[slot] || info.kind != Kind::kInteger || !info.isSearched || !isLookedAt) continue;
+    mVariables.push_back({slot, info.kind, false});
+    known[slot] = true;
   }
   mHiddenEnd = static_cast<std::uint32_t>(mVariables.size());
-  // A half of such a boolean may cut a box of reals in two, which nothing would join again.
-  if (!mContinuous) mVariables.insert(mVariables.end(), derived.begin(), derived.end());
+  // A half of a truth value may cut a box of reals in two, which nothing would join again, and need
+  // not follow from the declared values where there are others.
+  if (!mContinuous && mHiddenEnd == mObjects.size()) AddTruths(program, known);
+}
+
+/// Those that say exactly whether something holds: each solution has one value for them.
+void SearchSpace::AddTruths(const Program& program, std::vector<bool>& known) {
+  for (const engine::Rule& rule : program.GetRules()) {
+    if (rule.code != engine::Code::kLinear || !rule.isReified) continue;
+    const Slot truth = program.GetArguments(rule).back();
+    if (known[truth]) continue;
+    known[truth] = true;
+    mVariables.push_back({truth, Kind::kInteger, false});
+  }
 }
 
 // --- Splitting --------------------------------------------------------------------------------

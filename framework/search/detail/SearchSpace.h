@@ -38,8 +38,8 @@ struct SearchVariable {
 };
 
 /// The variables of a search, numbered: the declared ones, the hidden ones that it has to find, and
-/// the booleans that follow from these, on which it may split. Knows how their values go over from
-/// slots to boxes, and from boxes to objects of their types.
+/// truth values that follow from the declared ones, on which it may split. Knows how their values
+/// go over from slots to boxes, and from boxes to objects of their types.
 class SearchSpace {
  public:
   /// Of a network, its program, and the values for which this was made.
@@ -100,6 +100,8 @@ class SearchSpace {
   bool Meet(std::uint32_t variable, const Range& a, const Range& b) const;
 
  private:
+  void AddTruths(const Program& program, std::vector<bool>& known);
+
   const ZULTaVoNetwork& mNetwork;
   std::vector<ZULTaVoAny*> mObjects, mOpaque;
   std::vector<SearchVariable> mVariables;

@@ -11,6 +11,9 @@ namespace {
 
 // Of a variable before any rule about it has failed: a single fail must not decide much.
 constexpr std::uint64_t kFirstWeight = 10;
+// Of three splits of reals on a path one is of the widest: of the systems that were tried, no other
+// mixture comes as near to the better rule on each.
+constexpr std::size_t kLargestEach = 3;
 
 }  // namespace
 
@@ -37,11 +40,11 @@ std::uint32_t VariableChooser::FirstOpen(std::size_t from, std::size_t to) const
   return kNone;
 }
 
-std::uint32_t VariableChooser::ChooseDeclared(const SearchTree& tree) const {
+std::uint32_t VariableChooser::ChooseDeclared(const SearchTree& tree) {
   const ZULTavFrontier::Decision* last = tree.GetLast();
   switch (mChoice) {
     case Choice::kAdaptive:
-      return ChooseAdaptively();
+      return ChooseAdaptively(tree);
     case Choice::kByKind:
       return ChooseByKind(tree);
     case Choice::kRoundRobin:
@@ -50,7 +53,7 @@ std::uint32_t VariableChooser::ChooseDeclared(const SearchTree& tree) const {
       // Nothing before the variable split last was open then, so nothing before it is open now.
       return FirstOpen(last == nullptr ? 0 : last->first.variable, mSpace.GetNumberOfDeclared());
     case Choice::kLargest:
-      return FindBest([](double width, double best) { return width > best; });
+      return ChooseLargest();
     case Choice::kSmallest:
       return FindBest([](double width, double best) { return width < best; });
   }
@@ -99,9 +102,9 @@ std::uint32_t VariableChooser::ChooseByKind(const SearchTree& tree) const {
   return real != kNone ? real : first(false, 0, next);
 }
 
-std::uint32_t VariableChooser::ChooseAdaptively() const {
+std::uint32_t VariableChooser::ChooseAdaptively(const SearchTree& tree) {
   const std::uint32_t discrete = ChooseDiscrete();
-  return discrete != kNone ? discrete : ChooseReal();
+  return discrete != kNone ? discrete : ChooseReal(tree);
 }
 
 /// The variable of the fewest values for its weight; the first of equals.
@@ -121,7 +124,22 @@ std::uint32_t VariableChooser::ChooseDiscrete() const {
   return undecided ? best : kNone;
 }
 
-std::uint32_t VariableChooser::ChooseReal() const {
+/// By turns the widest one, and the one whose splitting promises most: the first rule alone forgets
+/// the equations, and the second one what the equations do not see yet.
+std::uint32_t VariableChooser::ChooseReal(const SearchTree& tree) {
+  if (tree.GetDepth() % kLargestEach == 0) return ChooseLargest();
+  mNewton.CalcSmears(mSmears);
+  std::uint32_t best = kNone;
+  double bestSmear = 0;
+  for (std::uint32_t i = 0; i < mSpace.GetNumberOfDeclared(); ++i) {
+    if (!(mSmears[i] > bestSmear) || !IsOpen(i)) continue;
+    best = i;
+    bestSmear = mSmears[i];
+  }
+  return best != kNone ? best : ChooseLargest();
+}
+
+std::uint32_t VariableChooser::ChooseLargest() const {
   return FindBest([](double width, double best) { return width > best; });
 }
 

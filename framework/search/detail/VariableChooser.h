@@ -21,7 +21,7 @@ class VariableChooser {
 
   /// The declared variable, or the boolean that follows from these, to split at the end of the
   /// path; kNone where all declared ones are decided.
-  std::uint32_t ChooseDeclared(const SearchTree& tree) const;
+  std::uint32_t ChooseDeclared(const SearchTree& tree);
   /// The first undecided hidden variable, or kNone.
   std::uint32_t ChooseHidden(const SearchTree& tree) const;
 
@@ -35,9 +35,10 @@ class VariableChooser {
   std::uint32_t FindBest(Better better) const;
   std::uint32_t ChooseByKind(const SearchTree& tree) const;
   std::uint32_t ChooseInTurn(const SearchTree& tree) const;
-  std::uint32_t ChooseAdaptively() const;
+  std::uint32_t ChooseAdaptively(const SearchTree& tree);
   std::uint32_t ChooseDiscrete() const;
-  std::uint32_t ChooseReal() const;
+  std::uint32_t ChooseReal(const SearchTree& tree);
+  std::uint32_t ChooseLargest() const;
 
   const Engine& mEngine;
   engine::Newton& mNewton;
@@ -46,7 +47,7 @@ class VariableChooser {
   WidthLimit mLimit;
   ZULTavFrontier::Experience& mExperience;
   std::vector<std::uint32_t> mVariableOf;  // of each slot
-  mutable std::vector<double> mSmears;
+  std::vector<double> mSmears;             // of the declared ones, to work with
 };
 
 }  // namespace zultav::detail
