@@ -212,10 +212,10 @@ struct PowerFunction : Binary {
   static bool CalcSlopes(const SlopeArguments& at, Slopes& slopes) {
     const R x = Hull(at.x, at.xc), y = Hull(at.y, at.yc);
     if (!IsContinuous(x, y)) return false;
-    if (y == R(2, 2)) return Give(slopes, at.x + at.xc);
-    if (y == kZero) return Give(slopes, kZero);
+    if (at.isSecondFixed && y == R(2, 2)) return Give(slopes, at.x + at.xc);
+    if (at.isSecondFixed && y == kZero) return Give(slopes, kZero);
     const R first = y * Evaluate(x, y - kOne);
-    if (y.IsScalar()) return Give(slopes, first);
+    if (at.isSecondFixed) return Give(slopes, first);
     return x.lower > 0 && Give(slopes, first, Power(at.xc, y) * Log(at.xc));
   }
   static bool IsContinuous(const R& x, const R& y) {

@@ -44,6 +44,7 @@ struct Slopes {
 struct SlopeArguments {
   const RealRange &x, &y, &z;
   const RealRange &xc, &yc, &zc;
+  bool isSecondFixed;  ///< y is one number whatever the box is, so that its slope is of no use
 };
 
 /// All that a function is to the engine: the rows stand in Function.cpp, and nothing else tells

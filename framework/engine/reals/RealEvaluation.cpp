@@ -71,8 +71,13 @@ void RealEvaluation::CalcSlopes() {
   const auto& operations = mSystem.GetOperations();
   for (std::size_t i = 0; i < operations.size(); ++i) {
     const auto& [function, target, first, second, isPartial] = operations[i];
-    const SlopeArguments at = {mValues[first],  mValues[second],  mValues[target],
-                               mCenters[first], mCenters[second], mCenters[target]};
+    const SlopeArguments at = {mValues[first],
+                               mValues[second],
+                               mValues[target],
+                               mCenters[first],
+                               mCenters[second],
+                               mCenters[target],
+                               mSystem.GetTerms()[second].isConstant};
     mUsable[i] = !at.xc.IsEmpty() && !at.yc.IsEmpty() && at.zc.IsBounded() &&
                  RowOf(function).slopes(at, mSlopes[i]);
   }
