@@ -42,14 +42,14 @@ class Newton::Work {
     std::vector<bool> matters(program.GetNumberOfSlots(), false);
     for (Slot slot = 0; slot < program.GetNumberOfSlots(); ++slot)
       matters[slot] = program.GetSlot(slot).isSearched;
-    const auto note = [&](Slot slot) {
+    const auto note = [&](Slot slot, bool isOfEquation = true) {
       matters[slot] = true;
-      mIsClosed = mIsClosed && isDeclared[slot];
+      mIsClosed = mIsClosed && (isDeclared[slot] || !isOfEquation);
     };
     for (const std::uint32_t term : system.GetUnknowns()) note(SlotOf(term));
     for (const RealSystem::Statement& statement : system.GetStatements()) {
       for (const std::uint32_t leaf : statement.leaves) note(SlotOf(leaf));
-      if (statement.truth != kNone) note(statement.truth);
+      if (statement.truth != kNone) note(statement.truth, statement.IsEquation());
       mHasEquations = mHasEquations || (statement.IsEquation() && !statement.unknowns.empty());
     }
     for (Slot slot = 0; slot < program.GetNumberOfSlots(); ++slot)
@@ -79,7 +79,7 @@ class Newton::Work {
   std::vector<std::uint32_t> mUnknownOfDeclared;  // or kNone
   std::vector<Slot> mDiscrete;                    // whose values proofs depend on
   bool mHasEquations = false;
-  bool mIsClosed = true;                   // statements depend on declared values alone
+  bool mIsClosed = true;                   // equations depend on declared values alone
   std::vector<RealRange> mBefore, mAfter;  // of the unknowns
   std::vector<double> mSmearOf;
   std::vector<IntegerRange> mDiscreteAfter;
