@@ -254,14 +254,15 @@ bool SearchSpace::Read(ZULipstream& in, ZULTavBox& box) const {
 
 bool SearchSpace::Read(ZULipstream& in, Half& half) const {
   std::uint64_t variable = 0, isUpper = 0, bits = 0;
-  in.ReadUnsigned(variable, mVariables.size() - 1);
+  in.ReadUnsigned(variable);
   in.ReadUnsigned(isUpper, 1);
   in.ReadUnsigned(bits);
+  if (variable >= mVariables.size()) in.Fail("it splits a variable that there is not");
   if (!in.Good()) return false;
   half = {static_cast<std::uint32_t>(variable), isUpper != 0, static_cast<std::int64_t>(bits)};
   const Kind kind = mVariables[half.variable].kind;
   const bool isBound = kind == Kind::kReal
-                           ? !std::isnan(std::bit_cast<double>(half.bound))
+                           ? std::isfinite(std::bit_cast<double>(half.bound))
                            : half.bound != IntegerRange::kMin && half.bound != IntegerRange::kMax;
   if (kind == Kind::kOpaque || !isBound) in.Fail("a variable cannot be split like that");
   return in.Good();
