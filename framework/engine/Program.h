@@ -110,6 +110,8 @@ struct Rule {
   Code code;
   Relation relation = Relation::kEqual;  ///< of kLinear
   bool isReified = false;                ///< of kLinear
+  bool isHalf = false;                   ///< reified, and nothing follows where t does not hold
+  bool isNegated = false;                ///< reified, and t counts as its opposite
   bool isIdempotent = false;             ///< one run reaches the rule's own fixpoint
   std::uint8_t cost = 0;                 ///< of a run; cheaper rules run sooner
   std::uint32_t first = 0, count = 0;    ///< its arguments

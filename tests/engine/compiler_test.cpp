@@ -60,7 +60,9 @@ class ProgramText {
         break;
       case Code::kLinear: {
         const std::size_t count = slots.size() - (rule.isReified ? 1 : 0);
-        if (rule.isReified) out << Name(program, slots[count]) << " == ";
+        if (rule.isReified)
+          out << (rule.isNegated ? "~" : "") << Name(program, slots[count])
+              << (rule.isHalf ? " -> " : " == ");
         for (std::size_t i = 0; i < count; ++i) {
           const std::int64_t factor = numbers[i + 1];
           out << (factor < 0 ? "-" : i == 0 ? "" : "+");
@@ -97,29 +99,32 @@ struct Case {
 TEST(Compiler, SaysTheSameWithLess) {
   const Case kCases[] = {
   // Sums of sums are one row, and what is moved or mirrored gives way.
-      {"x, y, z : int = [0, 9]; 2*x + (y - z) + 3 = y + y - 7;", "2*x-y-z = -10; "                        },
-      {"x, y : int = [0, 9]; x + 1 <> y + 3;",                   "x <> y+2; "                             },
-      {"x, y, z : int = [0, 9]; x + 1 < y + z;",                 "x-y-z <= -2; "                          },
-      {"x, y : int = [0, 9]; 4*x + 6*y <= 13;",                  "2*x+3*y <= 6; "                         },
-      {"x, y : int = [0, 9]; 4*x + 6*y = 13;",                   "infeasible; "                           },
-      {"x, y : int = [0, 9]; x - x + y - y = 1;",                "infeasible; "                           },
-      {"x, y : int = [0, 9]; p : bool; p == (2*x + 1 << y);",    "p == 2*x-y <= -2; "                     },
+      {"x, y, z : int = [0, 9]; 2*x + (y - z) + 3 = y + y - 7;",        "2*x-y-z = -10; "                },
+      {"x, y : int = [0, 9]; x + 1 <> y + 3;",                          "x <> y+2; "                     },
+      {"x, y, z : int = [0, 9]; x + 1 < y + z;",                        "x-y-z <= -2; "                  },
+      {"x, y : int = [0, 9]; 4*x + 6*y <= 13;",                         "2*x+3*y <= 6; "                 },
+      {"x, y : int = [0, 9]; 4*x + 6*y = 13;",                          "infeasible; "                   },
+      {"x, y : int = [0, 9]; x - x + y - y = 1;",                       "infeasible; "                   },
+      {"x, y : int = [0, 9]; p : bool; p == (2*x + 1 << y);",           "p == 2*x-y <= -2; "             },
  // Equal values are one, whatever says so.
-      {"x, y, z : int = [0, 9]; x = y; y = z; x + z <= 7;",      ""                                       },
-      {"x, y : int; x = 5; y = x + 2;",                          ""                                       },
-      {"x, y : int = [0, 9]; x * y = y * x;",                    ""                                       },
-      {"x, y : int = [-9, 9]; x * x = x ^ 2 + y;",               "h1 = square(x, x); "                    },
-      {"x, y : int = [0, 9]; y = x * x * x;",                    "y = power(x, 3); "                      },
+      {"x, y, z : int = [0, 9]; x = y; y = z; x + z <= 7;",             ""                               },
+      {"x, y : int; x = 5; y = x + 2;",                                 ""                               },
+      {"x, y : int = [0, 9]; x * y = y * x;",                           ""                               },
+      {"x, y : int = [-9, 9]; x * x = x ^ 2 + y;",                      "h1 = square(x, x); "            },
+      {"x, y : int = [0, 9]; y = x * x * x;",                           "y = power(x, 3); "              },
  // Connectives of connectives are clauses; what is known decides.
-      {"p, q, r, s : bool; p || q || ~r || s;",                  "p | q | ~r | s; "                       },
-      {"p, q, r : bool; p -> (q || r);",                         "~p | q | r; "                           },
-      {"p, q, r : bool; p && q && ~r;",                          ""                                       },
-      {"p, q, r : bool; p; p -> q; ~q || r;",                    ""                                       },
-      {"p, q : bool; p; p -> q; ~q;",                            "infeasible; "                           },
-      {"p, q : bool; p == ~q;",                                  "p | q; ~p | ~q; "                       },
-      {"x : int = [0, 9]; p : bool; p; p -> (x >> 3);",          ""                                       },
-      {"x, y : int = [0, 9]; (x << 3) || (y >> 5);",             "h1 == x <= 2; h2 == -y <= -6; h1 | h2; "},
-      {"x : int = [0, 9]; ~(x << 3);",                           ""                                       },
+      {"p, q, r, s : bool; p || q || ~r || s;",                         "p | q | ~r | s; "               },
+      {"p, q, r : bool; p -> (q || r);",                                "~p | q | r; "                   },
+      {"p, q, r : bool; p && q && ~r;",                                 ""                               },
+      {"p, q, r : bool; p; p -> q; ~q || r;",                           ""                               },
+      {"p, q : bool; p; p -> q; ~q;",                                   "infeasible; "                   },
+      {"p, q : bool; p == ~q;",                                         "p | q; ~p | ~q; "               },
+      {"x : int = [0, 9]; p : bool; p; p -> (x >> 3);",                 ""                               },
+      {"x, y : int = [0, 9]; (x << 3) || (y >> 5);",                    "~h1 -> x <= 2; h1 == -y <= -6; "},
+      {"x, y : int = [0, 9]; p : bool; p -> (x << y); ~p -> (x == 7);",
+       "p -> x-y <= -1; ~p -> -x = -7; "                                                                   },
+      {"x : int = [0, 9]; p : bool; p -> ~(x << 3);",                   "p -> -x <= -3; "                },
+      {"x : int = [0, 9]; ~(x << 3);",                                  ""                               },
   };
   for (const Case& each : kCases)
     EXPECT_EQ(ProgramText(each.model).Get(), each.rules) << each.model;

@@ -103,10 +103,10 @@ TEST(EngineFilters, FindTheSolutionsOfModelsWithoutRules) {
   };
   const Case kCases[] = {
       {"q[1..4] : int = [1, 4]; for i in 1..4, j in i+1..4 : { q[i] <> q[j];"
-       " q[i] + i <> q[j] + j; q[i] - i <> q[j] - j; }",                    2},
+       " q[i] + i <> q[j] + j; q[i] - i <> q[j] - j; }",                     2},
       {"x, y : int = [0, 9]; p : bool; p == (x << y); x + y = 7; p || x == y + 1;", 5},
-      {"x : int = [10, 20]; PrimeNumber(x);",                                      4},
-      {"x, y : int = [1, 5]; x * y = 7;",                                          0},
+      {"x : int = [10, 20]; PrimeNumber(x);",                                       4},
+      {"x, y : int = [1, 5]; x * y = 7;",                                           0},
   };
   for (const Case& row : kCases)
     for (const bool isOpaque : {false, true}) {

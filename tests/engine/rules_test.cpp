@@ -118,13 +118,18 @@ Strength AddRandomLinear(World& world, const std::vector<Slot>& given) {
     c.push_back(world.Draw(0, 1) == 1 ? magnitude : -magnitude);
   }
   const std::int64_t c0 = world.Draw(-6, 6);
-  world.Build().AddLinear(relation, x, c, c0, truth);
+  const bool isHalf = isReified && world.Draw(0, 1) == 1, isNegated = world.Draw(0, 1) == 1;
+  if (isHalf)
+    world.Build().AddConditional({truth, isNegated}, relation, x, c, c0);
+  else
+    world.Build().AddLinear(relation, x, c, c0, truth);
   world.Mean([=](const Values& v) {
     std::int64_t sum = 0;
     for (std::size_t i = 0; i < x.size(); ++i) sum += c[i] * v[x[i]];
     const bool holds = relation == Relation::kEqual     ? sum == c0
                        : relation == Relation::kUnequal ? sum != c0
                                                         : sum <= c0;
+    if (isHalf) return holds || (v[truth] == 1) == isNegated;
     return truth == kNone ? holds : holds == (v[truth] == 1);
   });
   return isUnit || relation == Relation::kLessOrEqual ? Strength::kBounds : Strength::kExact;

@@ -29,14 +29,20 @@ void Compiler::Compile() {
   LinearRows rows(mDraft, isTaken);
   rows.Eliminate(FindNeeded(isTaken, nullptr));
   const Gates gates(mDraft, isTaken, FindNeeded(isTaken, &rows));
+  std::vector<bool> isNeeded = FindNeeded(isTaken, nullptr);
+  for (const LinearRows::Row& row : rows.GetRows())
+    for (const LinearRows::Term& term : row.terms) isNeeded[term.slot] = true;
+  const Conditions conditions(mDraft, rows.GetRows(), gates.GetClauses(), isNeeded);
 
   mProgram.mSlots = std::move(mDraft.slots);
   mProgram.mInitial = std::move(mDraft.initial);
   mProgram.mDeclared = mDraft.declared;
   mProgram.mSlotOfObject = mDraft.slotOfObject;
   mProgram.mInfeasible = mDraft.infeasible;
-  for (const LinearRows::Row& row : rows.GetRows()) EmitRow(row);
-  for (const auto& clause : gates.GetClauses()) mBuilder.AddClause(clause);
+  for (std::size_t i = 0; i < rows.GetRows().size(); ++i)
+    EmitRow(rows.GetRows()[i], conditions.GetCondition(i));
+  for (std::size_t i = 0; i < gates.GetClauses().size(); ++i)
+    if (!conditions.IsAbsorbed(i)) mBuilder.AddClause(gates.GetClauses()[i]);
   EmitFormulas(isTaken);
   for (const Group& group : mDraft.groups) EmitGroup(group);
   for (const Draft::Hole& hole : mDraft.holes) {
@@ -88,7 +94,8 @@ std::vector<bool> Compiler::FindNeeded(const std::vector<bool>& isTaken,
   return isNeeded;
 }
 
-void Compiler::EmitRow(const LinearRows::Row& row) {
+void Compiler::EmitRow(const LinearRows::Row& row,
+                       const std::optional<Conditions::Condition>& condition) {
   const auto& terms = row.terms;
   const bool isDifference = terms.size() == 2 && terms[0].factor == -terms[1].factor &&
                             (terms[0].factor == 1 || terms[0].factor == -1);
@@ -103,7 +110,18 @@ void Compiler::EmitRow(const LinearRows::Row& row) {
     slots.push_back(term.slot);
     factors.push_back(term.factor);
   }
-  mBuilder.AddLinear(row.relation, slots, factors, row.constant, row.truth);
+  if (!condition) return mBuilder.AddLinear(row.relation, slots, factors, row.constant, row.truth);
+  Relation relation = row.relation;
+  std::int64_t constant = row.constant;
+  if (condition->isOpposite) {
+    if (relation == Relation::kLessOrEqual) {
+      for (std::int64_t& factor : factors) factor = -factor;
+      constant = -1 - constant;
+    } else {
+      relation = relation == Relation::kEqual ? Relation::kUnequal : Relation::kEqual;
+    }
+  }
+  mBuilder.AddConditional(condition->literal, relation, slots, factors, constant);
 }
 
 void Compiler::EmitGroup(const Group& group) {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "framework/engine/Program.h"
+#include "framework/engine/detail/Conditions.h"
 #include "framework/engine/detail/Draft.h"
 #include "framework/engine/detail/Gates.h"
 #include "framework/engine/detail/LinearRows.h"
@@ -24,7 +25,7 @@ class Compiler {
  private:
   bool IsTruth(Slot x) const { return mDraft.slots[x].isBoolean; }
   std::vector<bool> FindNeeded(const std::vector<bool>& isTaken, const LinearRows* rows) const;
-  void EmitRow(const LinearRows::Row& row);
+  void EmitRow(const LinearRows::Row& row, const std::optional<Conditions::Condition>& condition);
   void EmitGroup(const Group& group);
   void AddAllDifferent(std::vector<Slot> slots);
   bool IsNarrow(Slot x) const;

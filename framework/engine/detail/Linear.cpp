@@ -313,9 +313,15 @@ bool Run(Engine& engine, const Rule& rule) {
       const int decided = Decide(engine, terms, isEquation);
       if (decided < 0) return true;
       engine.Retire();
-      return engine.Fix(truth, (decided == 1) == holds ? 1 : 0);
+      const bool isTrue = (decided == 1) == holds;
+      return (isTrue && rule.isHalf) || engine.Fix(truth, isTrue != rule.isNegated ? 1 : 0);
     }
-    holds = engine.IsTrue(truth) == holds;
+    const bool isTrue = engine.IsTrue(truth) != rule.isNegated;
+    if (!isTrue && rule.isHalf) {
+      engine.Retire();
+      return true;
+    }
+    holds = isTrue == holds;
   }
   if (isEquation) return holds ? terms.KeepEqual(c0) : terms.KeepUnequal(c0);
   return holds ? terms.KeepAtMost(c0) : terms.KeepAtLeast(c0 + 1);

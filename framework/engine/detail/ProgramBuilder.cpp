@@ -74,6 +74,13 @@ void ProgramBuilder::AddLinear(Relation relation, std::span<const Slot> x,
   ++rule.count;
 }
 
+void ProgramBuilder::AddConditional(Literal condition, Relation relation, std::span<const Slot> x,
+                                    std::span<const std::int64_t> coefficients, std::int64_t c0) {
+  AddLinear(relation, x, coefficients, c0, condition.slot);
+  mProgram.mRules.back().isHalf = true;
+  mProgram.mRules.back().isNegated = condition.negated;
+}
+
 void ProgramBuilder::AddUnequal(Slot x, Slot y, std::int64_t c0) {
   const std::uint32_t numbers = AddNumbers(c0, {});
   const Slot arguments[] = {x, y};
@@ -171,7 +178,7 @@ unsigned int ProgramBuilder::GetEvents(const Rule& rule, std::size_t argument) c
   switch (rule.code) {
     case Code::kLinear: {
       if (rule.isReified && argument + 1 == rule.count) return kFixed;
-      if (rule.relation == Relation::kLessOrEqual && !rule.isReified)
+      if (rule.relation == Relation::kLessOrEqual && (!rule.isReified || rule.isHalf))
         return mProgram.GetNumbers(rule)[argument + 1] > 0 ? kLowerRaised : kUpperLowered;
       if (rule.relation == Relation::kUnequal && !rule.isReified)
         return keepsValues ? kFixed : kBoundMoved;

@@ -28,6 +28,9 @@ class ZULTAV_ENGINE_API ProgramBuilder {
   /// c1 x1 + … + cn xn relation c0, or exactly where `truth` holds. No coefficient is 0.
   void AddLinear(Relation relation, std::span<const Slot> x,
                  std::span<const std::int64_t> coefficients, std::int64_t c0, Slot truth = kNone);
+  /// The same, where the literal is true; nothing follows from its being false.
+  void AddConditional(Literal condition, Relation relation, std::span<const Slot> x,
+                      std::span<const std::int64_t> coefficients, std::int64_t c0);
   /// x <> y + c0.
   void AddUnequal(Slot x, Slot y, std::int64_t c0);
   void AddClause(std::span<const Literal> literals);

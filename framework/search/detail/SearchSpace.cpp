@@ -129,7 +129,7 @@ SearchSpace::SearchSpace(const ZULTaVoNetwork& network, const Program& program,
 /// Those that say exactly whether something holds: each solution has one value for them.
 void SearchSpace::AddTruths(const Program& program, std::vector<bool>& known) {
   for (const engine::Rule& rule : program.GetRules()) {
-    if (rule.code != engine::Code::kLinear || !rule.isReified) continue;
+    if (rule.code != engine::Code::kLinear || !rule.isReified || rule.isHalf) continue;
     const Slot truth = program.GetArguments(rule).back();
     if (known[truth]) continue;
     known[truth] = true;

@@ -1,0 +1,45 @@
+#include "framework/engine/detail/Conditions.h"
+
+#include <algorithm>
+
+namespace zultav::engine {
+
+Conditions::Conditions(Draft& draft, std::span<const LinearRows::Row> rows,
+                       std::span<const std::vector<Literal>> clauses,
+                       const std::vector<bool>& isNeeded)
+    : mConditions(rows.size()), mAbsorbed(clauses.size(), false) {
+  struct Uses {
+    std::uint32_t rows = 0, clauses = 0, clause = 0;
+  };
+  std::vector<Uses> uses(clauses.empty() ? 0 : draft.slots.size());
+  if (uses.empty()) return;
+  for (const LinearRows::Row& row : rows)
+    if (row.truth != kNone) ++uses[row.truth].rows;
+  for (std::uint32_t i = 0; i < clauses.size(); ++i)
+    for (const Literal& literal : clauses[i]) {
+      ++uses[literal.slot].clauses;
+      uses[literal.slot].clause = i;
+    }
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const LinearRows::Row& row = rows[i];
+    if (row.truth == kNone || isNeeded[row.truth] || draft.IsFixed(row.truth)) continue;
+    const Uses& use = uses[row.truth];
+    if (use.rows != 1 || use.clauses != 1 || clauses[use.clause].size() != 2 ||
+        mAbsorbed[use.clause])
+      continue;
+    const std::vector<Literal>& clause = clauses[use.clause];
+    const Literal &own = clause[clause[0].slot == row.truth ? 0 : 1],
+                  &other = clause[clause[0].slot == row.truth ? 1 : 0];
+    const bool canMirror = std::none_of(row.terms.begin(), row.terms.end(), [](const auto& term) {
+      return term.factor == IntegerRange::kMin;
+    });
+    if (own.negated && !canMirror) continue;
+    mConditions[i] = {
+        {other.slot, !other.negated},
+        own.negated
+    };
+    mAbsorbed[use.clause] = true;
+  }
+}
+
+}  // namespace zultav::engine
