@@ -28,7 +28,8 @@ find framework numbers -name '*.h' |
 
 # A program may give its own things the names of our internal ones.
 umbrellas=(framework/base/ZW4BASE.h framework/intervals/ZULTavIntervals.h
-           framework/solver/ZULTavAbstractTypes.h framework/calculator/ZULTavCalculator.h
+           framework/solver/ZULTavAbstractTypes.h framework/engine/ZULTavEngine.h
+           framework/calculator/ZULTavCalculator.h
            framework/search/ZULTavUtilities.h numbers/ZULTavNumbers.h)
 root=$source/../../..
 grep -hoP '^(\w+ |\[\[\w+\]\] |template <[^>]*> |\w+::)*[&*]?\K[A-Za-z]\w+(?= [{:]|\(| final)' \

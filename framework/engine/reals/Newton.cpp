@@ -172,8 +172,14 @@ std::vector<std::uint32_t> Newton::Work::FindSignless() const {
   std::vector<std::uint32_t> signless;
   if (!mEngine.GetProgram().IsComplete()) return signless;
   const std::vector<bool> even = mSystem.FindEven();
+  // Equal values have one sign.
+  std::vector<unsigned int> shares(even.size(), 0);
+  for (const std::uint32_t unknown : mUnknownOfDeclared)
+    if (unknown != kNone) ++shares[unknown];
   for (std::uint32_t i = 0; i < mUnknownOfDeclared.size(); ++i)
-    if (mUnknownOfDeclared[i] != kNone && even[mUnknownOfDeclared[i]]) signless.push_back(i);
+    if (const std::uint32_t unknown = mUnknownOfDeclared[i];
+        unknown != kNone && even[unknown] && shares[unknown] == 1)
+      signless.push_back(i);
   return signless;
 }
 
