@@ -3,6 +3,7 @@
 
 /// Umbrella header of the engine: a network compiled, and the state of a search over it.
 #include "framework/engine/Engine.h"
+#include "framework/engine/ExactCheck.h"
 #include "framework/engine/Program.h"
 
 #endif
