@@ -241,8 +241,17 @@ bool Prover::IsUniqueIn(double reach) {
     RealRange& x = mLinear.box[i];
     x = Hull(mCertified[i], mOriginal[i]);
     if (mLinear.columnOf[i] == Linearization::kNoColumn) continue;
+    mWeights[mLinear.columnOf[i]] =
+        std::max(x.upper - x.lower, x.GetMagnitude() * DBL_EPSILON + 1e-280);
+  }
+  // An unknown that is known to far more digits than the others needs no room of its own size.
+  double least = 0;
+  for (const double weight : mWeights) least = std::max(least, kLeastWeight * weight);
+  for (std::size_t i = 0; i < mOriginal.size(); ++i) {
+    if (mLinear.columnOf[i] == Linearization::kNoColumn) continue;
+    RealRange& x = mLinear.box[i];
     double& weight = mWeights[mLinear.columnOf[i]];
-    weight = std::max(x.upper - x.lower, x.GetMagnitude() * DBL_EPSILON + 1e-280);
+    weight = std::max(weight, least);
     x = {x.lower - reach * weight, x.upper + reach * weight};
     if (!x.IsBounded()) return false;
   }
