@@ -453,6 +453,7 @@ std::uint32_t ModelBuilder::AppendList(const std::vector<std::uint32_t>& express
 
 Value ModelBuilder::Count(const std::vector<Value>& terms, Span span, const Value* target) {
   std::vector<std::uint32_t> list;
+  list.reserve(terms.size());
   for (const Value& term : terms)
     list.push_back(term.IsExpression()
                        ? term.index
