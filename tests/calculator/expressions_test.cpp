@@ -76,7 +76,7 @@ TEST(ExpressionsTest, LoopsAndAggregatesAreWrittenOut) {
        "a <> b; a <> w; b <> w; x <> a; x <> y; a <> y; "                                                                                    },
       {"sum(p, a << b) = 1; sum(v) + int(p) = 2 * (int) p;",
        "count(p, (a << b)) = [1,1]; (count(v[-1], v[0], v[1]) + count(p)) = ([2,2] * count(p)); "                                            },
-      {"w = sum(i in 1..n) (i == 2) + int(n >> 5);",                                    "w = [1,1]; "                                         },
+      {"w = sum(i in 1..n) (i == 2) + int(n >> 5);",                                   "w = [1,1]; "                                         },
   });
 }
 

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <random>
+#include <sstream>
 
 #include "framework/solver/ZULTaVoInteger.h"
 #include "framework/solver/ZULTaVoReal.h"
@@ -74,6 +75,46 @@ TEST(LiteralsTest, LiteralTakesTheTypeThatItsNeighbourAsksFor) {
       EXPECT_EQ(static_cast<double>(integer->GetUpperBound()), row.upper);
     }
   }
+}
+
+/// The value in the network is the end of the type.
+TEST(LiteralsTest, NumbersBeyondTheModuleAreHandedOver) {
+  constexpr std::int64_t kGreatest = INT64_MAX, kLeast = INT64_MIN;
+  const auto whole = ZULTaVoConstant::Integer;
+  const auto exact = [](double value) { return ZULTaVoConstant::Real(value, value); };
+  const struct {
+    std::string source, value;
+    ZULTaVoConstant number;
+  } kRows[] = {
+      {"x = 3000000000;",               "[ Max, Max]", whole(3000000000)   },
+      {"x < 9223372036854775807;",      "[ Max, Max]", whole(kGreatest)    },
+      {"x > -9223372036854775808;",     "[ Min, Min]", whole(kLeast)       },
+      {"s = -9223372036854775807 - 1;", " Min",        whole(kLeast)       },
+      {"let k = 2^40; x = k;",          "[ Max, Max]", whole(0x10000000000)},
+      {"y = 1e22;",                     " Max",        exact(1e22)         },
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.source);
+    const Reading reading = ReadModel("x : int; s : single int; y : real; " + row.source);
+    ASSERT_EQ(reading.ErrorText(), "");
+    const ZULTaVoNumber& constant = ConstantOf(reading);
+    std::ostringstream value;
+    constant.PrintOn(value);
+    EXPECT_EQ(value.str(), row.value);
+    EXPECT_EQ(*reading.model->Network().GetConstant(&constant), row.number);
+  }
+  // Nor does the module compute what it has no numbers for.
+  for (const char* let :
+       {"exp(100)", "sqrt(1e30)", "3.986e14*(86164/(2*Pi))^2", "ln(exp(99) * 2)"}) {
+    const Reading reading = ReadModel(std::string("let k = ") + let + "; y : real; y = k;");
+    ASSERT_EQ(reading.ErrorText(), "") << let;
+    EXPECT_TRUE(reading.model->Expressions()[reading.model->Statements()[0].right].object->IsAny());
+  }
+  EXPECT_EQ(ReadModel("y : real; y = 9007199254740993 - y; y < 9007199254740994;")
+                .model->Network()
+                .GetNumberOfObjects(),
+            4U)
+      << "integers between the same doubles are two constants";
 }
 
 /// What an operation gives in both directed rounding modes.

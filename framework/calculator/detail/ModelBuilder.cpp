@@ -69,6 +69,12 @@ bool StoreReal(ZULTaVoReal& object, double lower, double upper) {
          object.GetUpperBound() >= upper;
 }
 
+/// The end of the type, for a number beyond it.
+void Saturate(ZULTaVoAny& object, bool isNegative) {
+  object.SetAny();
+  isNegative ? object.CalcMinValue() : object.CalcMaxValue();
+}
+
 /// Whether all of the domain lies where its type does not tell numbers apart any more.
 template <class Number>
 bool IsBeyondLimits(const ZULTaVoAny& value) {
@@ -170,27 +176,25 @@ std::size_t ModelBuilder::ConstantHash::operator()(const ConstantKey& key) const
   return Mix(Mix(Mix(Mix(0, AddressOf(key.type)), integer), key.lower), key.upper);
 }
 
-void ModelBuilder::StoreConstant(ZULTaVoAny& object, const Value& value, Type type) const {
-  const Constant& constant = value.constant;
-  bool stored = false;
+/// Stores the constant in an object of the type; false where it cannot hold it.
+bool ModelBuilder::StoreConstant(ZULTaVoAny& object, const Constant& constant, Type type) const {
   if (auto* boolean = ZULTaVoCast<ZULTaVoBoolean>(&object)) {
     boolean->SetExactValue(constant.integer != 0 ? 1 : 0);
-    stored = true;
-  } else if (auto* integer = ZULTaVoCast<ZULTaVoInteger>(&object)) {
-    stored = StoreInteger(*integer, constant.integer);
-  } else if (auto* real = ZULTaVoCast<ZULTaVoReal>(&object)) {
-    const Constant number = constant.AsReal();
-    stored = mRegistry.IsSingle(type) ? StoreReal(*real, number.nearest, number.nearest)
-                                      : StoreReal(*real, number.lower, number.upper);
+    return true;
   }
-  if (!stored)
-    Fail(value.span, constant.Describe() + " is beyond the limits of '" + type->GetName() + "', " +
-                         RangeOf(*type));
+  if (auto* integer = ZULTaVoCast<ZULTaVoInteger>(&object))
+    return StoreInteger(*integer, constant.integer);
+  auto* real = ZULTaVoCast<ZULTaVoReal>(&object);
+  const Constant number = constant.AsReal();
+  if (mRegistry.IsSingle(type)) return StoreReal(*real, number.nearest, number.nearest);
+  return StoreReal(*real, number.lower, number.upper);
 }
 
 void ModelBuilder::CheckRange(const Value& number, Type type) const {
   const LocalValue value(*type);
-  StoreConstant(*value.Get(), number, type);
+  if (!StoreConstant(*value.Get(), number.constant, type))
+    Fail(number.span, number.constant.Describe() + " is beyond the limits of '" + type->GetName() +
+                          "', " + RangeOf(*type));
 }
 
 /// Equal for equal numbers: 3 and 3.0 are one real, but not two integers between the same doubles.
@@ -213,9 +217,13 @@ std::uint32_t ModelBuilder::LeafFor(const Value& value, Type type) {
   const ConstantKey key = KeyOf(value.constant, type);
   const auto known = mConstants.find(key);
   if (known != mConstants.end()) return known->second;
+  if (value.constant.IsReal() && !std::isfinite(value.constant.upper - value.constant.lower))
+    Fail(value.span, "this constant is too large");
   const LocalValue local(*type);
-  StoreConstant(*local.Get(), value, type);
+  const bool stored = StoreConstant(*local.Get(), value.constant, type);
+  if (!stored) Saturate(*local.Get(), value.constant.AsReal().nearest < 0);
   ZULTaVoAny* object = NewObject(type, local.Get());
+  if (!stored) mSaturated.insert(object);
   if (!value.constant.IsBoolean() &&
       !mModel.mNetwork.SetConstant(object, NumberOf(value.constant, type)))
     throw std::bad_alloc();
@@ -472,24 +480,22 @@ Value ModelBuilder::Count(const std::vector<Value>& terms, Span span, const Valu
   return Value::OfExpression(index, span);
 }
 
+/// What the module cannot compute within its limits stays open.
 void ModelBuilder::Compute(const Value& value) {
   const ZULTavModel::Expression& expression = mModel.mExpressions[value.index];
   ZULTaVoNetwork network;
   ZULTaVoObject* operands[2] = {nullptr, nullptr};
   for (unsigned int i = 0; i < expression.op->GetNumberOfArguments(); ++i) {
     const ZULTaVoAny* operand = ObjectOf(expression.operands[i]);
+    if (mSaturated.contains(operand)) return;
     operands[i] = network.AddObject(operand->GetDescriptor(), operand);
   }
   ZULTaVoAny* result = network.AddObject(expression.op->GetResultType());
   if (!expression.op->Post(network, operands, result)) throw std::bad_alloc();
   if (network.Propagate() == ZULTaVoNetwork::Status::kContradiction)
     Fail(value.span, "this constant has no value");
-  if (IsBeyondLimits<ZULTaVoReal>(*result) || IsBeyondLimits<ZULTaVoInteger>(*result)) {
-    const Type type = result->GetDescriptor();
-    Fail(value.span, "this constant is beyond the limits of '" + std::string(type->GetName()) +
-                         "', " + RangeOf(*type));
-  }
-  expression.object->Assign(*result);
+  if (!IsBeyondLimits<ZULTaVoReal>(*result) && !IsBeyondLimits<ZULTaVoInteger>(*result))
+    expression.object->Assign(*result);
 }
 
 // --- Comparisons ------------------------------------------------------------------------------

@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "framework/calculator/ZULTavModel.h"
@@ -158,7 +159,7 @@ class ModelBuilder {
   ConstantKey KeyOf(const Constant& constant, Type type) const;
   ZULTaVoConstant NumberOf(const Constant& constant, Type type) const;
   std::uint32_t LeafFor(const Value& value, Type type);
-  void StoreConstant(ZULTaVoAny& object, const Value& value, Type type) const;
+  bool StoreConstant(ZULTaVoAny& object, const Constant& constant, Type type) const;
   ZULTaVoAny* ResultObject(Type type, std::span<const std::uint32_t> operands, const Value* target);
   ZULTaVoAny* NewObject(Type type, const void* from = nullptr);
   void Compute(const Value& value);
@@ -180,6 +181,7 @@ class ModelBuilder {
   const ZULTavCalculator::Limits& mLimits;
   std::vector<std::uint32_t> mLeaves;  // of each variable: its first expression
   std::unordered_map<ConstantKey, std::uint32_t, ConstantHash> mConstants;
+  std::unordered_set<const ZULTaVoAny*> mSaturated;  // constants beyond the limits of their types
   std::vector<Entry> mTable;  // open hash table of the expressions that apply operators
   std::unordered_map<std::uint32_t, Span> mQuotients;           // integers that may not divide
   std::map<std::vector<std::uint32_t>, std::uint32_t> mCounts;  // of lists of expressions

@@ -1,6 +1,7 @@
 #include "framework/calculator/detail/Parser.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 #include "framework/calculator/detail/Suggestion.h"
@@ -10,6 +11,8 @@ namespace zultav::detail {
 namespace {
 
 constexpr std::string_view kAfterStatement = "an operator or ';' after the statement";
+constexpr const char* kBeyondIntegers = "this integer is beyond the limit of 64 bits";
+constexpr std::string_view kLeastDigits = "9223372036854775808";  // of the least integer, -2^63
 
 /// How tightly the body of an aggregate binds: terms of sums, truths of conjunctions.
 Precedence BodyOf(Aggregate aggregate) {
@@ -348,6 +351,8 @@ NodeRange Parser::ParsePrefix() {
     node.data = mNames.Intern(TextOf(mToken.span));
     node.span = mToken.span;
     Advance();
+    if (node.op == Op::kSubtract && Is(TokenKind::kInteger) && TextOf(mToken.span) == kLeastDigits)
+      return ParseLeastInteger(node.span.position);
     node.start = ParsePrefix().first;
     return Emit(node);
   }
@@ -358,6 +363,16 @@ NodeRange Parser::ParsePrefix() {
   Advance();
   ParsePrefix();
   return EmitBinary(sign, base);
+}
+
+/// The least integer, whose digits alone are beyond 64 bits. A power would bind them tighter than
+/// the sign.
+NodeRange Parser::ParseLeastInteger(std::uint32_t sign) {
+  const Span digits = mToken.span;
+  Advance();
+  if (Is(TokenKind::kOperator) && mToken.op == Op::kPower) Fail(digits, kBeyondIntegers);
+  return EmitConstant(Constant::Integer(std::numeric_limits<std::int64_t>::min()),
+                      {sign, digits.End() - sign});
 }
 
 /// Whether a parenthesis holds just a name that makes up an operator with it, as "(real)" does.
@@ -390,7 +405,7 @@ NodeRange Parser::ParsePrimary() {
     case TokenKind::kInteger: {
       Advance();
       const auto integer = Constant::FromDigits(TextOf(token.span));
-      if (!integer) Fail(token.span, "this integer is beyond the limit of 64 bits");
+      if (!integer) Fail(token.span, kBeyondIntegers);
       return EmitConstant(*integer, token.span);
     }
     case TokenKind::kDecimal:

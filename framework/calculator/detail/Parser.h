@@ -48,6 +48,7 @@ class Parser {
 
   NodeRange ParseExpression(Precedence loosest);
   NodeRange ParsePrefix();
+  NodeRange ParseLeastInteger(std::uint32_t sign);
   NodeRange ParseConversion();
   NodeRange ParsePrimary();
   NodeRange ParseName();
