@@ -309,8 +309,8 @@ Engine::Status Engine::Propagate() {
   try {
     status = mProgram.IsInfeasible() ? Status::kFailed : RunScheduled();
   } catch (const std::bad_alloc&) {
-    // A rule that was left in the middle may not run again by itself.
-    mRules[mRunning].isQueued = false;
+    // A rule that counts as queued while it runs stands in no queue.
+    if (mProgram.GetRules()[mRunning].isIdempotent) mRules[mRunning].isQueued = false;
     ScheduleAll();
   }
   mRunning = kNone;

@@ -47,8 +47,8 @@ class Terms {
   bool IsAtMost(Sum bound) const { return mUpper.endless == 0 && mUpper.sum <= bound; }
   bool MayBe(Sum value) const { return !IsAtLeast(value + 1) && !IsAtMost(value - 1); }
 
-  bool KeepAtMost(Sum bound);
-  bool KeepAtLeast(Sum bound);
+  bool KeepAtMost(Sum bound) { return KeepOnSide<true>(bound); }
+  bool KeepAtLeast(Sum bound) { return KeepOnSide<false>(bound); }
   bool KeepEqual(Sum value);
   bool KeepUnequal(Sum value);
 
@@ -125,6 +125,10 @@ class Terms {
     return !__builtin_mul_overflow(Sum{mNumbers[i + 1]}, Sum{mEngine.GetLower(mSlots[i])}, &term) &&
            !__builtin_sub_overflow(rest, term, &rest);
   }
+  template <bool kAbove>
+  bool KeepOnSide(Sum bound);
+  template <bool kAbove>
+  bool Cut(std::uint32_t i, const Reach& reach, Sum bound, bool& changed);
   bool PassEqual(Sum value, bool& changed);
   bool MayDivide(Sum value) const;
 
@@ -145,41 +149,36 @@ void Terms<kIsWide>::AddUp() {
   }
 }
 
+/// Bounds on one side leave the bound of the sum on the other as it is: one pass is enough.
 template <bool kIsWide>
-bool Terms<kIsWide>::KeepAtMost(Sum bound) {
+template <bool kAbove>
+bool Terms<kIsWide>::KeepOnSide(Sum bound) {
   AddUp();
-  if (IsAtLeast(bound + 1)) return false;
-  if (IsAtMost(bound)) {
+  if (kAbove ? IsAtLeast(bound + 1) : IsAtMost(bound - 1)) return false;
+  if (kAbove ? IsAtMost(bound) : IsAtLeast(bound)) {
     mEngine.Retire();
     return true;
   }
-  // Upper bounds leave the lower bound of the sum as it is: one pass is enough.
-  for (std::uint32_t i = 0; i < mCount; ++i) {
-    const Reach reach = GetReach(i);
-    Sum rest = 0;
-    if (mLower.GetRest(reach.lower, reach.isEndlessBelow, rest) &&
-        (reach.isEndlessAbove || reach.upper > bound - rest) && !CutAbove(i, bound - rest))
-      return false;
-  }
+  bool changed = false;
+  for (std::uint32_t i = 0; i < mCount; ++i)
+    if (!Cut<kAbove>(i, GetReach(i), bound, changed)) return false;
   return true;
 }
 
+/// Narrows term i from above (below) to what the others leave of the bound of the sum.
 template <bool kIsWide>
-bool Terms<kIsWide>::KeepAtLeast(Sum bound) {
-  AddUp();
-  if (IsAtMost(bound - 1)) return false;
-  if (IsAtLeast(bound)) {
-    mEngine.Retire();
+template <bool kAbove>
+inline bool Terms<kIsWide>::Cut(std::uint32_t i, const Reach& reach, Sum bound, bool& changed) {
+  Sum rest = 0;
+  const bool isKnown = kAbove ? mLower.GetRest(reach.lower, reach.isEndlessBelow, rest)
+                              : mUpper.GetRest(reach.upper, reach.isEndlessAbove, rest);
+  if (!isKnown) return true;
+  const Sum own = bound - rest;
+  if (kAbove ? !reach.isEndlessAbove && reach.upper <= own
+             : !reach.isEndlessBelow && reach.lower >= own)
     return true;
-  }
-  for (std::uint32_t i = 0; i < mCount; ++i) {
-    const Reach reach = GetReach(i);
-    Sum rest = 0;
-    if (mUpper.GetRest(reach.upper, reach.isEndlessAbove, rest) &&
-        (reach.isEndlessBelow || reach.lower < bound - rest) && !CutBelow(i, bound - rest))
-      return false;
-  }
-  return true;
+  changed = true;
+  return kAbove ? CutAbove(i, own) : CutBelow(i, own);
 }
 
 template <bool kIsWide>
@@ -210,18 +209,8 @@ bool Terms<kIsWide>::PassEqual(Sum value, bool& changed) {
   for (std::uint32_t i = 0; i < mCount; ++i) {
     const Reach reach = GetReach(i);
     if (reach.lower == reach.upper) continue;
-    Sum rest = 0;
     bool narrows = false;
-    if (mLower.GetRest(reach.lower, reach.isEndlessBelow, rest) &&
-        (reach.isEndlessAbove || reach.upper > value - rest)) {
-      if (!CutAbove(i, value - rest)) return false;
-      narrows = true;
-    }
-    if (mUpper.GetRest(reach.upper, reach.isEndlessAbove, rest) &&
-        (reach.isEndlessBelow || reach.lower < value - rest)) {
-      if (!CutBelow(i, value - rest)) return false;
-      narrows = true;
-    }
+    if (!Cut<true>(i, reach, value, narrows) || !Cut<false>(i, reach, value, narrows)) return false;
     if (!narrows) continue;
     changed = true;
     if (kIsWide && (mLower.endless | mUpper.endless) != 0) {
