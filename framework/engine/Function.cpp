@@ -293,7 +293,8 @@ struct Absolute : Unary {
   static bool ProjectIntegers(const I& z, I& x, I&) { return Meet(x, AbsArguments(z, x)); }
   static bool CalcSlopes(const SlopeArguments& at, Slopes& slopes) {
     const R x = Hull(at.x, at.xc);
-    return Give(slopes, {x.lower >= 0 ? 1.0 : -1.0, x.upper <= 0 ? -1.0 : 1.0});
+    return Give(slopes, {x.lower >= 0 && x.upper > 0 ? 1.0 : -1.0,
+                         x.upper <= 0 && x.lower < 0 ? -1.0 : 1.0});
   }
 };
 
