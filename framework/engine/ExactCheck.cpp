@@ -205,7 +205,8 @@ class ExactCheck::Evaluation {
                  ? Verdict::kHolds
                  : Verdict::kFails;
     if (group.code == Code::kPrimality)
-      return mValues[group.slots[1]]->GetBits() <= 64 ? Verdict::kHolds : Verdict::kUnknown;
+      // The rule decides what it has one value for, and that what is negative is no prime.
+      return *mValues[group.slots[1]] < IntegerRange::kMax ? Verdict::kHolds : Verdict::kUnknown;
     std::vector<BigInteger> values;
     for (const Slot x : group.slots) values.push_back(*mValues[x]);
     std::sort(values.begin(), values.end());

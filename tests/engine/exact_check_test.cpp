@@ -84,6 +84,7 @@ TEST(ExactCheck, DecidesWhatNoRuleCan) {
       {"max(x^6, -y^6) = abs(min(-x^6, y^6));",         {25, 0}},
       {"x^5 + y^5 <> 2 * x^5;",                         {20, 0}},
       {"x^(10^9) <> y^(10^9);",                         {0, 25}},
+      {"PrimeNumber(10 * x^3 + y);",                    {0, 25}},
   };
   for (const Case& row : kCases) {
     const Tally tally = CheckAll(pair + row.model);
