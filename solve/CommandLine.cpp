@@ -102,7 +102,7 @@ double ReadNumberOption(const std::string& option, const std::string& text,
 bool IsPositive(double number) { return number > 0; }
 
 // Fails; few enough to leave a wrong turn soon, enough to learn something on it.
-constexpr std::uint64_t kRestartAfter = 100;
+constexpr std::uint64_t kRestartAfter = 250;
 
 using VariableChoice = ZULTavSearch::VariableChoice;
 

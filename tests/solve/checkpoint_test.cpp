@@ -144,17 +144,17 @@ INSTANTIATE_TEST_SUITE_P(Examples, ResumeTest, testing::ValuesIn(ExampleModels()
                          [](const auto& row) { return row.param; });
 
 TEST(CheckpointTest, WhatWasLearntIsKept) {
-  const std::string run = "solve -n 92 " + Example("queens8");
+  const std::string run = "solve -n 352 -D n=9 " + Example("queens8");
   const Result whole = Zultav(run + " --format json");
   const auto count = [](const Result& result, const std::string& name) {
     return std::stoi(result.out.substr(result.out.find('"' + name + "\":") + name.size() + 3));
   };
   EXPECT_GT(count(whole, "restarts"), 1);
   const TemporaryFile file;
-  Result part = Zultav(run + " --max-nodes 50 --checkpoint " + file.Name());
+  Result part = Zultav(run + " --max-nodes 200 --checkpoint " + file.Name());
   std::string parts = Solutions(part);
   while (part.status == kInterrupted) {
-    part = Zultav("resume --max-nodes 50 " + file.Name());
+    part = Zultav("resume --max-nodes 200 " + file.Name());
     parts += Solutions(part);
   }
   EXPECT_EQ(parts, Solutions(Zultav(run)));

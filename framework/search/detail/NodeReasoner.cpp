@@ -12,6 +12,9 @@ namespace {
 constexpr int kContractions = 100;
 // Integers settle within a round or two; reals may go on by less and less.
 constexpr int kSettlings = 4;
+// Of rules over integers, before a split: far more than they take unless bounds creep.
+constexpr std::uint64_t kRunsAtLeast = 1000;
+constexpr std::uint64_t kRunsPerRule = 100;
 
 NodeState StateAfter(Engine::Status status) {
   switch (status) {
@@ -44,6 +47,13 @@ bool NodeReasoner::HasEmptyValue() const {
       return true;
   }
   return false;
+}
+
+void NodeReasoner::LimitRuns() {
+  const Program& program = mEngine.GetProgram();
+  if (mSpace.HasContinuousValues() || program.GetNetwork().GetFilterLimit() != 0) return;
+  mRunLimit = kRunsAtLeast + kRunsPerRule * program.GetRules().size();
+  mEngine.SetRunLimit(mRunLimit);
 }
 
 NodeState NodeReasoner::Propagate() {
@@ -84,6 +94,14 @@ NodeState NodeReasoner::Contract(bool again) {
 }
 
 NodeState NodeReasoner::Settle() {
+  const std::uint64_t limit = mEngine.GetProgram().GetNetwork().GetFilterLimit();
+  mEngine.SetRunLimit(limit);
+  const NodeState state = RunAll();
+  mEngine.SetRunLimit(mRunLimit != 0 ? mRunLimit : limit);
+  return state;
+}
+
+NodeState NodeReasoner::RunAll() {
   for (int round = 0; round < kSettlings; ++round) {
     const std::uint64_t before = mEngine.GetStatistics().narrowings;
     mEngine.ScheduleAll();

@@ -36,6 +36,8 @@ class NodeReasoner {
         mNogoods(nogoods),
         mExactCheck(engine.GetProgram()) {}
 
+  /// Splits early where bounds of integers go on moving by little: a split moves them farther.
+  void LimitRuns();
   /// A value that no rule looks at may be empty from the start.
   bool HasEmptyValue() const;
   /// Propagates, contracts and looks at the nogoods in turn until nothing is narrowed.
@@ -53,12 +55,14 @@ class NodeReasoner {
  private:
   NodeState Propagate();
   NodeState Contract(bool again);
+  NodeState RunAll();
 
   Engine& mEngine;
   engine::Newton& mNewton;
   const SearchSpace& mSpace;
   Nogoods& mNogoods;
   engine::ExactCheck mExactCheck;
+  std::uint64_t mRunLimit = 0;  // before a split; of the network otherwise
   std::uint32_t mFailed = engine::kNone;
 };
 

@@ -72,6 +72,7 @@ SearchRun::Outcome SearchRun::Execute() {
 }
 
 SearchRun::Outcome SearchRun::Explore() {
+  mReasoner.LimitRuns();
   mImages.Restrict(mEngine, mSpace);
   if (mRestarts) {  // there is something to go back to
     mIsEmpty = mEngine.Propagate() == Engine::Status::kFailed;
