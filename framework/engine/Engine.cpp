@@ -21,6 +21,12 @@ constexpr std::uint64_t kRunsPerRule = 2000;
 constexpr std::uint64_t kRunsAtLeast = 1000000;
 constexpr int kBits = 64;  // of a word
 
+/// Whether so many integers are left that narrowing them one by one would never end.
+bool IsWide(const IntegerRange& x) {
+  constexpr std::uint64_t kWide = 1 << 16;
+  return static_cast<std::uint64_t>(x.upper) - static_cast<std::uint64_t>(x.lower) > kWide;
+}
+
 /// Whether a bound of a wide domain has moved by that part of its magnitude. Magnitudes beyond any
 /// ordinary unit are crossed in halves: hundreds of decades of small steps would never end.
 bool HasMoved(double from, double to, double fraction) {
@@ -38,17 +44,19 @@ bool HasMoved(double from, double to, double fraction) {
 Engine::Engine(const Program& program, ZULTaVoNetwork* network)
     : mProgram(program), mNetwork(network) {
   const std::size_t slots = program.GetNumberOfSlots(), rules = program.GetRules().size();
-  bool hasReals = false, hasClauses = false, hasAllDifferent = false;
-  for (Slot x = 0; x < slots; ++x) hasReals = hasReals || program.GetSlot(x).kind == Kind::kReal;
+  bool isTold = false, hasClauses = false, hasAllDifferent = false;
+  for (Slot x = 0; x < slots; ++x)
+    isTold = isTold || program.GetSlot(x).kind == Kind::kReal ||
+             (program.GetSlot(x).kind == Kind::kInteger && IsWide(program.GetInitialIntegers(x)));
   mHoleWords = 2 * slots;
   mRuleWords = mHoleWords + program.GetNumberOfHoleWords();
   mToldWords = mRuleWords + rules;
-  mWords.resize(mToldWords + (hasReals ? 2 * slots : 0));
+  mWords.resize(mToldWords + (isTold ? 2 * slots : 0));
   mStamps.resize(mWords.size());
   for (Slot x = 0; x < slots; ++x) {
     const IntegerRange words = program.GetInitialIntegers(x);
     for (const std::size_t first : {std::size_t{0}, mToldWords}) {
-      if (first != 0 && !hasReals) continue;
+      if (first != 0 && !isTold) continue;
       mWords[first + 2 * x] = words.lower;
       mWords[first + 2 * x + 1] = words.upper;
     }
@@ -179,6 +187,7 @@ bool Engine::RaiseLower(Slot x, std::int64_t bound) {
   const SlotInfo& info = mProgram.GetSlot(x);
   if (info.holes != kNone) bound = FindAbove(x, info, bound);
   Set(2 * std::size_t{x}, bound);
+  if (IsWide({bound, upper}) && !IsWorthTelling(x)) return true;
   Tell(x, bound == upper ? kLowerRaised | kFixed : kLowerRaised);
   return true;
 }
@@ -189,6 +198,7 @@ bool Engine::DropUpper(Slot x, std::int64_t bound) {
   const SlotInfo& info = mProgram.GetSlot(x);
   if (info.holes != kNone) bound = FindBelow(x, info, bound);
   Set(2 * std::size_t{x} + 1, bound);
+  if (IsWide({lower, bound}) && !IsWorthTelling(x)) return true;
   Tell(x, bound == lower ? kUpperLowered | kFixed : kUpperLowered);
   return true;
 }
@@ -253,6 +263,18 @@ bool Engine::IsWorthTelling(const RealRange& told, const RealRange& now) const {
   if (width < kWide) return width - (now.upper - now.lower) >= mFraction * width;
   // The width of a wide domain says nothing of its bounds: each is measured by itself.
   return HasMoved(told.lower, now.lower, mFraction) || HasMoved(told.upper, now.upper, mFraction);
+}
+
+/// Whether a wide integer has narrowed enough since others were last told of it, who are told now.
+bool Engine::IsWorthTelling(Slot x) {
+  const std::size_t told = mToldWords + 2 * std::size_t{x};
+  const IntegerRange before = {mWords[told], mWords[told + 1]}, now = GetIntegers(x);
+  if (!IsWorthTelling({LowerAsDouble(before), UpperAsDouble(before)},
+                      {LowerAsDouble(now), UpperAsDouble(now)}))
+    return false;
+  Set(told, now.lower);
+  Set(told + 1, now.upper);
+  return true;
 }
 
 void Engine::Tell(Slot x, unsigned int events) {

@@ -132,10 +132,10 @@ class ZULTAV_ENGINE_API Engine {
       if (mTrail[i].word < mHoleWords) use(static_cast<Slot>(mTrail[i].word / 2));
   }
 
-  /// A real's narrowing that removes less than this fraction of its width since the last time
-  /// others were told is not passed on. Default 0.01: coarse enough that slow convergence ends
-  /// after some hundred steps per decade, fine enough that the search rarely splits what
-  /// propagation would still have narrowed.
+  /// A narrowing of a real, or of an integer with more than 2^16 values, that removes less than
+  /// this fraction of its width since the last time others were told is not passed on. Default
+  /// 0.01: coarse enough that slow convergence ends after some hundred steps per decade, fine
+  /// enough that the search rarely splits what propagation would still have narrowed.
   void SetNarrowingFraction(double fraction) { mFraction = fraction; }
   /// Runs allowed per propagation; 0: 2000 for each rule and 1000000 more.
   void SetRunLimit(std::uint64_t limit) { mRunLimit = limit; }
@@ -183,6 +183,7 @@ class ZULTAV_ENGINE_API Engine {
   bool RemoveWithin(Slot x, std::int64_t value);
   bool NarrowReal(Slot x, const RealRange& range, bool always);
   bool IsWorthTelling(const RealRange& told, const RealRange& now) const;
+  bool IsWorthTelling(Slot x);
   void Tell(Slot x, unsigned int events);
 
   std::size_t FindHoleWord(const SlotInfo& info, std::uint64_t bit) const {
