@@ -1,8 +1,34 @@
-// The network's own costs.
+// The costs of the network and the engine themselves.
 
 #include <benchmark/benchmark.h>
+#include <malloc.h>
+
+#include <new>
 
 #include "bench/fixture.h"
+#include "framework/engine/ZULTavEngine.h"
+
+namespace {
+
+/// Bytes that are allocated by `new` now, and the most there were since the peak was last set.
+std::size_t gBytes = 0, gPeak = 0;
+
+}  // namespace
+
+[[gnu::noinline]] void* operator new(std::size_t size) {
+  void* place = std::malloc(size);
+  if (place == nullptr) throw std::bad_alloc();
+  gPeak = std::max(gPeak, gBytes += malloc_usable_size(place));
+  return place;
+}
+
+[[gnu::noinline]] void operator delete(void* place) noexcept {
+  gBytes -= malloc_usable_size(place);
+  std::free(place);
+}
+[[gnu::noinline]] void operator delete(void* place, std::size_t) noexcept {
+  operator delete(place);
+}
 
 namespace {
 
@@ -16,16 +42,15 @@ void StartUp(benchmark::State& state) {
 }
 BENCHMARK(StartUp)->Unit(benchmark::kMillisecond);
 
-/// x[i+1] = x[i] + 1 for all i, x[0] = 0: built through the network's own interface, propagated
-/// to the last variable, destroyed.
-void Chain(benchmark::State& state) {
-  ZULTaVoModule& numbers = bench::OpenNumbers();
-  const ZULTaVoObjectDescriptor* type = numbers.FindType("interval int");
-  const auto* addition =
-      static_cast<const ZULTaVoConstraintDescriptor*>(ZULTaVoAdditionConstraint::sDescriptor);
-  double bytes = 0;
-  for (auto _ : state) {
-    ZULTaVoNetwork network;
+/// x[i+1] = x[i] + 1 for all i, x[0] = 0: built through the network's own interface.
+struct Chain {
+  ZULTaVoNetwork network;
+  std::vector<ZULTaVoAny*> values;
+
+  explicit Chain(std::int64_t steps) {
+    const ZULTaVoObjectDescriptor* type = bench::OpenNumbers().FindType("interval int");
+    const auto* addition =
+        static_cast<const ZULTaVoConstraintDescriptor*>(ZULTaVoAdditionConstraint::sDescriptor);
     const auto fixed = [&](long value) {
       auto* constant = static_cast<ZULTaVoInteger*>(network.AddObject(type));
       constant->SetExactValue(value);
@@ -33,21 +58,49 @@ void Chain(benchmark::State& state) {
       return constant;
     };
     ZULTaVoAny* one = fixed(1);
-    ZULTaVoAny* last = fixed(0);
-    for (std::int64_t i = 0; i < state.range(0); ++i) {
+    values.push_back(fixed(0));
+    for (std::int64_t i = 0; i < steps; ++i) {
       ZULTaVoAny* next = network.AddObject(type);
-      ZULTaVoObject* arguments[] = {next, last, one};
+      ZULTaVoObject* arguments[] = {next, values.back(), one};
       network.AddConstraint(addition, arguments, 3);
-      last = next;
+      values.push_back(next);
     }
-    if (network.Propagate() != ZULTaVoNetwork::Status::kConsistent ||
-        static_cast<ZULTaVoInteger*>(last)->GetUpperBound() != state.range(0))
-      state.SkipWithError("wrong answer");
-    bytes = static_cast<double>(network.GetMemoryUsed()) / static_cast<double>(state.range(0));
   }
-  state.counters["bytes/variable"] = bytes;
+};
+
+double PerStep(std::size_t bytes, const benchmark::State& state) {
+  return static_cast<double>(bytes) / static_cast<double>(state.range(0));
+}
+
+/// Built, propagated by its filters to the last variable, destroyed.
+void ChainOfFilters(benchmark::State& state) {
+  for (auto _ : state) {
+    Chain chain(state.range(0));
+    if (chain.network.Propagate() != ZULTaVoNetwork::Status::kConsistent ||
+        static_cast<ZULTaVoInteger*>(chain.values.back())->GetUpperBound() != state.range(0))
+      state.SkipWithError("wrong answer");
+    state.counters["bytes/variable"] = PerStep(chain.network.GetMemoryUsed(), state);
+  }
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
-BENCHMARK(Chain)->RangeMultiplier(10)->Range(1000, 1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(ChainOfFilters)->RangeMultiplier(10)->Range(1000, 1000000)->Unit(benchmark::kMillisecond);
+
+/// Built, compiled with every value declared, propagated by the engine, destroyed.
+void ChainInEngine(benchmark::State& state) {
+  for (auto _ : state) {
+    Chain chain(state.range(0));
+    const std::size_t before = gPeak = gBytes;
+    const zultav::engine::Program program(chain.network, chain.values);
+    zultav::engine::Engine engine(program, nullptr);
+    if (engine.Propagate() != zultav::engine::Engine::Status::kFixpoint ||
+        engine.GetIntegers(program.GetDeclared().back()) !=
+            zultav::IntegerRange::Only(state.range(0)))
+      state.SkipWithError("wrong answer");
+    state.counters["bytes/step"] = PerStep(gBytes - before, state);
+    state.counters["peak/step"] = PerStep(gPeak - before, state);
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(ChainInEngine)->RangeMultiplier(10)->Range(1000, 1000000)->Unit(benchmark::kMillisecond);
 
 }  // namespace

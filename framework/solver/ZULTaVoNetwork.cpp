@@ -177,6 +177,11 @@ ZULTaVoAny* ZULTaVoNetwork::GetObject(std::size_t index) const {
   return index < mNodes.size() ? mNodes[index]->Object() : nullptr;
 }
 
+std::size_t ZULTaVoNetwork::GetIndex(const ZULTaVoObject* object) const {
+  const Node* node = FindNode(object);
+  return node != nullptr ? node->index : mNodes.size();
+}
+
 const ZULTaVoObjectDescriptor* ZULTaVoNetwork::GetType(const ZULTaVoObject* object) const {
   const Node* node = FindNode(object);
   return node != nullptr ? node->type : nullptr;

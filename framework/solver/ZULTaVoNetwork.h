@@ -66,6 +66,8 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   std::size_t GetNumberOfObjects() const { return mNodes.size(); }
   std::size_t GetNumberOfConstraints() const { return mLinks.size(); }
   ZULTaVoAny* GetObject(std::size_t index) const;
+  /// Of an object, what GetObject takes; GetNumberOfObjects() if it is not this network's.
+  std::size_t GetIndex(const ZULTaVoObject* object) const;
   /// Constraint `index` in the order of addition, and its arguments, the result first.
   const ZULTaVoConstraint& GetConstraint(std::size_t index) const {
     return *mLinks[index].constraint;

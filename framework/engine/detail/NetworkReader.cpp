@@ -76,9 +76,6 @@ class NetworkReader {
   NetworkReader(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared)
       : mNetwork(network) {
     const std::size_t objects = network.GetNumberOfObjects();
-    mIndexOf.reserve(objects);
-    for (std::size_t i = 0; i < objects; ++i)
-      mIndexOf.emplace(network.GetObject(i), static_cast<std::uint32_t>(i));
     mDraft.slotOfObject.assign(objects, kNone);
     mDraft.slots.reserve(objects);
     mDraft.initial.reserve(2 * objects);
@@ -121,12 +118,12 @@ class NetworkReader {
   }
 
   Slot SlotOf(const ZULTaVoObject* object, bool isDeclared = false) {
-    const std::uint32_t index = mIndexOf.at(object);
-    Slot& slot = mDraft.slotOfObject[index];
+    const std::size_t index = mNetwork.GetIndex(object);
+    Slot& slot = mDraft.slotOfObject.at(index);
     if (slot == kNone) {
       const auto& value = static_cast<const ZULTaVoAny&>(*object);
       SlotInfo info = FactsOf(value).info;
-      info.object = index;
+      info.object = static_cast<std::uint32_t>(index);
       slot = AddSlot(value, info, isDeclared);
     }
     return slot;
@@ -283,7 +280,6 @@ class NetworkReader {
 
   const ZULTaVoNetwork& mNetwork;
   Draft mDraft;
-  std::unordered_map<const ZULTaVoObject*, std::uint32_t> mIndexOf;
   std::unordered_map<const ZULTaVoObjectDescriptor*, TypeFacts> mFacts;
   std::vector<Slot> mArguments;
 };

@@ -1,6 +1,7 @@
 #include "framework/engine/detail/Simplifier.h"
 
 #include <algorithm>
+#include <bit>
 #include <unordered_map>
 #include <utility>
 
@@ -231,31 +232,44 @@ class Simplifier {
     Slot first, second;
     bool operator==(const Key&) const = default;
   };
-  struct Hash {
-    std::size_t operator()(const Key& key) const {
-      std::uint64_t hash = (std::uint64_t{key.first} << 32 | key.second) * 0x9e3779b97f4a7c15u;
-      hash = (hash ^ static_cast<std::uint64_t>(key.function)) * 0x9e3779b97f4a7c15u;
-      return static_cast<std::size_t>(hash ^ (hash >> 32));
-    }
-  };
+  Key KeyOf(const Formula& formula) {
+    Key key = {formula.function, mDraft.Find(formula.first), mDraft.Find(formula.second)};
+    if (RowOf(key.function).isCommutative && key.second < key.first)
+      std::swap(key.first, key.second);
+    return key;
+  }
+  static std::size_t HashOf(const Key& key) {
+    std::uint64_t hash = (std::uint64_t{key.first} << 32 | key.second) * 0x9e3779b97f4a7c15u;
+    hash = (hash ^ static_cast<std::uint64_t>(key.function)) * 0x9e3779b97f4a7c15u;
+    return static_cast<std::size_t>(hash ^ (hash >> 32));
+  }
 
   void ShareFormulas() {
-    mKnown.clear();
-    mKnown.reserve(mDraft.formulas.size());
-    std::erase_if(mDraft.formulas, [this](Formula& formula) {
+    std::vector<Formula>& formulas = mDraft.formulas;
+    // An open hash table of the formulas that stay.
+    std::vector<std::uint32_t> table(std::bit_ceil(2 * formulas.size() + 1), kNone);
+    const auto find = [&](const Key& key) -> std::uint32_t& {
+      const std::size_t mask = table.size() - 1;
+      std::size_t place = HashOf(key) & mask;
+      while (table[place] != kNone && !(KeyOf(formulas[table[place]]) == key))
+        place = (place + 1) & mask;
+      return table[place];
+    };
+    std::uint32_t kept = 0;
+    for (Formula formula : formulas) {
       FindPower(formula);
-      Key key = {formula.function, mDraft.Find(formula.first), mDraft.Find(formula.second)};
-      if (RowOf(key.function).isCommutative && key.second < key.first)
-        std::swap(key.first, key.second);
-      const auto [known, isNew] = mKnown.try_emplace(key, formula.result);
-      if (isNew) {
-        if (key.function == Function::kPower) NotePower(formula);
-        return false;
+      std::uint32_t& known = find(KeyOf(formula));
+      if (known == kNone) {
+        known = kept;
+        if (formula.function == Function::kPower) NotePower(formula);
+      } else {
+        bool united = false;
+        Unite(formulas[known].result, formula.result, united);
+        if (united) continue;
       }
-      bool united = false;
-      Unite(known->second, formula.result, united);
-      return united;
-    });
+      formulas[kept++] = formula;
+    }
+    formulas.resize(kept);
   }
 
   /// base ^ exponent, which may be 1.
@@ -296,7 +310,6 @@ class Simplifier {
 
   Draft& mDraft;
   bool mChanged = false;
-  std::unordered_map<Key, Slot, Hash> mKnown;
   std::unordered_map<Slot, Power> mPowers;               // by result
   std::unordered_map<std::int64_t, Slot> mConstants[2];  // integers, truth values
 };
