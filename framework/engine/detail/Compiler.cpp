@@ -1,6 +1,7 @@
 #include "framework/engine/detail/Compiler.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "framework/engine/Engine.h"
 #include "framework/engine/detail/NetworkReader.h"
@@ -26,21 +27,24 @@ Compiler::Compiler(Program& program, const ZULTaVoNetwork& network,
 void Compiler::Compile() {
   Simplify(mDraft);
   std::vector<bool> isTaken;
-  LinearRows rows(mDraft, isTaken);
-  rows.Eliminate(FindNeeded(isTaken, nullptr));
-  const Gates gates(mDraft, isTaken, FindNeeded(isTaken, &rows));
+  LinearRows linear(mDraft, isTaken);
+  linear.Eliminate(FindNeeded(isTaken, nullptr));
+  const Gates gates(mDraft, isTaken, FindNeeded(isTaken, &linear));
+  std::vector<LinearRows::Row> rows = linear.TakeRows();
   std::vector<bool> isNeeded = FindNeeded(isTaken, nullptr);
-  for (const LinearRows::Row& row : rows.GetRows())
+  for (const LinearRows::Row& row : rows)
     for (const LinearRows::Term& term : row.terms) isNeeded[term.slot] = true;
-  const Conditions conditions(mDraft, rows.GetRows(), gates.GetClauses(), isNeeded);
+  const Conditions conditions(mDraft, rows, gates.GetClauses(), isNeeded);
 
   mProgram.mSlots = std::move(mDraft.slots);
   mProgram.mInitial = std::move(mDraft.initial);
-  mProgram.mDeclared = mDraft.declared;
-  mProgram.mSlotOfObject = mDraft.slotOfObject;
+  mProgram.mDeclared = std::move(mDraft.declared);
+  mProgram.mSlotOfObject = std::move(mDraft.slotOfObject);
   mProgram.mInfeasible = mDraft.infeasible;
-  for (std::size_t i = 0; i < rows.GetRows().size(); ++i)
-    EmitRow(rows.GetRows()[i], conditions.GetCondition(i));
+  mProgram.mRules.reserve(rows.size());
+  for (std::size_t i = 0; i < rows.size(); ++i)
+    EmitRow(std::exchange(rows[i], {}), conditions.GetCondition(i));
+  rows = std::vector<LinearRows::Row>();
   for (std::size_t i = 0; i < gates.GetClauses().size(); ++i)
     if (!conditions.IsAbsorbed(i)) mBuilder.AddClause(gates.GetClauses()[i]);
   EmitFormulas(isTaken);

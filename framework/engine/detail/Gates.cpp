@@ -25,6 +25,9 @@ Gates::Gates(Draft& draft, std::vector<bool>& isTaken, const std::vector<bool>& 
   for (auto& clause : clauses) AddClause(std::move(clause));
   for (const Gate& gate : mGates)
     if (gate.isAlive) Emit(gate);
+  mLiterals = std::vector<Literal>();
+  mGateOf = std::vector<std::uint32_t>();
+  mGates = std::vector<Gate>();
 }
 
 Literal Gates::LiteralOf(Slot x, bool negated) const {

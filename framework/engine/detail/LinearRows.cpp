@@ -20,7 +20,10 @@ bool MultiplyBy(std::int64_t& product, std::int64_t value) {
 LinearRows::LinearRows(Draft& draft, std::vector<bool>& isTaken)
     : mDraft(draft), mFirstUse(draft.slots.size(), kNone) {
   isTaken.clear();
-  isTaken.reserve(draft.formulas.size() + draft.comparisons.size());
+  const std::size_t most = draft.formulas.size() + draft.comparisons.size();
+  isTaken.reserve(most);
+  mRows.reserve(most);
+  mMerged.reserve(most);
   const auto read = [&](const auto& said, auto reader) {
     Row row;
     isTaken.push_back((this->*reader)(said, row));
@@ -128,6 +131,9 @@ void LinearRows::CollectRows(Slot slot) {
 void LinearRows::Eliminate(const std::vector<bool>& isNeeded) {
   for (Slot slot = 0; slot < mFirstUse.size(); ++slot)
     if (mFirstUse[slot] != kNone && CanGiveWay(slot)) EliminateSlot(slot, isNeeded[slot]);
+  // Large models shall not hold what they no longer need.
+  mUses = std::vector<Use>();
+  mFirstUse = mMerged = std::vector<std::uint32_t>();
   for (Row& row : mRows)
     if (row.isAlive) Normalize(row);
   std::erase_if(mRows, [](const Row& row) { return !row.isAlive; });

@@ -2,6 +2,7 @@
 #define ZULTAV_ENGINE_DETAIL_LINEAR_ROWS_H
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "framework/engine/detail/Draft.h"
@@ -35,6 +36,7 @@ class LinearRows {
   void Eliminate(const std::vector<bool>& isNeeded);
   /// The rows that are left, each with distinct slots and without a common factor.
   const std::vector<Row>& GetRows() const { return mRows; }
+  std::vector<Row> TakeRows() { return std::move(mRows); }
 
  private:
   struct Use {

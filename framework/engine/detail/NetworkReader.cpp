@@ -81,6 +81,7 @@ class NetworkReader {
     mDraft.initial.reserve(2 * objects);
     mDraft.parents.reserve(objects);
     mDraft.formulas.reserve(network.GetNumberOfConstraints());
+    mDraft.declared.reserve(declared.size());
     for (ZULTaVoAny* value : declared) mDraft.declared.push_back(SlotOf(value, true));
   }
 
