@@ -13,6 +13,8 @@ constexpr int kSlices = 32;
 constexpr std::size_t kSupposedRounds = 20;
 // Runs for all of a shaving. In long chains each supposition may concern everything.
 constexpr std::size_t kRounds = 100, kRuns = 20000;
+// Of statements with more operations, on the average, there are fewer runs.
+constexpr std::size_t kOperations = 100;
 // Narrower ranges, relative to their magnitude, are Newton's business.
 constexpr double kNarrowest = 1e-6;
 
@@ -27,12 +29,19 @@ Shaving::Shaving(Engine& engine, const RealSystem& system) : mEngine(engine), mS
   mJoined.reserve(unknowns);
   mHull.resize(unknowns);
   mParts.resize(unknowns);
+  std::size_t operations = 0;
+  for (const RealSystem::Statement& statement : system.GetStatements())
+    operations += statement.operations.size();
+  const std::size_t statements = system.GetStatements().size();
+  mRuns = kRounds * statements +
+          kRuns * kOperations /
+              std::max(kOperations, operations / std::max<std::size_t>(statements, 1));
 }
 
 bool Shaving::Shave() {
   const auto count = static_cast<std::uint32_t>(mSystem.GetUnknowns().size());
   const std::uint64_t& runs = mEngine.GetStatistics().runs;
-  const std::uint64_t limit = runs + kRounds * mSystem.GetStatements().size() + kRuns;
+  const std::uint64_t limit = runs + mRuns;
   const std::uint32_t widest = FindWidest();
   for (std::uint32_t i = 0; i < count && runs < limit; ++i)
     if (!ShaveUnknown((widest + i) % count)) return false;

@@ -39,6 +39,7 @@ class Shaving {
   std::vector<RealRange> mHull;           // of the parts, for unknowns that all narrowed
   std::vector<std::uint32_t> mParts;      // how many parts narrowed the unknown
   std::uint32_t mPart = 0;
+  std::uint64_t mRuns = 0;  // that a shaving may take
 };
 
 }  // namespace zultav::engine
