@@ -158,10 +158,19 @@ class ExactCheck::Evaluation {
     }
     if (function == Function::kNegative && AreKnown({z}) && !AreKnown({x}))
       return Set(x, mProgram.GetSlot(x).isBoolean ? 1 - *mValues[z] : -*mValues[z]);
+    if (function == Function::kProduct) return CompleteFactor(z, x, y) || CompleteFactor(z, y, x);
     if (function != Function::kSum || x == y) return false;
     if (AreKnown({z, y}) && !AreKnown({x})) return Set(x, *mValues[z] - *mValues[y]);
     if (AreKnown({z, x}) && !AreKnown({y})) return Set(y, *mValues[z] - *mValues[x]);
     return false;
+  }
+  /// Where a remainder is left, the formula is found not to hold later.
+  bool CompleteFactor(Slot product, Slot known, Slot open) {
+    if (!AreKnown({product, known}) || AreKnown({open}) || mValues[known]->GetSign() == 0)
+      return false;
+    BigInteger quotient, remainder;
+    BigInteger::Divide(*mValues[product], *mValues[known], quotient, remainder);
+    return Set(open, std::move(quotient));
   }
   bool Complete(const Comparison& comparison) {
     const auto [relation, left, right, truth] = comparison;

@@ -131,6 +131,11 @@ class Terms {
   bool Cut(std::uint32_t i, const Reach& reach, Sum bound, bool& changed);
   bool PassEqual(Sum value, bool& changed);
   bool MayDivide(Sum value) const;
+  bool MayLeaveMultiple(Sum value, std::uint64_t divisor) const;
+  std::uint64_t GetMagnitude(std::uint32_t i) const {
+    const std::int64_t c = mNumbers[i + 1];
+    return c < 0 ? -static_cast<std::uint64_t>(c) : static_cast<std::uint64_t>(c);
+  }
 
   Engine& mEngine;
   const Slot* mSlots;
@@ -209,9 +214,11 @@ bool Terms<kIsWide>::PassEqual(Sum value, bool& changed) {
   for (std::uint32_t i = 0; i < mCount; ++i) {
     const Reach reach = GetReach(i);
     if (reach.lower == reach.upper) continue;
+    const IntegerRange before = mEngine.GetIntegers(mSlots[i]);
     bool narrows = false;
     if (!Cut<true>(i, reach, value, narrows) || !Cut<false>(i, reach, value, narrows)) return false;
-    if (!narrows) continue;
+    // A bound that is beyond 64 bits cuts nothing off an endless side.
+    if (!narrows || mEngine.GetIntegers(mSlots[i]) == before) continue;
     changed = true;
     if (kIsWide && (mLower.endless | mUpper.endless) != 0) {
       AddUp();
@@ -224,21 +231,34 @@ bool Terms<kIsWide>::PassEqual(Sum value, bool& changed) {
   return true;
 }
 
-/// Whether the common divisor of the coefficients that are still open allows the value.
+/// Whether multiples of the common divisor of all coefficients that are still open, and those of
+/// the greatest of them, can make up what the other terms leave of the value.
 template <bool kIsWide>
 bool Terms<kIsWide>::MayDivide(Sum value) const {
-  std::uint64_t divisor = 0;
-  Sum rest = value;
+  std::uint64_t common = 0, greatest = 0;
   for (std::uint32_t i = 0; i < mCount; ++i) {
-    const std::int64_t c = mNumbers[i + 1];
-    if (mEngine.IsFixedInteger(mSlots[i])) {
-      if (!SubtractFixed(i, rest)) return true;
-    } else {
-      divisor =
-          std::gcd(divisor, c < 0 ? -static_cast<std::uint64_t>(c) : static_cast<std::uint64_t>(c));
-    }
+    if (mEngine.IsFixedInteger(mSlots[i])) continue;
+    common = std::gcd(common, GetMagnitude(i));
+    greatest = std::max(greatest, GetMagnitude(i));
   }
-  return divisor == 0 || divisor > IntegerRange::kMax || rest % static_cast<Sum>(divisor) == 0;
+  return MayLeaveMultiple(value, common) && MayLeaveMultiple(value, greatest);
+}
+
+template <bool kIsWide>
+bool Terms<kIsWide>::MayLeaveMultiple(Sum value, std::uint64_t divisor) const {
+  if (divisor < 2 || divisor > IntegerRange::kMax) return true;
+  Sum least = value, greatest = value;
+  for (std::uint32_t i = 0; i < mCount; ++i) {
+    if (!mEngine.IsFixedInteger(mSlots[i]) && GetMagnitude(i) % divisor == 0) continue;
+    const Reach reach = GetReach(i);
+    if (reach.isEndlessBelow || reach.isEndlessAbove ||
+        __builtin_sub_overflow(least, reach.upper, &least) ||
+        __builtin_sub_overflow(greatest, reach.lower, &greatest))
+      return true;
+  }
+  const auto step = static_cast<Sum>(divisor);
+  Sum multiple = FloorQuotient(greatest, step);
+  return __builtin_mul_overflow(multiple, step, &multiple) || multiple >= least;
 }
 
 /// Waits until all but one term are fixed.
