@@ -117,10 +117,26 @@ TEST_P(ResumeTest, PartsAreTogetherTheWholeRun) {
 
 TEST_P(ResumeTest, EveryOptionOfTheSearchIsKept) {
   for (const std::string options :
-       {"--select first", "--select largest", "--select smallest", "--select round-robin",
-        "--split lower", "--split upper", "--split least", "--split greatest", "--eps 0.5",
-        "--eps 1e-3,1e-2", "--ratio 0", "--ratio 0.5", "-p 1e-3", "--trig-limits=-10,10", "-n 3",
-        "-n 1", "--select largest --split greatest --eps 0.1 --ratio 0.1 -p 1e-4 -n 2"}) {
+       {"--select by-kind",
+        "--select first",
+        "--select largest",
+        "--select smallest",
+        "--select round-robin",
+        "--restarts on",
+        "--select by-kind --restarts on --split upper",
+        "--split lower",
+        "--split upper",
+        "--split least",
+        "--split greatest",
+        "--eps 0.5",
+        "--eps 1e-3,1e-2",
+        "--ratio 0",
+        "--ratio 0.5",
+        "-p 1e-3",
+        "--trig-limits=-10,10",
+        "-n 3",
+        "-n 1",
+        "--select largest --split greatest --eps 0.1 --ratio 0.1 -p 1e-4 -n 2"}) {
     for (const std::string output : {"", " --digits full", " --format json", " --format module"}) {
       if (!output.empty() && options != "--select largest") continue;
       SCOPED_TRACE(options + output);

@@ -80,6 +80,7 @@ INSTANTIATE_TEST_SUITE_P(
                     {{"anna", true}, {"ben", true}, {"carl", false}, {"dora", true}}},
         ExampleCase{"scheduling", "", 3, {{"start", {2, 5, 7, 0, 5}}, {"makespan", 11}}},
         ExampleCase{"scheduling", "-D deadline=10", 0, {}},
+        ExampleCase{"sums_of_cubes", "", 1, {{"a", 1332}, {"b", 1525}, {"c", 1408}, {"d", 1461}}},
         ExampleCase{"unsatisfiable", "", 0, {}}),
     [](const auto& row) { return row.param.name + std::to_string(row.index); });
 
