@@ -233,6 +233,7 @@ class RandomModel : private Dice {
 
  private:
   static constexpr long kMax = 2147483646;
+  static inline const Integer kGreatestLiteral = (Integer(1) << 63) - 1;
 
   /// The least value of a domain: where squares, cubes and products leave what
   /// holds them, at the limits, anywhere, near zero.
@@ -272,7 +273,7 @@ class RandomModel : private Dice {
     Expression made{&form, {Make(form.signature[1], 3)}};
     if (form.signature[2] == 0) return made;
     const Maybe value = made.operands[0].Value(mSomewhere);
-    made.operands.push_back(value && abs(*value) <= kMax && Draw(2) == 0
+    made.operands.push_back(value && abs(*value) <= kGreatestLiteral && Draw(2) == 0
                                 ? Literal(*value)
                                 : Make(form.signature[2], 2));
     return made;
