@@ -97,6 +97,13 @@ INSTANTIATE_TEST_SUITE_P(
                    {1, -1},
                    {1, 1}}},
         ProofCase{"x, y : real = [-4, 4]; x + y = 0; x = 3 * y + sin(x);", {{0, 0}}},
+        ProofCase{"x, y : real = [-9, 9]; 3 * x + y = 0; x * (y + 1) = 0;",
+                  {{1.0 / 3, -1}, {0, 0}}},
+        // However a factor jumps, beside one that is 0.
+        ProofCase{"x, y : real = [0, 9]; y = 0 * floor(x) + 1; x * y = 3;", {{3, 1}}},
+        // Differences that cannot add up, at any distance.
+        ProofCase{"x, y, z : real; x < y; y < z; z < x;", {}},
+        ProofCase{"x, y, z : real; x + 0.1 <= y; y = z + 0.2; z <= x - 0.3;", {}},
         // Signs that do not matter, and one that does.
         ProofCase{"x : real = [-9, 9]; cos(x) = 0.5;",
                   {{-7.3303828583761843},
