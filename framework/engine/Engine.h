@@ -137,6 +137,7 @@ class ZULTAV_ENGINE_API Engine {
   /// 0.01: coarse enough that slow convergence ends after some hundred steps per decade, fine
   /// enough that the search rarely splits what propagation would still have narrowed.
   void SetNarrowingFraction(double fraction) { mFraction = fraction; }
+  double GetNarrowingFraction() const { return mFraction; }
   /// Runs allowed per propagation; 0: 2000 for each rule and 1000000 more.
   void SetRunLimit(std::uint64_t limit) { mRunLimit = limit; }
   std::uint64_t GetRunLimit() const { return mRunLimit; }

@@ -87,10 +87,13 @@ bool Shaving::ShaveUnknown(std::uint32_t unknown) {
 bool Shaving::Suppose(std::uint32_t unknown, const RealRange& part) {
   mEngine.Push();
   const std::uint64_t limit = mEngine.GetRunLimit();
+  const double fraction = mEngine.GetNarrowingFraction();
   mEngine.SetRunLimit(kSupposedRounds * mSystem.GetStatements().size());
+  mEngine.SetNarrowingFraction(std::max(fraction, kWorthwhile));
   const bool holds = mEngine.NarrowAndTell(SlotOf(unknown), part) &&
                      mEngine.Propagate() != Engine::Status::kFailed;
   mEngine.SetRunLimit(limit);
+  mEngine.SetNarrowingFraction(fraction);
   if (holds) JoinPart();
   mEngine.Pop();
   return holds;
