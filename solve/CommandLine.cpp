@@ -369,7 +369,8 @@ class Reader {
                  ReadNumberOption("--ratio", text, "a number from 0 up to, not including, 1",
                                   [](double ratio) { return ratio >= 0 && ratio < 1; });
            },
-           "A real that loses less than this share of its width is not\npropagated (0.01)")
+           "A real, or an integer of more than 65536 values, that loses less\nthan this share of "
+           "its width is not propagated (0.01)")
         ->type_name("R");
   }
 

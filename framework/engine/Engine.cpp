@@ -45,9 +45,11 @@ Engine::Engine(const Program& program, ZULTaVoNetwork* network)
     : mProgram(program), mNetwork(network) {
   const std::size_t slots = program.GetNumberOfSlots(), rules = program.GetRules().size();
   bool isTold = false, hasClauses = false, hasAllDifferent = false;
-  for (Slot x = 0; x < slots; ++x)
-    isTold = isTold || program.GetSlot(x).kind == Kind::kReal ||
-             (program.GetSlot(x).kind == Kind::kInteger && IsWide(program.GetInitialIntegers(x)));
+  for (Slot x = 0; x < slots; ++x) {
+    const Kind kind = program.GetSlot(x).kind;
+    mHasWide = mHasWide || (kind == Kind::kInteger && IsWide(program.GetInitialIntegers(x)));
+    isTold = isTold || mHasWide || kind == Kind::kReal;
+  }
   mHoleWords = 2 * slots;
   mRuleWords = mHoleWords + program.GetNumberOfHoleWords();
   mToldWords = mRuleWords + rules;
@@ -79,10 +81,13 @@ Engine::Engine(const Program& program, ZULTaVoNetwork* network)
   if (program.GetReals() != nullptr)
     mStatements = std::make_unique<StatementRunner>(*program.GetReals());
   ScheduleAll();
+  // What filters narrow at the outermost level is taken back in the end, too.
+  if (mFilters != nullptr && !network->PushState()) throw std::bad_alloc();
 }
 
 Engine::~Engine() {
   while (!mLevels.empty()) Pop();
+  if (mFilters != nullptr) mNetwork->PopState();
 }
 
 // --- What slots may be --------------------------------------------------------------------------
@@ -187,8 +192,7 @@ bool Engine::RaiseLower(Slot x, std::int64_t bound) {
   const SlotInfo& info = mProgram.GetSlot(x);
   if (info.holes != kNone) bound = FindAbove(x, info, bound);
   Set(2 * std::size_t{x}, bound);
-  if (IsWide({bound, upper}) && !IsWorthTelling(x)) return true;
-  Tell(x, bound == upper ? kLowerRaised | kFixed : kLowerRaised);
+  TellBounds(x, bound == upper ? kLowerRaised | kFixed : kLowerRaised);
   return true;
 }
 
@@ -198,8 +202,7 @@ bool Engine::DropUpper(Slot x, std::int64_t bound) {
   const SlotInfo& info = mProgram.GetSlot(x);
   if (info.holes != kNone) bound = FindBelow(x, info, bound);
   Set(2 * std::size_t{x} + 1, bound);
-  if (IsWide({lower, bound}) && !IsWorthTelling(x)) return true;
-  Tell(x, bound == lower ? kUpperLowered | kFixed : kUpperLowered);
+  TellBounds(x, bound == lower ? kUpperLowered | kFixed : kUpperLowered);
   return true;
 }
 
@@ -265,16 +268,26 @@ bool Engine::IsWorthTelling(const RealRange& told, const RealRange& now) const {
   return HasMoved(told.lower, now.lower, mFraction) || HasMoved(told.upper, now.upper, mFraction);
 }
 
-/// Whether a wide integer has narrowed enough since others were last told of it, who are told now.
-bool Engine::IsWorthTelling(Slot x) {
+/// Tells of an integer's bounds, and of what was kept back before.
+void Engine::TellBounds(Slot x, unsigned int events) {
+  if (mHasWide && IsWide(mProgram.GetInitialIntegers(x))) [[unlikely]]
+    events = TakeUntold(x, events);
+  if (events != 0) Tell(x, events);
+}
+
+/// All that others have not been told of a wide integer; nothing while it is wide and has lost
+/// little.
+unsigned int Engine::TakeUntold(Slot x, unsigned int events) {
   const std::size_t told = mToldWords + 2 * std::size_t{x};
   const IntegerRange before = {mWords[told], mWords[told + 1]}, now = GetIntegers(x);
-  if (!IsWorthTelling({LowerAsDouble(before), UpperAsDouble(before)},
-                      {LowerAsDouble(now), UpperAsDouble(now)}))
-    return false;
+  if (IsWide(now) && !IsWorthTelling({LowerAsDouble(before), UpperAsDouble(before)},
+                                     {LowerAsDouble(now), UpperAsDouble(now)}))
+    return 0;
+  if (now.lower != before.lower) events |= kLowerRaised;
+  if (now.upper != before.upper) events |= kUpperLowered;
   Set(told, now.lower);
   Set(told + 1, now.upper);
-  return true;
+  return events;
 }
 
 void Engine::Tell(Slot x, unsigned int events) {

@@ -42,7 +42,8 @@ class ZULTAV_ENGINE_API Engine {
   };
 
   /// Throws std::bad_alloc when memory ran out. The network is that of the program: where the
-  /// program has filters, its values follow those of the engine. Null: filters do nothing.
+  /// program has filters, its values follow those of the engine, and are what they were when the
+  /// engine is gone. Null: filters do nothing.
   Engine(const Program& program, ZULTaVoNetwork* network);
   ~Engine();
   Engine(const Engine&) = delete;
@@ -184,7 +185,8 @@ class ZULTAV_ENGINE_API Engine {
   bool RemoveWithin(Slot x, std::int64_t value);
   bool NarrowReal(Slot x, const RealRange& range, bool always);
   bool IsWorthTelling(const RealRange& told, const RealRange& now) const;
-  bool IsWorthTelling(Slot x);
+  void TellBounds(Slot x, unsigned int events);
+  unsigned int TakeUntold(Slot x, unsigned int events);
   void Tell(Slot x, unsigned int events);
 
   std::size_t FindHoleWord(const SlotInfo& info, std::uint64_t bit) const {
@@ -214,6 +216,7 @@ class ZULTAV_ENGINE_API Engine {
   std::array<Queue, kCosts> mQueues;
   std::uint32_t mScheduled = 0;  // a bit for each queue that is not empty
   bool mRunAgain = false;
+  bool mHasWide = false;  // integers of which little is not told at once
   std::uint32_t mRunning = kNone, mFailed = kNone;
   std::unique_ptr<Clauses> mClauses;  // null where there are none
   std::unique_ptr<AllDifferent> mAllDifferent;

@@ -80,6 +80,14 @@ TEST(SearchTest, APropagationThatIsCutShortLosesNothing) {
   EXPECT_EQ(Search(pairs, All(), 2).solutions.size(), 15u);
 }
 
+TEST(SearchTest, WhatFiltersNarrowIsTakenBack) {
+  TextModel read("x : real = [0, 1]; y : real; y = next(x);");
+  ASSERT_NE(read.model, nullptr) << read.error;
+  ZULTavSearch search(read.model->Network(), read.declared, All());
+  search.Run([](const ZULTavSolution&) { return true; });
+  EXPECT_TRUE(read.declared[1]->IsAny());
+}
+
 TEST(SearchTest, ASingleTypeThatNothingDecidesIsReportedAny) {
   const Found found = Search("x : single int; y : int = [1, 2];", All(), 2);
   EXPECT_EQ(found.solutions, (std::vector<std::string>{"Any [1,1] ", "Any [2,2] "}));
