@@ -99,8 +99,12 @@ class ExactCheck::Evaluation {
  public:
   Evaluation(const Program& program, const Engine& engine)
       : mProgram(program), mValues(program.GetNumberOfSlots()) {
+    // A constant at an end of the scale is a number, which no range says.
     for (Slot x = 0; x < mValues.size(); ++x)
-      if (IsInteger(x) && engine.IsFixedInteger(x)) mValues[x] = BigInteger(engine.GetLower(x));
+      if (IsInteger(x) && program.GetSlot(x).isConstant)
+        mValues[x] = BigInteger(program.GetInitialIntegers(x).lower);
+      else if (IsInteger(x) && engine.IsFixedInteger(x))
+        mValues[x] = BigInteger(engine.GetLower(x));
   }
 
   Verdict Run() {
@@ -245,10 +249,10 @@ ExactCheck::ExactCheck(const Program& program) : mProgram(program) {
 
 Verdict ExactCheck::Check(const Engine& engine) const {
   // Everywhere else the rules have decided by the numbers themselves.
-  const bool isBeyond = std::any_of(mSlots.begin(), mSlots.end(), [&](Slot x) {
-    return engine.GetLower(x) == IntegerRange::kMax || engine.GetUpper(x) == IntegerRange::kMin;
+  const bool isOpen = std::any_of(mSlots.begin(), mSlots.end(), [&](Slot x) {
+    return mProgram.GetSlot(x).kind == Kind::kInteger && !engine.IsFixedInteger(x);
   });
-  return mHasVastSums || isBeyond ? Evaluation(mProgram, engine).Run() : Verdict::kHolds;
+  return mHasVastSums || isOpen ? Evaluation(mProgram, engine).Run() : Verdict::kHolds;
 }
 
 }  // namespace zultav::engine

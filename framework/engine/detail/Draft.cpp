@@ -54,7 +54,9 @@ bool Draft::Unite(Slot x, Slot y) {
   if (y < x) std::swap(x, y);
   SlotInfo& kept = slots[x];
   const SlotInfo& other = slots[y];
-  if (kept.kind != other.kind || kept.kind == Kind::kOpaque) return false;
+  // A truth value that is equal to a number is none: its negation is another one.
+  if (kept.kind != other.kind || kept.isBoolean != other.isBoolean || kept.kind == Kind::kOpaque)
+    return false;
   const bool isReal = kept.kind == Kind::kReal;
   if (isReal && kept.isConstant && other.isConstant &&
       !(reals(x).IsScalar() && reals(y).IsScalar()))
@@ -66,7 +68,6 @@ bool Draft::Unite(Slot x, Slot y) {
       return false;
   }
   kept.isConstant = kept.isConstant || other.isConstant;
-  kept.isBoolean = kept.isBoolean || other.isBoolean;
   parents[y] = x;
   const std::size_t at = 2 * std::size_t{y};
   if (isReal)

@@ -19,6 +19,9 @@ Gates::Gates(Draft& draft, std::vector<bool>& isTaken, const std::vector<bool>& 
   ReadNegations(isTaken, isNeeded);
   ReadFormulas(isTaken);
   ReadComparisons(isTaken);
+  // What gave way after a clause was read.
+  for (auto& clause : mClauses)
+    for (Literal& literal : clause) literal = LiteralOf(literal.slot, literal.negated);
   Flatten(isNeeded);
   std::vector<std::vector<Literal>> clauses = std::move(mClauses);
   mClauses.clear();
@@ -31,8 +34,12 @@ Gates::Gates(Draft& draft, std::vector<bool>& isTaken, const std::vector<bool>& 
 }
 
 Literal Gates::LiteralOf(Slot x, bool negated) const {
-  const Literal literal = mLiterals[x];
-  return {literal.slot, literal.negated != negated};
+  Literal literal = {x, negated};
+  while (mLiterals[literal.slot].slot != literal.slot) {
+    const Literal& other = mLiterals[literal.slot];
+    literal = {other.slot, other.negated != literal.negated};
+  }
+  return literal;
 }
 
 void Gates::ReadNegations(std::vector<bool>& isTaken, const std::vector<bool>& isNeeded) {

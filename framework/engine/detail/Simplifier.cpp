@@ -216,6 +216,11 @@ class Simplifier {
   }
 
   bool IsTotal(const Formula& formula) {
+    // That a function of reals is whole says something.
+    const auto isReal = [this](Slot x) { return InfoOf(x).kind == Kind::kReal; };
+    if (!isReal(formula.result) && formula.function != Function::kSign &&
+        (isReal(formula.first) || isReal(formula.second)))
+      return false;
     if (formula.function == Function::kPower) return ExponentOf(formula.second).lower >= 0;
     return !RowOf(formula.function).isPartial;
   }
