@@ -34,6 +34,16 @@ struct Operation {
 /// The principal branch.
 #define INVERSE(function, low, high) \
   [](const SubdefReal& x, const SubdefReal&) { return function(x, SubdefReal(low, high)); }
+/// A function of RealRange, brought between the limits.
+#define RANGE(formula)                                                                     \
+  [](const SubdefReal& first, const SubdefReal& second) {                                  \
+    const zultav::RealRange x(first.lower, first.upper);                                   \
+    const zultav::RealRange y(second.lower, second.upper);                                 \
+    const zultav::RealRange z = ((void)y, zultav::formula);                                \
+    return SubdefReal(std::clamp(z.lower, -kMax, kMax), std::clamp(z.upper, -kMax, kMax)); \
+  }
+#define MPFR(function) \
+  [](mpfr_ptr z, mpfr_srcptr x, mpfr_srcptr, mpfr_rnd_t d) { return mpfr_##function(z, x, d); }
 
 // clang-format off
 const Operation kOperations[] = {
@@ -58,6 +68,21 @@ const Operation kOperations[] = {
     {"base(z, 3)",  kMax / 2, false, 0,
      [](const SubdefReal& z, const SubdefReal&) { return base(z, 3.0); },
      [](mpfr_ptr z, mpfr_srcptr x, mpfr_srcptr, mpfr_rnd_t d) { return mpfr_cbrt(z, x, d); }},
+    {"Asin",        1,        false, 0, RANGE(Asin(x)), MPFR(asin)},
+    {"Acos",        1,        false, 0, RANGE(Acos(x)), MPFR(acos)},
+    {"Atan2",       kMax / 2, false, kMax / 2, RANGE(Atan2(x, y)), mpfr_atan2},
+    {"Hypot",       kMax / 2, false, kMax / 2, RANGE(Hypot(x, y)), mpfr_hypot},
+    {"Sinh",        45,       false, 0, RANGE(Sinh(x)), MPFR(sinh)},
+    {"Cosh",        45,       false, 0, RANGE(Cosh(x)), MPFR(cosh)},
+    {"Tanh",        45,       false, 0, RANGE(Tanh(x)), MPFR(tanh)},
+    {"Asinh",       kMax,     false, 0, RANGE(Asinh(x)), MPFR(asinh)},
+    {"Acosh",       kMax,     true,  0, RANGE(Acosh(x)), MPFR(acosh)},
+    {"Atanh",       0x1.fffffffffffffp-1, false, 0, RANGE(Atanh(x)), MPFR(atanh)},
+    {"Log2",        kMax,     true,  0, RANGE(Log2(x)), MPFR(log2)},
+    {"Log10",       kMax,     true,  0, RANGE(Log10(x)), MPFR(log10)},
+    {"Exp2",        64,       false, 0, RANGE(Exp2(x)), MPFR(exp2)},
+    {"Exp10",       19,       false, 0, RANGE(Exp10(x)), MPFR(exp10)},
+    {"Cbrt",        kMax,     false, 0, RANGE(Cbrt(x)), MPFR(cbrt)},
 };
 // clang-format on
 
@@ -99,6 +124,7 @@ Tally Run(const Operation& operation, std::int64_t points, std::uint64_t seed) {
     mpfr_set_d(a, x, MPFR_RNDN);
     mpfr_set_d(b, y, MPFR_RNDN);
     const int inexact = operation.oracle(c, a, b, MPFR_RNDD);
+    if (mpfr_nan_p(c)) continue;
     const double low = mpfr_get_d(c, MPFR_RNDD);
     double high = mpfr_get_d(c, MPFR_RNDU);
     if (inexact != 0 && mpfr_cmp_d(c, high) == 0) high = std::nextafter(high, HUGE_VAL);

@@ -16,6 +16,7 @@
 
 using namespace zultav::detail;
 
+using elementary::AddHalfTurns;
 using elementary::Angle;
 using elementary::Approximation;
 using elementary::AtanOfQuotient;
@@ -27,25 +28,8 @@ using zultav::RealRange;
 
 namespace {
 
-Approximation operator-(const Approximation& x) { return {-x.value, x.error}; }
-
 /// sqrt(1 - z^2), relative error below 2^-100.
-DoubleDouble Complement(double z) {
-  const DoubleDouble below = TwoSum(1.0, -z);
-  const DoubleDouble above = TwoSum(1.0, z);
-  const DoubleDouble square = below * above;
-  if (square.hi == 0) return {0, 0};
-  const double root = std::sqrt(square.hi);
-  const DoubleDouble product = TwoProduct(root, root);
-  return FastTwoSum(root, ((square.hi - product.hi) - product.lo + square.lo) / (2 * root));
-}
-
-/// m pi + y.
-Approximation AddHalfTurns(std::int64_t m, const Approximation& y) {
-  constexpr DoubleDouble kPi{0x1.921fb54442d18p+1, 0x1.1a62633145c07p-53};
-  const DoubleDouble sum = FromInteger(m) * kPi + y.value;
-  return {sum, MulAdd(0x1p-98, std::fabs(sum.hi), y.error)};
-}
+DoubleDouble Complement(double z) { return Sqrt(TwoSum(1.0, -z) * TwoSum(1.0, z)); }
 
 struct Sine {
   static constexpr double kLargest = 1;
@@ -168,6 +152,9 @@ SubdefReal Solve(const SubdefReal& z, const SubdefReal& x, const SubdefReal& win
   return Saturated(result);
 }
 
+/// The double above a quarter turn.
+constexpr double kHalfPi = 0x1.921fb54442d19p+0;
+
 SubdefReal ProcessWindow() { return {GetTrigLow(), GetTrigHigh()}; }
 
 }  // namespace
@@ -185,6 +172,36 @@ SubdefReal atan(const SubdefReal& z, const SubdefReal& x, const SubdefReal& wind
 SubdefReal asin(const SubdefReal& z, const SubdefReal& x) { return asin(z, x, ProcessWindow()); }
 SubdefReal acos(const SubdefReal& z, const SubdefReal& x) { return acos(z, x, ProcessWindow()); }
 SubdefReal atan(const SubdefReal& z, const SubdefReal& x) { return atan(z, x, ProcessWindow()); }
+
+// The principal branches: piece 0 of sine, piece 1 of cosine.
+
+RealRange zultav::Asin(const RealRange& x) {
+  const RealRange part = Intersection(x, {-1, 1});
+  if (part.IsEmpty()) return RealRange::Empty();
+  return Saturated<RealRange>(RootOn<Sine>(0, part.lower).lower, RootOn<Sine>(0, part.upper).upper);
+}
+
+RealRange zultav::Acos(const RealRange& x) {
+  const RealRange part = Intersection(x, {-1, 1});
+  if (part.IsEmpty()) return RealRange::Empty();
+  return Saturated<RealRange>(RootOn<Cosine>(1, part.upper).lower,
+                              RootOn<Cosine>(1, part.lower).upper);
+}
+
+RealRange zultav::InverseAsin(const RealRange& z, const RealRange& x) {
+  return Intersection(Sin(Intersection(z, {-kHalfPi, kHalfPi})), x);
+}
+
+RealRange zultav::InverseAcos(const RealRange& z, const RealRange& x) {
+  return Intersection(Cos(Intersection(z, {0, 2 * kHalfPi})), x);
+}
+
+RealRange zultav::InverseAtan(const RealRange& z, const RealRange& x) {
+  if (z.IsEmpty() || z.lower >= kHalfPi || z.upper <= -kHalfPi) return RealRange::Empty();
+  const double least = z.lower <= -kHalfPi ? -HUGE_VAL : Tan(RealRange::Point(z.lower)).lower;
+  const double greatest = z.upper >= kHalfPi ? HUGE_VAL : Tan(RealRange::Point(z.upper)).upper;
+  return Intersection({least, greatest}, x);
+}
 
 RealRange zultav::InverseSin(const RealRange& z, const RealRange& x, const RealRange& window) {
   return Solve<Sine>(z, x, window);

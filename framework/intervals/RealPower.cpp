@@ -127,6 +127,25 @@ RealRange RootAt(double z, double y) {
   });
 }
 
+constexpr DoubleDouble kLogTen{0x1.26bb1bbb55516p+1, -0x1.f48ad494ea3e9p-53};
+
+/// The logarithm of x >= 0 to the base of which `logOfBase` is the natural one, infinities included
+/// as limits.
+RealRange LogarithmAt(double x, double base, DoubleDouble logOfBase) {
+  if (x == 0 || x == 1 || x == HUGE_VAL)
+    return RealRange::Point(x == 0 ? -HUGE_VAL : x == 1 ? 0 : x);
+  const DoubleDouble y = elementary::Log(x).value / logOfBase;
+  return RoundOutward(Approximation{y, 0x1p-66 * std::fabs(y.hi)},
+                      [=](double d) { return -decide::Power(base, d, x); });
+}
+
+/// Of what of x is positive.
+RealRange Logarithm(const RealRange& x, double base, DoubleDouble logOfBase) {
+  if (x.IsEmpty() || x.upper <= 0) return RealRange::Empty();
+  return Saturated<RealRange>(LogarithmAt(std::max(x.lower, 0.0), base, logOfBase).lower,
+                              LogarithmAt(x.upper, base, logOfBase).upper);
+}
+
 // ---- Sets. A power is the exponential of exponent times logarithm, so that over a box of
 // non-negative bases and exponents it takes its extremes at the corners.
 
@@ -336,6 +355,12 @@ RealRange zultav::Power(const RealRange& x, std::int64_t n) {
   const RealRange y = Bounds(rounding::Nearest(n));
   return x.IsEmpty() ? x : Image(x, RealRange(), AllOf(y), y);
 }
+
+RealRange zultav::Log2(const RealRange& x) { return Logarithm(x, 2, elementary::kLogTwo); }
+RealRange zultav::Log10(const RealRange& x) { return Logarithm(x, 10, kLogTen); }
+RealRange zultav::Exp2(const RealRange& x) { return Power(RealRange::Point(2), x); }
+RealRange zultav::Exp10(const RealRange& x) { return Power(RealRange::Point(10), x); }
+RealRange zultav::Cbrt(const RealRange& x) { return InversePower(x, RealRange(), 3); }
 
 RealRange zultav::InverseSquare(const RealRange& z, const RealRange& x) {
   return InverseAbs(Sqrt(z), x);

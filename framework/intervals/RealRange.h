@@ -135,8 +135,30 @@ ZULTAV_INTERVALS_API RealRange Sin(const RealRange& x);
 ZULTAV_INTERVALS_API RealRange Cos(const RealRange& x);
 /// All reals when a pole lies inside x or a bound is beyond 1e14.
 ZULTAV_INTERVALS_API RealRange Tan(const RealRange& x);
-/// Principal branch.
+/// Principal branches, of what of x has one.
 ZULTAV_INTERVALS_API RealRange Atan(const RealRange& x);
+ZULTAV_INTERVALS_API RealRange Asin(const RealRange& x);
+ZULTAV_INTERVALS_API RealRange Acos(const RealRange& x);
+/// The angles in (-pi, pi] of the points (x, y), y the first argument; the origin has none.
+ZULTAV_INTERVALS_API RealRange Atan2(const RealRange& y, const RealRange& x);
+/// Distances of the points (x, y) from the origin.
+ZULTAV_INTERVALS_API RealRange Hypot(const RealRange& x, const RealRange& y);
+
+ZULTAV_INTERVALS_API RealRange Sinh(const RealRange& x);
+ZULTAV_INTERVALS_API RealRange Cosh(const RealRange& x);
+ZULTAV_INTERVALS_API RealRange Tanh(const RealRange& x);
+ZULTAV_INTERVALS_API RealRange Asinh(const RealRange& x);
+/// The one that is not negative, of what of x is at least 1.
+ZULTAV_INTERVALS_API RealRange Acosh(const RealRange& x);
+/// Of what of x lies between -1 and 1.
+ZULTAV_INTERVALS_API RealRange Atanh(const RealRange& x);
+
+/// Logarithms of what of x is positive.
+ZULTAV_INTERVALS_API RealRange Log2(const RealRange& x);
+ZULTAV_INTERVALS_API RealRange Log10(const RealRange& x);
+ZULTAV_INTERVALS_API RealRange Exp2(const RealRange& x);
+ZULTAV_INTERVALS_API RealRange Exp10(const RealRange& x);
+ZULTAV_INTERVALS_API RealRange Cbrt(const RealRange& x);
 
 /// To whole numbers: below, above, the nearest (halves away from zero).
 ZULTAV_INTERVALS_API RealRange Floor(const RealRange& x);
@@ -182,6 +204,18 @@ ZULTAV_INTERVALS_API RealRange InverseCos(const RealRange& z, const RealRange& x
                                           const RealRange& window);
 ZULTAV_INTERVALS_API RealRange InverseTan(const RealRange& z, const RealRange& x,
                                           const RealRange& window);
+/// Of the principal branches.
+ZULTAV_INTERVALS_API RealRange InverseAsin(const RealRange& z, const RealRange& x);
+ZULTAV_INTERVALS_API RealRange InverseAcos(const RealRange& z, const RealRange& x);
+ZULTAV_INTERVALS_API RealRange InverseAtan(const RealRange& z, const RealRange& x);
+/// The part of the ordinates y, of the abscissas x, of points of which some have angles in z; a few
+/// units in the last place wider than tightest.
+ZULTAV_INTERVALS_API RealRange InverseAtan2(const RealRange& z, const RealRange& y,
+                                            const RealRange& x);
+ZULTAV_INTERVALS_API RealRange InverseAtan2Abscissa(const RealRange& z, const RealRange& y,
+                                                    const RealRange& x);
+ZULTAV_INTERVALS_API RealRange InverseHypot(const RealRange& z, const RealRange& x,
+                                            const RealRange& y);
 /// Closed where the true sets are open at a jump.
 ZULTAV_INTERVALS_API RealRange InverseFloor(const RealRange& z, const RealRange& x);
 ZULTAV_INTERVALS_API RealRange InverseCeil(const RealRange& z, const RealRange& x);

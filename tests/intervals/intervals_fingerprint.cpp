@@ -61,10 +61,37 @@ int main() {
 
     using namespace zultav;
     const RealRange a(x.lower, x.upper), b(y.lower, y.upper), c(near.lower, near.upper);
-    for (const RealRange& z :
-         {a + b, a - b, a * b, a / b, Square(a), Sqrt(a), Exp(a), Log(a), Sin(c), Atan(a),
-          Power(a, 3), Power(c, b), Quotients(a, b, c), InverseCos(c, a, RealRange()),
-          InversePower(a, RealRange(), 5), InverseExponent(a, c, b), Remainder(a, c)})
+    for (const RealRange& z : {a + b,
+                               a - b,
+                               a * b,
+                               a / b,
+                               Square(a),
+                               Sqrt(a),
+                               Exp(a),
+                               Log(a),
+                               Sin(c),
+                               Atan(a),
+                               Power(a, 3),
+                               Power(c, b),
+                               Quotients(a, b, c),
+                               InverseCos(c, a, RealRange()),
+                               InversePower(a, RealRange(), 5),
+                               InverseExponent(a, c, b),
+                               Remainder(a, c),
+                               Asin(c),
+                               Acos(c),
+                               Atan2(a, b),
+                               InverseAtan2(c, a, b),
+                               Hypot(a, b),
+                               InverseHypot(a, b, c),
+                               Sinh(c),
+                               Cosh(c),
+                               Tanh(c),
+                               Asinh(a),
+                               Acosh(a),
+                               Atanh(c),
+                               Log2(a),
+                               Log10(a)})
       add(z);
   }
   std::printf("%016llx\n", static_cast<unsigned long long>(hash));

@@ -27,6 +27,12 @@ int PowerOfMagnitude(mpfr_ptr z, mpfr_srcptr x, mpfr_srcptr y, mpfr_rnd_t direct
   mpfr_abs(z, x, MPFR_RNDN);
   return mpfr_pow(z, z, y, direction);
 }
+/// The origin has no angle.
+int Angle(mpfr_ptr z, mpfr_srcptr y, mpfr_srcptr x, mpfr_rnd_t direction) {
+  if (mpfr_zero_p(x) == 0 || mpfr_zero_p(y) == 0) return mpfr_atan2(z, y, x, direction);
+  mpfr_set_nan(z);
+  return 0;
+}
 
 /// Where the extremes of a function over a box are: at its corners and zeros, or anywhere.
 enum class Extremes { kCorners, kAnywhere };
@@ -73,6 +79,25 @@ const Row kRows[] = {
     {"Cos", OF(Cos(x)), Unary<mpfr_cos>, kAnywhere, BACK(InverseCos(z, x, kWindow))},
     {"Tan", OF(Tan(x)), Unary<mpfr_tan>, kAnywhere, BACK(InverseTan(z, x, kWindow))},
     {"Atan", OF(Atan(x)), Unary<mpfr_atan>, kCorners},
+    {"PrincipalAtan", OF(Atan(x)), Unary<mpfr_atan>, kCorners, BACK(InverseAtan(z, x))},
+    {"Asin", OF(Asin(x)), Unary<mpfr_asin>, kCorners, BACK(InverseAsin(z, x))},
+    {"Acos", OF(Acos(x)), Unary<mpfr_acos>, kCorners, BACK(InverseAcos(z, x))},
+    {"Atan2", OF(Atan2(x, y)), Angle, kAnywhere, BACK(InverseAtan2(z, x, y)),
+     BACK(InverseAtan2Abscissa(z, x, y)), 6},
+    {"Hypot", OF(Hypot(x, y)), mpfr_hypot, kCorners, BACK(InverseHypot(z, x, y)),
+     BACK(InverseHypot(z, y, x))},
+    {"Sinh", OF(Sinh(x)), Unary<mpfr_sinh>, kCorners, BACK(Intersection(Asinh(z), x))},
+    {"Cosh", OF(Cosh(x)), Unary<mpfr_cosh>, kCorners, BACK(InverseAbs(Acosh(z), x))},
+    {"Tanh", OF(Tanh(x)), Unary<mpfr_tanh>, kCorners, BACK(Intersection(Atanh(z), x))},
+    {"Asinh", OF(Asinh(x)), Unary<mpfr_asinh>, kCorners, BACK(Intersection(Sinh(z), x))},
+    {"Acosh", OF(Acosh(x)), Unary<mpfr_acosh>, kCorners,
+     BACK(Intersection(Cosh(Intersection(z, {0, HUGE_VAL})), x))},
+    {"Atanh", OF(Atanh(x)), Unary<mpfr_atanh>, kCorners, BACK(Intersection(Tanh(z), x))},
+    {"Log2", OF(Log2(x)), Unary<mpfr_log2>, kCorners, BACK(Intersection(Exp2(z), x))},
+    {"Log10", OF(Log10(x)), Unary<mpfr_log10>, kCorners, BACK(Intersection(Exp10(z), x))},
+    {"Exp2", OF(Exp2(x)), Unary<mpfr_exp2>, kCorners, BACK(Intersection(Log2(z), x))},
+    {"Exp10", OF(Exp10(x)), Unary<mpfr_exp10>, kCorners, BACK(Intersection(Log10(z), x))},
+    {"Cbrt", OF(Cbrt(x)), Unary<mpfr_cbrt>, kCorners, BACK(Intersection(Power(z, 3), x))},
     {"Floor", OF(Floor(x)), Unary<mpfr_rint_floor>, kCorners, BACK(InverseFloor(z, x))},
     {"Ceil", OF(Ceil(x)), Unary<mpfr_rint_ceil>, kCorners, BACK(InverseCeil(z, x))},
     {"Round", OF(Round(x)), Unary<mpfr_rint_round>, kCorners, BACK(InverseRound(z, x))},
@@ -122,15 +147,15 @@ class RealRangeTest : public testing::TestWithParam<Row> {
     }
   }
 
-  /// Points of x: its bounds, its zeros with the sign of the side from which x reaches them,
-  /// others.
+  /// Points of x: its bounds, its units, its zeros with the sign of the side from which x reaches
+  /// them, others.
   std::vector<double> PointsOf(const R& x) {
     std::vector<double> points;
     if (x.IsEmpty()) return points;
     const double middle = x.GetMiddle();
     EXPECT_TRUE(x.Contains(middle) && std::isfinite(middle));
     for (const double p : {x.lower, x.upper, middle, std::nextafter(x.lower, middle),
-                           std::nextafter(x.upper, middle), mDoubles.Draw(DBL_MAX)})
+                           std::nextafter(x.upper, middle), mDoubles.Draw(DBL_MAX), -1.0, 1.0})
       if (x.Contains(p) && p != 0) points.push_back(p);
     if (x.Contains(0) && x.lower < 0) points.push_back(-0.0);
     if (x.Contains(0) && (x.lower == 0 || x.upper > 0)) points.push_back(0.0);

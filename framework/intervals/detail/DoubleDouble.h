@@ -109,6 +109,14 @@ ZULTAV_HOT DoubleDoubleOf<Number> operator/(DoubleDoubleOf<Number> x, DoubleDoub
   return FastTwoSum(quotient, rest * inverse);
 }
 
+/// The root of x >= 0. Relative error below 2^-100.
+inline DoubleDouble Sqrt(DoubleDouble x) {
+  if (x.hi == 0) return {0, 0};
+  const double root = std::sqrt(x.hi);
+  const DoubleDouble square = TwoProduct(root, root);
+  return FastTwoSum(root, ((x.hi - square.hi) - square.lo + x.lo) / (2 * root));
+}
+
 inline DoubleDouble FlipSign(DoubleDouble x, std::int64_t bits) {
   return {FlipSign(x.hi, bits), FlipSign(x.lo, bits)};
 }

@@ -117,6 +117,8 @@ ZULTAV_HOT ApproximationOf<Number> LogOfNormal(Number x, double shift = 0) {
   return {y, 0x1.8p-67 * Fabs(y.hi)};
 }
 
+constexpr DoubleDouble kLogTwo{0x1.62e42fefa39efp-1, 0x1.abc9e3b39803fp-56};
+
 /// log(x) for any finite x > 0.
 ZULTAV_HOT Approximation Log(double x) {
   const bool subnormal = x < 0x1p-1022;
@@ -311,6 +313,15 @@ inline Approximation AtanOfQuotient(DoubleDouble n, DoubleDouble d) {
   const AtanCell<double> cell(ratio);
   const DoubleDouble centre{cell.centre, 0};
   return AddArcTangent(cell.angle, (n + -(centre * d)) / (d + centre * n));
+}
+
+inline Approximation operator-(const Approximation& x) { return {-x.value, x.error}; }
+
+/// m pi + y.
+inline Approximation AddHalfTurns(std::int64_t m, const Approximation& y) {
+  constexpr DoubleDouble kPi{0x1.921fb54442d18p+1, 0x1.1a62633145c07p-53};
+  const DoubleDouble sum = FromInteger(m) * kPi + y.value;
+  return {sum, MulAdd(0x1p-98, std::fabs(sum.hi), y.error)};
 }
 
 }  // namespace elementary

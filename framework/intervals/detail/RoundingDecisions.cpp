@@ -38,6 +38,22 @@ int SignOf(const FixedPoint& difference, double factor = 1) {
   return sign == 0 ? kUnknown : sign;
 }
 
+/// e^x 2^-exponent and e^-x 2^-exponent for x > 0.
+struct Exponentials {
+  int exponent;
+  FixedPoint rising, falling;
+
+  explicit Exponentials(double x) : exponent(static_cast<int>(x / 0x1.62e42fefa39efp-1 + 0.5)) {
+    const FixedPoint r = FixedPoint(x) - LogOfTwo() * static_cast<std::uint32_t>(exponent);
+    rising = ExpOfFraction(r);
+    falling = ExpOfFraction(-r) * FixedPoint(std::ldexp(1, -2 * exponent));
+  }
+  /// 2 d in units of 2^exponent, which are of the size of either.
+  FixedPoint Twice(double d) const {
+    return FixedPoint(std::min(std::ldexp(d, 1 - exponent), 0x1p60));
+  }
+};
+
 /// Whether x^y is d exactly. An exact power takes square roots of x until y is whole; then only a
 /// power of two can have a negative exponent, and otherwise 3^34 has too many bits already.
 bool IsExactPower(double x, double y, double d) {
@@ -92,6 +108,31 @@ int Tan(double x, double d) {
 int Atan(double x, double d) {
   const Quadrants angle = DivideByHalfPi(d);
   return SignOf(FixedPoint(x) * angle.Cos() - angle.Sin(), x);
+}
+
+int Sinh(double x, double d) {
+  const Exponentials e(x);
+  return SignOf(e.rising - e.falling - e.Twice(d));
+}
+
+int Cosh(double x, double d) {
+  const Exponentials e(x);
+  return SignOf(e.rising + e.falling - e.Twice(d));
+}
+
+int Tanh(double x, double d) {
+  const Exponentials e(x);
+  return SignOf(e.rising - e.falling - FixedPoint(d) * (e.rising + e.falling));
+}
+
+int Atan2(double y, double x, double d) {  // as the sine of the difference
+  const Quadrants angle = DivideByHalfPi(d);
+  return SignOf(FixedPoint(y) * angle.Cos() - FixedPoint(x) * angle.Sin());
+}
+
+int Hypot(double x, double y, double d) {  // no bit of a square is lost
+  const auto square = [](double root) { return FixedPoint(root) * FixedPoint(root); };
+  return (square(x) + square(y) - square(d)).Sign(-256);
 }
 
 int Power(double x, double y, double d) {

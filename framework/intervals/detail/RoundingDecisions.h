@@ -31,6 +31,14 @@ int Sin(double x, std::int64_t quarters, double d);
 int Tan(double x, double d);
 /// atan(x) - d for |x| < 2^60 and |d| < pi/2.
 int Atan(double x, double d);
+/// Hyperbolic functions of x minus d. 2^-30 < x < 800, d > 0.
+int Sinh(double x, double d);
+int Cosh(double x, double d);
+int Tanh(double x, double d);
+/// The angle of (x, y) minus d: y > 0, y / |x| in [2^-60, 2^60] and both below 2, 0 < d <= pi.
+int Atan2(double y, double x, double d);
+/// The root of x^2 + y^2 minus d: all in [2^-60, 4). Known for certain.
+int Hypot(double x, double y, double d);
 /// x^y - d for x, d > 0, x not 1, and 2^-60 < |y log(x)|; 0 exactly for an exact power.
 int Power(double x, double y, double d);
 
