@@ -4,6 +4,7 @@
 #include <cmath>
 #include <optional>
 #include <span>
+#include <utility>
 
 #include "framework/engine/detail/BigInteger.h"
 
@@ -15,6 +16,7 @@ using Verdict = ExactCheck::Verdict;
 
 // The longest numbers that are looked at, in bits.
 constexpr std::uint64_t kLongest = 1 << 14;
+constexpr std::uint64_t kLongestDivisor = 1 << 8;  // of both numbers of which one is sought
 // Sums of products that rules add up in any case.
 constexpr double kVast = 0x1p125;
 
@@ -66,11 +68,22 @@ Result Evaluate(Function function, const BigInteger& x, const BigInteger& y) {
       return give(x.GetSign() < 0 ? -x : x);
     case Function::kSign:
       return give(x.GetSign());
+    case Function::kGcd: {
+      if (std::min(x.GetBits(), y.GetBits()) > kLongestDivisor) return None(Verdict::kUnknown);
+      BigInteger divisor = x, rest = y, quotient, remainder;
+      while (rest.GetSign() != 0) {
+        BigInteger::Divide(divisor, rest, quotient, remainder);
+        divisor = std::exchange(rest, remainder);
+      }
+      return give(divisor.GetSign() < 0 ? -divisor : divisor);
+    }
     case Function::kQuotient:
+    case Function::kDiv:
     case Function::kRemainder: {
       if (y.GetSign() == 0) return None(Verdict::kFails);
       BigInteger quotient, remainder;
       BigInteger::Divide(x, y, quotient, remainder);
+      if (function == Function::kDiv) return give(quotient);
       if (function == Function::kRemainder) return give(remainder);
       return remainder.GetSign() == 0 ? give(quotient) : None(Verdict::kFails);
     }

@@ -1,5 +1,6 @@
 #include "framework/engine/Function.h"
 
+#include <algorithm>
 #include <cfloat>
 #include <cmath>
 #include <iterator>
@@ -423,6 +424,240 @@ struct CeilFunction : Rounding<CeilFunction> {
   static bool Project(const R& z, R& x, R&) { return Meet(x, InverseCeil(z, x)); }
 };
 
+struct HyperbolicSine : Invertible<Function::kAsinh, Transcendental> {
+  static constexpr const char* kName = "sinh";
+  static R Evaluate(const R& x, const R&) { return Sinh(x); }
+  static bool Project(const R& z, R& x, R&) { return Meet(x, Asinh(z)); }
+  static bool CalcSlopes(const SlopeArguments& at, Slopes& slopes) {
+    return Give(slopes, Cosh(Hull(at.x, at.xc)));
+  }
+};
+
+struct HyperbolicCosine : Transcendental {
+  static constexpr const char* kName = "cosh";
+  static constexpr bool kIsEven = true;
+  static R Evaluate(const R& x, const R&) { return Cosh(x); }
+  static bool Project(const R& z, R& x, R&) { return Meet(x, InverseAbs(Acosh(z), x)); }
+  static bool CalcSlopes(const SlopeArguments& at, Slopes& slopes) {
+    return Give(slopes, Sinh(Hull(at.x, at.xc)));
+  }
+};
+
+struct HyperbolicTangent : Invertible<Function::kAtanh, Transcendental> {
+  static constexpr const char* kName = "tanh";
+  static R Evaluate(const R& x, const R&) { return Tanh(x); }
+  static bool Project(const R& z, R& x, R&) { return Meet(x, Atanh(z)); }
+  static bool CalcSlopes(const SlopeArguments& at, Slopes& slopes) {
+    return Give(slopes, kOne / Square(Cosh(Hull(at.x, at.xc))));
+  }
+};
+
+struct AreaSine : Invertible<Function::kSinh, Transcendental> {
+  static constexpr const char* kName = "asinh";
+  static R Evaluate(const R& x, const R&) { return Asinh(x); }
+  static bool Project(const R& z, R& x, R&) { return Meet(x, Sinh(z)); }
+  static bool CalcSlopes(const SlopeArguments& at, Slopes& slopes) {
+    return Give(slopes, kOne / Hypot(kOne, Hull(at.x, at.xc)));
+  }
+};
+
+/// The branch that is not negative.
+struct AreaCosine : Transcendental {
+  static constexpr const char* kName = "acosh";
+  static constexpr bool kIsPartial = true;
+  static R Evaluate(const R& x, const R&) { return Acosh(x); }
+  static bool Project(const R& z, R& x, R&) {
+    return Meet(x, Cosh(Intersection(z, {0, R::sMaxValue})));
+  }
+  static bool CalcSlopes(const SlopeArguments& at, Slopes& slopes) {
+    const R x = Hull(at.x, at.xc);
+    return x.lower > 1 && Give(slopes, kOne / Sqrt((x - kOne) * (x + kOne)));
+  }
+  static bool IsContinuous(const R& x, const R&) { return x.lower >= 1; }
+};
+
+struct AreaTangent : Invertible<Function::kTanh, Transcendental> {
+  static constexpr const char* kName = "atanh";
+  static constexpr bool kIsPartial = true;
+  static R Evaluate(const R& x, const R&) { return Atanh(x); }
+  static bool Project(const R& z, R& x, R&) { return Meet(x, Tanh(z)); }
+  static bool CalcSlopes(const SlopeArguments& at, Slopes& slopes) {
+    const R x = Hull(at.x, at.xc);
+    return IsContinuous(x, x) && Give(slopes, kOne / ((kOne - x) * (kOne + x)));
+  }
+  static bool IsContinuous(const R& x, const R&) { return x.lower > -1 && x.upper < 1; }
+};
+
+/// Exponential and logarithm to a base; Logarithm its natural one.
+template <class Self, Function Inverse>
+struct ExponentialTo : Invertible<Inverse, Transcendental> {
+  static bool CalcSlopes(const SlopeArguments& at, Slopes& slopes) {
+    return Give(slopes, Self::Evaluate(Hull(at.x, at.xc), kZero) * Self::kLogOfBase);
+  }
+};
+template <class Self, Function Inverse>
+struct LogarithmTo : Invertible<Inverse, Transcendental> {
+  static constexpr bool kIsPartial = true;
+  static bool CalcSlopes(const SlopeArguments& at, Slopes& slopes) {
+    const R x = Hull(at.x, at.xc);
+    return x.lower > 0 && Give(slopes, kOne / (x * Self::kLogOfBase));
+  }
+  static bool IsContinuous(const R& x, const R&) { return x.lower > 0; }
+};
+constexpr R kLogOfTwo = {0x1.62e42fefa39efp-1, 0x1.62e42fefa39f0p-1};
+constexpr R kLogOfTen = {0x1.26bb1bbb55515p+1, 0x1.26bb1bbb55516p+1};
+
+struct BinaryExponential : ExponentialTo<BinaryExponential, Function::kLog2> {
+  static constexpr const char* kName = "exp2";
+  static constexpr R kLogOfBase = kLogOfTwo;
+  static R Evaluate(const R& x, const R&) { return Exp2(x); }
+  static bool Project(const R& z, R& x, R&) { return Meet(x, Log2(z)); }
+};
+struct DecimalExponential : ExponentialTo<DecimalExponential, Function::kLog10> {
+  static constexpr const char* kName = "exp10";
+  static constexpr R kLogOfBase = kLogOfTen;
+  static R Evaluate(const R& x, const R&) { return Exp10(x); }
+  static bool Project(const R& z, R& x, R&) { return Meet(x, Log10(z)); }
+};
+struct BinaryLogarithm : LogarithmTo<BinaryLogarithm, Function::kExp2> {
+  static constexpr const char* kName = "log2";
+  static constexpr R kLogOfBase = kLogOfTwo;
+  static R Evaluate(const R& x, const R&) { return Log2(x); }
+  static bool Project(const R& z, R& x, R&) { return Meet(x, Exp2(z)); }
+};
+struct DecimalLogarithm : LogarithmTo<DecimalLogarithm, Function::kExp10> {
+  static constexpr const char* kName = "log10";
+  static constexpr R kLogOfBase = kLogOfTen;
+  static R Evaluate(const R& x, const R&) { return Log10(x); }
+  static bool Project(const R& z, R& x, R&) { return Meet(x, Exp10(z)); }
+};
+
+struct CubicRoot : Transcendental {
+  static constexpr const char* kName = "cbrt";
+  static R Evaluate(const R& x, const R&) { return Cbrt(x); }
+  static bool Project(const R& z, R& x, R&) { return Meet(x, Power(z, 3)); }
+  /// a^3 - b^3 = (a - b) (a^2 + a b + b^2).
+  static bool CalcSlopes(const SlopeArguments& at, Slopes& slopes) {
+    const R inverse = Square(at.z) + at.z * at.zc + Square(at.zc);
+    return inverse.lower > 0 && Give(slopes, kOne / inverse);
+  }
+};
+
+struct Hypotenuse : Binary {
+  static constexpr const char* kName = "hypot";
+  static constexpr bool kIsCommutative = true, kHasIntegers = false;
+  static R Evaluate(const R& x, const R& y) { return Hypot(x, y); }
+  static bool Project(const R& z, R& x, R& y) {
+    return Meet(x, InverseHypot(z, x, y)) && Meet(y, InverseHypot(z, y, x));
+  }
+  /// Cosine and sine of the angle.
+  static bool CalcSlopes(const SlopeArguments& at, Slopes& slopes) {
+    const R x = Hull(at.x, at.xc), y = Hull(at.y, at.yc), z = Hull(at.z, at.zc);
+    const R all = {-1, 1};
+    if (z.lower == 0) return Give(slopes, all, all);
+    return Give(slopes, Intersection(x / z, all), Intersection(y / z, all));
+  }
+};
+
+/// What is common to the principal inverses of sine and cosine.
+struct PrincipalArc : Transcendental {
+  static constexpr bool kIsPartial = true;
+  static bool GiveSlopes(const SlopeArguments& at, Slopes& slopes, double sign) {
+    const R x = Hull(at.x, at.xc);
+    return x.lower > -1 && x.upper < 1 &&
+           Give(slopes, R::Point(sign) / Sqrt((kOne - x) * (kOne + x)));
+  }
+  static bool IsContinuous(const R& x, const R&) { return x.lower >= -1 && x.upper <= 1; }
+};
+struct ArcSine : PrincipalArc {
+  static constexpr const char* kName = "arcsin";
+  static R Evaluate(const R& x, const R&) { return Asin(x); }
+  static bool Project(const R& z, R& x, R&) { return Meet(x, InverseAsin(z, x)); }
+  static bool CalcSlopes(const SlopeArguments& at, Slopes& slopes) {
+    return GiveSlopes(at, slopes, 1);
+  }
+};
+struct ArcCosine : PrincipalArc {
+  static constexpr const char* kName = "arccos";
+  static R Evaluate(const R& x, const R&) { return Acos(x); }
+  static bool Project(const R& z, R& x, R&) { return Meet(x, InverseAcos(z, x)); }
+  static bool CalcSlopes(const SlopeArguments& at, Slopes& slopes) {
+    return GiveSlopes(at, slopes, -1);
+  }
+};
+
+struct ArcTangent : Transcendental {
+  static constexpr const char* kName = "arctan";
+  static R Evaluate(const R& x, const R&) { return Atan(x); }
+  static bool Project(const R& z, R& x, R&) { return Meet(x, InverseAtan(z, x)); }
+  static bool CalcSlopes(const SlopeArguments& at, Slopes& slopes) {
+    return Give(slopes, kOne / (kOne + Square(Hull(at.x, at.xc))));
+  }
+};
+
+/// The angle of the point (y, x), in this order as elsewhere: x is the ordinate here.
+struct AngleOfPoint : Binary {
+  static constexpr const char* kName = "atan2";
+  static constexpr bool kIsPartial = true, kHasIntegers = false;
+  static R Evaluate(const R& x, const R& y) { return Atan2(x, y); }
+  static bool Project(const R& z, R& x, R& y) {
+    return Meet(x, InverseAtan2(z, x, y)) && Meet(y, InverseAtan2Abscissa(z, x, y));
+  }
+  static bool CalcSlopes(const SlopeArguments& at, Slopes& slopes) {
+    const R x = Hull(at.x, at.xc), y = Hull(at.y, at.yc);
+    if (!IsContinuous(x, y)) return false;
+    const R square = Square(x) + Square(y);
+    return square.lower > 0 && Give(slopes, y / square, -(x / square));
+  }
+  /// It jumps at the axis to the left.
+  static bool IsContinuous(const R& x, const R& y) { return y.lower > 0 || !x.Contains(0); }
+};
+
+struct Division : Binary {
+  static constexpr const char* kName = "div";
+  static constexpr bool kIsPartial = true;
+  static R Evaluate(const R& x, const R& y) {
+    const R quotient = x / y;
+    return quotient.IsEmpty()
+               ? quotient
+               : R(std::trunc(quotient.lower) + 0.0, std::trunc(quotient.upper) + 0.0);
+  }
+  static bool Project(const R& z, R& x, R& y) {
+    const double divisor = Abs(y).upper;
+    return Meet(x, z * y + R(-divisor, divisor)) && !(y == kZero);
+  }
+  static I EvaluateIntegers(const I& x, const I& y) { return Div(x, y); }
+  static bool ProjectIntegers(const I& z, I& x, I& y) {
+    return Meet(x, DivDividends(z, x, y)) && Meet(y, DivDivisors(z, x, y));
+  }
+  static bool CalcSlopes(const SlopeArguments& at, Slopes& slopes) {
+    return IsContinuous(Hull(at.x, at.xc), Hull(at.y, at.yc)) && Give(slopes, kZero, kZero);
+  }
+  static bool IsContinuous(const R& x, const R& y) {
+    double whole = 0;
+    return TruncatedQuotient(x, y, whole);
+  }
+};
+
+/// Of whole numbers alone, so that reals say little of it.
+struct CommonDivisor : Binary {
+  static constexpr const char* kName = "gcd";
+  static constexpr bool kIsCommutative = true;
+  static R Evaluate(const R& x, const R& y) {
+    if (x.IsEmpty() || y.IsEmpty()) return R::Empty();
+    return {0, std::max(x.GetMagnitude(), y.GetMagnitude())};
+  }
+  static bool Project(const R& z, R& x, R& y) {
+    return z.upper >= 0 && !x.IsEmpty() && !y.IsEmpty();
+  }
+  static I EvaluateIntegers(const I& x, const I& y) { return Gcd(x, y); }
+  static bool ProjectIntegers(const I& z, I& x, I& y) {
+    return Meet(x, GcdArguments(z, x, y)) && Meet(y, GcdArguments(z, y, x));
+  }
+  static bool CalcSlopes(const SlopeArguments&, Slopes&) { return false; }
+  static bool IsContinuous(const R&, const R&) { return false; }
+};
+
 template <class F>
 constexpr FunctionRow MakeRow() {
   FunctionRow row = {F::kName,    F::kOperands,  F::Evaluate,      F::Project,    nullptr,
@@ -437,17 +672,19 @@ constexpr FunctionRow MakeRow() {
 
 }  // namespace
 
+// clang-format off
 constinit const FunctionRow kFunctionRows[kFunctions] = {
-    MakeRow<Identity>(),       MakeRow<Sum>(),
-    MakeRow<Difference>(),     MakeRow<Product>(),
-    MakeRow<Quotient>(),       MakeRow<Negative>(),
-    MakeRow<PowerFunction>(),  MakeRow<RemainderFunction>(),
-    MakeRow<Minimum>(),        MakeRow<Maximum>(),
-    MakeRow<Absolute>(),       MakeRow<SignFunction>(),
-    MakeRow<Exponential>(),    MakeRow<Logarithm>(),
-    MakeRow<SquareFunction>(), MakeRow<Root>(),
-    MakeRow<Sine>(),           MakeRow<Cosine>(),
-    MakeRow<Tangent>(),        MakeRow<RoundFunction>(),
-    MakeRow<FloorFunction>(),  MakeRow<CeilFunction>()};
+    MakeRow<Identity>(), MakeRow<Sum>(), MakeRow<Difference>(), MakeRow<Product>(),
+    MakeRow<Quotient>(), MakeRow<Negative>(), MakeRow<PowerFunction>(),
+    MakeRow<RemainderFunction>(), MakeRow<Minimum>(), MakeRow<Maximum>(), MakeRow<Absolute>(),
+    MakeRow<SignFunction>(), MakeRow<Exponential>(), MakeRow<Logarithm>(),
+    MakeRow<SquareFunction>(), MakeRow<Root>(), MakeRow<Sine>(), MakeRow<Cosine>(),
+    MakeRow<Tangent>(), MakeRow<RoundFunction>(), MakeRow<FloorFunction>(), MakeRow<CeilFunction>(),
+    MakeRow<HyperbolicSine>(), MakeRow<HyperbolicCosine>(), MakeRow<HyperbolicTangent>(),
+    MakeRow<AreaSine>(), MakeRow<AreaCosine>(), MakeRow<AreaTangent>(), MakeRow<BinaryLogarithm>(),
+    MakeRow<DecimalLogarithm>(), MakeRow<BinaryExponential>(), MakeRow<DecimalExponential>(),
+    MakeRow<CubicRoot>(), MakeRow<Hypotenuse>(), MakeRow<ArcSine>(), MakeRow<ArcCosine>(),
+    MakeRow<ArcTangent>(), MakeRow<AngleOfPoint>(), MakeRow<Division>(), MakeRow<CommonDivisor>()};
+// clang-format on
 
 }  // namespace zultav::engine

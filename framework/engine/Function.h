@@ -32,9 +32,27 @@ enum class Function : std::uint8_t {
   kTangent,
   kRound,
   kFloor,
-  kCeil
+  kCeil,
+  kSinh,
+  kCosh,
+  kTanh,
+  kAsinh,
+  kAcosh,
+  kAtanh,
+  kLog2,
+  kLog10,
+  kExp2,
+  kExp10,
+  kCbrt,
+  kHypot,
+  kAsin,
+  kAcos,
+  kAtan,
+  kAtan2,
+  kDiv,  ///< quotient, truncated
+  kGcd
 };
-inline constexpr int kFunctions = static_cast<int>(Function::kCeil) + 1;
+inline constexpr int kFunctions = static_cast<int>(Function::kGcd) + 1;
 
 /// Slopes of a function of x and y: f(x, y) - f(xc, yc) in first * (x - xc) + second * (y - yc).
 struct Slopes {

@@ -173,6 +173,27 @@ ZULTAV_INTERVALS_API IntegerRange RemainderDividends(const IntegerRange& r, cons
 ZULTAV_INTERVALS_API IntegerRange RemainderDivisors(const IntegerRange& r, const IntegerRange& x,
                                                     const IntegerRange& y);
 
+// Truncated quotients; by 0 there is none. The projections are hulls where the divisor is one
+// value, elsewhere they may be too wide.
+
+/// The quotients of x by y.
+ZULTAV_INTERVALS_API IntegerRange Div(const IntegerRange& x, const IntegerRange& y);
+/// The part of x with a quotient by y in q.
+ZULTAV_INTERVALS_API IntegerRange DivDividends(const IntegerRange& q, const IntegerRange& x,
+                                               const IntegerRange& y);
+/// The part of y by which x has a quotient in q.
+ZULTAV_INTERVALS_API IntegerRange DivDivisors(const IntegerRange& q, const IntegerRange& x,
+                                              const IntegerRange& y);
+
+// Greatest common divisors: not negative; of 0 and y it is |y|. They are hulls where both operands
+// are one value, elsewhere they may be too wide.
+
+/// The greatest common divisors of x and y.
+ZULTAV_INTERVALS_API IntegerRange Gcd(const IntegerRange& x, const IntegerRange& y);
+/// The part of x that has one with y in g.
+ZULTAV_INTERVALS_API IntegerRange GcdArguments(const IntegerRange& g, const IntegerRange& x,
+                                               const IntegerRange& y);
+
 // Between integers and reals ------------------------------------------------------------------
 
 /// The integers from `lower` to `upper`, which may be infinite.

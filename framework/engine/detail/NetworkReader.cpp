@@ -45,6 +45,23 @@ constexpr FunctionOfRule kFunctionRules[] = {
     {ZULTaVoRule::kRound,           Function::kRound    },
     {ZULTaVoRule::kFloor,           Function::kFloor    },
     {ZULTaVoRule::kCeil,            Function::kCeil     },
+    {ZULTaVoRule::kSinh,            Function::kSinh     },
+    {ZULTaVoRule::kCosh,            Function::kCosh     },
+    {ZULTaVoRule::kTanh,            Function::kTanh     },
+    {ZULTaVoRule::kAsinh,           Function::kAsinh    },
+    {ZULTaVoRule::kAcosh,           Function::kAcosh    },
+    {ZULTaVoRule::kAtanh,           Function::kAtanh    },
+    {ZULTaVoRule::kLog2,            Function::kLog2     },
+    {ZULTaVoRule::kLog10,           Function::kLog10    },
+    {ZULTaVoRule::kExp2,            Function::kExp2     },
+    {ZULTaVoRule::kCbrt,            Function::kCbrt     },
+    {ZULTaVoRule::kHypot,           Function::kHypot    },
+    {ZULTaVoRule::kArcsin,          Function::kAsin     },
+    {ZULTaVoRule::kArccos,          Function::kAcos     },
+    {ZULTaVoRule::kArctan,          Function::kAtan     },
+    {ZULTaVoRule::kAtan2,           Function::kAtan2    },
+    {ZULTaVoRule::kDiv,             Function::kDiv      },
+    {ZULTaVoRule::kGcd,             Function::kGcd      },
 };
 
 struct RelationOfRule {
