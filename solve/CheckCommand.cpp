@@ -12,10 +12,13 @@ void PrintHolding(const ZULTavModel& model, const std::string& file) {
             << " statements, " << model.Network().GetNumberOfConstraints() << " constraints\n";
   for (const ZULTavModel::Variable& variable : model.Variables()) {
     std::cout << "  " << variable.name;
-    if (variable.isArray)
-      std::cout << '[' << variable.firstIndex << ".."
-                << variable.firstIndex + static_cast<long>(variable.values.size()) - 1 << ']';
-    std::cout << " : " << variable.typeName << '\n';
+    const char* before = "[";
+    for (const ZULTavModel::Dimension& dimension : variable.dimensions) {
+      std::cout << before << dimension.first << ".."
+                << dimension.first + static_cast<long>(dimension.size) - 1;
+      before = ", ";
+    }
+    std::cout << (variable.IsArray() ? "]" : "") << " : " << variable.typeName << '\n';
   }
 }
 
@@ -26,10 +29,14 @@ nlohmann::ordered_json JsonOf(const ZULTavModel& model) {
         {"name", variable.name    },
         {"type", variable.typeName}
     };
-    if (variable.isArray) {
-      item["first"] = variable.firstIndex;
-      item["size"] = variable.values.size();
+    nlohmann::ordered_json first = nlohmann::ordered_json::array(), size = first;
+    for (const ZULTavModel::Dimension& dimension : variable.dimensions) {
+      first.push_back(dimension.first);
+      size.push_back(dimension.size);
     }
+    // Of an array with one index, numbers.
+    if (variable.IsArray()) item["first"] = first.size() == 1 ? first[0] : first;
+    if (variable.IsArray()) item["size"] = size.size() == 1 ? size[0] : size;
     variables.push_back(std::move(item));
   }
   return {

@@ -79,9 +79,7 @@ class TextReport final : public Report {
     std::size_t position = 0;
     for (const ZULTavModel::Variable& variable : model.Variables()) {
       for (std::size_t i = 0; i < variable.values.size(); ++i) {
-        std::cout << variable.name;
-        if (variable.isArray) std::cout << '[' << variable.firstIndex + static_cast<long>(i) << ']';
-        std::cout << " = ";
+        std::cout << variable.NameOf(i) << " = ";
         const ZULTaVoAny& value = values(position++);
         if (mFormat == Format::kModule) {
           value.PrintOn(std::cout);
@@ -156,17 +154,27 @@ class JsonReport final : public Report {
     return "UNKNOWN";
   }
 
+  /// How many lists begin with this value, and end before it: the array, its rows, theirs.
+  static std::size_t RowsBeginningAt(const ZULTavModel::Variable& variable, std::size_t value) {
+    std::size_t rows = 0;
+    std::size_t size = 1;
+    for (auto i = variable.dimensions.rbegin(); i != variable.dimensions.rend(); ++i, ++rows)
+      if (size *= i->size; value % size != 0) break;
+    return rows;
+  }
+
   static std::string ValuesOf(const ZULTavModel& model, const ValueAt& values) {
     std::string text = "{";
     std::size_t position = 0;
     for (const ZULTavModel::Variable& variable : model.Variables()) {
       if (text.size() > 1) text += ", ";
-      text += Quote(variable.name) + (variable.isArray ? ": [" : ": ");
+      text += Quote(variable.name) + ": ";
+      if (variable.IsArray() && variable.values.empty()) text += "[]";
       for (std::size_t i = 0; i < variable.values.size(); ++i) {
         if (i != 0) text += ", ";
-        text += JsonValue(values(position++));
+        text += std::string(RowsBeginningAt(variable, i), '[') + JsonValue(values(position++)) +
+                std::string(RowsBeginningAt(variable, i + 1), ']');
       }
-      if (variable.isArray) text += ']';
     }
     return text + '}';
   }

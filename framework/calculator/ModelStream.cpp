@@ -92,10 +92,32 @@ ZULTaVoConstant ReadNumber(ZULipstream& in, bool isInteger) {
   return number;
 }
 
-bool ReadFlag(ZULipstream& in) {
-  std::uint64_t flag = 0;
-  in.ReadUnsigned(flag, 1);
-  return flag != 0;
+// The number of dimensions is followed by the first index, 0 where there is none, and by the first
+// index and the size of each further dimension; the values tell the size of the first one.
+
+void WriteDimensions(ZULopstream& out, const std::vector<ZULTavModel::Dimension>& dimensions) {
+  out.WriteUnsigned(dimensions.size());
+  out << (dimensions.empty() ? 0L : dimensions[0].first);
+  for (std::size_t i = 1; i < dimensions.size(); ++i) {
+    out << dimensions[i].first;
+    out.WriteUnsigned(dimensions[i].size);
+  }
+}
+
+bool ReadDimensions(ZULipstream& in, std::vector<ZULTavModel::Dimension>& dimensions) {
+  std::uint64_t count = 0;
+  long first = 0;
+  in.ReadUnsigned(count, kMaxCount);
+  in >> first;
+  for (std::uint64_t i = 0; i < count && in.Good(); ++i) {
+    std::uint64_t size = 0;
+    if (i > 0) {
+      in >> first;
+      in.ReadUnsigned(size, kMaxCount);
+    }
+    dimensions.push_back({first, static_cast<std::size_t>(size)});
+  }
+  return in.Good();
 }
 
 std::vector<ZULTaVoAny*> ReadObjects(ZULipstream& in,
@@ -153,13 +175,19 @@ bool ReadVariable(ZULipstream& in, const std::vector<ZULTaVoAny*>& objects,
                   const ZULTaVoNetwork& network, ZULTavModel::Variable& variable) {
   in.ReadString(variable.name, kMaxName);
   in.ReadString(variable.typeName, kMaxName);
-  variable.isArray = ReadFlag(in);
-  in >> variable.firstIndex;
+  if (!ReadDimensions(in, variable.dimensions)) return false;
   std::uint64_t count = 0;
   in.ReadUnsigned(count, kMaxCount);
   for (; count > 0 && in.Good(); --count) variable.values.push_back(ReadItem(in, objects));
   if (!in.Good()) return false;
-  if (!variable.isArray && variable.values.size() != 1) in.Fail("a variable has no single value");
+  std::size_t rows = variable.values.size();
+  for (std::size_t i = 1; i < variable.dimensions.size(); ++i) {
+    const std::size_t size = variable.dimensions[i].size;
+    if (size != 0 && rows % size != 0) in.Fail("an array does not have the size that it says");
+    rows = size != 0 ? rows / size : 0;
+  }
+  if (variable.IsArray()) variable.dimensions[0].size = rows;
+  if (!variable.IsArray() && rows != 1) in.Fail("a variable has no single value");
   if (!variable.values.empty()) variable.type = network.GetType(variable.values.front());
   return in.Good();
 }
@@ -200,8 +228,7 @@ void ZULTavModel::Write(ZULopstream& out) const {
   for (const Variable& variable : mVariables) {
     out.WriteString(variable.name);
     out.WriteString(variable.typeName);
-    out.WriteUnsigned(variable.isArray);
-    out << variable.firstIndex;
+    WriteDimensions(out, variable.dimensions);
     out.WriteUnsigned(variable.values.size());
     std::for_each(variable.values.begin(), variable.values.end(), writeNumber);
   }

@@ -22,14 +22,23 @@ class ModelBuilder;
 /// A model that was read: its network, its named variables, and what it states, as expressions.
 class ZULTAV_CALCULATOR_API ZULTavModel {
  public:
+  /// The indices that one place between the brackets of an array may have: `size` from `first` on.
+  struct Dimension {
+    long first = 1;
+    std::size_t size = 0;
+  };
   /// A declared variable or array of variables.
   struct Variable {
     std::string name;
     std::string typeName;  ///< the registered name, such as "interval int"
     const ZULTaVoObjectDescriptor* type = nullptr;
-    std::vector<ZULTaVoAny*> values;  ///< objects of the network; one unless it is an array
-    bool isArray = false;
-    long firstIndex = 0;  ///< index of values[0]
+    /// Objects of the network; one unless it is an array, whose last index runs fastest.
+    std::vector<ZULTaVoAny*> values;
+    std::vector<Dimension> dimensions;  ///< of an array
+
+    bool IsArray() const { return !dimensions.empty(); }
+    /// The name of one value, such as "q[2,3]".
+    std::string NameOf(std::size_t value) const;
   };
 
   static constexpr std::uint32_t kNone = 0xffffffffu;

@@ -19,12 +19,7 @@ std::string ListText(const ZULTavModel& model, std::uint32_t place) {
 std::string ExpressionText(const ZULTavModel& model, std::uint32_t index) {
   const auto& node = model.Expressions()[index];
   std::ostringstream out;
-  if (node.IsVariable()) {
-    const auto& variable = model.Variables()[node.operands[0]];
-    out << variable.name;
-    if (variable.isArray) out << '[' << variable.firstIndex + long(node.operands[1]) << ']';
-    return out.str();
-  }
+  if (node.IsVariable()) return model.Variables()[node.operands[0]].NameOf(node.operands[1]);
   if (node.IsConstant()) {
     node.object->PrintOn(out);
     return out.str();

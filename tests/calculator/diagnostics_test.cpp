@@ -29,8 +29,8 @@ TEST(DiagnosticsTest, EveryFaultIsNamedWhereItStands) {
       {"x = (y + 2;",                              "1:11", {"expected an operator or ')', found ';'"}                            },
       {"x < y < 3;",                               "1:7",  {"cannot be chained", "a < b && b < c"}                               },
       {"x + = y;",                                 "1:5",  {"expected an expression, found '='"}                                 },
-      {"a[1, 2] : int;",                           "1:4",  {"expected '..' and the last index"}                                  },
-      {"a[3] : int;",                              "1:4",  {"expected '..' and the last index"}                                  },
+      {"a[1, 2] : int;",                           "1:3",  {"is a range, such as 1..9; this is the integer 1"}                   },
+      {"a[1..2, 3] : int;",                        "1:9",  {"is a range, such as 1..9; this is the integer 3"}                   },
       {"a int;",                                   "1:3",  {"';' after the statement, found 'int'"}                              },
       {"a : = 3;",                                 "1:5",  {"expected a type, found '='"}                                        },
       {"a : int == 3;",                            "1:9",  {"'=' and an initial value, or ';', after the type"}                  },
@@ -39,7 +39,7 @@ TEST(DiagnosticsTest, EveryFaultIsNamedWhereItStands) {
       {"a : int\nb : int;",                        "1:8",  {"'=' and an initial value, or ';', after the type\n"}                },
       {"let 3 = n;",                               "1:5",  {"expected the name of a constant, found '3'"}                        },
       {"for i = 1..3 : x = i;",                    "1:7",  {"expected 'in' and a range"}                                         },
-      {"for i in 1 : x = i;",                      "1:12", {"expected '..' and the last value"}                                  },
+      {"for i in 1 : x = i;",                      "1:10", {"is a range, such as 1..9; this is the integer 1"}                   },
       {"for i in 1..2 x = i;",                     "1:15", {"expected ',', 'where' or ':' after the range"}                      },
       {"for i in 1..2 : { x = i;",                 "1:25", {"expected '}' before the end of the text"}                           },
       {"for i in 1..2 : a : int;",                 "1:17", {"cannot be declared inside 'for'"}                                   },
@@ -58,7 +58,7 @@ TEST(DiagnosticsTest, EveryFaultIsNamedWhereItStands) {
       {"else x = 2;",                              "1:6",  {"'~p -> (x == 2)' for 'else'"}                                       },
       {"z : real = 3,5;",                          "1:13", {"found ','\n"}                                                       },
       {"z : integer = 3;",                         "1:5",  {"unknown type 'integer'", "'x : int;'"}                              },
-      {"z : int = 0..9;",                          "1:12", {"found '..'", "'[0, 10]'"}                                           },
+      {"z : int = 0..9;",                          "1:12", {"a set of integers", "'[0, 10]'"}                                    },
       {"x => y;",                                  "1:4",  {"found '>'", "'>='"}                                                 },
       {"w = w ** 2;",                              "1:8",  {"found '*'", "'x ^ y'"}                                              },
       {"x := 3;",                                  "1:4",  {"found '='", "'x = 3;'"}                                             },
@@ -100,9 +100,18 @@ TEST(DiagnosticsTest, EveryFaultIsNamedWhereItStands) {
       {"for i in 1..9, j in 2..2 : array[i] = j;", "1:28", {"index 4", "with i = 4, j = 2"}                                      },
       {"array[x] = 0;",                            "1:7",  {"an index must be an integer that is known"}                         },
       {"array[1.5] = 0;",                          "1:7",  {"an index must be an integer"}                                       },
+      {"sum(m[1, 4..5]) = 0;",                     "1:5",  {"index 5 is outside the range 4..4 of 'm'"}                          },
+      {"x = m[1, 4, 2];",                          "1:13", {"'m' has 2 indices, not 3"}                                          },
+      {"x = m[1];",                                "1:5",  {"'m' is an array; expected one element, such as m[1,4]"}             },
+      {"x = [1, 2];",                              "1:5",  {"this is a list; expected one value"}                                },
+      {"x = 1..2;",                                "1:6",  {"this is a set of integers; expected one value"}                     },
+      {"x = array[..];",                           "1:5",  {"this is a list"}                                                    },
+      {"x = max([1, *]);",                         "1:9",  {"this is '*'"}                                                       },
+      {"let g = [1, [2, y]];",                     "1:17", {"'y' is a variable"}                                                 },
+      {"x = [1, 2;",                               "1:10", {"expected an operator, ',' or ']', found ';'"}                       },
       {"x[1] = 0;",                                "1:1",  {"'x' is no array"}                                                   },
       {"for i in 1..x : y = i;",                   "1:13", {"'x' is a variable"}                                                 },
-      {"for i in 1..7/2 : y = i;",                 "1:13", {"a range must be an integer"}                                        },
+      {"for i in 1..7/2 : y = i;",                 "1:14", {"the ends of a range are integers"}                                  },
       {"for i in 1..2 where i : y = i;",           "1:21", {"a condition must be true or false"}                                 },
       {"let k = x + 1;",                           "1:9",  {"'x' is a variable"}                                                 },
       {"let k = 2^63;",                            "1:10", {"does not fit into 64 bits"}                                         },
@@ -136,8 +145,8 @@ TEST(DiagnosticsTest, EveryFaultIsNamedWhereItStands) {
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.source);
-    const Reading reading =
-        ReadModel("x, y : int; p, q : bool; w : real; array[1..3] : int;\n" + row.source);
+    const Reading reading = ReadModel(
+        "x, y : int; p, q : bool; w : real; array[1..3], m[1..2, 4..4] : int;\n" + row.source);
     ASSERT_FALSE(reading.errors.empty());
     const ZULTavDiagnostic& first = reading.errors[0];
     EXPECT_EQ(std::to_string(first.line - 1) + ":" + std::to_string(first.column), row.place);

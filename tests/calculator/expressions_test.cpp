@@ -6,7 +6,7 @@ namespace {
 
 constexpr const char* kDeclarations =
     "a, b, c, d : single int; p, q, r, s : bool; u[0..3] : single int; v[-1..1] : bool;"
-    "x, y : real; w : int; let n = 3;";
+    "x, y : real; w : int; let n = 3, C = [[4, 7], [1, 9]], I = 0..1; m[I, 1..n] : single int;";
 
 struct Row {
   std::string source, statements;
@@ -77,6 +77,21 @@ TEST(ExpressionsTest, LoopsAndAggregatesAreWrittenOut) {
       {"sum(p, a << b) = 1; sum(v) + int(p) = 2 * (int) p;",
        "count(p, (a << b)) = [1,1]; (count(v[-1], v[0], v[1]) + count(p)) = ([2,2] * count(p)); "                                            },
       {"w = sum(i in 1..n) (i == 2) + int(n >> 5);",                                   "w = [1,1]; "                                         },
+  });
+}
+
+TEST(ExpressionsTest, ListsAreIndexedAndSliced) {
+  Check({
+      {"a = C[2, 1] * m[1, n];",                                           "a = (1 * m[1,3]); "                      },
+      {"a = sum(m[.., 2]); a = max(m[0, 2..3]);",
+       "a = (m[0,2] + m[1,2]); a = (m[0,2] \\/ m[0,3]); "                                                            },
+      {"a = sum(C[.., 2]) + sum(C) + min(I);",                             "a = 37; "                                },
+      {"for i in I where i > 0 : alldifferent(m[i, ..]);",
+       "alldifferent(m[1,1], m[1,2], m[1,3]); "                                                                      },
+      {"a = sum(i in I) C[i + 1, 2] * u[i];",                              "a = ((7 * u[0]) + (9 * u[1])); "         },
+      {"sum(i in 1..2) [a, b] = 4; max([b, [c]]) = 0;",                    "((a + b) + (a + b)) = 4; (b \\/ c) = 0; "},
+      {"let k = [1..2, 5..6], h = C[2, ..]; a = sum(i in k[2]) i + h[2];", "a = 20; "                                },
+      {"for i in 5..4 : a = C[i, i]; sum([]) = a;",                        "0 = a; "                                 },
   });
 }
 

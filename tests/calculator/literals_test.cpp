@@ -232,7 +232,7 @@ TEST(LiteralsTest, DefinitionsReplaceAndSupplyConstants) {
       {"let n = 8;",                         {{"n", ""}},                         "expected an expression"              },
       {"let n = 8;",                         {{"n", "sqrt(-1)"}},                 "'n':1:1: error: this constant has no"},
       {"x : real = n;",                      {{"n", "1e30"}},                     "beyond the limits"                   },
-      {"let n = 8;",                         {{"n", "[1, 2]"}},                   "expected an expression"              },
+      {"let n = 8;",                         {{"n", "[1, 2"}},                    "expected an operator, ','"           },
       {"let n = 8; let n = 9;",              {{"n", "1"}},                        "has a meaning already"               },
       {"n : int;",                           {{"n", "8"}},                        "defined from outside"                },
       {"x : int; x = for;",                  {{"for", "8"}},                      "cannot be the name"                  },

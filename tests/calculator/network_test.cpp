@@ -158,8 +158,7 @@ TEST(NetworkTest, VariablesKeepOrderTypesAndInitialValues) {
   const auto& variables = reading.model->Variables();
   ASSERT_EQ(variables.size(), 4U);
   EXPECT_EQ(variables[0].name + variables[1].name + variables[2].name, "bqa");
-  EXPECT_TRUE(variables[1].isArray);
-  EXPECT_EQ(variables[1].firstIndex, -2);
+  EXPECT_EQ(variables[1].NameOf(0), "q[-2]");
   EXPECT_EQ(variables[1].values.size(), 3U);
   EXPECT_EQ(reading.ValueText("q", 2), "[1,2]");
   EXPECT_EQ(variables[3].values.size(), 0U);

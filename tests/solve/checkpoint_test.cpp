@@ -253,7 +253,7 @@ Result InterruptedBeforeAFullPipe(const std::string& arguments, bool mayWait) {
 
 TEST(CheckpointTest, NothingIsLostToSignalsBeforeAFullPipe) {
   const TemporaryFile model;
-  model.Set("b[1..12] : bool;");
+  model.Set("b[1..3, 0..3] : bool;");
   for (const std::string format : {"text", "json"}) {
     const std::string output = " --format " + format;
     const std::string whole = Solutions(Zultav("solve -a " + model.Name() + output));

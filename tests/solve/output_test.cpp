@@ -42,6 +42,9 @@ TEST(OutputTest, EachKindOfValueHasItsForm) {
       {"x[0..2] : int = [0, 4]; x[1] = 2;",
        {{{"lo", 0}, {"hi", 4}}, 2, {{"lo", 0}, {"hi", 4}}},
        "x[0] = [0,4]\nx[1] = [2,2]\nx[2] = [0,4]"                                                    },
+      {"x[0..1, 2..3] : bool; x[1, 2];",
+       {{"Any", "Any"}, {true, "Any"}},
+       "x[0,2] = Any\nx[0,3] = Any\nx[1,2] = True\nx[1,3] = Any"                                     },
   };
   for (const auto& [declaration, value, text] : rows) {
     SCOPED_TRACE(declaration);

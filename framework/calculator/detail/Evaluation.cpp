@@ -80,7 +80,17 @@ Value Interpreter::EvaluateNode(const Node& node, const Value* operands, const V
     case Node::Kind::kName:
       return EvaluateName(node);
     case Node::Kind::kElement:
-      return EvaluateElement(node, operands[0]);
+      return EvaluateElement(node, operands);
+    case Node::Kind::kRange:
+      return EvaluateRange(operands, node.span);
+    case Node::Kind::kLiteral:
+      return MakeList({operands, operands + node.count}, 1, node.span);
+    case Node::Kind::kEverything: {
+      Value value;
+      value.kind = Value::Kind::kEverything;
+      value.span = node.span;
+      return value;
+    }
     case Node::Kind::kPrefix:
     case Node::Kind::kBinary:
       return Operate({node.data, node.op, node.span}, operands, node.count, target);
@@ -111,7 +121,7 @@ Value Interpreter::EvaluateName(const Node& node) {
       if (mConstantOnly > 0)
         Fail(node.span, "'" + mNames.GetName(node.data) +
                             "' is a variable; expected what is known while the model is read");
-      const bool isArray = mBuilder.GetVariable(symbol.data).isArray;
+      const bool isArray = mBuilder.GetVariable(symbol.data).IsArray();
       value.kind = isArray ? Value::Kind::kArray : Value::Kind::kExpression;
       value.index = isArray ? symbol.data : mBuilder.LeafOf(symbol.data, 0);
       value.span = node.span;
@@ -125,32 +135,6 @@ Value Interpreter::EvaluateName(const Node& node) {
   FailUnknown(node, mRegistry.HasOperator(mNames.GetName(node.data))
                         ? "expected '(' and operands after the operator"
                         : "unknown name");
-}
-
-Value Interpreter::EvaluateElement(const Node& node, const Value& index) {
-  const Symbol symbol = SymbolOf(node.data);
-  const std::string& name = mNames.GetName(node.data);
-  if (symbol.kind == Symbol::Kind::kUnknown || symbol.kind == Symbol::Kind::kBroken)
-    FailUnknown(node, "unknown array");
-  if (symbol.kind != Symbol::Kind::kVariable || !mBuilder.GetVariable(symbol.data).isArray)
-    Fail(node.span, "'" + name + "' is no array");
-  if (mConstantOnly > 0)
-    Fail(node.span, "'" + name + "' is a variable; expected what is known while the model is read");
-  if (!index.IsConstant() || !index.constant.IsInteger())
-    Fail(index.span, "an index must be an integer that is known while the model is read",
-         {"it may use integers, 'let' constants and the indices of loops"});
-  const ZULTavModel::Variable& variable = mBuilder.GetVariable(symbol.data);
-  const std::int64_t first = variable.firstIndex;
-  const std::int64_t last = first + static_cast<std::int64_t>(variable.values.size()) - 1;
-  const std::int64_t at = index.constant.integer;
-  if (at < first || at > last)
-    Fail(node.span, "index " + std::to_string(at) + " is outside the range " +
-                        std::to_string(first) + ".." + std::to_string(last) + " of '" + name + "'");
-  Value value;
-  value.kind = Value::Kind::kExpression;
-  value.index = mBuilder.LeafOf(symbol.data, static_cast<std::size_t>(at - first));
-  value.span = node.span;
-  return value;
 }
 
 /// A registered operator by its name; `real(x)` is the operator "(real)".
@@ -177,9 +161,11 @@ Value Interpreter::EvaluateCall(const Node& node, const Value* operands, const V
 void Interpreter::CheckOperand(const Operation& operation, const Value& operand) const {
   if (operand.kind == Value::Kind::kArray) {
     const ZULTavModel::Variable& variable = mBuilder.GetVariable(operand.index);
-    Fail(operand.span, "'" + variable.name + "' is an array; expected one element, such as " +
-                           variable.name + "[" + std::to_string(variable.firstIndex) + "]");
+    Fail(operand.span, "'" + variable.name + "' is an array; expected one element" +
+                           (variable.values.empty() ? "" : ", such as " + variable.NameOf(0)));
   }
+  if (!operand.IsConstant() && !operand.IsExpression())
+    Fail(operand.span, "this is " + Describe(operand) + "; expected one value");
   if (operand.asserts && IsConnective(operation.op) && mBuilder.IsBoolean(operand))
     Fail(operand.span, "this comparison is stated, it has no truth value",
          {"for the truth of a comparison write '==', '<<>>', '<<', '<==', '>>', '>=='"});
@@ -221,22 +207,10 @@ void Interpreter::AddTerm(std::vector<Value>& terms, const Value& value) {
   terms.push_back(value);
 }
 
-/// Appends the value or, of an array, its elements.
-void Interpreter::SpreadInto(std::vector<Value>& terms, const Value& value) {
-  if (value.kind != Value::Kind::kArray) return AddTerm(terms, value);
-  const std::size_t size = mBuilder.GetVariable(value.index).values.size();
-  for (std::size_t i = 0; i < size; ++i) {
-    Value element = value;
-    element.kind = Value::Kind::kExpression;
-    element.index = mBuilder.LeafOf(value.index, i);
-    AddTerm(terms, element);
-  }
-}
-
 std::vector<Value> Interpreter::CollectTerms(const Comprehension& comprehension) {
   std::vector<Value> terms;
   ForEach(comprehension.generators, comprehension.where,
-          [&] { AddTerm(terms, Evaluate(comprehension.body)); });
+          [&] { SpreadInto(terms, Evaluate(comprehension.body)); });
   return terms;
 }
 
@@ -310,14 +284,29 @@ Value Interpreter::Combine(Aggregate aggregate, std::vector<Value> terms, Span s
 
 // --- Constants --------------------------------------------------------------------------------
 
-Value Interpreter::EvaluateConstant(NodeRange range) {
+/// A value, a list or a set.
+Value Interpreter::EvaluateKnown(NodeRange range) {
   const Scope constantOnly(mConstantOnly);
   const Value value = Evaluate(range);
-  CheckOperand({}, value);
+  if (!value.HasItems() && !value.IsSet()) CheckOperand({}, value);
   if (value.IsConstant() && value.constant.IsReal() &&
       !std::isfinite(value.constant.upper - value.constant.lower))
     Fail(SpanOf(range), "this constant is too large");
   return value;
+}
+
+Value Interpreter::EvaluateConstant(NodeRange range) {
+  const Value value = EvaluateKnown(range);
+  CheckOperand({}, value);
+  return value;
+}
+
+IntegerSet Interpreter::EvaluateSet(NodeRange range, std::string_view what) {
+  const Value value = EvaluateKnown(range);
+  if (!value.IsSet())
+    Fail(SpanOf(range),
+         std::string(what) + " is a range, such as 1..9; this is " + Describe(value));
+  return value.Set();
 }
 
 std::int64_t Interpreter::EvaluateInteger(NodeRange range, std::string_view what) {

@@ -98,7 +98,10 @@ std::string Interpreter::EvaluateValuePiece(Span piece, bool isLower, bool isUpp
   const Syntax* outer = std::exchange(mSyntax, &syntax);
   Value number;
   try {
-    number = EvaluateConstant(range);
+    number = EvaluateKnown(range);
+    if (number.IsSet())
+      Fail(number.span, "this is a set of integers", {"an interval is written '[0, 10]'"});
+    CheckOperand({}, number);
   } catch (const ModelError&) {
     mSyntax = outer;
     throw;
@@ -128,10 +131,12 @@ void Interpreter::ReadInitialValue(Span span, const LocalValue& value) {
   char before = ' ';
   for (std::uint32_t begin = span.position, at = begin; at <= span.End(); ++at) {
     const char c = at < span.End() ? source[at] : ' ';
-    if (c == '(') ++depth;
-    if (c == ')') --depth;
+    // Parentheses, and the brackets behind a name, belong to an expression.
+    if (c == '(' || (c == '[' && (depth > 0 || (at > begin && IsNameByte(source[at - 1])))))
+      ++depth;
     const bool ends = at == span.End() ||
                       (depth <= 0 && std::string_view("[]{},").find(c) != std::string_view::npos);
+    if (depth > 0 && (c == ')' || c == ']')) --depth;
     if (!ends) continue;
     const Span piece = Trim(source, {begin, at - begin});
     if (piece.length > 0)

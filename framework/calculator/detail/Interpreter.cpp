@@ -8,6 +8,12 @@
 
 namespace zultav::detail {
 
+namespace {
+
+constexpr std::size_t kMostIndices = 16;  // of an array
+
+}  // namespace
+
 Interpreter::Interpreter(ModelBuilder& builder, Registry& registry, NameTable& names,
                          const ZULTavCalculator::Limits& limits)
     : mBuilder(builder), mRegistry(registry), mNames(names), mLimits(limits) {
@@ -80,7 +86,7 @@ void Interpreter::Define(const std::string& name, const Source& text) {
   // cppcheck-suppress danglingLifetime; set anew before it is used again
   mSyntax = &syntax;
   Definition definition;
-  definition.value = EvaluateConstant(range);
+  definition.value = EvaluateKnown(range);
   definition.value.span = {};
   Symbol& symbol = SymbolOf(number);
   symbol.kind = Symbol::Kind::kConstant;
@@ -133,7 +139,7 @@ void Interpreter::ExecuteLet(const Statement& statement) {
   }
   Symbol symbol;
   try {
-    const Value value = EvaluateConstant(statement.expression);
+    const Value value = EvaluateKnown(statement.expression);
     symbol.kind = Symbol::Kind::kConstant;
     symbol.data = static_cast<std::uint32_t>(mConstants.size());
     mConstants.push_back(value);
@@ -181,32 +187,45 @@ void Interpreter::Declare(const Declarator& declarator, ModelBuilder::Type type,
   variable.name = mNames.GetName(declarator.name);
   variable.typeName = type->GetName();
   variable.type = type;
-  variable.isArray = declarator.isArray;
-  std::uint64_t count = 1;
-  if (declarator.isArray) {
-    const std::int64_t low = EvaluateInteger(declarator.low, "the first index");
-    const std::int64_t high = EvaluateInteger(declarator.high, "the last index");
-    count = high < low ? 0 : static_cast<std::uint64_t>(high) - static_cast<std::uint64_t>(low) + 1;
-    if (count > mLimits.arraySize || (high >= low && count == 0))
-      Fail(declarator.span, "the array '" + variable.name + "' of indices " + std::to_string(low) +
-                                ".." + std::to_string(high) + " is larger than the limit of " +
-                                std::to_string(mLimits.arraySize) + " elements");
-    variable.firstIndex = static_cast<long>(low);
-    if (variable.firstIndex != low || static_cast<long>(high) != high)
-      Fail(declarator.span, "the indices of an array must fit into 'long'");
-  }
+  variable.dimensions = EvaluateDimensions(declarator);
+  std::size_t count = 1;
+  for (const ZULTavModel::Dimension& dimension : variable.dimensions) count *= dimension.size;
   Symbol symbol;
   symbol.kind = Symbol::Kind::kVariable;
   Introduce(declarator.name, declarator.span, symbol);
   try {
-    const std::uint32_t index =
-        mBuilder.AddVariable(std::move(variable), static_cast<std::size_t>(count), initial);
+    const std::uint32_t index = mBuilder.AddVariable(std::move(variable), count, initial);
     SymbolOf(declarator.name).data = index;
   } catch (ModelError& error) {
     SymbolOf(declarator.name).kind = Symbol::Kind::kBroken;
     error.span = declarator.span;
     throw;
   }
+}
+
+/// Their product is within the limit on the size of arrays.
+std::vector<ZULTavModel::Dimension> Interpreter::EvaluateDimensions(const Declarator& declarator) {
+  std::vector<ZULTavModel::Dimension> result;
+  std::uint64_t count = 1;
+  for (const NodeRange range : declarator.indices) {
+    const IntegerSet set = EvaluateSet(range, "an index of an array");
+    if (set.GetRanges().size() > 1)
+      Fail(SpanOf(range), "the indices of an array are a range without gaps");
+    if (result.size() == kMostIndices)
+      Fail(SpanOf(range), "more indices than the limit of " + std::to_string(kMostIndices));
+    const IntegerSet::Range ends = set.IsEmpty() ? IntegerSet::Range{1, 0} : set.GetRanges()[0];
+    const auto overflows = __builtin_mul_overflow(count, set.GetSize(), &count);
+    if (overflows || count > mLimits.arraySize)
+      Fail(declarator.span, "the array '" + mNames.GetName(declarator.name) + "' of indices " +
+                                std::to_string(ends.low) + ".." + std::to_string(ends.high) +
+                                " is larger than the limit of " +
+                                std::to_string(mLimits.arraySize) + " elements");
+    const auto first = static_cast<long>(ends.low);
+    if (first != ends.low || static_cast<long>(ends.high) != ends.high)
+      Fail(declarator.span, "the indices of an array must fit into 'long'");
+    result.push_back({first, static_cast<std::size_t>(set.GetSize())});
+  }
+  return result;
 }
 
 // --- Loops ------------------------------------------------------------------------------------
@@ -228,52 +247,66 @@ void Interpreter::NoteIndices(ModelError& error, const std::vector<Generator>& g
   if (!values.empty()) error.notes.push_back(values);
 }
 
-/// Introduces the index with its first value; answers the last one.
-std::int64_t Interpreter::Enter(const Generator& generator) {
-  const std::int64_t low = EvaluateInteger(generator.low, "a range");
-  const std::int64_t high = EvaluateInteger(generator.high, "a range");
-  if (low <= high &&
-      static_cast<std::uint64_t>(high) - static_cast<std::uint64_t>(low) >= mLimits.iterations)
-    Fail(generator.span, "the range " + std::to_string(low) + ".." + std::to_string(high) +
+/// Introduces the index with its first value; answers all that it has.
+IntegerSet Interpreter::Enter(const Generator& generator) {
+  IntegerSet set = EvaluateSet(generator.set, "what an index runs through");
+  if (set.GetSize() > mLimits.iterations)
+    Fail(generator.span, "the range " + std::to_string(set.GetRanges().front().low) + ".." +
+                             std::to_string(set.GetRanges().back().high) +
                              " is longer than the limit of " + std::to_string(mLimits.iterations) +
                              " steps");
   Symbol symbol;
   symbol.kind = Symbol::Kind::kIndex;
-  symbol.value = low;
+  symbol.value = set.IsEmpty() ? 0 : set.GetRanges()[0].low;
   Introduce(generator.name, generator.span, symbol);
-  return high;
+  return set;
 }
 
 /// Calls `body` for every combination of index values that satisfies `where`, the last index
 /// running fastest. Ranges may depend on the indices before them.
 void Interpreter::ForEach(const std::vector<Generator>& generators, NodeRange where,
                           const std::function<void()>& body) {
-  std::vector<std::int64_t> last;  // of each index that is introduced
+  struct Level {
+    IntegerSet values;
+    std::size_t range = 0;  // of the values, in which the index is
+
+    bool HasValue() const { return range < values.GetRanges().size(); }
+    void Advance(std::int64_t& index) {
+      if (!HasValue()) return;
+      if (index < values.GetRanges()[range].high)
+        ++index;
+      else if (++range; HasValue())
+        index = values.GetRanges()[range].low;
+    }
+  };
+  std::vector<Level> levels;  // of the indices that are introduced
   const auto indexAt = [&](std::size_t level) -> Symbol& {
     return SymbolOf(generators[level].name);
   };
   const auto leave = [&] {
-    last.pop_back();
-    indexAt(last.size()) = Symbol();
+    levels.pop_back();
+    indexAt(levels.size()) = Symbol();
   };
+  const auto advance = [&] { levels.back().Advance(indexAt(levels.size() - 1).value); };
   try {
-    last.push_back(Enter(generators[0]));
-    while (!last.empty()) {
-      if (indexAt(last.size() - 1).value <= last.back()) {
-        CountIteration(generators[last.size() - 1].span);
-        if (last.size() < generators.size()) {
-          last.push_back(Enter(generators[last.size()]));
-          continue;
-        }
-        if (!where.present || EvaluateTruth(where)) body();
+    levels.push_back({Enter(generators[0])});
+    while (!levels.empty()) {
+      if (!levels.back().HasValue()) {  // on to the next value of the index outside of it
+        leave();
+        if (!levels.empty()) advance();
+        continue;
       }
-      // On to the next value of the innermost index that has one.
-      while (!last.empty() && indexAt(last.size() - 1).value >= last.back()) leave();
-      if (!last.empty()) ++indexAt(last.size() - 1).value;
+      CountIteration(generators[levels.size() - 1].span);
+      if (levels.size() < generators.size()) {
+        levels.push_back({Enter(generators[levels.size()])});
+        continue;
+      }
+      if (!where.present || EvaluateTruth(where)) body();
+      advance();
     }
   } catch (ModelError& error) {
     NoteIndices(error, generators);
-    while (!last.empty()) leave();
+    while (!levels.empty()) leave();
     throw;
   }
 }
@@ -386,7 +419,7 @@ void Interpreter::AssertTruth(NodeRange range) {
 }
 
 void Interpreter::AssertValue(const Value& value, NodeRange range) {
-  if (value.kind == Value::Kind::kArray) CheckOperand({}, value);
+  CheckOperand({}, value);
   if (value.IsConstant() && value.constant.IsTrue()) return;
   const bool isBoolean =
       value.IsConstant() ? value.constant.IsBoolean() : mBuilder.IsBoolean(value);

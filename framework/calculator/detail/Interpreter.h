@@ -57,9 +57,10 @@ class Interpreter {
   void ExecuteLet(const Statement& statement);
   void ExecuteDeclaration(const Statement& statement);
   void Declare(const Declarator& declarator, ModelBuilder::Type type, const LocalValue& initial);
+  std::vector<ZULTavModel::Dimension> EvaluateDimensions(const Declarator& declarator);
   void ForEach(const std::vector<Generator>& generators, NodeRange where,
                const std::function<void()>& body);
-  std::int64_t Enter(const Generator& generator);
+  IntegerSet Enter(const Generator& generator);
   void NoteIndices(ModelError& error, const std::vector<Generator>& generators);
 
   void ReadInitialValue(Span span, const LocalValue& value);
@@ -75,7 +76,15 @@ class Interpreter {
   Value Evaluate(NodeRange range, const Value* target = nullptr);
   Value EvaluateNode(const Node& node, const Value* operands, const Value* target);
   Value EvaluateName(const Node& node);
-  Value EvaluateElement(const Node& node, const Value& index);
+  Value EvaluateElement(const Node& node, const Value* indices);
+  Value Select(const Value& list, const Value* index, const Value* end, const Node& node);
+  Value ItemAt(const Value& list, const Value& index, const Node& node);
+  Value EvaluateRange(const Value* ends, Span span) const;
+  Value MakeList(std::vector<Value> items, std::int64_t first, Span span) const;
+  std::size_t SizeOf(const Value& list) const;
+  std::int64_t FirstIndexOf(const Value& list) const;
+  Value ItemOf(const Value& list, std::size_t item) const;
+  std::string Describe(const Value& value) const;
   Value EvaluateCall(const Node& node, const Value* operands, const Value* target);
   Value EvaluateComprehension(const Comprehension& comprehension, Span span, const Value* target);
   std::vector<Value> CollectTerms(const Comprehension& comprehension);
@@ -87,7 +96,9 @@ class Interpreter {
   Value Operate(const Operation& operation, const Value* operands, unsigned int count,
                 const Value* target);
   void CheckOperand(const Operation& operation, const Value& operand) const;
+  Value EvaluateKnown(NodeRange range);
   Value EvaluateConstant(NodeRange range);
+  IntegerSet EvaluateSet(NodeRange range, std::string_view what);
   std::int64_t EvaluateInteger(NodeRange range, std::string_view what);
   bool EvaluateTruth(NodeRange range);
 

@@ -6,8 +6,6 @@ namespace zultav::detail {
 
 namespace {
 
-bool IsNameStart(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
-bool IsNameByte(char c) { return IsNameStart(c) || (c >= '0' && c <= '9'); }
 constexpr std::string_view kBlanks = " \t\n\r\f";
 bool IsBlank(char c) { return kBlanks.find(c) != std::string_view::npos; }
 

@@ -51,6 +51,7 @@ enum Precedence : std::uint8_t {
   kDisjunction,
   kConjunction,
   kComparison,
+  kInterval,
   kExtremum,
   kSum,
   kTerm,
@@ -94,6 +95,11 @@ inline constexpr std::array<OperatorSign, 25> kOperatorSigns = {
 };
 
 const OperatorSign& SignOf(Op op);
+
+constexpr bool IsNameStart(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+}
+constexpr bool IsNameByte(char c) { return IsNameStart(c) || (c >= '0' && c <= '9'); }
 
 enum class TokenKind : std::uint8_t {
   kEnd,

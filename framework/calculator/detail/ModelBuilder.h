@@ -5,9 +5,11 @@
 #include <memory>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "framework/calculator/ZULTavModel.h"
+#include "framework/calculator/detail/IntegerSet.h"
 #include "framework/calculator/detail/Registry.h"
 #include "framework/calculator/detail/Syntax.h"
 
@@ -15,12 +17,22 @@ namespace zultav::detail {
 
 /// What an expression of the source stands for while the model is built.
 struct Value {
-  enum class Kind : std::uint8_t { kConstant, kExpression, kArray };
+  enum class Kind : std::uint8_t {
+    kConstant,
+    kExpression,
+    kArray,      // of variables, or a part of one
+    kList,       // of values
+    kSet,        // of integers
+    kEverything  // '*' and '..'
+  };
   Kind kind = Kind::kConstant;
-  bool asserts = false;     // the value of a comparison that the model states
-  std::uint32_t index = 0;  // of the model's expression; of the array's variable
+  bool asserts = false;      // the value of a comparison that the model states
+  std::uint8_t depth = 0;    // of an array: how many of its indices are given
+  std::uint32_t index = 0;   // of the model's expression; of the array's variable
+  std::uint32_t offset = 0;  // of an array: its first element
   Constant constant;
   Span span;
+  std::shared_ptr<const void> content;  // of a list or a set
 
   static Value Of(const Constant& constant, Span span) {
     Value value;
@@ -35,9 +47,29 @@ struct Value {
     value.span = span;
     return value;
   }
+  static Value OfSet(IntegerSet set, Span span) {
+    Value value;
+    value.kind = Kind::kSet;
+    value.span = span;
+    value.content = std::make_shared<const IntegerSet>(std::move(set));
+    return value;
+  }
   bool IsConstant() const { return kind == Kind::kConstant; }
   bool IsExpression() const { return kind == Kind::kExpression; }
+  bool IsSet() const { return kind == Kind::kSet; }
+  /// Whether it has items, being an array or a list.
+  bool HasItems() const { return kind == Kind::kArray || kind == Kind::kList; }
+  const IntegerSet& Set() const { return *static_cast<const IntegerSet*>(content.get()); }
+  const struct List& List() const;
 };
+
+/// The items of a list, which may be lists.
+struct List {
+  std::int64_t first = 1;  // index of items[0]
+  std::size_t depth = 1;   // of the lists in it, itself included
+  std::vector<Value> items;
+};
+inline const List& Value::List() const { return *static_cast<const struct List*>(content.get()); }
 
 /// An operator as it stands in the source.
 struct Operation {

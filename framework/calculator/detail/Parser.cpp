@@ -227,7 +227,7 @@ void Parser::ParseDeclaration(Statement& statement) {
   }
 }
 
-/// name or name[low..high]
+/// name or name[range, …]
 Declarator Parser::ParseDeclarator() {
   Declarator result;
   const Token name = Expect(TokenKind::kName, "the name of a variable");
@@ -235,11 +235,10 @@ Declarator Parser::ParseDeclarator() {
   result.name = mNames.Intern(TextOf(name.span));
   mDeclared.push_back(result.name);
   if (!Accept(TokenKind::kOpenBracket)) return result;
-  result.isArray = true;
-  result.low = ParseExpression(kExtremum);
-  Expect(TokenKind::kRange, "'..' and the last index of the array, as in '[1..9]'");
-  result.high = ParseExpression(kExtremum);
-  Expect(TokenKind::kCloseBracket, "']' after the range of indices");
+  do {
+    result.indices.push_back(ParseExpression(kInterval));
+  } while (Accept(TokenKind::kComma));
+  Expect(TokenKind::kCloseBracket, "',' or ']' after the range of indices");
   return result;
 }
 
@@ -273,9 +272,7 @@ Generator Parser::ParseGenerator() {
   result.span = name.span;
   result.name = mNames.Intern(TextOf(name.span));
   Expect(TokenKind::kIn, "'in' and a range after the name of the index");
-  result.low = ParseExpression(kExtremum);
-  Expect(TokenKind::kRange, "'..' and the last value of the range");
-  result.high = ParseExpression(kExtremum);
+  result.set = ParseExpression(kInterval);
   return result;
 }
 
@@ -323,7 +320,12 @@ NodeRange Parser::EmitBinary(const Token& sign, NodeRange left) {
 NodeRange Parser::ParseExpression(Precedence loosest) {
   const Level level(*this);
   NodeRange result = ParsePrefix();
-  while (Is(TokenKind::kOperator)) {
+  while (Is(TokenKind::kOperator) || Is(TokenKind::kRange)) {
+    if (Is(TokenKind::kRange)) {
+      if (loosest > kInterval || mSyntax->nodes.back().kind == Node::Kind::kRange) break;
+      result = ParseRange(result);
+      continue;
+    }
     const Token sign = mToken;
     const Precedence precedence = SignOf(sign.op).precedence;
     if (precedence == kNoOperator || precedence < loosest) break;
@@ -337,6 +339,18 @@ NodeRange Parser::ParseExpression(Precedence loosest) {
            {"write 'a < b && b < c', or use parentheses"});
   }
   return result;
+}
+
+/// What follows the first end of a range.
+NodeRange Parser::ParseRange(NodeRange low) {
+  Node node;
+  node.kind = Node::Kind::kRange;
+  node.count = 2;
+  node.start = low.first;
+  node.span = mToken.span;
+  Advance();
+  ParseExpression(kExtremum);
+  return Emit(node);
 }
 
 /// - x, ~x, (real) x, x ^ y: the power binds tighter than the sign before it.
@@ -437,12 +451,48 @@ NodeRange Parser::ParsePrimary() {
       Expect(TokenKind::kClose, "an operator or ')'");
       return inner;
     }
+    case TokenKind::kOpenBracket:
+      return ParseLiteral();
     default:
       FailExpected("an expression");
   }
 }
 
-/// name, name[index] or name(arguments)
+/// [item, …]; an item '*' stands for any value.
+NodeRange Parser::ParseLiteral() {
+  Node node;
+  node.kind = Node::Kind::kLiteral;
+  node.start = NextNode();
+  node.span = mToken.span;
+  Advance();
+  if (!Is(TokenKind::kCloseBracket))
+    node.count =
+        ParseItems([this] { return Is(TokenKind::kOperator) && mToken.op == Op::kMultiply; });
+  node.span.length = mToken.span.End() - node.span.position;
+  Expect(TokenKind::kCloseBracket, "an operator, ',' or ']'");
+  return Emit(node);
+}
+
+/// Expressions with commas between them, or signs that stand for everything; their number.
+std::uint32_t Parser::ParseItems(const std::function<bool()>& isEverything) {
+  std::uint32_t count = 0;
+  do {
+    ++count;
+    if (!isEverything()) {
+      ParseExpression(kImplication);
+      continue;
+    }
+    Node node;
+    node.kind = Node::Kind::kEverything;
+    node.start = NextNode();
+    node.span = mToken.span;
+    Advance();
+    Emit(node);
+  } while (Accept(TokenKind::kComma));
+  return count;
+}
+
+/// name, name[indices] or name(arguments)
 NodeRange Parser::ParseName() {
   Node node;
   node.kind = Node::Kind::kName;
@@ -452,10 +502,9 @@ NodeRange Parser::ParseName() {
   Advance();
   if (Accept(TokenKind::kOpenBracket)) {
     node.kind = Node::Kind::kElement;
-    node.count = 1;
-    ParseExpression(kImplication);
+    node.count = ParseItems([this] { return Is(TokenKind::kRange); });
     node.span.length = mToken.span.End() - node.span.position;
-    Expect(TokenKind::kCloseBracket, "an operator or ']'");
+    Expect(TokenKind::kCloseBracket, "an operator, ',' or ']'");
   } else if (Accept(TokenKind::kOpen)) {
     node.kind = Node::Kind::kCall;
     node.count = ParseArguments();

@@ -47,11 +47,14 @@ class Parser {
   void ParseGenerators(std::vector<Generator>& generators, NodeRange& where);
 
   NodeRange ParseExpression(Precedence loosest);
+  NodeRange ParseRange(NodeRange low);
   NodeRange ParsePrefix();
   NodeRange ParseLeastInteger(std::uint32_t sign);
   NodeRange ParseConversion();
   NodeRange ParsePrimary();
   NodeRange ParseName();
+  NodeRange ParseLiteral();
+  std::uint32_t ParseItems(const std::function<bool()>& isEverything);
   NodeRange ParseAggregate(Aggregate aggregate);
   NodeRange ParseComprehension(Aggregate aggregate, Span word);
   std::uint32_t ParseArguments();

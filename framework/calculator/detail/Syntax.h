@@ -37,15 +37,18 @@ enum class Aggregate : std::uint8_t { kSum, kProduct, kMin, kMax, kForall, kExis
 /// A comprehension is bracketed by a kBegin and a kEnd node; what it evaluates lies between.
 struct Node {
   enum class Kind : std::uint8_t {
-    kConstant,  // data: index of the constant
-    kName,      // data: name
-    kElement,   // data: name; operand: the index
-    kPrefix,    // op; data: registered name
-    kBinary,    // op; data: registered name
-    kCall,      // data: name; `count` operands
-    kList,      // aggregate; `count` operands
-    kBegin,     // data: index of the comprehension
-    kEnd        // data: index of the comprehension
+    kConstant,    // data: index of the constant
+    kName,        // data: name
+    kElement,     // data: name; `count` operands: the indices
+    kRange,       // two operands: the ends
+    kLiteral,     // `count` operands: the items
+    kEverything,  // '..' for all indices, '*' for any value
+    kPrefix,      // op; data: registered name
+    kBinary,      // op; data: registered name
+    kCall,        // data: name; `count` operands
+    kList,        // aggregate; `count` operands
+    kBegin,       // data: index of the comprehension
+    kEnd          // data: index of the comprehension
   };
   Kind kind = Kind::kConstant;
   Op op = Op::kNone;
@@ -63,10 +66,10 @@ struct NodeRange {
   bool present = false;
 };
 
-/// `name in low..high`
+/// `name in set`
 struct Generator {
   std::uint32_t name = 0;
-  NodeRange low, high;
+  NodeRange set;
   Span span;
 };
 
@@ -81,8 +84,7 @@ struct Comprehension {
 struct Declarator {
   std::uint32_t name = 0;
   Span span;
-  bool isArray = false;
-  NodeRange low, high;
+  std::vector<NodeRange> indices;  // of an array: the range of each
 };
 
 struct Statement {
