@@ -14,6 +14,7 @@
 #include "framework/solver/ZULTaVoNumber.h"
 #include "framework/solver/ZULTaVoObjectEnvironment.h"
 #include "framework/solver/ZULTaVoReal.h"
+#include "framework/solver/detail/KeepBetween.h"
 
 using zultav::IsSingleValue;
 using zultav::LocalCopy;
@@ -313,24 +314,6 @@ bool AllDifferent(const Step& step, Scalar& a0, const List<Scalar>& others) {
   return Differences(step, a0, others).Narrow();
 }
 
-/// Keeps of x what lies from `lower` to `upper`, in that order. A domain that holds one value or
-/// Any keeps Any while several values are possible.
-bool KeepBetween(const Step& step, Integer& x, long lower, long upper) {
-  const long least = std::max(lower, x.GetLowerBound());
-  const long greatest = std::min(upper, x.GetUpperBound());
-  if (least == x.GetLowerBound() && greatest == x.GetUpperBound()) return true;
-  if (x.GetCardinality() == zultav::kSingleAny && least != greatest) return true;
-  if (least > greatest) {
-    x.SetNil();
-  } else if (least == greatest) {
-    x.SetExactValue(least);
-  } else {
-    x.SetLowerBound(least);
-    x.SetUpperBound(greatest);
-  }
-  return step.Took(1, x);
-}
-
 /// a0 is how many of x are true.
 bool Count(const Step& step, Integer& a0, const List<Boolean>& x) {
   long certain = 0, possible = 0;
@@ -338,7 +321,7 @@ bool Count(const Step& step, Integer& a0, const List<Boolean>& x) {
     certain += x[i].IsTrue();
     possible += !x[i].IsFalse();
   }
-  if (!KeepBetween(step, a0, certain, possible)) return false;
+  if (!step.Took(zultav::detail::KeepBetween(a0, certain, possible), a0)) return false;
   const bool none = a0.GetUpperBound() == certain, all = a0.GetLowerBound() == possible;
   for (unsigned int i = 0; certain < possible && (none || all) && i < x.GetSize(); ++i)
     if (!IsSingleValue(x[i]) && !step.Took(all ? x[i].SetTrue() : x[i].SetFalse(), x[i]))

@@ -14,6 +14,13 @@ const ZULTaVoObjectDescriptor* Find(const std::vector<const ZULTaVoObjectDescrip
   return found != list.end() ? *found : nullptr;
 }
 
+template <class Map>
+const auto& FindList(const Map& map, std::string_view name) {
+  static const typename Map::mapped_type kNone;
+  const auto found = map.find(name);
+  return found != map.end() ? found->second : kNone;
+}
+
 }  // namespace
 
 ZULTaVoModule::ZULTaVoModule(std::string_view name) : mName(name) {}
@@ -40,6 +47,10 @@ void ZULTaVoModule::AddObjectDescriptor(const ZULTaVoObjectDescriptor* descripto
   mDescriptors.push_back(descriptor);
   descriptor->mOwned = true;
   if (operation != nullptr) mOperators[descriptor->GetName()].push_back(operation);
+  if (descriptor->GetKind() == Kind::kRelation) {
+    const auto* relation = static_cast<const ZULTaVoRelationDescriptor*>(descriptor);
+    mRelations[relation->GetRelationName()].push_back(relation);
+  }
 }
 
 const ZULTaVoObjectDescriptor* ZULTaVoModule::FindType(std::string_view name) const {
@@ -53,9 +64,17 @@ const ZULTaVoConstraintDescriptor* ZULTaVoModule::FindConstraint(std::string_vie
 
 const std::vector<const ZULTaVoOperatorDescriptor*>& ZULTaVoModule::FindOperators(
     std::string_view name) const {
-  static const std::vector<const ZULTaVoOperatorDescriptor*> kNone;
-  const auto found = mOperators.find(name);
-  return found != mOperators.end() ? found->second : kNone;
+  return FindList(mOperators, name);
+}
+
+const std::vector<const ZULTaVoRelationDescriptor*>& ZULTaVoModule::FindRelations(
+    std::string_view name) const {
+  return FindList(mRelations, name);
+}
+
+const ZULTaVoRelationDescriptor* ZULTaVoModule::FindRelation(std::string_view signature) const {
+  return static_cast<const ZULTaVoRelationDescriptor*>(
+      Find(mDescriptors, Kind::kRelation, signature));
 }
 
 const ZULTaVoOperatorDescriptor* ZULTaVoModule::FindOperator(

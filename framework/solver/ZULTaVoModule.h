@@ -7,8 +7,9 @@
 #include <vector>
 
 #include "framework/solver/ZULTaVoOperatorDescriptor.h"
+#include "framework/solver/ZULTaVoRelationDescriptor.h"
 
-/// A loaded library and what it registered: value types, constraints and operators.
+/// A loaded library and what it registered: value types, constraints, operators and relations.
 class ZULTAV_TYPES_API ZULTaVoModule : public ZULTaVoBase {
  public:
   explicit ZULTaVoModule(std::string_view name);
@@ -34,6 +35,10 @@ class ZULTAV_TYPES_API ZULTaVoModule : public ZULTaVoBase {
   const ZULTaVoConstraintDescriptor* FindConstraint(std::string_view name) const;
   /// All operators of that name, in the order of registration; empty when there is none.
   const std::vector<const ZULTaVoOperatorDescriptor*>& FindOperators(std::string_view name) const;
+  /// All relations that models call by that name, in the order of registration.
+  const std::vector<const ZULTaVoRelationDescriptor*>& FindRelations(std::string_view name) const;
+  /// The relation of that signature, or null.
+  const ZULTaVoRelationDescriptor* FindRelation(std::string_view signature) const;
   /// The operator of that name for operands of these types: the first registered exact match,
   /// else the first one whose operand types match (are equal to or bases of the given ones).
   /// Null when none fits.
@@ -46,6 +51,7 @@ class ZULTAV_TYPES_API ZULTaVoModule : public ZULTaVoBase {
   std::vector<ZULTaVoModule*> mLoaded;
   std::vector<const ZULTaVoObjectDescriptor*> mDescriptors;
   std::map<std::string, std::vector<const ZULTaVoOperatorDescriptor*>, std::less<>> mOperators;
+  std::map<std::string, std::vector<const ZULTaVoRelationDescriptor*>, std::less<>> mRelations;
 };
 
 #endif

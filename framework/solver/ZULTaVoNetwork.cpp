@@ -5,8 +5,11 @@
 #include <new>
 
 #include "framework/solver/SingleValue.h"
+#include "framework/solver/ZULTaVoBoolean.h"
+#include "framework/solver/ZULTaVoInteger.h"
 #include "framework/solver/ZULTaVoObjectEnvironment.h"
 #include "framework/solver/ZULTaVoReal.h"
+#include "framework/solver/ZULTaVoRelation.h"
 
 using zultav::Arena;
 using zultav::IsSingleValue;
@@ -196,38 +199,59 @@ std::size_t ZULTaVoNetwork::GetMemoryUsed() const {
 
 int ZULTaVoNetwork::AddConstraint(const ZULTaVoConstraintDescriptor* type,
                                   ZULTaVoObject* const* arguments, unsigned int count) {
-  if (type == nullptr || count == 0 || !type->TakesNumberOfArguments(count) ||
-      mLinks.size() >= kNone)
-    return 0;
+  if (type == nullptr || count == 0 || !type->TakesNumberOfArguments(count)) return 0;
   bool checked = true;
-  bool constants = false;
   for (unsigned int i = 0; i < count; ++i) {
     const Node* node = FindNode(arguments[i]);
     const ZULTaVoObjectDescriptor* wanted = type->GetArgument(i).type;
     if (node == nullptr || (wanted != nullptr && !wanted->IsMatched(node->type))) return 0;
-    constants = constants || node->constant;
     checked = checked && wanted != nullptr;
   }
+  return Connect(*type, arguments, count, checked,
+                 [type](void* place) { return type->InitObject(place); });
+}
 
+int ZULTaVoNetwork::AddRelation(const ZULTaVoRelation& relation, ZULTaVoObject* const* arguments,
+                                unsigned int count) {
+  if (count == 0 || count != relation.GetNumberOfValues()) return 0;
+  for (unsigned int i = 0; i < count; ++i) {
+    const Node* node = FindNode(arguments[i]);
+    const ZULTaVoObjectDescriptor* wanted = relation.IsReal(i)    ? ZULTaVoReal::sDescriptor
+                                            : relation.IsTruth(i) ? ZULTaVoBoolean::sDescriptor
+                                                                  : ZULTaVoInteger::sDescriptor;
+    if (node == nullptr || wanted == nullptr || !wanted->IsMatched(node->type)) return 0;
+  }
+  const ZULTaVoRelationDescriptor& type = relation.GetType();
+  return Connect(type, arguments, count, true,
+                 [&](void* place) { return type.InitObject(place, &relation); });
+}
+
+/// Adds the constraint that `init` makes, over arguments that fit.
+template <class Init>
+int ZULTaVoNetwork::Connect(const ZULTaVoConstraintDescriptor& type,
+                            ZULTaVoObject* const* arguments, unsigned int count, bool checked,
+                            Init init) {
+  if (mLinks.size() >= kNone) return 0;
+  bool constants = false;
+  for (unsigned int i = 0; i < count; ++i) constants = constants || NodeOf(arguments[i])->constant;
   const Arena::Mark mark = mArena.GetMark();
-  void* place = mArena.Allocate(type->GetObjectSize());
+  void* place = mArena.Allocate(type.GetObjectSize());
   auto** copied = static_cast<ZULTaVoObject**>(mArena.Allocate(count * sizeof(ZULTaVoObject*)));
   std::uint8_t queue = 0;
   if (place == nullptr || copied == nullptr || !MakeRoom(mLinks) || !MakeRoom(mEdges, count) ||
-      !FindQueue(type->GetPriority(), queue) ||
-      MakeOrNull([&] { return type->InitObject(place); }) == nullptr) {
+      !FindQueue(type.GetPriority(), queue) || MakeOrNull([&] { return init(place); }) == nullptr) {
     mArena.Release(mark);
     return 0;
   }
   auto* constraint = static_cast<ZULTaVoConstraint*>(static_cast<ZULTaVoObject*>(place));
   std::copy_n(arguments, count, copied);
-  constraint->ChangePriority(nullptr, type->GetPriority());
+  constraint->ChangePriority(nullptr, type.GetPriority());
   const auto link = static_cast<std::uint32_t>(mLinks.size());
-  mLinks.push_back({constraint, copied, kNone, count, queue, type->GetRule(), false, constants,
+  mLinks.push_back({constraint, copied, kNone, count, queue, type.GetRule(), false, constants,
                     checked, false, false, false});
   const std::size_t edges = mEdges.size();
   for (unsigned int i = 0; i < count; ++i) Depend(*NodeOf(copied[i]), link);
-  Spare(mLinks[link], type->GetFlags(), mEdges.size() - edges);
+  Spare(mLinks[link], type.GetFlags(), mEdges.size() - edges);
   constraint->Activate(this);
   Schedule(link);
   return 1;

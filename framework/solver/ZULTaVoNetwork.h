@@ -14,6 +14,8 @@
 #include "framework/solver/ZULTaVoConstraintDescriptor.h"
 #include "framework/solver/ZULTaVoRealSettings.h"
 
+class ZULTaVoRelation;
+
 /// Values, the constraints between them, and propagation to the fixpoint.
 ///
 /// The network owns its objects, which live in an arena until it is destroyed. What it computes
@@ -62,6 +64,10 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   /// arguments do not match the descriptor, are not this network's, or memory ran out.
   int AddConstraint(const ZULTaVoConstraintDescriptor* type, ZULTaVoObject* const* arguments,
                     unsigned int count);
+  /// Adds a copy of the relation over objects of this network, as many as it has values. Answers as
+  /// AddConstraint.
+  int AddRelation(const ZULTaVoRelation& relation, ZULTaVoObject* const* arguments,
+                  unsigned int count);
 
   std::size_t GetNumberOfObjects() const { return mNodes.size(); }
   std::size_t GetNumberOfConstraints() const { return mLinks.size(); }
@@ -184,6 +190,9 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   Node* FindNode(const ZULTaVoObject* object) const;
   template <class Init>
   ZULTaVoAny* Add(const ZULTaVoObjectDescriptor* type, Init init);
+  template <class Init>
+  int Connect(const ZULTaVoConstraintDescriptor& type, ZULTaVoObject* const* arguments,
+              unsigned int count, bool checked, Init init);
   void Depend(Node& node, std::uint32_t link);
 
   bool FindQueue(unsigned short priority, std::uint8_t& queue);

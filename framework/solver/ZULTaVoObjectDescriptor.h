@@ -8,11 +8,12 @@
 #include "framework/solver/Export.h"
 #include "framework/solver/ZULTaVoBase.h"
 
-/// What a module registers: a value type (this class), a constraint or an operator. Names are
-/// unique within a kind for types and constraints; operators are told apart by their types too.
+/// What a module registers: a value type (this class), a constraint, an operator or a relation.
+/// Names are unique within a kind for types, constraints and relations, whose names are their
+/// signatures; operators are told apart by their types too.
 class ZULTAV_TYPES_API ZULTaVoObjectDescriptor : public ZULStreamable, public ZULTaVoBase {
  public:
-  enum class Kind { kType, kConstraint, kOperator };
+  enum class Kind { kType, kConstraint, kOperator, kRelation };
 
   /// `base` is the descriptor of the type that this one specialises, or null.
   ZULTaVoObjectDescriptor(const ZULString& name, const ZULTaVoObjectDescriptor* base, int version);

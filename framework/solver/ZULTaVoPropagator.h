@@ -41,6 +41,8 @@ class ZULTAV_TYPES_API ZULTaVoDomains {
   std::int64_t GetPrevious(std::uint32_t x, std::int64_t value) const {
     return FindPrevious(mSlots[x], value);
   }
+  /// Whether both arguments are one: what narrows one narrows the other.
+  bool AreSame(std::uint32_t x, std::uint32_t y) const { return mSlots[x] == mSlots[y]; }
   /// How many values are left, at most UINT64_MAX.
   std::uint64_t GetSize(std::uint32_t x) const { return CountValues(mSlots[x]); }
   /// The set of values as bits, bit i for `base` + i, or null where only bounds are kept. Bits
@@ -105,7 +107,8 @@ class ZULTAV_TYPES_API ZULTaVoDomains {
 
 /// Narrows the arguments of one relation by what it means. Made once for a search, with all the
 /// memory that it will need: a run allocates nothing. It remembers what it learns about domains in
-/// its state words alone, since these are taken back with them.
+/// its state words alone, since these are taken back with them; whatever it keeps besides must be
+/// right for any state that it had before, and for one that is all 0 at any time.
 class ZULTAV_TYPES_API ZULTaVoPropagator {
  public:
   enum class Outcome : std::uint8_t {
@@ -118,13 +121,17 @@ class ZULTAV_TYPES_API ZULTaVoPropagator {
   enum class Wake : std::uint8_t {
     kOnFixed,   ///< an argument has one value left
     kOnBounds,  ///< or a bound moved
-    kOnValues   ///< or a value was removed: sets of values are kept where they are small enough
+    kOnValues   ///< or a value was removed, of those whose sets are small enough to be kept
   };
   /// What runs of propagators cost; cheaper ones run sooner.
   enum class Cost : std::uint8_t { kConstant, kLinear, kQuadratic, kMore };
 
   virtual ~ZULTaVoPropagator();
   virtual Wake GetWake(std::uint32_t argument) const = 0;
+  /// Whether sets of values are kept for the argument: without, only bounds can be narrowed.
+  virtual bool WantsValues(std::uint32_t argument) const {
+    return GetWake(argument) == Wake::kOnValues;
+  }
   virtual Cost GetCost() const { return Cost::kLinear; }
   virtual std::uint32_t GetStateSize() const { return 0; }
   /// Loses no solution. Where all arguments have one value, the answer is exact: kFailed or not.

@@ -11,6 +11,7 @@
 #include "framework/solver/ZULTaVoConstraintDescriptor.h"
 #include "framework/solver/ZULTaVoFrame.h"
 #include "framework/solver/ZULTaVoInteger.h"
+#include "framework/solver/ZULTaVoLocalDomains.h"
 #include "framework/solver/ZULTaVoModule.h"
 #include "framework/solver/ZULTaVoModuleManager.h"
 #include "framework/solver/ZULTaVoNetwork.h"
@@ -19,7 +20,10 @@
 #include "framework/solver/ZULTaVoObjectDescriptor.h"
 #include "framework/solver/ZULTaVoObjectEnvironment.h"
 #include "framework/solver/ZULTaVoOperatorDescriptor.h"
+#include "framework/solver/ZULTaVoPropagator.h"
 #include "framework/solver/ZULTaVoReal.h"
+#include "framework/solver/ZULTaVoRelation.h"
+#include "framework/solver/ZULTaVoRelationDescriptor.h"
 #include "framework/solver/ZULTaVoRule.h"
 #include "framework/solver/ZULTaVoScalar.h"
 

@@ -1,0 +1,3 @@
+#include "framework/solver/ZULTaVoPropagator.h"
+
+ZULTaVoPropagator::~ZULTaVoPropagator() = default;
