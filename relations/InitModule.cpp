@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "framework/solver/ZULTaVoModule.h"
 #include "framework/solver/ZULTaVoModuleManager.h"
 #include "relations/Export.h"
@@ -14,5 +16,7 @@ extern "C" ZULTAV_RELATIONS_API int InitModule(ZULTaVoModule* module,
   module->AddObjectDescriptor(new ZULTaVoRelationDescriptor(zultav::relations::Describe##NAME()));
   ZULTAV_RELATIONS(ZULTAV_RELATION)
 #undef ZULTAV_RELATION
+  for (zultav::relations::Definition& function : zultav::relations::DescribeFunctions())
+    module->AddObjectDescriptor(new ZULTaVoRelationDescriptor(std::move(function)));
   return 1;
 }

@@ -7,6 +7,7 @@
 /// `Definition Describe<Name>()`.
 #define ZULTAV_RELATIONS(X) \
   X(Increasing)             \
+  X(Piecewise)              \
   X(StrictlyIncreasing)
 
 namespace zultav::relations {
@@ -20,6 +21,8 @@ using Arguments = ZULTaVoRelationDescriptor::Arguments;
 #define ZULTAV_RELATION(NAME) Definition Describe##NAME();
 ZULTAV_RELATIONS(ZULTAV_RELATION)
 #undef ZULTAV_RELATION
+/// Functions of one or two numbers, which differ in a row of a table alone.
+std::vector<Definition> DescribeFunctions();
 
 }  // namespace zultav::relations
 

@@ -545,7 +545,7 @@ struct CubicRoot : Transcendental {
 
 struct Hypotenuse : Binary {
   static constexpr const char* kName = "hypot";
-  static constexpr bool kIsCommutative = true, kHasIntegers = false;
+  static constexpr bool kIsEven = true, kIsCommutative = true, kHasIntegers = false;
   static R Evaluate(const R& x, const R& y) { return Hypot(x, y); }
   static bool Project(const R& z, R& x, R& y) {
     return Meet(x, InverseHypot(z, x, y)) && Meet(y, InverseHypot(z, y, x));

@@ -86,7 +86,7 @@ struct FunctionRow {
                        ///< holds all values
   bool hasInverse;     ///< an operand is a function of the result and of the other operand:
   Function inverse;    ///< operand = inverse(result, other)
-  bool isEven;         ///< f(-x) = f(x)
+  bool isEven;         ///< f(-x) = f(x), and so for y
   bool isCommutative;  ///< f(x, y) = f(y, x)
 };
 

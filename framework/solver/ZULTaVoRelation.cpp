@@ -164,9 +164,11 @@ bool ZULTaVoRelation::IsReal(std::uint32_t argument) const {
 
 bool ZULTaVoRelation::IsTruth(std::uint32_t argument) const {
   if (argument >= mValues) return true;
-  const auto& [name, meaning, parameters, result, make, check] = mType->GetDefinition();
+  const auto& definition = mType->GetDefinition();
+  const auto& result = definition.result;
   const std::uint32_t part = FindPart(argument);
-  const auto& parameter = result && part == 0 ? *result : parameters[part - (result ? 1 : 0)];
+  const auto& parameter =
+      result && part == 0 ? *result : definition.parameters[part - (result ? 1 : 0)];
   return parameter.element == ZULTaVoRelationDescriptor::Element::kTruth;
 }
 

@@ -46,7 +46,9 @@ std::string CountOf(std::uint32_t size, const char* what) {
 
 ZULTaVoRelationDescriptor::ZULTaVoRelationDescriptor(Definition definition)
     : ZULTaVoConstraintDescriptor(ZULString(Signature(definition).c_str()), nullptr, 1, 0, 0),
-      mDefinition(std::move(definition)) {}
+      mDefinition(std::move(definition)) {
+  SetRule(mDefinition.rule);
+}
 
 void* ZULTaVoRelationDescriptor::InitObject(void* place) const {
   return place == nullptr ? nullptr : new (place) ZULTaVoRelation(this);

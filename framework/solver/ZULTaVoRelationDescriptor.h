@@ -71,6 +71,9 @@ class ZULTAV_TYPES_API ZULTaVoRelationDescriptor : public ZULTaVoConstraintDescr
     std::unique_ptr<ZULTaVoPropagator> (*make)(Arguments) = nullptr;
     /// What is wrong with arguments whose sizes fit; empty where nothing is. Null: nothing ever is.
     std::string (*check)(Arguments) = nullptr;
+    /// What it says of one value for each parameter and the result, where it is not reified; a
+    /// search goes by the rule and needs no propagator.
+    ZULTaVoRule rule = ZULTaVoRule::kNone;
   };
 
   explicit ZULTaVoRelationDescriptor(Definition definition);

@@ -53,6 +53,8 @@ enum class ZULTaVoRule : std::uint8_t {
   kArctan,     ///< a0 = arctan(a1) within (-pi/2, pi/2)
   kAtan2,      ///< a0 is the angle of the point (x, y) = (a2, a1) within (-pi, pi]; not of (0, 0)
   kDiv,        ///< a0 = a1 / a2 truncated, of integers; a2 is not 0
+  kPiecewise,  ///< of a relation: a0 = f(a1), f linear between the points of its last parameter, the
+               ///< rows (x, y) of a matrix, and without a value outside of them
   kGcd,        ///< a0 is the greatest common divisor of the integers a1 and a2; of 0 and 0 it is 0
 
   // Relations that hold; the truth value False is less than True

@@ -111,6 +111,7 @@ TEST(FunctionTest, LosesNoRealValueArgumentOrSlope) {
       ++values;
       const RealRange z = row.evaluate(x, y);
       ASSERT_TRUE(Encloses(z, value, std::fabs(value)));
+      ASSERT_TRUE(!row.isEven || (row.evaluate(-x, y) == z && row.evaluate(x, -y) == z));
       const double nearest = static_cast<double>(value);
       const RealRange near = {std::nextafter(nearest, -HUGE_VAL),
                               std::nextafter(nearest, HUGE_VAL)};

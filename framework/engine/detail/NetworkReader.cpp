@@ -1,9 +1,11 @@
 #include "framework/engine/detail/NetworkReader.h"
 
 #include <unordered_map>
+#include <utility>
 
 #include "framework/solver/LocalCopy.h"
 #include "framework/solver/SingleValue.h"
+#include "framework/solver/ZULTaVoRelation.h"
 #include "framework/solver/ZULTavAbstractTypes.h"
 
 namespace zultav::engine {
@@ -231,6 +233,8 @@ class NetworkReader {
   bool ReadRule(ZULTaVoRule rule, std::uint32_t index) {
     const auto& a = mArguments;
     if (const auto* row = FindRule(kFunctionRules, rule)) {
+      // A relation may have an argument more, its truth.
+      if (a.size() != static_cast<std::size_t>(RowOf(row->function).operands) + 1) return false;
       AddFormula(row->function, a[0], a[1], a.size() > 2 ? a[2] : a[1]);
       return true;
     }
@@ -269,6 +273,8 @@ class NetworkReader {
         return AddGroup(Code::kCount, index);
       case ZULTaVoRule::kPrimality:
         return AddGroup(Code::kPrimality, index);
+      case ZULTaVoRule::kPiecewise:
+        return a.size() == 2 && AddLines(a[0], a[1], mNetwork.GetConstraint(index));
       default:
         return false;
     }
@@ -288,12 +294,49 @@ class NetworkReader {
     return true;
   }
 
-  bool Name(Slot slot, const RealRange& number) {
+  Slot AddReal(const RealRange& range, bool isConstant) {
     SlotInfo info;
     info.kind = Kind::kReal;
-    info.isConstant = true;
-    AddEquality(slot, mDraft.AddSlot(info, number));
+    info.isConstant = isConstant;
+    return mDraft.AddSlot(info, range);
+  }
+
+  bool Name(Slot slot, const RealRange& number) {
+    AddEquality(slot, AddReal(number, true));
     return KindOf(slot) == Kind::kReal;
+  }
+
+  /// y = y0 + s0 (x - x0) + (s1 - s0) max(x - x1, 0) + … with the slopes s of the lines between the
+  /// points (x0, y0), (x1, y1), …, and x between the first and the last.
+  bool AddLines(Slot y, Slot x, const ZULTaVoConstraint& constraint) {
+    if (constraint.GetDescriptor()->GetKind() != ZULTaVoObjectDescriptor::Kind::kRelation)
+      return false;
+    const auto points = static_cast<const ZULTaVoRelation&>(constraint).GetParts().back().reals;
+    const auto number = [&](std::size_t i) { return RealRange(points[2 * i], points[2 * i + 1]); };
+    const auto apply = [&](Function function, Slot first, const RealRange& second) {
+      const Slot result = AddReal({}, false);
+      AddFormula(function, result, first, AddReal(second, true));
+      return result;
+    };
+    const std::size_t last = points.size() / 4 - 1;
+    mDraft.comparisons.push_back({Relation::kLessOrEqual, AddReal(number(0), true), x, kNone});
+    mDraft.comparisons.push_back(
+        {Relation::kLessOrEqual, x, AddReal(number(2 * last), true), kNone});
+    Slot sum = AddReal(number(1), true);
+    RealRange before = {0, 0};
+    for (std::size_t i = 0; i < last; ++i) {
+      const RealRange slope =
+          (number(2 * i + 3) - number(2 * i + 1)) / (number(2 * i + 2) - number(2 * i));
+      const RealRange change = slope - std::exchange(before, slope);
+      if (change == RealRange(0, 0)) continue;
+      Slot part = apply(Function::kSum, x, -number(2 * i));
+      if (i > 0) part = apply(Function::kMaximum, part, {0, 0});
+      const Slot longer = AddReal({}, false);
+      AddFormula(Function::kSum, longer, sum, apply(Function::kProduct, part, change));
+      sum = longer;
+    }
+    AddEquality(y, sum);
+    return true;
   }
 
   const ZULTaVoNetwork& mNetwork;

@@ -1,0 +1,154 @@
+// Functions of one or two numbers. A search goes by their rules; the propagators narrow what an
+// embedder's network holds.
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "framework/intervals/IntegerRange.h"
+#include "framework/intervals/RealRange.h"
+#include "relations/Relations.h"
+
+namespace zultav::relations {
+
+namespace {
+
+using R = RealRange;
+using I = IntegerRange;
+
+/// A function: all values for operands, and the part of an operand that may have a value in z.
+/// Unary ones ignore y, and have no second operand.
+template <class Range>
+struct Function {
+  const char* name;
+  const char* meaning;
+  ZULTaVoRule rule;
+  Range (*evaluate)(const Range& x, const Range& y);
+  Range (*toFirst)(const Range& z, const Range& x, const Range& y);
+  const char* firstName = "x";
+  const char* secondName = nullptr;
+  Range (*toSecond)(const Range& z, const Range& x, const Range& y) = nullptr;
+};
+
+constexpr R kNonNegative = {0, R::sMaxValue};
+
+#define OF(formula) [](const auto& x, const auto& y) { return (void)y, formula; }
+#define BACK(formula) \
+  [](const auto& z, const auto& x, const auto& y) { return (void)x, (void)y, formula; }
+
+// clang-format off
+constexpr Function<R> kRealFunctions[] = {
+    {"sinh", "hyperbolic sine", ZULTaVoRule::kSinh, OF(Sinh(x)), BACK(Asinh(z))},
+    {"cosh", "hyperbolic cosine", ZULTaVoRule::kCosh, OF(Cosh(x)), BACK(InverseAbs(Acosh(z), x))},
+    {"tanh", "hyperbolic tangent", ZULTaVoRule::kTanh, OF(Tanh(x)), BACK(Atanh(z))},
+    {"asinh", "inverse of sinh", ZULTaVoRule::kAsinh, OF(Asinh(x)), BACK(Sinh(z))},
+    {"acosh", "inverse of cosh that is not negative, of x >= 1", ZULTaVoRule::kAcosh,
+     OF(Acosh(x)), BACK(Cosh(Intersection(z, kNonNegative)))},
+    {"atanh", "inverse of tanh, of -1 < x < 1", ZULTaVoRule::kAtanh, OF(Atanh(x)), BACK(Tanh(z))},
+    {"log2", "logarithm to the base 2, of x > 0", ZULTaVoRule::kLog2, OF(Log2(x)), BACK(Exp2(z))},
+    {"log10", "logarithm to the base 10, of x > 0", ZULTaVoRule::kLog10, OF(Log10(x)),
+     BACK(Exp10(z))},
+    {"exp2", "2 to the power of x", ZULTaVoRule::kExp2, OF(Exp2(x)), BACK(Log2(z))},
+    {"cbrt", "cubic root, of negative numbers, too", ZULTaVoRule::kCbrt, OF(Cbrt(x)),
+     BACK(Power(z, 3))},
+    {"arcsin", "angle within -pi/2 and pi/2 whose sine is x", ZULTaVoRule::kArcsin, OF(Asin(x)),
+     BACK(InverseAsin(z, x))},
+    {"arccos", "angle within 0 and pi whose cosine is x", ZULTaVoRule::kArccos, OF(Acos(x)),
+     BACK(InverseAcos(z, x))},
+    {"arctan", "angle between -pi/2 and pi/2 whose tangent is x", ZULTaVoRule::kArctan,
+     OF(Atan(x)), BACK(InverseAtan(z, x))},
+    {"atan2", "angle of the point (x, y) above -pi and up to pi; (0, 0) has none",
+     ZULTaVoRule::kAtan2, OF(Atan2(x, y)), BACK(InverseAtan2(z, x, y)), "y", "x",
+     BACK(InverseAtan2Abscissa(z, x, y))},
+    {"hypot", "distance of the point (x, y) from (0, 0)", ZULTaVoRule::kHypot, OF(Hypot(x, y)),
+     BACK(InverseHypot(z, x, y)), "x", "y", BACK(InverseHypot(z, y, x))},
+};
+
+constexpr Function<I> kIntegerFunctions[] = {
+    {"div", "quotient, truncated toward 0; by 0 there is none", ZULTaVoRule::kDiv, OF(Div(x, y)),
+     BACK(DivDividends(z, x, y)), "x", "y", BACK(DivDivisors(z, x, y))},
+    {"gcd", "greatest common divisor; of 0 and 0 it is 0", ZULTaVoRule::kGcd, OF(Gcd(x, y)),
+     BACK(GcdArguments(z, x, y)), "x", "y", BACK(GcdArguments(z, y, x))},
+    {"pow", "power; negative exponents have 1 and -1 alone", ZULTaVoRule::kPower, OF(Power(x, y)),
+     BACK(PowerBases(z, x, y)), "x", "n", BACK(PowerExponents(z, x, y))},
+};
+// clang-format on
+#undef OF
+#undef BACK
+
+void Get(const ZULTaVoDomains& values, std::uint32_t i, R& range) {
+  range = {values.GetRealLower(i), values.GetRealUpper(i)};
+}
+void Get(const ZULTaVoDomains& values, std::uint32_t i, I& range) {
+  range = {values.GetLower(i), values.GetUpper(i)};
+}
+bool Narrow(ZULTaVoDomains& values, std::uint32_t i, const R& range) {
+  return !range.IsEmpty() && values.Intersect(i, range.lower, range.upper);
+}
+bool Narrow(ZULTaVoDomains& values, std::uint32_t i, const I& range) {
+  return !range.IsEmpty() && values.SetLower(i, range.lower) && values.SetUpper(i, range.upper);
+}
+
+/// value 0 = function(value 1, value 2).
+template <class Range>
+class FunctionPropagator final : public ZULTaVoPropagator {
+ public:
+  explicit FunctionPropagator(const Function<Range>& function) : mFunction(function) {}
+
+  Wake GetWake(std::uint32_t) const override { return Wake::kOnBounds; }
+  Cost GetCost() const override { return Cost::kConstant; }
+  Outcome Propagate(ZULTaVoDomains& values) override {
+    const bool isBinary = mFunction.toSecond != nullptr;
+    Range z, x, y;
+    Get(values, 1, x);
+    Get(values, isBinary ? 2 : 1, y);
+    if (!Narrow(values, 0, mFunction.evaluate(x, y))) return Outcome::kFailed;
+    Get(values, 0, z);
+    if (!Narrow(values, 1, mFunction.toFirst(z, x, y))) return Outcome::kFailed;
+    if (!isBinary) return Outcome::kFixpoint;
+    Range narrowed, other;
+    Get(values, 1, narrowed);
+    if (!Narrow(values, 2, mFunction.toSecond(z, narrowed, y))) return Outcome::kFailed;
+    Get(values, 2, other);
+    return narrowed == x && other == y ? Outcome::kFixpoint : Outcome::kAgain;
+  }
+
+ private:
+  const Function<Range>& mFunction;
+};
+
+template <const auto& Table, std::size_t Row>
+std::unique_ptr<ZULTaVoPropagator> Make(Arguments) {
+  return std::unique_ptr<ZULTaVoPropagator>(new FunctionPropagator(Table[Row]));
+}
+
+template <const auto& Table, std::size_t... Rows>
+void Describe(Element element, std::vector<Definition>& all, std::index_sequence<Rows...>) {
+  const auto describe = [&](const auto& function, auto make) {
+    Definition definition = {.name = function.name,
+                             .meaning = function.meaning,
+                             .parameters = {{.name = function.firstName, .element = element}},
+                             .result = {{.name = "value", .element = element}},
+                             .make = make,
+                             .rule = function.rule};
+    if (function.secondName != nullptr)
+      definition.parameters.push_back({.name = function.secondName, .element = element});
+    all.push_back(std::move(definition));
+  };
+  (describe(Table[Rows], &Make<Table, Rows>), ...);
+}
+
+}  // namespace
+
+std::vector<Definition> DescribeFunctions() {
+  std::vector<Definition> all;
+  Describe<kRealFunctions>(Element::kReal, all,
+                           std::make_index_sequence<std::size(kRealFunctions)>());
+  Describe<kIntegerFunctions>(Element::kInteger, all,
+                              std::make_index_sequence<std::size(kIntegerFunctions)>());
+  return all;
+}
+
+}  // namespace zultav::relations
