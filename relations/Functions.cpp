@@ -1,14 +1,18 @@
-// Functions of one or two numbers. A search goes by their rules; the propagators narrow what an
-// embedder's network holds.
+// Functions of one or two numbers, as operators. A search goes by their rules; the propagators
+// narrow what an embedder's network holds.
 
-#include <array>
+#include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <utility>
 #include <vector>
 
 #include "framework/intervals/IntegerRange.h"
 #include "framework/intervals/RealRange.h"
+#include "framework/solver/ZULTaVoInteger.h"
+#include "framework/solver/ZULTaVoModule.h"
+#include "framework/solver/ZULTaVoReal.h"
 #include "relations/Relations.h"
 
 namespace zultav::relations {
@@ -142,6 +146,40 @@ void Describe(Element element, std::vector<Definition>& all, std::index_sequence
 
 }  // namespace
 
+/// A constraint like any other, by which operators are linked.
+class FunctionDescriptor final : public ZULTaVoRelationDescriptor {
+ public:
+  using ZULTaVoRelationDescriptor::ZULTaVoRelationDescriptor;
+  Kind GetKind() const override { return Kind::kConstraint; }
+};
+
+/// Whether values of the type are sets, which hold whatever several numbers.
+bool HoldsSets(const ZULTaVoObjectDescriptor& type) {
+  const auto place =
+      std::make_unique<std::max_align_t[]>(type.GetObjectSize() / sizeof(std::max_align_t) + 1);
+  auto* value = static_cast<ZULTaVoAny*>(static_cast<ZULTaVoObject*>(type.InitObject(place.get())));
+  if (value == nullptr) return false;
+  value->SetAny();
+  const bool holdsSets = value->GetCardinality() < -1;
+  type.DestroyObject(value);
+  return holdsSets;
+}
+
+/// The first type of sets of `numbers` that the modules registered, and whose it is.
+struct SetType {
+  const ZULTaVoObjectDescriptor* type = nullptr;
+  ZULTaVoModule* module = nullptr;
+};
+SetType FindSetType(const std::vector<ZULTaVoModule*>& modules,
+                    const ZULTaVoObjectDescriptor* numbers) {
+  for (ZULTaVoModule* module : modules)
+    for (const ZULTaVoObjectDescriptor* type : module->GetDescriptors())
+      if (type->GetKind() == ZULTaVoObjectDescriptor::Kind::kType && type->GetObjectSize() != 0 &&
+          numbers->IsMatched(type) && HoldsSets(*type))
+        return {type, module};
+  return {};
+}
+
 std::vector<Definition> DescribeFunctions() {
   std::vector<Definition> all;
   Describe<kRealFunctions>(Element::kReal, all,
@@ -149,6 +187,26 @@ std::vector<Definition> DescribeFunctions() {
   Describe<kIntegerFunctions>(Element::kInteger, all,
                               std::make_index_sequence<std::size(kIntegerFunctions)>());
   return all;
+}
+
+void RegisterFunctions(ZULTaVoModule& module, const std::vector<ZULTaVoModule*>& others) {
+  const SetType integers = FindSetType(others, ZULTaVoInteger::sDescriptor);
+  const SetType reals = FindSetType(others, ZULTaVoReal::sDescriptor);
+  for (Definition& definition : DescribeFunctions()) {
+    const bool isReal = definition.result->element == Element::kReal;
+    const SetType& result = isReal ? reals : integers;
+    const ZULString name(definition.name);
+    const auto* constraint = new FunctionDescriptor(std::move(definition));
+    module.AddObjectDescriptor(constraint);
+    if (result.type == nullptr) continue;
+    module.AddLoadedModule(result.module);  // its types must outlive the operators
+    const ZULTaVoObjectDescriptor* operand =
+        isReal ? ZULTaVoNumber::sDescriptor : ZULTaVoInteger::sDescriptor;
+    module.AddObjectDescriptor(
+        constraint->GetNumberOfArguments() == 1
+            ? ZULTaVoCreateUnaryOperator(name, operand, result.type, constraint)
+            : ZULTaVoCreateBinaryOperator(name, operand, operand, result.type, constraint));
+  }
 }
 
 }  // namespace zultav::relations

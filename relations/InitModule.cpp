@@ -1,5 +1,3 @@
-#include <utility>
-
 #include "framework/solver/ZULTaVoModule.h"
 #include "framework/solver/ZULTaVoModuleManager.h"
 #include "relations/Export.h"
@@ -16,7 +14,6 @@ extern "C" ZULTAV_RELATIONS_API int InitModule(ZULTaVoModule* module,
   module->AddObjectDescriptor(new ZULTaVoRelationDescriptor(zultav::relations::Describe##NAME()));
   ZULTAV_RELATIONS(ZULTAV_RELATION)
 #undef ZULTAV_RELATION
-  for (zultav::relations::Definition& function : zultav::relations::DescribeFunctions())
-    module->AddObjectDescriptor(new ZULTaVoRelationDescriptor(std::move(function)));
+  zultav::relations::RegisterFunctions(*module, manager->GetModules());
   return 1;
 }

@@ -3,6 +3,8 @@
 
 #include "framework/solver/ZULTaVoRelationDescriptor.h"
 
+class ZULTaVoModule;
+
 /// X(Name): every relation of the module. Each has a file of its own, which defines
 /// `Definition Describe<Name>()`.
 #define ZULTAV_RELATIONS(X) \
@@ -23,6 +25,9 @@ ZULTAV_RELATIONS(ZULTAV_RELATION)
 #undef ZULTAV_RELATION
 /// Functions of one or two numbers, which differ in a row of a table alone.
 std::vector<Definition> DescribeFunctions();
+/// Registers them as operators whose results are of the first fitting types of the other modules;
+/// where these have none, as constraints alone.
+void RegisterFunctions(ZULTaVoModule& module, const std::vector<ZULTaVoModule*>& others);
 
 }  // namespace zultav::relations
 

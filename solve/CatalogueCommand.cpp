@@ -47,16 +47,18 @@ void PrintText(const ZULTaVoObjectDescriptor& type) {
 }
 
 template <class Descriptor>
-void List(const ZULTaVoModule& module, ZULTaVoObjectDescriptor::Kind kind, const char* key,
+void List(const Modules& modules, ZULTaVoObjectDescriptor::Kind kind, const char* key,
           Format format) {
   Json list = Json::array();
-  for (const ZULTaVoObjectDescriptor* descriptor : module.GetDescriptors()) {
-    if (descriptor->GetKind() != kind) continue;
-    const auto& item = static_cast<const Descriptor&>(*descriptor);
-    if (format == Format::kText) {
-      PrintText(item);
-    } else {
-      list.push_back(JsonOf(item));
+  for (const ZULTaVoModule* module : modules.Named()) {
+    for (const ZULTaVoObjectDescriptor* descriptor : module->GetDescriptors()) {
+      if (descriptor->GetKind() != kind) continue;
+      const auto& item = static_cast<const Descriptor&>(*descriptor);
+      if (format == Format::kText) {
+        PrintText(item);
+      } else {
+        list.push_back(JsonOf(item));
+      }
     }
   }
   if (format == Format::kJson)
@@ -72,10 +74,10 @@ int RunCatalogueCommand(const Options& options) {
     return options.moduleGiven ? kUsage : kInternal;
   }
   if (options.command == Command::kOperators) {
-    List<ZULTaVoOperatorDescriptor>(modules.Main(), ZULTaVoObjectDescriptor::Kind::kOperator,
-                                    "operators", options.format);
+    List<ZULTaVoOperatorDescriptor>(modules, ZULTaVoObjectDescriptor::Kind::kOperator, "operators",
+                                    options.format);
   } else {
-    List<ZULTaVoObjectDescriptor>(modules.Main(), ZULTaVoObjectDescriptor::Kind::kType, "types",
+    List<ZULTaVoObjectDescriptor>(modules, ZULTaVoObjectDescriptor::Kind::kType, "types",
                                   options.format);
   }
   return kAnswered;

@@ -12,7 +12,7 @@
 namespace {
 
 constexpr char kKind[] = "zultav run";
-constexpr std::uint64_t kVersion = 4;
+constexpr std::uint64_t kVersion = 5;
 /// Kinds of records.
 enum : char { kRun = 'R', kFound = 'F', kState = 'S' };
 /// Bytes of solutions that are kept before they are written.
@@ -57,6 +57,14 @@ void Transfer(ZULipstream& in, std::optional<Value>& value) {
   bool present = false;
   Transfer(in, present);
   if (present) Transfer(in, value.emplace());
+}
+void Transfer(ZULopstream& out, const std::vector<std::string>& texts) {
+  out.WriteUnsigned(texts.size());
+  for (const std::string& text : texts) Transfer(out, text);
+}
+void Transfer(ZULipstream& in, std::vector<std::string>& texts) {
+  std::uint64_t count = 0;
+  for (in.ReadUnsigned(count); count > 0 && in.Good(); --count) Transfer(in, texts.emplace_back());
 }
 template <class Enum>
 requires std::is_enum_v<Enum>
@@ -149,7 +157,7 @@ class Checkpoint::Found {
 template <class Self, class Stream>
 void Checkpoint::ForEachRunField(Self& self, Stream& stream) {
   const auto transfer = [&stream](auto&... fields) { (Transfer(stream, fields), ...); };
-  transfer(self.mModelFile, self.mModule, self.mPrecision, self.mRatio, self.mTrigLimits);
+  transfer(self.mModelFile, self.mModules, self.mPrecision, self.mRatio, self.mTrigLimits);
   auto& options = self.mOptions;
   transfer(options.choice, options.selection, options.restartAfter, options.limits.solutions,
            options.absoluteWidth, options.relativeWidth, options.hiddenNodes, self.mModel);
@@ -180,7 +188,7 @@ std::unique_ptr<Checkpoint> Checkpoint::Begin(const Options& options, const ZULT
   }
   std::unique_ptr<Checkpoint> made(new Checkpoint());
   made->mModelFile = options.modelFile;
-  made->mModule = options.module;
+  made->mModules = options.modules;
   made->mPrecision = options.precision;
   made->mRatio = options.ratio;
   made->mTrigLimits = options.trigLimits;
@@ -261,7 +269,7 @@ void Checkpoint::CountState(std::uint64_t begin) {
 
 void Checkpoint::Restore(Options& options) const {
   options.modelFile = mModelFile;
-  options.module = mModule;
+  options.modules = mModules;
   options.moduleGiven = true;
   options.precision = mPrecision;
   options.ratio = mRatio;

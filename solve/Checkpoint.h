@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "framework/calculator/ZULTavModel.h"
 #include "framework/search/ZULTavSearch.h"
@@ -78,7 +79,8 @@ class Checkpoint {
   void CountState(std::uint64_t begin);
   void DropSupersededStates();
 
-  std::string mModelFile, mModule;
+  std::string mModelFile;
+  std::vector<std::string> mModules;
   std::optional<double> mPrecision, mRatio;
   std::optional<std::pair<double, double>> mTrigLimits;
   ZULTavSearch::Options mOptions;

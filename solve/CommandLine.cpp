@@ -172,9 +172,9 @@ class Reader {
     AddModelArgument(AddFormat(
         AddCommand(Command::kCheck, "check", "Read a model and say what it holds", kCheckFooter)));
     AddFormat(AddCommand(Command::kOperators, "operators",
-                         "List the operators that the module registered", kOperatorsFooter));
+                         "List the operators that the modules registered", kOperatorsFooter));
     AddFormat(AddCommand(Command::kTypes, "types",
-                         "List the value types that the module registered", kTypesFooter));
+                         "List the value types that the modules registered", kTypesFooter));
   }
 
   CLI::App& App() { return mApp; }
@@ -190,14 +190,16 @@ class Reader {
     CLI::App* app = mApp.add_subcommand(name, about);
     app->footer(footer);
     app->callback([this, command] { mOptions.command = command; });
-    app->add_option_function<std::string>(
+    app->add_option_function<std::vector<std::string>>(
            "--module",
-           [this](const std::string& module) {
-             mOptions.module = module;
+           [this](const std::vector<std::string>& modules) {
+             mOptions.modules = modules;
              mOptions.moduleGiven = true;
            },
-           "Open this module instead of " + mOptions.module +
-               ";\nit is looked for in ZULTAV_MODULE_PATH and beside this program")
+           "Open this module instead of ZULTavNumbers and\nZULTavRelations; may be repeated. It is "
+           "looked for in\nZULTAV_MODULE_PATH and beside this program")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->type_name("NAME");
     return *app;
   }

@@ -1,5 +1,6 @@
 #include "solve/Modules.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
@@ -31,14 +32,25 @@ bool Modules::Open(const Options& options, std::string& reason) {
   }
   mScope.emplace(&mSettings);
   AddDirectories(mManager);
-  mMain = mManager.OpenModule(ZULString(std::string_view(options.module)));
-  if (mMain == nullptr)
-    reason = "cannot open module '" + options.module + "': " + mManager.GetReason();
-  return mMain != nullptr;
+  for (const std::string& name : options.modules) {
+    const ZULTaVoModule* module = mManager.OpenModule(ZULString(std::string_view(name)));
+    if (module == nullptr) {
+      reason = "cannot open module '" + name + "': " + mManager.GetReason();
+      return false;
+    }
+    mNamed.push_back(module);
+  }
+  return true;
 }
 
 std::vector<const ZULTaVoModule*> Modules::All() const {
-  std::vector<const ZULTaVoModule*> all{mMain};
-  all.insert(all.end(), mMain->GetLoadedModules().begin(), mMain->GetLoadedModules().end());
+  std::vector<const ZULTaVoModule*> all;
+  const auto add = [&all](const ZULTaVoModule* module) {
+    if (std::find(all.begin(), all.end(), module) == all.end()) all.push_back(module);
+  };
+  for (const ZULTaVoModule* module : mNamed) {
+    add(module);
+    for (const ZULTaVoModule* loaded : module->GetLoadedModules()) add(loaded);
+  }
   return all;
 }

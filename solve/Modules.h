@@ -9,22 +9,24 @@
 #include "framework/solver/ZULTaVoRealSettings.h"
 #include "solve/Options.h"
 
-/// The module that the options name, and those that it depends on. The precision and the window of
-/// the options hold for this thread as long as the object lives, and so for the networks it makes.
+/// The modules that the options name, and those that they depend on. The precision and the window
+/// of the options hold for this thread as long as the object lives, and so for the networks it
+/// makes.
 class Modules {
  public:
-  /// Answers false, with the reason, when the module cannot be opened.
+  /// Answers false, with the reason, when a module cannot be opened.
   bool Open(const Options& options, std::string& reason);
 
-  const ZULTaVoModule& Main() const { return *mMain; }
-  /// The module and those that it loaded, itself first.
+  /// In the order of the options.
+  const std::vector<const ZULTaVoModule*>& Named() const { return mNamed; }
+  /// They and those that each has loaded, itself first.
   std::vector<const ZULTaVoModule*> All() const;
 
  private:
   ZULTaVoRealSettings mSettings;
   std::optional<ZULTaVoRealScope> mScope;
   ZULTaVoModuleManager mManager;
-  ZULTaVoModule* mMain = nullptr;
+  std::vector<const ZULTaVoModule*> mNamed;
 };
 
 #endif

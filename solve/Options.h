@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "framework/search/ZULTavSearch.h"
 
@@ -29,7 +30,7 @@ struct Options {
   Command command = Command::kSolve;
   std::string modelFile;  ///< "-" is standard input
   std::map<std::string, std::string> definitions;
-  std::string module = "ZULTavNumbers";
+  std::vector<std::string> modules = {"ZULTavNumbers", "ZULTavRelations"};
   bool moduleGiven = false;
   Format format = Format::kText;
   Digits digits = Digits::kPrecision;

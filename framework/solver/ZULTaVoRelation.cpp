@@ -1,6 +1,7 @@
 #include "framework/solver/ZULTaVoRelation.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <utility>
 
@@ -37,6 +38,17 @@ bool ReadFlag(ZULipstream& in) {
   std::uint64_t flag = 0;
   in.ReadUnsigned(flag, 1);
   return flag != 0;
+}
+
+/// The number as a double, rounded toward `outward`.
+double AsReal(long number, double outward) {
+  const auto real = static_cast<double>(number);
+  return std::fabs(real) < 0x1p53 ? real : std::nextafter(real, outward);
+}
+
+/// Whether a whole number can surely be one; beyond, bounds are left alone.
+bool IsLong(double whole) {
+  return std::fabs(whole) < static_cast<double>(std::numeric_limits<long>::max() / 2);
 }
 
 }  // namespace
@@ -79,7 +91,11 @@ class ZULTaVoRelation::Work {
 
   bool Load(std::uint32_t x, const ZULTaVoAny& object) {
     if (object.IsNil() != 0) return false;
-    if (mRelation.IsReal(x)) {
+    const auto* whole = mRelation.IsReal(x) ? ZULTaVoCast<const ZULTaVoInteger>(&object) : nullptr;
+    if (whole != nullptr) {
+      mDomains.SetReals(x, AsReal(whole->GetLowerBound(), -HUGE_VAL),
+                        AsReal(whole->GetUpperBound(), HUGE_VAL));
+    } else if (mRelation.IsReal(x)) {
       const auto& real = static_cast<const ZULTaVoReal&>(object);
       mDomains.SetReals(x, real.GetLowerBound(), real.GetUpperBound());
     } else if (mRelation.IsTruth(x)) {
@@ -94,6 +110,12 @@ class ZULTaVoRelation::Work {
 
   /// Whether the object was narrowed.
   bool Store(std::uint32_t x, ZULTaVoAny& object) const {
+    if (auto* whole = mRelation.IsReal(x) ? ZULTaVoCast<ZULTaVoInteger>(&object) : nullptr) {
+      const double lower = std::ceil(mDomains.GetRealLower(x));
+      const double upper = std::floor(mDomains.GetRealUpper(x));
+      return KeepBetween(*whole, IsLong(lower) ? static_cast<long>(lower) : whole->GetLowerBound(),
+                         IsLong(upper) ? static_cast<long>(upper) : whole->GetUpperBound());
+    }
     if (mRelation.IsReal(x))
       return KeepBetween(static_cast<ZULTaVoReal&>(object), mDomains.GetRealLower(x),
                          mDomains.GetRealUpper(x));
@@ -111,7 +133,16 @@ class ZULTaVoRelation::Work {
   ZULTaVoLocalDomains mDomains;
 };
 
-ZULTaVoRelation::ZULTaVoRelation(const ZULTaVoRelationDescriptor* type) : mType(type) {}
+ZULTaVoRelation::ZULTaVoRelation(const ZULTaVoRelationDescriptor* type) : mType(type) {
+  if (!type->IsPlain()) return;
+  const auto add = [this](const ZULTaVoRelationDescriptor::Parameter& parameter) {
+    mParts.emplace_back().isReal = parameter.element == ZULTaVoRelationDescriptor::Element::kReal;
+  };
+  const auto& definition = type->GetDefinition();
+  add(*definition.result);
+  std::for_each(definition.parameters.begin(), definition.parameters.end(), add);
+  Arrange();
+}
 
 ZULTaVoRelation::ZULTaVoRelation(const ZULTaVoRelationDescriptor* type, std::vector<Part> parts,
                                  bool isReified)

@@ -26,7 +26,7 @@ class ZULTAV_TYPES_API ZULTaVoRelation final : public ZULTaVoConstraint {
     std::shared_ptr<const std::vector<double>> reals = nullptr;
   };
 
-  /// To be read from a stream.
+  /// To be read from a stream, or of single values where the type is plain.
   explicit ZULTaVoRelation(const ZULTaVoRelationDescriptor* type);
   ZULTaVoRelation(const ZULTaVoRelationDescriptor* type, std::vector<Part> parts, bool isReified);
   /// A copy shares what is known.

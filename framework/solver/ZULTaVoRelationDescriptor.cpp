@@ -6,6 +6,8 @@
 #include <string_view>
 #include <utility>
 
+#include "framework/solver/ZULTaVoBoolean.h"
+#include "framework/solver/ZULTaVoInteger.h"
 #include "framework/solver/ZULTaVoRelation.h"
 
 namespace {
@@ -32,6 +34,26 @@ std::string Signature(const Descriptor::Definition& definition) {
   return text + ")" + (definition.result ? " -> " + Describe(*definition.result, false) : "");
 }
 
+/// What a relation announces like any other constraint: where it is a function of single values
+/// alone, these and the result, else nothing.
+unsigned int CountAnnounced(const Descriptor::Definition& definition) {
+  const auto isPlain = [](const Descriptor::Parameter& parameter) {
+    return *parameter.size == '\0' && parameter.given == Descriptor::Given::kValues &&
+           parameter.element != Descriptor::Element::kNumber;
+  };
+  const auto& parameters = definition.parameters;
+  const bool announces = definition.result && parameters.size() < Descriptor::kMaxArguments &&
+                         std::all_of(parameters.begin(), parameters.end(), isPlain);
+  return announces ? static_cast<unsigned int>(parameters.size()) + 1 : 0;
+}
+
+/// An integer stands where a real is wanted.
+const ZULTaVoObjectDescriptor* TypeOf(Descriptor::Element element) {
+  if (element == Descriptor::Element::kTruth) return ZULTaVoBoolean::sDescriptor;
+  return element == Descriptor::Element::kInteger ? ZULTaVoInteger::sDescriptor
+                                                  : ZULTaVoNumber::sDescriptor;
+}
+
 /// A size that a letter stands for, and who said so first.
 struct Size {
   const char* parameter = nullptr;
@@ -45,9 +67,16 @@ std::string CountOf(std::uint32_t size, const char* what) {
 }  // namespace
 
 ZULTaVoRelationDescriptor::ZULTaVoRelationDescriptor(Definition definition)
-    : ZULTaVoConstraintDescriptor(ZULString(Signature(definition).c_str()), nullptr, 1, 0, 0),
+    : ZULTaVoConstraintDescriptor(ZULString(Signature(definition).c_str()), nullptr, 1,
+                                  CountAnnounced(definition), 0),
       mDefinition(std::move(definition)) {
   SetRule(mDefinition.rule);
+  if (CountAnnounced(mDefinition) == 0) return;
+  const auto announce = [this](const Parameter& parameter) {
+    AddArgument(parameter.name, TypeOf(parameter.element), ZULTaVoConstraint::kDefaultPriority);
+  };
+  std::for_each(mDefinition.parameters.begin(), mDefinition.parameters.end(), announce);
+  announce(*mDefinition.result);
 }
 
 void* ZULTaVoRelationDescriptor::InitObject(void* place) const {

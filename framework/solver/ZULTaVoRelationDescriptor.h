@@ -92,6 +92,9 @@ class ZULTAV_TYPES_API ZULTaVoRelationDescriptor : public ZULTaVoConstraintDescr
   void PrintOn(std::ostream& out) const override;
 
   const Definition& GetDefinition() const { return mDefinition; }
+  /// Whether it is a function of single values alone. Then it can be posted by these and the result
+  /// like any other constraint, and operators can be made of it.
+  bool IsPlain() const { return TakesNumberOfArguments(GetNumberOfArguments() + 1); }
   const char* GetRelationName() const { return mDefinition.name; }
   /// What is wrong with these arguments; empty where nothing is.
   std::string Check(Arguments arguments) const;

@@ -37,25 +37,6 @@ enum class ZULTaVoRule : std::uint8_t {
   kCeil,       ///< a0 is the least integer that is not less than a1
   kPi,         ///< a0 is the number pi
   kE,          ///< a0 is the number e
-  kSinh,       ///< a0 = sinh(a1)
-  kCosh,       ///< a0 = cosh(a1)
-  kTanh,       ///< a0 = tanh(a1)
-  kAsinh,      ///< a0 = asinh(a1)
-  kAcosh,      ///< a0 = acosh(a1), not negative
-  kAtanh,      ///< a0 = atanh(a1)
-  kLog2,       ///< a0 is the logarithm of a1 to the base 2
-  kLog10,      ///< a0 is the logarithm of a1 to the base 10
-  kExp2,       ///< a0 = 2 ^ a1
-  kCbrt,       ///< a0 is the cubic root of a1
-  kHypot,      ///< a0 is the root of a1^2 + a2^2 that is not negative
-  kArcsin,     ///< a0 = arcsin(a1) within [-pi/2, pi/2]
-  kArccos,     ///< a0 = arccos(a1) within [0, pi]
-  kArctan,     ///< a0 = arctan(a1) within (-pi/2, pi/2)
-  kAtan2,      ///< a0 is the angle of the point (x, y) = (a2, a1) within (-pi, pi]; not of (0, 0)
-  kDiv,        ///< a0 = a1 / a2 truncated, of integers; a2 is not 0
-  kPiecewise,  ///< of a relation: a0 = f(a1), f linear between the points of its last parameter, the
-               ///< rows (x, y) of a matrix, and without a value outside of them
-  kGcd,        ///< a0 is the greatest common divisor of the integers a1 and a2; of 0 and 0 it is 0
 
   // Relations that hold; the truth value False is less than True
   kEqual,               ///< a0 = a1
@@ -72,7 +53,28 @@ enum class ZULTaVoRule : std::uint8_t {
   kBooleanLessOrEqual,  ///< a2 says whether a0 <= a1
   kBooleanNegation,     ///< a0 says whether a1 is false
   kCount,               ///< a0, an integer, is the number of operands that are true
-  kPrimality            ///< a0 says whether a1, an integer, is a prime
+  kPrimality,           ///< a0 says whether a1, an integer, is a prime
+
+  // Further functions of numbers
+  kSinh,       ///< a0 = sinh(a1)
+  kCosh,       ///< a0 = cosh(a1)
+  kTanh,       ///< a0 = tanh(a1)
+  kAsinh,      ///< a0 = asinh(a1)
+  kAcosh,      ///< a0 = acosh(a1), not negative
+  kAtanh,      ///< a0 = atanh(a1)
+  kLog2,       ///< a0 is the logarithm of a1 to the base 2
+  kLog10,      ///< a0 is the logarithm of a1 to the base 10
+  kExp2,       ///< a0 = 2 ^ a1
+  kCbrt,       ///< a0 is the cubic root of a1
+  kHypot,      ///< a0 is the root of a1^2 + a2^2 that is not negative
+  kArcsin,     ///< a0 = arcsin(a1) within [-pi/2, pi/2]
+  kArccos,     ///< a0 = arccos(a1) within [0, pi]
+  kArctan,     ///< a0 = arctan(a1) within (-pi/2, pi/2)
+  kAtan2,      ///< a0 is the angle of the point (x, y) = (a2, a1) within (-pi, pi]; not of (0, 0)
+  kDiv,        ///< a0 = a1 / a2 truncated, of integers; a2 is not 0
+  kGcd,        ///< a0 is the greatest common divisor of the integers a1 and a2; of 0 and 0 it is 0
+  kPiecewise,  ///< of a relation: a0 = f(a1), f linear between the points of its last parameter,
+               ///< the rows (x, y) of a matrix, and without a value outside of them
 };
 
 #endif
