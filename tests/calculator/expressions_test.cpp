@@ -95,6 +95,32 @@ TEST(ExpressionsTest, ListsAreIndexedAndSliced) {
   });
 }
 
+TEST(ExpressionsTest, ConditionsSetsAndChains) {
+  Check({
+      {"a < b <= c = d; p == (a << b <== c);",
+       "a < b; b <= c; c = d; (p == ((a << b) && (b <== c))); "                                                                },
+      {"p <-> q xor r; p xor q -> r;",                                       "(p == (q <<>> r)); ((p <<>> q) -> r); "          },
+      {"a in {1, 3..5, 4, 7}; a in 2..9;",                                   "a >= 1; a <= 7; a <> 2; a <> 6; a >= 2; a <= 9; "},
+      {"p == (a in {1, 3..5});",                                             "(p == ((a == 1) || ((a >== 3) && (a <== 5)))); " },
+      {"z[1..2] : single int in {1, 3};",                                    "z[1] <> 2; z[2] <> 2; "                          },
+      {"a in {0, 100};",                                                     "a >= 0; a <= 100; ((a <== 0) || (a >== 100)); "  },
+      {"for i in {1, 5..6} where i in 2..9 : a > i;",                        "a > 5; a > 6; "                                  },
+      {"a = if n > 2 then 1 / (n - 3 + 1) else 1 / (n - 3);",                "a = 1; "                                         },
+      {"a = if a > b then 5 else 2;",                                        "a = ([2,2] + (count((a >> b)) * [3,3])); "       },
+      {"p = if q then r else s;",                                            "p = ((q -> r) && ((~q) -> s)); "                 },
+      {"if n = 3 then { a = 1; b = 2; } else a = 7;",                        "a = 1; b = 2; "                                  },
+      {"if p then a = 1 else if q then a < b < c; if n > 3 then a = 0;",
+       "(p -> (a == 1)); (((~p) && q) -> ((a << b) && (b << c))); "                                                            },
+      {"if a > 3 then for i in 1..2 : { u[i] = 1; } b = 2;",
+       "((a >> 3) -> (u[1] == 1)); ((a >> 3) -> (u[2] == 1)); b = 2; "                                                         },
+      {"a = 2 * count(i in 0..3) (u[i] == i); assert(n in {3}, \"three\");",
+       "a = ([2,2] * count((u[0] == 0), (u[1] == 1), (u[2] == 2), (u[3] == 3))); "                                             },
+  });
+  const Reading names =
+      ReadModel("if, then : bool; count, xor, assert : int; if -> then; xor = count * assert;");
+  EXPECT_EQ(names.ErrorText(), "") << "words of some places are names in all others";
+}
+
 TEST(ExpressionsTest, ConstantsFold) {
   Check({
       {"a = b + 2*3 - 1; a = 2 + 3 + b;",                       "a = ((b + 6) - 1); a = (5 + b); "    },

@@ -131,12 +131,6 @@ Result FoldBooleans(Op op, bool a, bool b) {
   }
 }
 
-/// The comparison that has a truth value; both kinds of signs stand in the same order.
-Op WithoutAssertion(Op op) {
-  constexpr int kDistance = static_cast<int>(Op::kIsEqual) - static_cast<int>(Op::kEqual);
-  return IsAsserting(op) ? static_cast<Op>(static_cast<int>(op) + kDistance) : op;
-}
-
 /// A comparison of two values that are known to be less, equal or greater, or of which only some
 /// of these can be excluded.
 struct Order {
@@ -177,6 +171,12 @@ Order OrderOf(const Constant& a, const Constant& b) {
 }
 
 }  // namespace
+
+// Both kinds of signs stand in the same order.
+Op WithoutAssertion(Op op) {
+  constexpr int kDistance = static_cast<int>(Op::kIsEqual) - static_cast<int>(Op::kEqual);
+  return IsAsserting(op) ? static_cast<Op>(static_cast<int>(op) + kDistance) : op;
+}
 
 Constant Constant::FromDecimal(std::string_view text) {
   const Decimal decimal = ReadDecimal(text);

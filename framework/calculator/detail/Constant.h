@@ -40,6 +40,9 @@ struct Constant {
   std::string Describe() const;
 };
 
+/// The comparison that has a truth value in place of one that is stated; any other stays.
+Op WithoutAssertion(Op op);
+
 /// Thrown by FoldConstants, with the reason.
 struct ConstantError {
   std::string message;

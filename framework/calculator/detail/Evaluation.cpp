@@ -30,18 +30,6 @@ Op OpOf(Aggregate aggregate) {
 
 }  // namespace
 
-/// Evaluates what must be known while the model is read as long as it lives.
-class Interpreter::Scope {
- public:
-  explicit Scope(unsigned int& depth) : mDepth(depth) { ++mDepth; }
-  ~Scope() { --mDepth; }
-  Scope(const Scope&) = delete;
-  Scope& operator=(const Scope&) = delete;
-
- private:
-  unsigned int& mDepth;
-};
-
 Span Interpreter::SpanOf(NodeRange range) const {
   const Span first = mSyntax->nodes[range.first].span;
   const Span root = RootOf(range).span;
@@ -60,6 +48,10 @@ Value Interpreter::Evaluate(NodeRange range, const Value* target) {
       const Comprehension& comprehension = mSyntax->comprehensions[node.data];
       i = comprehension.end;
       value = EvaluateComprehension(comprehension, node.span, i == range.last ? target : nullptr);
+    } else if (node.kind == Node::Kind::kIf) {
+      const Conditional& conditional = mSyntax->conditionals[node.data];
+      i = conditional.end;
+      value = EvaluateConditional(conditional, node.span, i == range.last ? target : nullptr);
     } else {
       operands = node.count;
       value = EvaluateNode(node, mStack.data() + (mStack.size() - operands),
@@ -85,6 +77,10 @@ Value Interpreter::EvaluateNode(const Node& node, const Value* operands, const V
       return EvaluateRange(operands, node.span);
     case Node::Kind::kLiteral:
       return MakeList({operands, operands + node.count}, 1, node.span);
+    case Node::Kind::kSet:
+      return EvaluateSetLiteral(operands, node.count, node.span);
+    case Node::Kind::kChain:
+      return EvaluateChain(node, operands);
     case Node::Kind::kEverything: {
       Value value;
       value.kind = Value::Kind::kEverything;
@@ -173,6 +169,20 @@ void Interpreter::CheckOperand(const Operation& operation, const Value& operand)
 
 Value Interpreter::Operate(const Operation& operation, const Value* operands, unsigned int count,
                            const Value* target) {
+  if (operation.op == Op::kIn) return EvaluateMember(operands[0], operands[1], operation.span);
+  const bool isTruthTable = operation.op == Op::kEquivalent || operation.op == Op::kXor;
+  for (unsigned int i = 0; isTruthTable && i < count; ++i) {
+    CheckOperand(operation, operands[i]);
+    if (!AreTruths(&operands[i], 1))
+      Fail(operands[i].span, "'" + mNames.GetName(operation.name) +
+                                 "' stands between truth values; this is " + Describe(operands[i]));
+  }
+  if (isTruthTable)
+    return Join(operation.op == Op::kXor ? Op::kIsUnequal : Op::kIsEqual, operands[0], operands[1],
+                operation.span, target);
+  if (mTruthsOnly > 0 && mConstantOnly == 0 && IsAsserting(operation.op))
+    return Operate(OperationOf(WithoutAssertion(operation.op), operation.span), operands, count,
+                   target);
   if (operation.name == mIntegerConversion && count == 1 && AreTruths(operands, 1))
     return Count({operands[0]}, operation.span, target);
   bool constant = count > 0;
@@ -253,6 +263,12 @@ Value Interpreter::Combine(Aggregate aggregate, std::vector<Value> terms, Span s
       }
     terms = std::move(pairs);
   }
+  if (aggregate == Aggregate::kCount) {
+    if (!AreTruths(terms.data(), terms.size()))
+      Fail(span, "what 'count' counts are truth values",
+           {"for the truth of a comparison write '==', '<<>>', '<<', '<==', '>>', '>=='"});
+    return Count(terms, span, target);
+  }
   if (aggregate == Aggregate::kSum && !terms.empty() && AreTruths(terms.data(), terms.size()))
     return Count(terms, span, target);
   if (terms.empty()) {
@@ -305,7 +321,7 @@ IntegerSet Interpreter::EvaluateSet(NodeRange range, std::string_view what) {
   const Value value = EvaluateKnown(range);
   if (!value.IsSet())
     Fail(SpanOf(range),
-         std::string(what) + " is a range, such as 1..9; this is " + Describe(value));
+         std::string(what) + " is a range or a set, such as 1..9; this is " + Describe(value));
   return value.Set();
 }
 

@@ -5,6 +5,7 @@
 
 #include "framework/calculator/detail/Parser.h"
 #include "framework/calculator/detail/Suggestion.h"
+#include "framework/solver/ZULTaVoInteger.h"
 
 namespace zultav::detail {
 
@@ -110,7 +111,8 @@ void Interpreter::Run(const Source& source, const Syntax& syntax) {
   mSource = &source;
   mSyntax = &syntax;
   mStack.clear();
-  mConstantOnly = 0;
+  mConstantOnly = mTruthsOnly = 0;
+  mGuard.reset();
   for (const Statement& statement : syntax.statements) Execute(statement);
 }
 
@@ -122,7 +124,11 @@ void Interpreter::Execute(const Statement& statement) {
       return ExecuteDeclaration(statement);
     case Statement::Kind::kExpression:
       mLine = mSource->GetLine(statement.span.position);
-      return Assert(statement.expression);
+      return mGuard ? AssertGuarded(statement.expression) : Assert(statement.expression);
+    case Statement::Kind::kIf:
+      return ExecuteIf(statement);
+    case Statement::Kind::kAssert:
+      return ExecuteAssert(statement);
     case Statement::Kind::kFor:
       ForEach(statement.generators, statement.where, [&] {
         for (const Statement& inner : statement.body) Execute(inner);
@@ -174,11 +180,41 @@ void Interpreter::ExecuteDeclaration(const Statement& statement) {
     }
     const LocalValue initial(*type);
     if (statement.hasValue) ReadInitialValue(statement.value, initial);
-    for (const Declarator& declarator : statement.declarators) Declare(declarator, type, initial);
+    IntegerSet domain;
+    if (statement.domain.present) domain = ReadDomain(statement, initial);
+    for (const Declarator& declarator : statement.declarators) {
+      Declare(declarator, type, initial);
+      if (statement.domain.present) StateDomain(declarator, domain);
+    }
   } catch (const ModelError&) {
     for (const Declarator& declarator : statement.declarators) MarkBroken(declarator.name);
     throw;
   }
+}
+
+/// The set of values after `in`; the initial value becomes its hull.
+IntegerSet Interpreter::ReadDomain(const Statement& statement, const LocalValue& initial) {
+  auto* integer = ZULTaVoCast<ZULTaVoInteger>(initial.Get());
+  if (integer == nullptr)
+    Fail(statement.type, "only integers have a set of values, written behind 'in'");
+  IntegerSet set = EvaluateSet(statement.domain, "a domain");
+  const LocalValue any(*initial->GetDescriptor());
+  any->SetAny();
+  const auto* limits = ZULTaVoCast<ZULTaVoInteger>(any.Get());
+  set = set.Intersection({limits->GetLowerBound(), limits->GetUpperBound()});
+  if (set.IsEmpty()) Fail(SpanOf(statement.domain), "no value of the type is in this set");
+  integer->SetLowerBound(static_cast<long>(set.GetRanges().front().low));
+  integer->SetUpperBound(static_cast<long>(set.GetRanges().back().high));
+  return set;
+}
+
+/// Leaves out what lies between the ranges of the domain, for the variable or for each element.
+void Interpreter::StateDomain(const Declarator& declarator, const IntegerSet& domain) {
+  mLine = mSource->GetLine(declarator.span.position);
+  const std::uint32_t variable = SymbolOf(declarator.name).data;
+  const std::size_t size = mBuilder.GetVariable(variable).values.size();
+  for (std::size_t i = 0; i < size; ++i)
+    StateGaps(Value::OfExpression(mBuilder.LeafOf(variable, i), declarator.span), domain);
 }
 
 void Interpreter::Declare(const Declarator& declarator, ModelBuilder::Type type,
@@ -322,7 +358,7 @@ bool Interpreter::IsApplication(NodeRange range) const {
   const Node::Kind kind = RootOf(range).kind;
   return (kind == Node::Kind::kBinary && !IsAssertingComparison(range)) ||
          kind == Node::Kind::kPrefix || kind == Node::Kind::kCall || kind == Node::Kind::kList ||
-         kind == Node::Kind::kEnd;
+         kind == Node::Kind::kEnd || kind == Node::Kind::kEndIf;
 }
 
 NodeRange Interpreter::RightOperandOf(NodeRange range) const {
@@ -359,7 +395,14 @@ void Interpreter::AssertOne(NodeRange range, std::vector<NodeRange>& pending) {
     pending.push_back(RightOperandOf(range));
     pending.push_back(LeftOperandOf(range));
   } else if (IsAssertingComparison(range)) {
-    AssertComparison(range);
+    AssertComparison({root.data, root.op, root.span}, LeftOperandOf(range), RightOperandOf(range));
+  } else if (root.kind == Node::Kind::kBinary && root.op == Op::kIn) {
+    AssertMember(range);
+  } else if (root.kind == Node::Kind::kChain && IsAsserting(mSyntax->chains[root.data][0].op)) {
+    const std::vector<NodeRange> operands = OperandsOf(range);
+    const std::vector<Token>& signs = mSyntax->chains[root.data];
+    for (std::size_t i = 0; i < signs.size(); ++i)
+      AssertComparison(OperationOf(signs[i].op, signs[i].span), operands[i], operands[i + 1]);
   } else if (isComprehension && root.aggregate == Aggregate::kForall) {
     const Comprehension& comprehension = mSyntax->comprehensions[root.data];
     ForEach(comprehension.generators, comprehension.where, [&] { Assert(comprehension.body); });
@@ -384,26 +427,23 @@ void Interpreter::AssertOne(NodeRange range, std::vector<NodeRange>& pending) {
   }
 }
 
-void Interpreter::AssertComparison(NodeRange range) {
-  const Node& root = RootOf(range);
-  const Operation operation = {root.data, root.op, root.span};
-  const NodeRange leftRange = LeftOperandOf(range);
-  const NodeRange rightRange = RightOperandOf(range);
+void Interpreter::AssertComparison(const Operation& operation, NodeRange leftRange,
+                                   NodeRange rightRange) {
   Value left;
   Value right;
-  if (root.op == Op::kEqual && IsApplication(leftRange) && !IsApplication(rightRange)) {
+  if (operation.op == Op::kEqual && IsApplication(leftRange) && !IsApplication(rightRange)) {
     right = Evaluate(rightRange);
     left = Evaluate(leftRange, &right);
   } else {
     left = Evaluate(leftRange);
-    right = Evaluate(rightRange, root.op == Op::kEqual ? &left : nullptr);
+    right = Evaluate(rightRange, operation.op == Op::kEqual ? &left : nullptr);
   }
   CheckOperand(operation, left);
   CheckOperand(operation, right);
   if (left.IsConstant() && right.IsConstant()) {
-    const auto truth = FoldConstants(root.op, left.constant, &right.constant);
+    const auto truth = FoldConstants(operation.op, left.constant, &right.constant);
     if (truth && truth->IsTrue()) return;
-    if (truth) mBuilder.Warn(root.span, "this is false, whatever the variables are", {});
+    if (truth) mBuilder.Warn(operation.span, "this is false, whatever the variables are", {});
   }
   mBuilder.State(operation, left, right, mLine);
 }

@@ -48,7 +48,17 @@ class Interpreter {
     bool used = false;
     bool named = false;  // by a `let`
   };
-  class Scope;
+  /// Keeps a way of evaluating as long as it lives.
+  class Scope {
+   public:
+    explicit Scope(unsigned int& depth) : mDepth(depth) { ++mDepth; }
+    ~Scope() { --mDepth; }
+    Scope(const Scope&) = delete;
+    Scope& operator=(const Scope&) = delete;
+
+   private:
+    unsigned int& mDepth;
+  };
 
   Symbol& SymbolOf(std::uint32_t name);
   void Introduce(std::uint32_t name, Span span, Symbol symbol);
@@ -58,6 +68,12 @@ class Interpreter {
   void ExecuteDeclaration(const Statement& statement);
   void Declare(const Declarator& declarator, ModelBuilder::Type type, const LocalValue& initial);
   std::vector<ZULTavModel::Dimension> EvaluateDimensions(const Declarator& declarator);
+  void ExecuteIf(const Statement& statement);
+  void ExecuteAssert(const Statement& statement);
+  void ExecuteUnder(const Value& guard, const std::vector<Statement>& statements);
+  IntegerSet ReadDomain(const Statement& statement, const LocalValue& initial);
+  void StateDomain(const Declarator& declarator, const IntegerSet& domain);
+  void StateGaps(const Value& value, const IntegerSet& set);
   void ForEach(const std::vector<Generator>& generators, NodeRange where,
                const std::function<void()>& body);
   IntegerSet Enter(const Generator& generator);
@@ -68,7 +84,9 @@ class Interpreter {
 
   void Assert(NodeRange range);
   void AssertOne(NodeRange range, std::vector<NodeRange>& pending);
-  void AssertComparison(NodeRange range);
+  void AssertGuarded(NodeRange range);
+  void AssertComparison(const Operation& operation, NodeRange left, NodeRange right);
+  void AssertMember(NodeRange range);
   void AssertTruth(NodeRange range);
   void AssertValue(const Value& value, NodeRange range);
   void AssertAllDifferent(const std::vector<Value>& terms, Span span);
@@ -80,6 +98,14 @@ class Interpreter {
   Value Select(const Value& list, const Value* index, const Value* end, const Node& node);
   Value ItemAt(const Value& list, const Value& index, const Node& node);
   Value EvaluateRange(const Value* ends, Span span) const;
+  Value EvaluateSetLiteral(const Value* items, std::uint32_t count, Span span) const;
+  Value EvaluateChain(const Node& node, const Value* operands);
+  Value EvaluateConditional(const Conditional& conditional, Span span, const Value* target);
+  Value EvaluateCondition(NodeRange range);
+  Value EvaluateMember(const Value& value, const Value& set, Span span);
+  void CheckMember(const Value& value, const Value& set, Span span) const;
+  Value Join(Op op, const Value& left, const Value& right, Span span,
+             const Value* target = nullptr);
   Value MakeList(std::vector<Value> items, std::int64_t first, Span span) const;
   std::size_t SizeOf(const Value& list) const;
   std::int64_t FirstIndexOf(const Value& list) const;
@@ -128,8 +154,10 @@ class Interpreter {
   std::uint32_t mIntegerConversion = 0;  // a name
   std::vector<Value> mStack;
   std::uint32_t mLine = 0;
-  unsigned int mConstantOnly = 0;
+  unsigned int mConstantOnly = 0;  // what is evaluated must be known while the model is read
+  unsigned int mTruthsOnly = 0;    // nothing is stated: all comparisons have truth values
   std::size_t mIterations = 0;
+  std::optional<Value> mGuard;  // what is stated now holds where this is true
 };
 
 }  // namespace zultav::detail

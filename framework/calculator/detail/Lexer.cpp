@@ -164,6 +164,11 @@ Token Lexer::Sign() {
   for (const OperatorSign& sign : kOperatorSigns)
     if (!sign.text.empty() && rest.substr(0, sign.text.size()) == sign.text)
       return Make(TokenKind::kOperator, sign.text.size(), sign.op);
+  if (rest[0] == '"') {
+    const std::size_t end = mText.find_first_of("\"\n", mPosition + 1);
+    if (end == std::string_view::npos || mText[end] == '\n') return Make(TokenKind::kBad, 1);
+    return Make(TokenKind::kText, end + 1 - mPosition);
+  }
   for (const Punctuation& sign : kPunctuation)
     if (rest.substr(0, sign.text.size()) == sign.text) return Make(sign.kind, sign.text.size());
   std::size_t length = 1;  // of a character outside ASCII: all its bytes
@@ -179,6 +184,7 @@ void Lexer::Explain(const Token& bad) const {
   };
   if (text.substr(0, 2) == "/*")
     Fail({bad.span.position, 2}, "this comment has no end; expected '*/'");
+  if (text == "\"") Fail(bad.span, "this text has no end in its line; expected '\"'");
   if (IsNameStart(text[0])) failByLimit("a name", mLimits->nameLength);
   if (IsDigit(bad.span.position)) {
     if (text.size() > mLimits->numberLength) failByLimit("a number", mLimits->numberLength);

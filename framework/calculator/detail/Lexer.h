@@ -12,6 +12,9 @@ namespace zultav::detail {
 /// The operators that have a sign of their own in the language.
 enum class Op : std::uint8_t {
   kNone,
+  kIn,
+  kEquivalent,
+  kXor,
   kImplies,
   kOr,
   kAnd,
@@ -41,7 +44,7 @@ enum class Op : std::uint8_t {
 /// Whether it states a comparison, rather than asks for its truth.
 constexpr bool IsAsserting(Op op) { return op >= Op::kEqual && op <= Op::kGreaterOrEqual; }
 constexpr bool IsConnective(Op op) {
-  return op == Op::kAnd || op == Op::kOr || op == Op::kImplies || op == Op::kNot;
+  return (op >= Op::kEquivalent && op <= Op::kAnd) || op == Op::kNot;
 }
 
 /// Binding strength, loosest first.
@@ -66,8 +69,9 @@ struct OperatorSign {
 };
 
 /// Longer signs stand before their beginnings.
-inline constexpr std::array<OperatorSign, 25> kOperatorSigns = {
-    {{"<<>>", Op::kIsUnequal, kComparison},
+inline constexpr std::array<OperatorSign, 28> kOperatorSigns = {
+    {{"<->", Op::kEquivalent, kImplication},
+     {"<<>>", Op::kIsUnequal, kComparison},
      {"<==", Op::kIsLessOrEqual, kComparison},
      {">==", Op::kIsGreaterOrEqual, kComparison},
      {"<<", Op::kIsLess, kComparison},
@@ -91,6 +95,8 @@ inline constexpr std::array<OperatorSign, 25> kOperatorSigns = {
      {"^", Op::kPower, kExponent},
      {"~", Op::kNot, kNoOperator},
      {"mod", Op::kModulo, kTerm},
+     {"xor", Op::kXor, kDisjunction},
+     {"in", Op::kIn, kComparison},
      {"", Op::kNone, kNoOperator}}
 };
 
@@ -117,6 +123,7 @@ enum class TokenKind : std::uint8_t {
   kColon,
   kSemicolon,
   kRange,
+  kText,
   kLet,
   kFor,
   kIn,

@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "framework/calculator/detail/Interpreter.h"
+#include "framework/solver/ZULTaVoInteger.h"
 
 namespace zultav::detail {
 
@@ -75,6 +76,94 @@ Value Interpreter::EvaluateRange(const Value* ends, Span span) const {
       Fail(end->span, "the ends of a range are integers, known while the model is read");
   }
   return Value::OfSet({ends[0].constant.integer, ends[1].constant.integer}, span);
+}
+
+/// {item, …}
+Value Interpreter::EvaluateSetLiteral(const Value* items, std::uint32_t count, Span span) const {
+  std::vector<IntegerSet::Range> ranges;
+  for (const Value* item = items; item != items + count; ++item) {
+    if (item->IsSet()) {
+      const auto& all = item->Set().GetRanges();
+      ranges.insert(ranges.end(), all.begin(), all.end());
+      continue;
+    }
+    if (!item->IsConstant() || !item->constant.IsInteger())
+      Fail(item->span,
+           "a set holds integers, known while the model is read; this is " + Describe(*item));
+    ranges.push_back({item->constant.integer, item->constant.integer});
+  }
+  return Value::OfSet(IntegerSet(std::move(ranges)), span);
+}
+
+// --- Members ----------------------------------------------------------------------------------
+
+/// That a number is in a set can be asked of integers alone.
+void Interpreter::CheckMember(const Value& value, const Value& set, Span span) const {
+  CheckOperand({}, value);
+  if (!set.IsSet())
+    Fail(set.span, "expected a set, such as {1, 3, 5..9}; this is " + Describe(set),
+         {"bounds are written as a range: 'x in 2..4'"});
+  const bool isInteger = value.IsConstant()
+                             ? value.constant.IsInteger()
+                             : ZULTaVoInteger::sDescriptor->IsMatched(mBuilder.TypeOf(value));
+  if (!isInteger) Fail(span, "'in' asks of an integer; this is " + Describe(value));
+}
+
+/// The truth of `value in set`.
+Value Interpreter::EvaluateMember(const Value& value, const Value& set, Span span) {
+  CheckMember(value, set, span);
+  if (value.IsConstant())
+    return Value::Of(Constant::Boolean(set.Set().Contains(value.constant.integer)), span);
+  std::vector<Value> terms;
+  const auto number = [span](std::int64_t n) { return Value::Of(Constant::Integer(n), span); };
+  for (const IntegerSet::Range& range : set.Set().GetRanges()) {
+    if (range.low == range.high) {
+      AddTerm(terms, Join(Op::kIsEqual, value, number(range.low), span));
+      continue;
+    }
+    const Value above = Join(Op::kIsGreaterOrEqual, value, number(range.low), span);
+    const Value below = Join(Op::kIsLessOrEqual, value, number(range.high), span);
+    AddTerm(terms, Join(Op::kAnd, above, below, span));
+  }
+  return Combine(Aggregate::kExists, std::move(terms), span, nullptr);
+}
+
+void Interpreter::AssertMember(NodeRange range) {
+  const Value value = Evaluate(LeftOperandOf(range));
+  const Value set = Evaluate(RightOperandOf(range));
+  const Span span = RootOf(range).span;
+  CheckMember(value, set, span);
+  if (value.IsConstant() || set.Set().IsEmpty())
+    return AssertValue(EvaluateMember(value, set, span), range);
+  const auto& ranges = set.Set().GetRanges();
+  const auto bound = [&](Op op, std::int64_t number) {
+    mBuilder.State(OperationOf(op, span), value, Value::Of(Constant::Integer(number), span), mLine);
+  };
+  bound(Op::kGreaterOrEqual, ranges.front().low);
+  bound(Op::kLessOrEqual, ranges.back().high);
+  StateGaps(value, set.Set());
+}
+
+/// States that the value is in none of the gaps of the set: single values are left out of a domain
+/// each, of a longer gap it is either below or above.
+void Interpreter::StateGaps(const Value& value, const IntegerSet& set) {
+  constexpr std::int64_t kLeftOut = 64;
+  const auto number = [&](std::int64_t n) { return Value::Of(Constant::Integer(n), value.span); };
+  const auto& ranges = set.GetRanges();
+  for (std::size_t i = 1; i < ranges.size(); ++i) {
+    CountIteration(value.span);
+    const std::int64_t low = ranges[i - 1].high;
+    const std::int64_t high = ranges[i].low;
+    if (static_cast<std::uint64_t>(high) - static_cast<std::uint64_t>(low) <= kLeftOut) {
+      for (std::int64_t gone = low + 1; gone < high; ++gone)
+        mBuilder.State(OperationOf(Op::kUnequal, value.span), value, number(gone), mLine);
+      continue;
+    }
+    const Value below = Join(Op::kIsLessOrEqual, value, number(low), value.span);
+    const Value above = Join(Op::kIsGreaterOrEqual, value, number(high), value.span);
+    mBuilder.StateTrue(OperationOf(Op::kEqual, value.span), Join(Op::kOr, below, above, value.span),
+                       mLine);
+  }
 }
 
 // --- Elements ---------------------------------------------------------------------------------

@@ -125,6 +125,7 @@ bool Parser::Next(Syntax& syntax) {
   mSyntax = &syntax;
   mNesting = 0;
   mBraces = 0;
+  mSets = 0;
   mDeclared.clear();
   while (Accept(TokenKind::kSemicolon)) continue;
   if (Is(TokenKind::kEnd)) return false;
@@ -135,6 +136,7 @@ bool Parser::Next(Syntax& syntax) {
 void Parser::Skip() {
   if (std::exchange(mResumeHere, false) && mBraces == 0) return;
   for (; !Is(TokenKind::kEnd); Advance()) {
+    if (Is(TokenKind::kCloseBrace) && mSets > 0 && mSets-- > 0) continue;
     if (Is(TokenKind::kOpenBrace)) ++mBraces;
     const bool closes = Is(TokenKind::kCloseBrace) && mBraces <= 1;
     if (Is(TokenKind::kCloseBrace) && mBraces > 0) --mBraces;
@@ -170,6 +172,10 @@ void Parser::ParseStatement(std::vector<Statement>& statements, bool inLoop) {
   statement.span = mToken.span;
   if (Is(TokenKind::kFor)) {
     ParseFor(statement);
+  } else if (StartsConditional()) {
+    ParseIf(statement);
+  } else if (StartsAssert()) {
+    ParseAssert(statement);
   } else if (StartsDeclaration()) {
     if (inLoop)
       Fail(mToken.span, "a variable cannot be declared inside 'for'",
@@ -213,7 +219,10 @@ void Parser::ParseDeclaration(Statement& statement) {
     statement.type.length = mToken.span.End() - statement.type.position;
     Advance();
   }
-  if (Is(TokenKind::kOperator) && mToken.op == Op::kEqual) {
+  if (Accept(TokenKind::kIn)) {
+    statement.domain = ParseExpression(kInterval);
+    Expect(TokenKind::kSemicolon, "an operator or ';' after the set");
+  } else if (Is(TokenKind::kOperator) && mToken.op == Op::kEqual) {
     statement.hasValue = true;
     mPrevious = mToken.span;
     statement.value = mLexer.NextValue();
@@ -249,14 +258,66 @@ void Parser::ParseFor(Statement& statement) {
   ParseGenerators(statement.generators, statement.where);
   Expect(TokenKind::kColon, "',', 'where' or ':' after the range");
   if (!Is(TokenKind::kOpenBrace)) return ParseStatement(statement.body, true);
+  ParseBlock(statement.body);
+}
+
+/// { statements }
+void Parser::ParseBlock(std::vector<Statement>& statements) {
   ++mBraces;
   Advance();
   while (!Is(TokenKind::kCloseBrace)) {
     if (Is(TokenKind::kEnd)) FailExpected("'}'");
-    if (!Accept(TokenKind::kSemicolon)) ParseStatement(statement.body, true);
+    if (!Accept(TokenKind::kSemicolon)) ParseStatement(statements, true);
   }
   --mBraces;
   Advance();
+}
+
+/// if condition then branch [else branch]
+void Parser::ParseIf(Statement& statement) {
+  statement.kind = Statement::Kind::kIf;
+  Advance();
+  statement.expression = ParseExpression(kImplication);
+  ExpectWord("then");
+  ParseBranch(statement.body);
+  if (!IsWord("else")) return;
+  Advance();
+  ParseBranch(statement.otherwise);
+}
+
+/// A block, or a statement; before 'else' it needs no ';'.
+void Parser::ParseBranch(std::vector<Statement>& statements) {
+  if (Is(TokenKind::kOpenBrace)) return ParseBlock(statements);
+  if (Is(TokenKind::kFor) || StartsConditional()) return ParseStatement(statements, true);
+  Statement statement;
+  statement.span = mToken.span;
+  statement.expression = ParseExpression(kImplication);
+  statements.push_back(std::move(statement));
+  if (!IsWord("else")) Expect(TokenKind::kSemicolon, "an operator, 'else' or ';'");
+}
+
+/// `assert (` with a text before the end of the statement
+bool Parser::StartsAssert() const {
+  if (!IsWord("assert")) return false;
+  Lexer ahead = mLexer;
+  if (ahead.Next().kind != TokenKind::kOpen) return false;
+  Token token = ahead.Next();
+  while (token.kind != TokenKind::kText && token.kind != TokenKind::kSemicolon &&
+         token.span.length > 0)
+    token = ahead.Next();
+  return token.kind == TokenKind::kText;
+}
+
+/// assert(condition, "message");
+void Parser::ParseAssert(Statement& statement) {
+  statement.kind = Statement::Kind::kAssert;
+  Advance();
+  Advance();
+  statement.expression = ParseExpression(kImplication);
+  Expect(TokenKind::kComma, "an operator or ',' and a message");
+  statement.value = Expect(TokenKind::kText, "a message between quotation marks").span;
+  Expect(TokenKind::kClose, "')' after the message");
+  Expect(TokenKind::kSemicolon, "';' after the assertion");
 }
 
 void Parser::ParseGenerators(std::vector<Generator>& generators, NodeRange& where) {
@@ -320,7 +381,7 @@ NodeRange Parser::EmitBinary(const Token& sign, NodeRange left) {
 NodeRange Parser::ParseExpression(Precedence loosest) {
   const Level level(*this);
   NodeRange result = ParsePrefix();
-  while (Is(TokenKind::kOperator) || Is(TokenKind::kRange)) {
+  while (IsOperator() || Is(TokenKind::kRange)) {
     if (Is(TokenKind::kRange)) {
       if (loosest > kInterval || mSyntax->nodes.back().kind == Node::Kind::kRange) break;
       result = ParseRange(result);
@@ -329,16 +390,57 @@ NodeRange Parser::ParseExpression(Precedence loosest) {
     const Token sign = mToken;
     const Precedence precedence = SignOf(sign.op).precedence;
     if (precedence == kNoOperator || precedence < loosest) break;
+    if (precedence == kComparison) {
+      result = ParseComparison(result);
+      continue;
+    }
     Advance();
     const bool rightAssociative = precedence == kImplication;
     ParseExpression(rightAssociative ? precedence : static_cast<Precedence>(precedence + 1));
     result = EmitBinary(sign, result);
-    if (precedence == kComparison && Is(TokenKind::kOperator) &&
-        SignOf(mToken.op).precedence == kComparison)
-      Fail(mToken.span, "comparisons cannot be chained",
-           {"write 'a < b && b < c', or use parentheses"});
   }
   return result;
+}
+
+/// What follows the left side: one comparison, or a chain of them such as a < b <= c.
+NodeRange Parser::ParseComparison(NodeRange left) {
+  std::vector<Token> signs;
+  do {
+    signs.push_back(mToken);
+    if (signs.size() > 1) CheckChain(signs);
+    Advance();
+    ParseExpression(static_cast<Precedence>(kComparison + 1));
+  } while (IsOperator() && SignOf(mToken.op).precedence == kComparison);
+  if (signs.size() == 1) return EmitBinary(signs[0], left);
+  Node node;
+  node.kind = Node::Kind::kChain;
+  node.count = static_cast<std::uint32_t>(signs.size() + 1);
+  node.data = static_cast<std::uint32_t>(mSyntax->chains.size());
+  node.start = left.first;
+  node.span = signs[0].span;
+  mSyntax->chains.push_back(std::move(signs));
+  return Emit(node);
+}
+
+/// Fails where the last comparison cannot follow those before it.
+void Parser::CheckChain(const std::vector<Token>& signs) const {
+  const Span last = signs.back().span;
+  for (const Token& sign : signs)
+    if (sign.op == Op::kUnequal || sign.op == Op::kIsUnequal || sign.op == Op::kIn)
+      Fail(last, Quote(TextOf(sign.span)) + " cannot stand in a chain of comparisons",
+           {"write 'a < b && b <> c'; that all differ is stated by 'alldifferent(a, b, c)'"});
+  if (IsAsserting(signs.back().op) != IsAsserting(signs.front().op))
+    Fail(last, "one comparison of this chain is stated and one has a truth value",
+         {"a chain is stated, 'a < b <= c', or has a truth value, 'a << b <== c'"});
+}
+
+/// Whether the present token is a binary operator; `in` and `xor` are so where an operand has
+/// ended.
+bool Parser::IsOperator() {
+  if (Is(TokenKind::kIn)) mToken = {TokenKind::kOperator, Op::kIn, mToken.span};
+  if (IsWord(SignOf(Op::kXor).text) && !IsOnNewLine())
+    mToken = {TokenKind::kOperator, Op::kXor, mToken.span};
+  return Is(TokenKind::kOperator);
 }
 
 /// What follows the first end of a range.
@@ -430,6 +532,8 @@ NodeRange Parser::ParsePrimary() {
       Advance();
       return EmitConstant(Constant::Boolean(token.kind == TokenKind::kTrue), token.span);
     case TokenKind::kName:
+      if (StartsConditional()) return ParseConditional();
+      if (StartsComprehension("count")) return ParseAggregate(Aggregate::kCount);
       return ParseName();
     case TokenKind::kSum:
       return ParseAggregate(Aggregate::kSum);
@@ -453,6 +557,8 @@ NodeRange Parser::ParsePrimary() {
     }
     case TokenKind::kOpenBracket:
       return ParseLiteral();
+    case TokenKind::kOpenBrace:
+      return ParseSet();
     default:
       FailExpected("an expression");
   }
@@ -471,6 +577,73 @@ NodeRange Parser::ParseLiteral() {
   node.span.length = mToken.span.End() - node.span.position;
   Expect(TokenKind::kCloseBracket, "an operator, ',' or ']'");
   return Emit(node);
+}
+
+/// {item, …} of integers, ranges and other sets
+NodeRange Parser::ParseSet() {
+  Node node;
+  node.kind = Node::Kind::kSet;
+  node.start = NextNode();
+  node.span = mToken.span;
+  ++mSets;
+  Advance();
+  if (!Is(TokenKind::kCloseBrace)) node.count = ParseItems([] { return false; });
+  node.span.length = mToken.span.End() - node.span.position;
+  Expect(TokenKind::kCloseBrace, "an operator, ',' or '}'");
+  --mSets;
+  return Emit(node);
+}
+
+/// if condition then expression else expression
+NodeRange Parser::ParseConditional() {
+  const Level level(*this);
+  Node node;
+  node.kind = Node::Kind::kIf;
+  node.data = static_cast<std::uint32_t>(mSyntax->conditionals.size());
+  node.start = NextNode();
+  node.span = mToken.span;
+  mSyntax->conditionals.emplace_back();
+  Emit(node);
+  Advance();
+  Conditional result;
+  result.condition = ParseExpression(kImplication);
+  ExpectWord("then");
+  result.yes = ParseExpression(kImplication);
+  ExpectWord("else");
+  result.no = ParseExpression(kImplication);
+  result.end = NextNode();
+  mSyntax->conditionals[node.data] = result;
+  node.kind = Node::Kind::kEndIf;
+  return Emit(node);
+}
+
+/// Whether the present token is this name, which is a word of the language in some places only.
+bool Parser::IsWord(std::string_view word) const {
+  return Is(TokenKind::kName) && TextOf(mToken.span) == word;
+}
+
+void Parser::ExpectWord(std::string_view word) {
+  if (!IsWord(word)) FailExpected("an operator or " + Quote(word));
+  Advance();
+}
+
+/// Whether a condition follows 'if'; nothing that begins an operand follows a name.
+bool Parser::StartsConditional() const {
+  if (!IsWord("if")) return false;
+  Lexer ahead = mLexer;
+  const Token next = ahead.Next();
+  return next.kind == TokenKind::kName || next.kind == TokenKind::kInteger ||
+         next.kind == TokenKind::kDecimal || next.kind == TokenKind::kOpen ||
+         next.kind >= TokenKind::kTrue ||
+         (next.kind == TokenKind::kOperator && next.op == Op::kNot);
+}
+
+/// Whether `word ( name in` follows.
+bool Parser::StartsComprehension(std::string_view word) const {
+  if (!IsWord(word)) return false;
+  Lexer ahead = mLexer;
+  return ahead.Next().kind == TokenKind::kOpen && ahead.Next().kind == TokenKind::kName &&
+         ahead.Next().kind == TokenKind::kIn;
 }
 
 /// Expressions with commas between them, or signs that stand for everything; their number.

@@ -35,6 +35,11 @@ class Parser {
   std::vector<std::string> Advise() const;
   [[noreturn]] void FailExpected(std::string_view what) const;
   bool IsOnNewLine() const;
+  bool IsOperator();
+  bool IsWord(std::string_view word) const;
+  void ExpectWord(std::string_view word);
+  bool StartsConditional() const;
+  bool StartsComprehension(std::string_view word) const;
   std::string_view TextOf(Span span) const { return mSource.GetText(span); }
   bool StartsDeclaration();
 
@@ -43,10 +48,17 @@ class Parser {
   void ParseDeclaration(Statement& statement);
   Declarator ParseDeclarator();
   void ParseFor(Statement& statement);
+  void ParseBlock(std::vector<Statement>& statements);
+  void ParseIf(Statement& statement);
+  void ParseBranch(std::vector<Statement>& statements);
+  bool StartsAssert() const;
+  void ParseAssert(Statement& statement);
   Generator ParseGenerator();
   void ParseGenerators(std::vector<Generator>& generators, NodeRange& where);
 
   NodeRange ParseExpression(Precedence loosest);
+  NodeRange ParseComparison(NodeRange left);
+  void CheckChain(const std::vector<Token>& signs) const;
   NodeRange ParseRange(NodeRange low);
   NodeRange ParsePrefix();
   NodeRange ParseLeastInteger(std::uint32_t sign);
@@ -54,6 +66,8 @@ class Parser {
   NodeRange ParsePrimary();
   NodeRange ParseName();
   NodeRange ParseLiteral();
+  NodeRange ParseSet();
+  NodeRange ParseConditional();
   std::uint32_t ParseItems(const std::function<bool()>& isEverything);
   NodeRange ParseAggregate(Aggregate aggregate);
   NodeRange ParseComprehension(Aggregate aggregate, Span word);
@@ -76,6 +90,7 @@ class Parser {
   Syntax* mSyntax = nullptr;
   std::size_t mNesting = 0;
   std::size_t mBraces = 0;
+  std::size_t mSets = 0;  // sets that are being read
   bool mResumeHere = false;
 };
 

@@ -20,8 +20,7 @@ std::size_t Replace(char a, char b) { return a == b ? 0 : Lower(a) == Lower(b) ?
 constexpr std::string_view kLogarithm =
     "'ln(x)' is the natural logarithm; to the base 10 it is 'ln(x) / ln(10)'";
 constexpr std::string_view kCondition =
-    "a condition is an implication of truth values: 'p -> (x == 1)' for 'if', and "
-    "'~p -> (x == 2)' for 'else'";
+    "a condition is written 'if p then x = 1; else x = 2;', or 'y = if p then 1 else 2;'";
 constexpr std::string_view kDeclaration =
     "a variable is declared as 'x : int;' or 'x : real = [0, 1];'";
 constexpr std::string_view kPower = "a power is written 'x ^ y'";
@@ -54,8 +53,7 @@ constexpr struct {
     {"all_different", Place::kHere,   "it is called 'alldifferent'"                               },
     {"mod",           Place::kHere,   "the remainder is written between its operands: 'x mod y'"  },
     {"..",            Place::kHere,   "an interval is written '[0, 10]'"                          },
-    {"in",            Place::kHere,
-     "bounds are stated by 'x >= 2 && x <= 4' or declared by 'x : int = [2, 4];'"                 },
+    {"in",            Place::kHere,   "a set is written 'x in 2..4' or 'x in {1, 3, 5..9}'"       },
     {"=<",            Place::kHere,   "'at most' is written '<='"                                 },
     {"=>",            Place::kHere,   "'at least' is written '>=', 'implies' is written '->'"     },
     {":=",            Place::kHere,   "that x is 3 is stated by 'x = 3;'"                         },
@@ -65,7 +63,6 @@ constexpr struct {
     {"and",           Place::kBefore, "'and' is written '&&'"                                     },
     {"or",            Place::kBefore, "'or' is written '||'"                                      },
     {"not",           Place::kBefore, "'not' is written '~', 'not equal' is written '<>'"         },
-    {"xor",           Place::kBefore, "that either a or b is true is written 'a <<>> b'"          },
     {"div",           Place::kBefore, "a quotient q with remainder r is stated by 'x = y * q + r'"},
     {"if",            Place::kBefore, kCondition                                                  },
     {"then",          Place::kBefore, kCondition                                                  },

@@ -31,10 +31,20 @@ class NameTable {
 };
 
 /// What `sum`, `min`, `forall`, … do with their terms.
-enum class Aggregate : std::uint8_t { kSum, kProduct, kMin, kMax, kForall, kExists, kAllDifferent };
+enum class Aggregate : std::uint8_t {
+  kSum,
+  kProduct,
+  kMin,
+  kMax,
+  kForall,
+  kExists,
+  kAllDifferent,
+  kCount
+};
 
 /// A step of an expression in postfix order: operands stand before what is applied to them.
-/// A comprehension is bracketed by a kBegin and a kEnd node; what it evaluates lies between.
+/// A comprehension is bracketed by a kBegin and a kEnd node, a conditional by kIf and kEndIf; what
+/// they evaluate lies between.
 struct Node {
   enum class Kind : std::uint8_t {
     kConstant,    // data: index of the constant
@@ -45,10 +55,14 @@ struct Node {
     kEverything,  // '..' for all indices, '*' for any value
     kPrefix,      // op; data: registered name
     kBinary,      // op; data: registered name
+    kSet,         // `count` operands: integers and sets
+    kChain,       // data: index of the chain; `count` operands
     kCall,        // data: name; `count` operands
     kList,        // aggregate; `count` operands
     kBegin,       // data: index of the comprehension
-    kEnd          // data: index of the comprehension
+    kEnd,         // data: index of the comprehension
+    kIf,          // data: index of the conditional
+    kEndIf        // data: index of the conditional
   };
   Kind kind = Kind::kConstant;
   Op op = Op::kNone;
@@ -81,6 +95,12 @@ struct Comprehension {
   std::uint32_t end = 0;  // its kEnd node
 };
 
+/// `if condition then yes else no`
+struct Conditional {
+  NodeRange condition, yes, no;
+  std::uint32_t end = 0;  // its kEndIf node
+};
+
 struct Declarator {
   std::uint32_t name = 0;
   Span span;
@@ -88,18 +108,20 @@ struct Declarator {
 };
 
 struct Statement {
-  enum class Kind : std::uint8_t { kLet, kDeclaration, kFor, kExpression };
+  enum class Kind : std::uint8_t { kLet, kDeclaration, kFor, kIf, kAssert, kExpression };
   Kind kind = Kind::kExpression;
   Span span;
-  NodeRange expression;                 // of kExpression; of kLet the value
-  std::uint32_t name = 0;               // of kLet
+  NodeRange expression;    // of kExpression; the value of kLet; the condition of kIf and kAssert
+  std::uint32_t name = 0;  // of kLet
   std::vector<Declarator> declarators;  // of kDeclaration
   Span type;
   bool hasValue = false;
-  Span value;
+  Span value;                         // of kAssert the message
+  NodeRange domain;                   // of kDeclaration
   std::vector<Generator> generators;  // of kFor
   NodeRange where;
   std::vector<Statement> body;
+  std::vector<Statement> otherwise;  // of kIf
 };
 
 /// What one statement of the source consists of.
@@ -107,12 +129,16 @@ struct Syntax {
   std::vector<Node> nodes;
   std::vector<Constant> constants;
   std::vector<Comprehension> comprehensions;
+  std::vector<Conditional> conditionals;
+  std::vector<std::vector<Token>> chains;  // the signs of chained comparisons
   std::vector<Statement> statements;
 
   void Clear() {
     nodes.clear();
     constants.clear();
     comprehensions.clear();
+    conditionals.clear();
+    chains.clear();
     statements.clear();
   }
 };
