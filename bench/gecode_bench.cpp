@@ -12,6 +12,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "bench/fixture.h"
@@ -215,34 +216,43 @@ struct Run {
   double seconds = HUGE_VAL;
 };
 
-/// From the network as it was read to the last solution.
+/// From the network as it was read to the last solution, and all memory given back.
 Run Solve(const std::string& text, const bench::Definitions& definitions, bool first) {
   const auto model = bench::Read(text, definitions);
   ZULTavSearch::Options options;
   options.choice = ZULTavSearch::VariableChoice::kFirst;
   options.limits.solutions = ZULTavSearch::kUnlimited;
   if (first) options.limits.seconds = limit;
+  std::vector<ZULTaVoAny*> values = bench::ValuesOf(*model);
+  Run run;
   const auto begin = bench::Clock::now();
-  ZULTavSearch search(model->Network(), bench::ValuesOf(*model), options);
-  const auto outcome = search.Run([](const ZULTavSolution&) { return true; });
-  return {search.GetStatistics().solutions, search.GetStatistics().nodes,
-          outcome == ZULTavSearch::Outcome::kExhausted, bench::Since(begin)};
+  {
+    ZULTavSearch search(model->Network(), std::move(values), options);
+    const auto outcome = search.Run([](const ZULTavSolution&) { return true; });
+    run.solutions = search.GetStatistics().solutions;
+    run.nodes = search.GetStatistics().nodes;
+    run.complete = outcome == ZULTavSearch::Outcome::kExhausted;
+  }
+  run.seconds = bench::Since(begin);
+  return run;
 }
 
-/// From an empty space to the last solution.
+/// From an empty space to the last solution, and all memory given back.
 Run SolveByPeer(const Row& row, bool first) {
   Gecode::Search::TimeStop stop(limit * 1000);
   Gecode::Search::Options options;
   options.threads = 1;
+  options.clone = false;
   if (first) options.stop = &stop;
   Run run;
   const auto begin = bench::Clock::now();
-  const Peer root(row.post);
-  Gecode::DFS<Peer> search(const_cast<Peer*>(&root), options);
-  while (const std::unique_ptr<Peer> solution{search.next()}) ++run.solutions;
+  {
+    Gecode::DFS<Peer> search(new Peer(row.post), options);  // which takes the space over
+    while (const std::unique_ptr<Peer> solution{search.next()}) ++run.solutions;
+    run.nodes = search.statistics().node;
+    run.complete = !search.stopped();
+  }
   run.seconds = bench::Since(begin);
-  run.nodes = search.statistics().node;
-  run.complete = !search.stopped();
   return run;
 }
 

@@ -246,9 +246,13 @@ class ExactCheck::Evaluation {
 };
 
 ExactCheck::ExactCheck(const Program& program) : mProgram(program) {
+  std::vector<bool> isSeen(program.GetNumberOfSlots(), false);
   for (const Rule& rule : program.GetRules()) {
     if (rule.code == Code::kStatement || rule.code == Code::kFilter) continue;
-    for (const Slot x : program.GetArguments(rule)) mSlots.push_back(x);
+    for (const Slot x : program.GetArguments(rule)) {
+      if (!isSeen[x] && program.GetSlot(x).kind == Kind::kInteger) mSlots.push_back(x);
+      isSeen[x] = true;
+    }
     if (rule.code != Code::kLinear) continue;
     const std::int64_t* numbers = program.GetNumbers(rule);
     double sum = std::fabs(static_cast<double>(numbers[0]));
@@ -256,15 +260,12 @@ ExactCheck::ExactCheck(const Program& program) : mProgram(program) {
       sum += std::fabs(static_cast<double>(numbers[i])) * 0x1p63;
     mHasVastSums = mHasVastSums || sum > kVast;
   }
-  std::sort(mSlots.begin(), mSlots.end());
-  mSlots.erase(std::unique(mSlots.begin(), mSlots.end()), mSlots.end());
 }
 
 Verdict ExactCheck::Check(const Engine& engine) const {
   // Everywhere else the rules have decided by the numbers themselves.
-  const bool isOpen = std::any_of(mSlots.begin(), mSlots.end(), [&](Slot x) {
-    return mProgram.GetSlot(x).kind == Kind::kInteger && !engine.IsFixedInteger(x);
-  });
+  const bool isOpen =
+      std::any_of(mSlots.begin(), mSlots.end(), [&](Slot x) { return !engine.IsFixedInteger(x); });
   return mHasVastSums || isOpen ? Evaluation(mProgram, engine).Run() : Verdict::kHolds;
 }
 

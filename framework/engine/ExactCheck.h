@@ -27,7 +27,7 @@ class ZULTAV_ENGINE_API ExactCheck {
   class Evaluation;
 
   const Program& mProgram;
-  std::vector<Slot> mSlots;   // of the rules over integers and truth values
+  std::vector<Slot> mSlots;   // the integers and truth values of the rules over these
   bool mHasVastSums = false;  // that no rule adds up
 };
 

@@ -12,19 +12,22 @@ ZULTavSolution::ZULTavSolution(const ZULTaVoNetwork& network, std::span<ZULTaVoA
     return (bytes + sizeof(std::max_align_t) - 1) / sizeof(std::max_align_t);
   };
   std::size_t total = 0;
-  for (const ZULTaVoAny* value : values) total += units(network.GetType(value)->GetObjectSize());
-  mMemory = std::make_unique_for_overwrite<std::max_align_t[]>(total);
   mEntries.reserve(values.size());
-  std::max_align_t* place = mMemory.get();
   for (const ZULTaVoAny* value : values) {
-    const ZULTaVoObjectDescriptor* type = network.GetType(value);
-    auto* copy = static_cast<ZULTaVoAny*>(type->InitObject(place, value));
-    if (copy == nullptr) {
+    mEntries.push_back({nullptr, network.GetType(value)});
+    total += units(mEntries.back().type->GetObjectSize());
+  }
+  mMemory = std::make_unique_for_overwrite<std::max_align_t[]>(total);
+  std::max_align_t* place = mMemory.get();
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    Entry& entry = mEntries[i];
+    entry.value = static_cast<ZULTaVoAny*>(entry.type->InitObject(place, values[i]));
+    if (entry.value == nullptr) {
+      mEntries.resize(i);
       Destroy();
       throw std::bad_alloc();
     }
-    mEntries.push_back({copy, type});
-    place += units(type->GetObjectSize());
+    place += units(entry.type->GetObjectSize());
   }
 }
 

@@ -173,7 +173,12 @@ bool ZULTaVoNetwork::SetConstant(const ZULTaVoObject* object, const ZULTaVoConst
 
 const ZULTaVoConstant* ZULTaVoNetwork::GetConstant(const ZULTaVoObject* object) const {
   const Node* node = FindNode(object);
-  return node != nullptr && node->number != kNone ? &mConstants[node->number] : nullptr;
+  return node != nullptr ? GetConstantAt(node->index) : nullptr;
+}
+
+const ZULTaVoConstant* ZULTaVoNetwork::GetConstantAt(std::size_t index) const {
+  const std::uint32_t number = mNodes[index]->number;
+  return number != kNone ? &mConstants[number] : nullptr;
 }
 
 ZULTaVoAny* ZULTaVoNetwork::GetObject(std::size_t index) const {
@@ -183,6 +188,10 @@ ZULTaVoAny* ZULTaVoNetwork::GetObject(std::size_t index) const {
 std::size_t ZULTaVoNetwork::GetIndex(const ZULTaVoObject* object) const {
   const Node* node = FindNode(object);
   return node != nullptr ? node->index : mNodes.size();
+}
+
+std::uint32_t ZULTaVoNetwork::GetIndexOfArgument(std::size_t index, std::size_t argument) const {
+  return NodeOf(mLinks[index].arguments[argument])->index;
 }
 
 const ZULTaVoObjectDescriptor* ZULTaVoNetwork::GetType(const ZULTaVoObject* object) const {

@@ -59,6 +59,8 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   bool SetConstant(const ZULTaVoObject* object, const ZULTaVoConstant& number);
   /// The number that was noted; null if none was. Valid until the next one is noted.
   const ZULTaVoConstant* GetConstant(const ZULTaVoObject* object) const;
+  /// The same of the object with this index.
+  const ZULTaVoConstant* GetConstantAt(std::size_t index) const;
   /// Adds a constraint over objects of this network, numbered as the environment numbers them
   /// (0 the result; as many as the descriptor takes), and schedules it. Answers 1, or 0 when the
   /// arguments do not match the descriptor, are not this network's, or memory ran out.
@@ -81,6 +83,8 @@ class ZULTAV_TYPES_API ZULTaVoNetwork : public ZULTaVoBase {
   std::span<ZULTaVoObject* const> GetArguments(std::size_t index) const {
     return {mLinks[index].arguments, mLinks[index].count};
   }
+  /// What GetIndex answers of one of them, without a look at whose it is.
+  std::uint32_t GetIndexOfArgument(std::size_t index, std::size_t argument) const;
   /// What constraint `index` says: what its descriptor does, unless SetRule has replaced it for
   /// this one, as an operator does that means more than its constraint can say.
   ZULTaVoRule GetRule(std::size_t index) const { return mLinks[index].rule; }

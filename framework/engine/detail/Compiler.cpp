@@ -30,21 +30,25 @@ void Compiler::Compile() {
   LinearRows linear(mDraft, isTaken);
   linear.Eliminate(FindNeeded(isTaken, nullptr));
   const Gates gates(mDraft, isTaken, FindNeeded(isTaken, &linear));
-  std::vector<LinearRows::Row> rows = linear.TakeRows();
   std::vector<bool> isNeeded = FindNeeded(isTaken, nullptr);
-  for (const LinearRows::Row& row : rows)
-    for (const LinearRows::Term& term : row.terms) isNeeded[term.slot] = true;
-  const Conditions conditions(mDraft, rows, gates.GetClauses(), isNeeded);
+  for (const LinearRows::Row& row : linear.GetRows())
+    linear.ForEachTerm(row, [&](Slot x, std::int64_t) { isNeeded[x] = true; });
+  const Conditions conditions(mDraft, linear, gates.GetClauses(), isNeeded);
 
   mProgram.mSlots = std::move(mDraft.slots);
   mProgram.mInitial = std::move(mDraft.initial);
   mProgram.mDeclared = std::move(mDraft.declared);
   mProgram.mSlotOfObject = std::move(mDraft.slotOfObject);
   mProgram.mInfeasible = mDraft.infeasible;
-  mProgram.mRules.reserve(rows.size());
-  for (std::size_t i = 0; i < rows.size(); ++i)
-    EmitRow(std::exchange(rows[i], {}), conditions.GetCondition(i));
-  rows = std::vector<LinearRows::Row>();
+  // What grows step by step holds more than it needs.
+  std::size_t arguments = 0;
+  for (const LinearRows::Row& row : linear.GetRows())
+    arguments += row.count + (row.truth != kNone ? 1 : 0);
+  mProgram.mRules.reserve(linear.GetRows().size());
+  mProgram.mArguments.reserve(arguments);
+  for (std::size_t i = 0; i < linear.GetRows().size(); ++i)
+    EmitRow(linear, linear.GetRows()[i], conditions.GetCondition(i));
+  linear.Clear();
   for (std::size_t i = 0; i < gates.GetClauses().size(); ++i)
     if (!conditions.IsAbsorbed(i)) mBuilder.AddClause(gates.GetClauses()[i]);
   EmitFormulas(isTaken);
@@ -92,27 +96,28 @@ std::vector<bool> Compiler::FindNeeded(const std::vector<bool>& isTaken,
       for (const Slot slot : group.slots) need({slot});
   if (rows == nullptr) return isNeeded;
   for (const LinearRows::Row& row : rows->GetRows()) {
-    for (const LinearRows::Term& term : row.terms) need({term.slot});
+    rows->ForEachTerm(row, [&](Slot x, std::int64_t) { need({x}); });
     need({row.truth});
   }
   return isNeeded;
 }
 
-void Compiler::EmitRow(const LinearRows::Row& row,
+void Compiler::EmitRow(const LinearRows& linear, const LinearRows::Row& row,
                        const std::optional<Conditions::Condition>& condition) {
-  const auto& terms = row.terms;
-  const bool isDifference = terms.size() == 2 && terms[0].factor == -terms[1].factor &&
-                            (terms[0].factor == 1 || terms[0].factor == -1);
+  std::vector<Slot>& slots = mRowSlots;
+  std::vector<std::int64_t>& factors = mRowFactors;
+  slots.clear();
+  factors.clear();
+  linear.ForEachTerm(row, [&](Slot slot, std::int64_t factor) {
+    slots.push_back(slot);
+    factors.push_back(factor);
+  });
+  const bool isDifference =
+      factors.size() == 2 && factors[0] == -factors[1] && (factors[0] == 1 || factors[0] == -1);
   if (isDifference && row.relation == Relation::kUnequal && row.truth == kNone) {
-    const std::size_t first = terms[0].factor == 1 ? 0 : 1;
-    mBuilder.AddUnequal(terms[first].slot, terms[1 - first].slot, row.constant);
+    const std::size_t first = factors[0] == 1 ? 0 : 1;
+    mBuilder.AddUnequal(slots[first], slots[1 - first], row.constant);
     return;
-  }
-  std::vector<Slot> slots;
-  std::vector<std::int64_t> factors;
-  for (const LinearRows::Term& term : terms) {
-    slots.push_back(term.slot);
-    factors.push_back(term.factor);
   }
   if (!condition) return mBuilder.AddLinear(row.relation, slots, factors, row.constant, row.truth);
   Relation relation = row.relation;
@@ -131,7 +136,7 @@ void Compiler::EmitRow(const LinearRows::Row& row,
 void Compiler::EmitGroup(const Group& group) {
   switch (group.code) {
     case Code::kAllDifferent:
-      AddAllDifferent(group.slots);
+      if (!mBuilder.AddAllDifferent(group.slots)) mProgram.mInfeasible = true;
       break;
     case Code::kPrimality:
       mBuilder.AddPrimality(group.slots[0], group.slots[1]);
@@ -142,12 +147,6 @@ void Compiler::EmitGroup(const Group& group) {
     default:
       break;  // a count is a row
   }
-}
-
-void Compiler::AddAllDifferent(std::vector<Slot> slots) {
-  mBuilder.AddAllDifferent(slots);
-  std::sort(slots.begin(), slots.end());
-  if (std::adjacent_find(slots.begin(), slots.end()) != slots.end()) mProgram.mInfeasible = true;
 }
 
 void Compiler::EmitFormulas(const std::vector<bool>& isTaken) {
@@ -163,22 +162,25 @@ void Compiler::EmitFormulas(const std::vector<bool>& isTaken) {
 
 void Compiler::FindSearched() {
   for (const Slot slot : mProgram.mArguments) mProgram.mSlots[slot].isUsed = true;
+  for (const Slot slot : mProgram.mDeclared) mProgram.mSlots[slot].isSearched = true;
+  const auto isHidden = [](const SlotInfo& info) {
+    return info.isUsed && info.kind == Kind::kInteger && !info.isSearched && !info.isConstant;
+  };
+  if (std::none_of(mProgram.mSlots.begin(), mProgram.mSlots.end(), isHidden)) return;
   const std::vector<bool> isSearched = FindSearchedSlots(mProgram);
   for (Slot slot = 0; slot < mProgram.mSlots.size(); ++slot)
-    mProgram.mSlots[slot].isSearched = isSearched[slot] && mProgram.mSlots[slot].isUsed;
-  for (const Slot slot : mProgram.mDeclared) mProgram.mSlots[slot].isSearched = true;
+    if (isHidden(mProgram.mSlots[slot])) mProgram.mSlots[slot].isSearched = isSearched[slot];
 }
 
 /// Integers of which single values are taken.
 std::vector<Slot> Compiler::FindHoled() const {
-  std::vector<Slot> holed;
+  std::vector<bool> isHoled(mProgram.mSlots.size(), false);
   for (const Rule& rule : mProgram.mRules)
-    if (rule.code == Code::kUnequal || rule.code == Code::kAllDifferent) {
-      const auto slots = mProgram.GetArguments(rule);
-      holed.insert(holed.end(), slots.begin(), slots.end());
-    }
-  std::sort(holed.begin(), holed.end());
-  holed.erase(std::unique(holed.begin(), holed.end()), holed.end());
+    if (rule.code == Code::kUnequal || rule.code == Code::kAllDifferent)
+      for (const Slot x : mProgram.GetArguments(rule)) isHoled[x] = true;
+  std::vector<Slot> holed;
+  for (Slot x = 0; x < isHoled.size(); ++x)
+    if (isHoled[x]) holed.push_back(x);
   return holed;
 }
 

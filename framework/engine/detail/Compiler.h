@@ -25,9 +25,9 @@ class Compiler {
  private:
   bool IsTruth(Slot x) const { return mDraft.slots[x].isBoolean; }
   std::vector<bool> FindNeeded(const std::vector<bool>& isTaken, const LinearRows* rows) const;
-  void EmitRow(const LinearRows::Row& row, const std::optional<Conditions::Condition>& condition);
+  void EmitRow(const LinearRows& linear, const LinearRows::Row& row,
+               const std::optional<Conditions::Condition>& condition);
   void EmitGroup(const Group& group);
-  void AddAllDifferent(std::vector<Slot> slots);
   bool IsNarrow(Slot x) const;
   void EmitFormulas(const std::vector<bool>& isTaken);
   void EmitReals();
@@ -39,6 +39,8 @@ class Compiler {
   Program& mProgram;
   ProgramBuilder mBuilder;
   Draft mDraft;
+  std::vector<Slot> mRowSlots;  // of the row that is emitted
+  std::vector<std::int64_t> mRowFactors;
 };
 
 }  // namespace zultav::engine

@@ -1,13 +1,12 @@
 #include "framework/engine/detail/Conditions.h"
 
-#include <algorithm>
-
 namespace zultav::engine {
 
-Conditions::Conditions(Draft& draft, std::span<const LinearRows::Row> rows,
+Conditions::Conditions(Draft& draft, const LinearRows& linear,
                        std::span<const std::vector<Literal>> clauses,
                        const std::vector<bool>& isNeeded)
-    : mConditions(rows.size()), mAbsorbed(clauses.size(), false) {
+    : mConditions(linear.GetRows().size()), mAbsorbed(clauses.size(), false) {
+  const std::vector<LinearRows::Row>& rows = linear.GetRows();
   struct Uses {
     std::uint32_t rows = 0, clauses = 0, clause = 0;
   };
@@ -30,8 +29,9 @@ Conditions::Conditions(Draft& draft, std::span<const LinearRows::Row> rows,
     const std::vector<Literal>& clause = clauses[use.clause];
     const Literal &own = clause[clause[0].slot == row.truth ? 0 : 1],
                   &other = clause[clause[0].slot == row.truth ? 1 : 0];
-    const bool canMirror = std::none_of(row.terms.begin(), row.terms.end(), [](const auto& term) {
-      return term.factor == IntegerRange::kMin;
+    bool canMirror = true;
+    linear.ForEachTerm(row, [&](Slot, std::int64_t factor) {
+      canMirror = canMirror && factor != IntegerRange::kMin;
     });
     if (own.negated && !canMirror) continue;
     mConditions[i] = {

@@ -16,8 +16,8 @@ class Conditions {
  public:
   /// @param isNeeded  of each slot: whether anything beside clauses and the truths of rows asks
   ///                  for it
-  Conditions(Draft& draft, std::span<const LinearRows::Row> rows,
-             std::span<const std::vector<Literal>> clauses, const std::vector<bool>& isNeeded);
+  Conditions(Draft& draft, const LinearRows& linear, std::span<const std::vector<Literal>> clauses,
+             const std::vector<bool>& isNeeded);
 
   struct Condition {
     Literal literal;  // where it is true, the row holds

@@ -18,39 +18,57 @@ bool MultiplyBy(std::int64_t& product, std::int64_t value) {
 }  // namespace
 
 LinearRows::LinearRows(Draft& draft, std::vector<bool>& isTaken)
-    : mDraft(draft), mFirstUse(draft.slots.size(), kNone) {
+    : mDraft(draft), mFirstOfSlot(draft.slots.size(), kNone) {
   isTaken.clear();
   const std::size_t most = draft.formulas.size() + draft.comparisons.size();
   isTaken.reserve(most);
   mRows.reserve(most);
   mMerged.reserve(most);
+  mTerms.reserve(2 * most);
   const auto read = [&](const auto& said, auto reader) {
+    const std::size_t before = mTerms.size();
     Row row;
-    isTaken.push_back((this->*reader)(said, row));
-    if (isTaken.back()) Append(std::move(row));
+    const bool isRow = (this->*reader)(said, row);
+    if (!isRow) return mTerms.resize(before), false;
+    for (std::size_t term = before; term < mTerms.size(); ++term)
+      LinkToSlot(static_cast<std::uint32_t>(term));
+    mMerged.push_back(static_cast<std::uint32_t>(mRows.size()));
+    mRows.push_back(row);
+    return true;
   };
-  for (const Formula& formula : draft.formulas) read(formula, &LinearRows::ReadFormula);
+  for (const Formula& formula : draft.formulas)
+    isTaken.push_back(read(formula, &LinearRows::ReadFormula));
   for (const Comparison& comparison : draft.comparisons)
-    read(comparison, &LinearRows::ReadComparison);
-  for (const Group& group : draft.groups) {
-    if (group.code != Code::kCount) continue;
-    Row row;
-    bool isAdded = Add(row, group.slots[0], -1);
-    for (std::size_t i = 1; i < group.slots.size(); ++i)
-      isAdded = isAdded && Add(row, group.slots[i], 1);
-    Append(std::move(row));
-  }
+    isTaken.push_back(read(comparison, &LinearRows::ReadComparison));
+  for (const Group& group : draft.groups)
+    if (group.code == Code::kCount) read(group, &LinearRows::ReadCount);
 }
 
 /// Adds factor times the slot to the left side; false where a number gets too large.
 bool LinearRows::Add(Row& row, Slot slot, std::int64_t factor) {
-  if (!mDraft.IsFixed(slot)) {
-    row.terms.push_back({slot, factor});
+  const IntegerRange range = mDraft.integers(slot);
+  if (!range.IsScalar()) {
+    AddTerm(row, static_cast<std::uint32_t>(mRows.size()), slot, factor);
     return true;
   }
-  std::int64_t product = mDraft.integers(slot).lower;
+  std::int64_t product = range.lower;
   return factor != IntegerRange::kMin && MultiplyBy(product, -factor) &&
          AddTo(row.constant, product);
+}
+
+/// Puts a term behind the others of the row with this number.
+void LinearRows::AddTerm(Row& row, std::uint32_t index, Slot slot, std::int64_t factor) {
+  const auto term = static_cast<std::uint32_t>(mTerms.size());
+  mTerms.push_back({factor, slot, index, kNone, kNone});
+  (row.first == kNone ? row.first : mTerms[row.last].next) = term;
+  row.last = term;
+  ++row.count;
+}
+
+void LinearRows::LinkToSlot(std::uint32_t term) {
+  std::uint32_t& first = mFirstOfSlot[mTerms[term].slot];
+  mTerms[term].nextOfSlot = first;
+  first = term;
 }
 
 bool LinearRows::ReadFormula(const Formula& formula, Row& row) {
@@ -91,14 +109,11 @@ bool LinearRows::ReadComparison(const Comparison& comparison, Row& row) {
   return Add(row, comparison.left, 1) && Add(row, comparison.right, -1);
 }
 
-void LinearRows::Append(Row&& row) {
-  const auto index = static_cast<std::uint32_t>(mRows.size());
-  for (const Term& term : row.terms) {
-    mUses.push_back({index, mFirstUse[term.slot]});
-    mFirstUse[term.slot] = static_cast<std::uint32_t>(mUses.size() - 1);
-  }
-  mRows.push_back(std::move(row));
-  mMerged.push_back(index);
+bool LinearRows::ReadCount(const Group& group, Row& row) {
+  bool isAdded = Add(row, group.slots[0], -1);
+  for (std::size_t i = 1; i < group.slots.size(); ++i)
+    isAdded = isAdded && Add(row, group.slots[i], 1);
+  return isAdded;
 }
 
 // --- Elimination ------------------------------------------------------------------------------
@@ -116,156 +131,171 @@ std::uint32_t LinearRows::FindRow(std::uint32_t row) {
   return row;
 }
 
-/// The living rows in which the slot may stand, in their order.
-void LinearRows::CollectRows(Slot slot) {
+/// Where the slot stands in living rows, in their order.
+void LinearRows::FindPlaces(Slot slot) {
   mFound.clear();
-  std::size_t uses = 0;
-  for (std::uint32_t use = mFirstUse[slot]; use != kNone; use = mUses[use].next, ++uses)
-    if (const std::uint32_t row = FindRow(mUses[use].row); mRows[row].isAlive)
-      mFound.push_back(row);
+  for (std::uint32_t at = mFirstOfSlot[slot]; at != kNone; at = mTerms[at].nextOfSlot)
+    if (const std::uint32_t row = FindRow(mTerms[at].row); mRows[row].isAlive)
+      mFound.push_back({row, at});
   std::sort(mFound.begin(), mFound.end());
-  mFound.erase(std::unique(mFound.begin(), mFound.end()), mFound.end());
-  mIsOnce = uses == mFound.size();
+  mPlaces.clear();
+  for (std::uint32_t i = 0; i < mFound.size(); ++i) {
+    const auto [row, term] = mFound[i];
+    if (mPlaces.empty() || mPlaces.back().row != row) mPlaces.push_back({row, i, i, 0});
+    Place& place = mPlaces.back();
+    place.end = i + 1;
+    if (place.factor == IntegerRange::kMin || !AddTo(place.factor, mTerms[term].factor))
+      place.factor = IntegerRange::kMin;
+  }
 }
 
 void LinearRows::Eliminate(const std::vector<bool>& isNeeded) {
-  for (Slot slot = 0; slot < mFirstUse.size(); ++slot)
-    if (mFirstUse[slot] != kNone && CanGiveWay(slot)) EliminateSlot(slot, isNeeded[slot]);
+  for (Slot slot = 0; slot < mFirstOfSlot.size(); ++slot)
+    if (mFirstOfSlot[slot] != kNone && CanGiveWay(slot)) EliminateSlot(slot, isNeeded[slot]);
   // Large models shall not hold what they no longer need.
-  mUses = std::vector<Use>();
-  mFirstUse = mMerged = std::vector<std::uint32_t>();
+  mFirstOfSlot = mMerged = std::vector<std::uint32_t>();
   for (Row& row : mRows)
     if (row.isAlive) Normalize(row);
   std::erase_if(mRows, [](const Row& row) { return !row.isAlive; });
 }
 
 void LinearRows::EliminateSlot(Slot slot, bool isNeeded) {
-  CollectRows(slot);
-  std::uint32_t definition = kNone;
+  FindPlaces(slot);
+  const Place* definition = nullptr;
   bool isMoved = false;
-  for (const std::uint32_t index : mFound) {
-    const Row& row = mRows[index];
+  for (const Place& place : mPlaces) {
+    const Row& row = mRows[place.row];
     if (row.relation != Relation::kEqual || row.truth != kNone) continue;
-    const std::int64_t factor = FactorOf(row, slot);
-    if (factor != 1 && factor != -1) continue;
-    isMoved = row.terms.size() == 2;
-    definition = index;
+    if (place.factor != 1 && place.factor != -1) continue;
+    isMoved = row.count == 2;
+    definition = &place;
     if (isMoved) break;
   }
-  if (definition == kNone) return;
-  if (!isMoved && (isNeeded || mFound.size() != 2)) {
+  if (definition == nullptr) return;
+  if (!isMoved && (isNeeded || mPlaces.size() != 2)) {
     // A value that only its definition speaks of needs no rule.
-    if (!isNeeded && mFound.size() == 1) mRows[definition].isAlive = false;
+    if (!isNeeded && mPlaces.size() == 1) mRows[definition->row].isAlive = false;
     return;
   }
   bool isGone = !isNeeded;
-  for (const std::uint32_t row : std::vector<std::uint32_t>(mFound))
-    if (row != definition)
-      isGone = Substitute(slot, definition, row, isMoved || isNeeded) && isGone;
-  if (isGone && isMoved) mRows[definition].isAlive = false;
-}
-
-/// From the back, where the terms that came last are.
-std::int64_t LinearRows::FactorOf(const Row& row, Slot slot) const {
-  std::int64_t sum = 0;
-  for (auto term = row.terms.rbegin(); term != row.terms.rend(); ++term) {
-    if (term->slot != slot) continue;
-    if (mIsOnce) return term->factor;
-    if (!AddTo(sum, term->factor)) return IntegerRange::kMin;
-  }
-  return sum;
+  for (const Place& place : mPlaces)
+    if (&place != definition)
+      isGone = Substitute(*definition, place, isMoved || isNeeded) && isGone;
+  if (isGone && isMoved) mRows[definition->row].isAlive = false;
 }
 
 /// Puts the definition in the place of the slot; the row is the target's afterwards. False, and
 /// nothing is changed, where a number would get too large.
-bool LinearRows::Substitute(Slot slot, std::uint32_t definition, std::uint32_t target,
-                            bool keepsDefinition) {
-  Row& from = mRows[definition];
-  Row& to = mRows[target];
-  const std::int64_t own = FactorOf(from, slot), other = FactorOf(to, slot);
-  if (other == 0) return true;
-  // to + scale * from has no more of the slot.
-  if (other == IntegerRange::kMin) return false;
-  const std::int64_t scale = own == 1 ? -other : other;
+bool LinearRows::Substitute(const Place& definition, const Place& target, bool keepsDefinition) {
+  if (target.factor == 0) return true;
+  if (target.factor == IntegerRange::kMin) return false;
+  // target + scale * definition has no more of the slot.
+  const std::int64_t scale = definition.factor == 1 ? -target.factor : target.factor;
+  const Row& from = mRows[definition.row];
   std::int64_t constant = from.constant;
-  if (!MultiplyBy(constant, scale) || !AddTo(constant, to.constant)) return false;
-  const auto overflows = [scale](const Term& term) {
-    std::int64_t factor = term.factor;
-    return !MultiplyBy(factor, scale);
-  };
-  if (scale != 1 && std::any_of(from.terms.begin(), from.terms.end(), overflows)) return false;
-  std::vector<Term> added = keepsDefinition ? from.terms : std::move(from.terms);
+  if (!MultiplyBy(constant, scale) || !AddTo(constant, mRows[target.row].constant)) return false;
+  bool overflows = false;
   if (scale != 1)
-    for (Term& term : added) term.factor *= scale;
-  const auto isSlot = [slot](const Term& term) { return term.slot == slot; };
-  const auto remove = [&](std::vector<Term>& terms) {
-    if (!mIsOnce) {
-      std::erase_if(terms, isSlot);
-    } else {
-      terms.erase(std::next(std::find_if(terms.rbegin(), terms.rend(), isSlot)).base());
-    }
-  };
-  remove(added);
-  remove(to.terms);
-  // The longer one stays where it is: a sum of many terms is built in a time that is linear.
-  if (added.size() > to.terms.size()) std::swap(added, to.terms);
-  to.terms.insert(to.terms.end(), added.begin(), added.end());
-  to.constant = constant;
-  if (!keepsDefinition) {
-    from.isAlive = false;
-    mMerged[definition] = target;
-    return true;
-  }
-  for (const Term& term : from.terms) {
-    if (term.slot == slot) continue;
-    mUses.push_back({target, mFirstUse[term.slot]});
-    mFirstUse[term.slot] = static_cast<std::uint32_t>(mUses.size() - 1);
-  }
+    ForEachTerm(from, [&](Slot, std::int64_t factor) {
+      overflows = overflows || !MultiplyBy(factor, scale);
+    });
+  if (overflows) return false;
+  Remove(target);
+  mRows[target.row].constant = constant;
+  if (keepsDefinition)
+    CopyTerms(definition, target.row, scale);
+  else
+    MoveTerms(definition, target.row, scale);
   return true;
+}
+
+/// All but those of the slot itself.
+void LinearRows::CopyTerms(const Place& definition, std::uint32_t target, std::int64_t scale) {
+  const Slot slot = mTerms[mFound[definition.begin].second].slot;
+  for (std::uint32_t at = mRows[definition.row].first; at != kNone; at = mTerms[at].next) {
+    const Term term = mTerms[at];
+    if (term.slot == slot || term.factor == 0) continue;
+    AddTerm(mRows[target], target, term.slot, term.factor * scale);
+    LinkToSlot(static_cast<std::uint32_t>(mTerms.size() - 1));
+  }
+}
+
+/// In no time where the scale is 1, so that a sum of many terms is built in a time that is linear.
+void LinearRows::MoveTerms(const Place& definition, std::uint32_t target, std::int64_t scale) {
+  Remove(definition);
+  Row &from = mRows[definition.row], &to = mRows[target];
+  for (std::uint32_t at = scale == 1 ? kNone : from.first; at != kNone; at = mTerms[at].next)
+    mTerms[at].factor *= scale;
+  mTerms[to.last].next = from.first;
+  to.last = from.last;
+  to.count += from.count;
+  from.isAlive = false;
+  mMerged[definition.row] = target;
+}
+
+void LinearRows::Remove(const Place& place) {
+  for (std::uint32_t i = place.begin; i < place.end; ++i) mTerms[mFound[i].second].factor = 0;
+  mRows[place.row].count -= place.end - place.begin;
 }
 
 // --- What is left -----------------------------------------------------------------------------
 
 /// Unites terms of one slot and divides by the common factor.
 void LinearRows::Normalize(Row& row) {
-  std::stable_sort(row.terms.begin(), row.terms.end(),
-                   [](const Term& x, const Term& y) { return x.slot < y.slot; });
-  std::vector<Term> terms;
-  for (const Term& term : row.terms)
-    if (terms.empty() || terms.back().slot != term.slot || !AddTo(terms.back().factor, term.factor))
-      terms.push_back(term);
-  std::erase_if(terms, [](const Term& term) { return term.factor == 0; });
+  mSorted.clear();
+  ForEachTerm(row, [this](Slot slot, std::int64_t factor) { mSorted.emplace_back(slot, factor); });
+  std::sort(mSorted.begin(), mSorted.end());
+  auto end = mSorted.begin();
+  for (const auto& [slot, factor] : mSorted)
+    if (end == mSorted.begin() || end[-1].first != slot || !AddTo(end[-1].second, factor))
+      *end++ = {slot, factor};
+  mSorted.erase(end, mSorted.end());
+  std::erase_if(mSorted, [](const auto& term) { return term.second == 0; });
   std::int64_t common = 0;
-  for (const Term& term : terms) common = std::gcd(common, term.factor);
-  row.terms = std::move(terms);
+  for (const auto& [slot, factor] : mSorted)
+    if (common != 1) common = std::gcd(common, factor);
   if (common > 1) {
     const bool divides = row.constant % common == 0;
     if (!divides && row.relation != Relation::kLessOrEqual) {
-      row.terms.clear();
-      row.constant = 1;  // 0 = 1, 0 <> 1
-      return Conclude(row);
+      mSorted.clear();
+      row.constant = common = 1;  // 0 = 1, 0 <> 1
     }
-    for (Term& term : row.terms) term.factor /= common;
+    for (auto& term : mSorted) term.second /= common;
     const std::int64_t rest = row.constant % common;
     row.constant = row.constant / common - (rest < 0 ? 1 : 0);
   }
-  if (row.terms.size() < 2) return Conclude(row);
-  if (row.relation != Relation::kLessOrEqual && row.terms[0].factor < 0) Mirror(row);
+  SetTerms(row);
+  if (row.count < 2) return Conclude(row);
+  if (row.relation != Relation::kLessOrEqual && mSorted.front().second < 0) Mirror(row);
+}
+
+/// Those that are sorted take the places of the row's own, of which there are no fewer.
+void LinearRows::SetTerms(Row& row) {
+  std::uint32_t* next = &row.first;
+  for (const auto& [slot, factor] : mSorted) {
+    Term& term = mTerms[row.last = *next];
+    term.slot = slot;
+    term.factor = factor;
+    next = &term.next;
+  }
+  *next = kNone;
+  row.count = static_cast<std::uint32_t>(mSorted.size());
 }
 
 /// Both sides with the other sign, where these exist.
 void LinearRows::Mirror(Row& row) {
-  const auto isLeast = [](const Term& term) { return term.factor == IntegerRange::kMin; };
-  if (row.constant == IntegerRange::kMin ||
-      std::any_of(row.terms.begin(), row.terms.end(), isLeast))
-    return;
+  bool exists = row.constant != IntegerRange::kMin;
+  ForEachTerm(row,
+              [&](Slot, std::int64_t factor) { exists = exists && factor != IntegerRange::kMin; });
+  if (!exists) return;
   row.constant = -row.constant;
-  for (Term& term : row.terms) term.factor = -term.factor;
+  for (std::uint32_t at = row.first; at != kNone; at = mTerms[at].next)
+    mTerms[at].factor = -mTerms[at].factor;
 }
 
 /// A row of no or one slot says what the slot, or the truth value, is.
 void LinearRows::Conclude(Row& row) {
-  if (row.terms.empty()) {
+  if (row.count == 0) {
     const bool holds = row.relation == Relation::kEqual     ? row.constant == 0
                        : row.relation == Relation::kUnequal ? row.constant != 0
                                                             : row.constant >= 0;
@@ -276,7 +306,7 @@ void LinearRows::Conclude(Row& row) {
     row.isAlive = false;
     return;
   }
-  const auto [slot, factor] = row.terms[0];
+  const auto [slot, factor] = mSorted[0];
   if (row.truth != kNone || (factor != 1 && factor != -1)) return;
   const std::int64_t bound = factor == 1 ? row.constant : -row.constant;
   if (row.relation == Relation::kEqual)

@@ -1,6 +1,5 @@
 #include "framework/engine/detail/NetworkReader.h"
 
-#include <unordered_map>
 #include <utility>
 
 #include "framework/solver/LocalCopy.h"
@@ -19,6 +18,7 @@ constexpr std::uint64_t kWidestSet = 4096;
 
 /// What is the same for all objects of a type.
 struct TypeFacts {
+  const ZULTaVoObjectDescriptor* type;
   SlotInfo info;
   IntegerRange integers;  // all values of the type
   RealRange reals;
@@ -101,7 +101,8 @@ class NetworkReader {
     mDraft.parents.reserve(objects);
     mDraft.formulas.reserve(network.GetNumberOfConstraints());
     mDraft.declared.reserve(declared.size());
-    for (ZULTaVoAny* value : declared) mDraft.declared.push_back(SlotOf(value, true));
+    for (ZULTaVoAny* value : declared)
+      mDraft.declared.push_back(SlotOf(network.GetIndex(value), true));
   }
 
   Draft Read() {
@@ -113,10 +114,13 @@ class NetworkReader {
   }
 
  private:
+  /// Valid until it is called for another value.
   const TypeFacts& FactsOf(const ZULTaVoAny& value) {
-    const auto [place, isNew] = mFacts.try_emplace(value.GetDescriptor());
-    TypeFacts& facts = place->second;
-    if (!isNew) return facts;
+    const ZULTaVoObjectDescriptor* type = value.GetDescriptor();
+    for (const TypeFacts& known : mFacts)
+      if (known.type == type) return known;
+    TypeFacts& facts = mFacts.emplace_back();
+    facts.type = type;
     const LocalCopy any(value);
     if (!any) throw std::bad_alloc();
     any->SetAny();
@@ -137,27 +141,25 @@ class NetworkReader {
     return facts;
   }
 
-  Slot SlotOf(const ZULTaVoObject* object, bool isDeclared = false) {
-    const std::size_t index = mNetwork.GetIndex(object);
+  Slot SlotOf(std::size_t index, bool isDeclared = false) {
     Slot& slot = mDraft.slotOfObject.at(index);
-    if (slot == kNone) {
-      const auto& value = static_cast<const ZULTaVoAny&>(*object);
-      SlotInfo info = FactsOf(value).info;
-      info.object = static_cast<std::uint32_t>(index);
-      slot = AddSlot(value, info, isDeclared);
-    }
+    if (slot == kNone) slot = AddSlot(index, isDeclared);
     return slot;
   }
 
-  Slot AddSlot(const ZULTaVoAny& value, SlotInfo info, bool isDeclared) {
-    const ZULTaVoConstant* number = mNetwork.GetConstant(&value);
+  Slot AddSlot(std::size_t index, bool isDeclared) {
+    const ZULTaVoAny& value = *mNetwork.GetObject(index);
+    const TypeFacts& facts = FactsOf(value);
+    SlotInfo info = facts.info;
+    info.object = static_cast<std::uint32_t>(index);
+    const ZULTaVoConstant* number = mNetwork.GetConstantAt(index);
     info.isConstant = number != nullptr && info.kind != Kind::kOpaque;
     switch (info.kind) {
       case Kind::kInteger:
         if (info.isConstant) return mDraft.AddSlot(info, IntegerRange::Only(number->integer));
-        return AddIntegers(value, info, isDeclared);
+        return AddIntegers(value, info, facts.integers, isDeclared);
       case Kind::kReal: {
-        const RealRange range = info.isConstant ? RangeOf(*number) : RealsOf(value);
+        const RealRange range = info.isConstant ? RangeOf(*number) : RealsOf(value, facts.reals);
         info.isConstant = info.isConstant || (!isDeclared && range.IsScalar());
         return mDraft.AddSlot(info, range);
       }
@@ -174,13 +176,13 @@ class NetworkReader {
   }
 
   /// Hidden values are not limited by what their type can hold.
-  Slot AddIntegers(const ZULTaVoAny& value, const SlotInfo& info, bool isDeclared) {
+  Slot AddIntegers(const ZULTaVoAny& value, const SlotInfo& info, const IntegerRange& all,
+                   bool isDeclared) {
     if (info.isBoolean) {
       const auto& truth = static_cast<const ZULTaVoBoolean&>(value);
       return mDraft.AddSlot(info, IntegerRange(truth.IsTrue() != 0, truth.IsFalse() == 0));
     }
     const auto& integer = static_cast<const ZULTaVoInteger&>(value);
-    const IntegerRange& all = FactsOf(value).integers;
     const IntegerRange known = {integer.GetLowerBound(), integer.GetUpperBound()};
     IntegerRange range = known;
     if (!isDeclared && known.lower == all.lower) range.lower = IntegerRange::kMin;
@@ -204,9 +206,8 @@ class NetworkReader {
     }
   }
 
-  RealRange RealsOf(const ZULTaVoAny& value) {
+  static RealRange RealsOf(const ZULTaVoAny& value, const RealRange& all) {
     const auto& real = static_cast<const ZULTaVoReal&>(value);
-    const RealRange& all = FactsOf(value).reals;
     const double lower = real.GetLowerBound(), upper = real.GetUpperBound();
     return {lower <= all.lower ? -HUGE_VAL : lower, upper >= all.upper ? HUGE_VAL : upper};
   }
@@ -214,8 +215,8 @@ class NetworkReader {
   void ReadConstraint(std::uint32_t index) {
     mArguments.clear();
     bool isKnown = true;
-    for (const ZULTaVoObject* argument : mNetwork.GetArguments(index)) {
-      mArguments.push_back(SlotOf(argument));
+    for (std::size_t i = 0; i < mNetwork.GetArguments(index).size(); ++i) {
+      mArguments.push_back(SlotOf(mNetwork.GetIndexOfArgument(index, i)));
       isKnown = isKnown && KindOf(mArguments.back()) != Kind::kOpaque;
     }
     if (isKnown && ReadRule(mNetwork.GetRule(index), index)) return;
@@ -341,7 +342,7 @@ class NetworkReader {
 
   const ZULTaVoNetwork& mNetwork;
   Draft mDraft;
-  std::unordered_map<const ZULTaVoObjectDescriptor*, TypeFacts> mFacts;
+  std::vector<TypeFacts> mFacts;
   std::vector<Slot> mArguments;
 };
 

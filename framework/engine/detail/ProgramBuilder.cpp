@@ -1,6 +1,7 @@
 #include "framework/engine/detail/ProgramBuilder.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "framework/engine/reals/RealSystem.h"
 
@@ -9,19 +10,7 @@ namespace zultav::engine {
 namespace {
 
 constexpr std::size_t kBits = 64;  // of a word
-
-bool HasDuplicates(std::span<const Slot> x) {
-  if (x.size() <= 8) {
-    for (std::size_t i = 1; i < x.size(); ++i)
-      if (std::find(x.begin(), x.begin() + static_cast<std::ptrdiff_t>(i), x[i]) !=
-          x.begin() + static_cast<std::ptrdiff_t>(i))
-        return true;
-    return false;
-  }
-  std::vector<Slot> sorted(x.begin(), x.end());
-  std::sort(sorted.begin(), sorted.end());
-  return std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end();
-}
+constexpr std::size_t kFew = 4;    // slots that are compared with each other
 
 }  // namespace
 
@@ -103,12 +92,13 @@ void ProgramBuilder::AddClause(std::span<const Literal> literals) {
   rule.isIdempotent = true;
 }
 
-void ProgramBuilder::AddAllDifferent(std::span<const Slot> x) {
+bool ProgramBuilder::AddAllDifferent(std::span<const Slot> x) {
   Rule& values = AddRule(Code::kAllDifferent, kCostOfSum, x);
   values.isIdempotent = true;
   Rule& bounds = AddRule(Code::kAllDifferent, kCostOfBounds, x);
   bounds.isIdempotent = !HasDuplicates(x);
   bounds.data = 1;
+  return bounds.isIdempotent;
 }
 
 void ProgramBuilder::AddCount(Slot z, std::span<const Slot> truths) {
@@ -124,6 +114,8 @@ void ProgramBuilder::AddPrimality(Slot truth, Slot x) {
 }
 
 void ProgramBuilder::AddReals() {
+  const auto isReal = [](const SlotInfo& info) { return info.kind == Kind::kReal; };
+  if (std::none_of(mProgram.mSlots.begin(), mProgram.mSlots.end(), isReal)) return;
   auto reals = std::make_shared<const RealSystem>(mProgram);
   const auto& statements = reals->GetStatements();
   for (std::uint32_t i = 0; i < statements.size(); ++i)
@@ -142,6 +134,21 @@ void ProgramBuilder::AddStatement(std::uint32_t statement, std::span<const Slot>
 void ProgramBuilder::AddFilter(std::uint32_t constraint, std::span<const Slot> x) {
   AddRule(Code::kFilter, kCostOfFilter, x).data = constraint;
   ++mProgram.mFilters;
+}
+
+/// Whether a slot stands twice among them.
+bool ProgramBuilder::HasDuplicates(std::span<const Slot> x) {
+  if (x.size() <= kFew) {
+    for (std::size_t i = 1; i < x.size(); ++i)
+      if (const auto before = x.first(i);
+          std::find(before.begin(), before.end(), x[i]) != before.end())
+        return true;
+    return false;
+  }
+  mSeen.resize(mProgram.mSlots.size(), 0);
+  ++mList;
+  return std::any_of(x.begin(), x.end(),
+                     [this](Slot slot) { return std::exchange(mSeen[slot], mList) == mList; });
 }
 
 Rule& ProgramBuilder::AddRule(Code code, Cost cost, std::span<const Slot> x) {
@@ -203,12 +210,15 @@ unsigned int ProgramBuilder::GetEvents(const Rule& rule, std::size_t argument) c
 void ProgramBuilder::Finish() {
   // What waits for a fixed value stands behind the rest, so that other changes pass it by.
   const auto isLast = [](unsigned int events) { return events == kFixed; };
-  const auto forEach = [this](auto use) {
+  std::vector<std::uint8_t> events(mProgram.mArguments.size());  // of each argument
+  for (const Rule& rule : mProgram.mRules)
+    for (std::size_t j = 0; j < rule.count; ++j)
+      events[rule.first + j] = static_cast<std::uint8_t>(GetEvents(rule, j));
+  const auto forEach = [&](auto use) {
     for (std::uint32_t i = 0; i < mProgram.mRules.size(); ++i) {
       const Rule& rule = mProgram.mRules[i];
-      for (std::size_t j = 0; j < rule.count; ++j)
-        if (const unsigned int events = GetEvents(rule, j); events != 0)
-          use(mProgram.mArguments[rule.first + j], Watch{i, static_cast<std::uint8_t>(events)});
+      for (std::uint32_t at = rule.first; at < rule.first + rule.count; ++at)
+        if (events[at] != 0) use(mProgram.mArguments[at], Watch{i, events[at]});
     }
   };
   std::vector<std::uint32_t>& first = mProgram.mFirstWatch;

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <span>
+#include <vector>
 
 #include "framework/engine/Program.h"
 
@@ -34,8 +35,9 @@ class ZULTAV_ENGINE_API ProgramBuilder {
   /// x <> y + c0.
   void AddUnequal(Slot x, Slot y, std::int64_t c0);
   void AddClause(std::span<const Literal> literals);
-  /// Two rules: the cheap one looks at fixed values, the other one at bounds.
-  void AddAllDifferent(std::span<const Slot> x);
+  /// Two rules: the cheap one looks at fixed values, the other one at bounds. Answers whether the
+  /// slots are; else there is no solution.
+  bool AddAllDifferent(std::span<const Slot> x);
   /// z is the number of truths.
   void AddCount(Slot z, std::span<const Slot> truths);
   void AddPrimality(Slot truth, Slot x);
@@ -54,7 +56,11 @@ class ZULTAV_ENGINE_API ProgramBuilder {
   std::uint32_t AddNumbers(std::int64_t first, std::span<const std::int64_t> rest);
   unsigned int GetEvents(const Rule& rule, std::size_t argument) const;
 
+  bool HasDuplicates(std::span<const Slot> x);
+
   Program& mProgram;
+  std::vector<std::uint32_t> mSeen;  // of each slot: the last list of many in which it stood
+  std::uint32_t mList = 0;
 };
 
 }  // namespace zultav::engine

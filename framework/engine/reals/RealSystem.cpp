@@ -24,9 +24,6 @@ class RealSystemBuilder {
 
   void Build() {
     const std::size_t slots = mProgram.GetNumberOfSlots();
-    bool hasReals = false;
-    for (Slot slot = 0; slot < slots && !hasReals; ++slot) hasReals = IsReal(slot);
-    if (!hasReals) return;
     mTermOf.assign(slots, kNone);
     for (const Slot slot : mProgram.GetDeclared())
       if (IsReal(slot)) TermOf(slot);
