@@ -31,7 +31,8 @@ struct Box {
 };
 
 /// The boxes of a model in text over reals.
-std::vector<Box> Solve(const std::string& text, double width = 1e-6, std::uint64_t limit = 300) {
+std::vector<Box> Solve(const std::string& text, double width = 1e-6, std::uint64_t limit = 300,
+                       std::uint64_t nodes = 20000) {
   TextModel read(text);
   if (read.model == nullptr) {
     ADD_FAILURE() << read.error << " in " << text;
@@ -39,7 +40,7 @@ std::vector<Box> Solve(const std::string& text, double width = 1e-6, std::uint64
   }
   ZULTavSearch::Options options;
   options.limits.solutions = limit;
-  options.limits.nodes = 20000;
+  options.limits.nodes = nodes;
   options.absoluteWidth = width;
   ZULTavSearch search(read.model->Network(), read.declared, options);
   std::vector<Box> boxes;
@@ -381,6 +382,16 @@ TEST(NewtonTest, KeepsConstructedSolutionsAndProvesNothingElse) {
   }
   EXPECT_GT(found, 120);
   EXPECT_GT(provenBoxes, found);
+}
+
+// One equation of a high degree among linear ones: what these say of a wide box is in their sums.
+TEST(NewtonTest, SumsLinearEquationsInWideBoxes) {
+  const std::vector<Box> boxes = Solve(
+      "x[0..9] : real = [-1e8, 1e8];\nfor i in 0..8 : { x[i] + sum(j in 0..9) x[j] = 11; }\n"
+      "product(j in 0..9) x[j] = 1;",
+      1e-6, 300, 200);
+  EXPECT_EQ(boxes.size(), 2U);
+  EXPECT_TRUE(std::all_of(boxes.begin(), boxes.end(), [](const Box& box) { return box.proven; }));
 }
 
 // Systems that are narrowed in windows: products with near and far neighbours, and a solution whose

@@ -8,19 +8,12 @@ namespace zultav::engine {
 
 namespace {
 
-constexpr RealRange kZero = {0, 0};
 constexpr std::size_t kNoColumn = Linearization::kNoColumn;
 // A step must take this share of a width to be followed by another one at once.
 constexpr double kConverging = 0.3;
 // Equations of more unknowns are left to the preconditioned system.
 constexpr std::size_t kMaxSparse = 16;
 constexpr int kSteps = 20;
-
-/// The hull of the t in x - middle with slope * t + rest = 0, as part of x.
-RealRange Solve(const RealRange& x, double middle, const RealRange& slope, const RealRange& rest) {
-  const RealRange center = RealRange::Point(middle);
-  return Intersection(x, Quotients(x - center, -rest, slope) + center);
-}
 
 }  // namespace
 
@@ -80,16 +73,8 @@ bool HansenSengupta::NarrowByInverse() {
   mLinear.Invert(mWeights);
   const PivotedInverse& inverse = mLinear.inverse;
   for (std::size_t i = 0; i < inverse.GetRank(); ++i) {
-    mLinear.Combine(inverse.GetRow(i));
-    const std::size_t pivot = inverse.GetColumns()[i];
-    RealRange rest = mLinear.combinedDefect;
-    for (std::size_t j = 0; j < columns.size(); ++j)
-      if (j != pivot && !(mLinear.combined[j] == kZero))
-        rest = rest + mLinear.combined[j] *
-                          (mLinear.box[columns[j]] - RealRange::Point(mLinear.middle[columns[j]]));
-    RealRange& x = mLinear.box[columns[pivot]];
-    x = Solve(x, mLinear.middle[columns[pivot]], mLinear.combined[pivot], rest);
-    if (x.IsEmpty()) return false;
+    mLinear.Combine(inverse.GetRows(), inverse.GetRow(i));
+    if (!mLinear.SolveCombined(inverse.GetColumns()[i])) return false;
   }
   return true;
 }

@@ -18,6 +18,11 @@ double Middle(const RealRange& x) {
                        : x.GetMiddle();
 }
 
+RealRange Solve(const RealRange& x, double middle, const RealRange& slope, const RealRange& rest) {
+  const RealRange center = RealRange::Point(middle);
+  return Intersection(x, Quotients(x - center, -rest, slope) + center);
+}
+
 Linearization::Linearization(const Engine& theEngine, const RealSystem& theSystem)
     : engine(theEngine), system(theSystem), evaluation(theEngine, theSystem) {
   const std::size_t count = system.GetUnknowns().size();
@@ -117,12 +122,12 @@ void Linearization::Invert(std::span<const double> columnWeights) {
   inverse.Compute(mMatrix, columns.size(), columnWeights);
 }
 
-void Linearization::Combine(std::span<const double> rowWeights) {
+void Linearization::Combine(std::span<const std::size_t> of, std::span<const double> rowWeights) {
   combined.assign(columns.size(), kZero);
   combinedDefect = kZero;
   for (std::size_t k = 0; k < rowWeights.size(); ++k) {
     if (rowWeights[k] == 0) continue;
-    const Row& row = rows[inverse.GetRows()[k]];
+    const Row& row = rows[of[k]];
     const RealRange weight = RealRange::Point(rowWeights[k]);
     combinedDefect = combinedDefect + weight * row.defect;
     const auto& unknowns = row.equation->unknowns;
@@ -130,6 +135,16 @@ void Linearization::Combine(std::span<const double> rowWeights) {
       if (const std::size_t column = columnOf[unknowns[l]]; column != kNoColumn)
         combined[column] = combined[column] + weight * entries[row.first + l];
   }
+}
+
+bool Linearization::SolveCombined(std::size_t column) {
+  RealRange rest = combinedDefect;
+  for (std::size_t j = 0; j < columns.size(); ++j)
+    if (j != column && !(combined[j] == kZero))
+      rest = rest + combined[j] * (box[columns[j]] - RealRange::Point(middle[columns[j]]));
+  RealRange& x = box[columns[column]];
+  x = Solve(x, middle[columns[column]], combined[column], rest);
+  return !x.IsEmpty();
 }
 
 }  // namespace zultav::engine

@@ -46,9 +46,11 @@ class Linearization {
   bool SelectRows(RealEvaluation::Mode mode, std::span<const RealRange> center);
   /// Inverts the matrix of the middles of the slopes; see PivotedInverse.
   void Invert(std::span<const double> columnWeights);
-  /// One row of the preconditioned system: the sum of the equations with weights, one for each row
-  /// of the inverse.
-  void Combine(std::span<const double> rowWeights);
+  /// One row of a preconditioned system: the sum of the equations with weights, one for each of
+  /// these rows.
+  void Combine(std::span<const std::size_t> of, std::span<const double> rowWeights);
+  /// Solves it for the unknown of the column. False when that has no value left.
+  bool SolveCombined(std::size_t column);
 
   const Engine& engine;
   const RealSystem& system;
@@ -73,6 +75,9 @@ class Linearization {
 
 /// The middle of a bounded range, else some finite number of it.
 double Middle(const RealRange& x);
+
+/// The hull of the t in x - middle with slope * t + rest = 0, as part of x.
+RealRange Solve(const RealRange& x, double middle, const RealRange& slope, const RealRange& rest);
 
 }  // namespace zultav::engine
 

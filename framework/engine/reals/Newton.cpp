@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "framework/engine/reals/HansenSengupta.h"
+#include "framework/engine/reals/LinearHull.h"
 #include "framework/engine/reals/Linearization.h"
 #include "framework/engine/reals/Prover.h"
 #include "framework/engine/reals/Shaving.h"
@@ -16,6 +17,8 @@ namespace {
 constexpr double kWorthwhile = 0.1;
 // A change by this share makes another contraction of the same node worthwhile.
 constexpr double kMuch = 0.05;
+// Steps and the hull of the equations in turn, before shaving, which takes more time.
+constexpr int kRounds = 10;
 // The dense matrix of a proof limits proofs to so many unknowns.
 constexpr std::size_t kMaxProven = 1000;
 
@@ -28,6 +31,7 @@ class Newton::Work {
         mSystem(system),
         mLinear(engine, system),
         mSteps(engine, mLinear),
+        mHull(engine, mLinear),
         mShaving(engine, system),
         mProver(mLinear) {
     const Program& program = engine.GetProgram();
@@ -67,6 +71,7 @@ class Newton::Work {
   Slot SlotOf(std::uint32_t term) const { return mSystem.GetTerms()[term].slot; }
   bool HasChanged() const;
   void Remember();
+  void ReadRound();
   bool IsMuchNarrowerThan(const std::vector<RealRange>& before, double share) const;
   bool IsDecided() const;
 
@@ -74,13 +79,14 @@ class Newton::Work {
   const RealSystem& mSystem;
   Linearization mLinear;
   HansenSengupta mSteps;
+  LinearHull mHull;
   Shaving mShaving;
   Prover mProver;
   std::vector<std::uint32_t> mUnknownOfDeclared;  // or kNone
   std::vector<Slot> mDiscrete;                    // whose values proofs depend on
   bool mHasEquations = false;
-  bool mIsClosed = true;                   // equations depend on declared values alone
-  std::vector<RealRange> mBefore, mAfter;  // of the unknowns
+  bool mIsClosed = true;                           // equations depend on declared values alone
+  std::vector<RealRange> mBefore, mRound, mAfter;  // of the unknowns
   std::vector<double> mSmearOf;
   std::vector<IntegerRange> mDiscreteAfter;
 };
@@ -91,10 +97,15 @@ Newton::Answer Newton::Work::Contract(bool again) {
   if (!mHasEquations || (again && !HasChanged())) return Answer::kNothing;
   mLinear.ReadBox();
   mBefore = mLinear.box;
-  if (!mSteps.Narrow()) return Answer::kFailed;
-  mLinear.ReadBox();
+  bool isWorthwhile = true;
+  for (int i = 0; i < kRounds && isWorthwhile; ++i) {
+    ReadRound();
+    if (!mSteps.Narrow() || !mHull.Narrow()) return Answer::kFailed;
+    isWorthwhile = IsMuchNarrowerThan(mRound, kWorthwhile);
+  }
+  ReadRound();
   if (!mShaving.Shave()) return Answer::kFailed;
-  if (IsMuchNarrowerThan(mLinear.box, kWorthwhile) && !mSteps.Narrow()) return Answer::kFailed;
+  if (IsMuchNarrowerThan(mRound, kWorthwhile) && !mSteps.Narrow()) return Answer::kFailed;
   Remember();
   return IsMuchNarrowerThan(mBefore, kWorthwhile) ? Answer::kNarrowed : Answer::kNothing;
 }
@@ -115,6 +126,11 @@ bool Newton::Work::HasChanged() const {
     if (now.lower < mAfter[i].lower || mAfter[i].upper < now.upper) return true;
   }
   return IsMuchNarrowerThan(mAfter, kMuch);
+}
+
+void Newton::Work::ReadRound() {
+  mLinear.ReadBox();
+  mRound = mLinear.box;
 }
 
 void Newton::Work::Remember() {

@@ -29,8 +29,9 @@ class ZULTAV_ENGINE_API Newton {
     kNarrowed,  ///< much was narrowed: propagate, and call again
     kFailed     ///< no solution is left
   };
-  /// Shaves, and makes Hansen-Sengupta steps with slopes, preconditioned by the inverse of the
-  /// midpoint matrix. To be called at a fixpoint of the engine.
+  /// Makes Hansen-Sengupta steps with slopes, preconditioned by the inverse of the midpoint matrix,
+  /// narrows to the hull of the linear enclosures of the equations, and shaves. To be called at a
+  /// fixpoint of the engine.
   /// @param again  whether there was a call for this node before: it need not be repeated where
   ///               little has changed. What other nodes were like must not matter, so that an
   ///               interrupted search can be continued.

@@ -179,7 +179,7 @@ bool Prover::Inflate(double factor) {
   if (!mLinear.SelectRows(Mode::kBox) || mLinear.rows.size() != before) return false;
   bool isInside = true;
   for (std::size_t i = 0; i < rank; ++i) {
-    mLinear.Combine(inverse.GetRow(i));
+    mLinear.Combine(inverse.GetRows(), inverse.GetRow(i));
     const std::size_t unknown = columns[inverse.GetColumns()[i]];
     RealRange image = -mLinear.combinedDefect;
     for (std::size_t j = 0; j < rank; ++j) {
@@ -259,7 +259,7 @@ bool Prover::IsUniqueIn(double reach) {
   if (!mLinear.SelectRows(Mode::kBox, mCertified) || mLinear.rows.size() != before) return false;
   const PivotedInverse& inverse = mLinear.inverse;
   for (std::size_t i = 0; i < inverse.GetRank(); ++i) {
-    mLinear.Combine(inverse.GetRow(i));
+    mLinear.Combine(inverse.GetRows(), inverse.GetRow(i));
     const std::size_t pivot = inverse.GetColumns()[i];
     RealRange others = kZero;
     for (std::size_t j = 0; j < mLinear.columns.size(); ++j)
