@@ -6,15 +6,25 @@
 #include "framework/solver/ZULTaVoModule.h"
 #include "framework/solver/ZULTaVoModuleManager.h"
 
-/// The module of values, opened by name and open to the end.
-inline const ZULTaVoModule& NumberModule() {
+/// A module, opened by name and open to the end.
+inline const ZULTaVoModule& OpenedModule(const char* name) {
   static ZULTaVoModuleManager manager;
-  static const ZULTaVoModule* const module = [] {
-    const ZULTaVoModule* opened = manager.OpenModule("ZULTavNumbers");
-    if (opened == nullptr) ADD_FAILURE() << manager.GetReason();
-    return opened;
-  }();
-  return *module;
+  const ZULTaVoModule* opened = manager.OpenModule(name);
+  if (opened == nullptr) ADD_FAILURE() << manager.GetReason();
+  return *opened;
+}
+
+/// The module of values.
+inline const ZULTaVoModule& NumberModule() {
+  static const ZULTaVoModule& module = OpenedModule("ZULTavNumbers");
+  return module;
+}
+
+/// The second one, whose functions have values of the first.
+inline const ZULTaVoModule& RelationModule() {
+  NumberModule();
+  static const ZULTaVoModule& module = OpenedModule("ZULTavRelations");
+  return module;
 }
 
 /// Before any test, since classes of the module that a program links are not ready until then.

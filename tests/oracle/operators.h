@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -27,6 +28,10 @@ inline bool IsPrime(double number) {
 /// A negative exponent leads to an integer from 1 and -1 only.
 inline double IntegerPower(double base, double exponent) {
   return If(exponent >= 0 || std::fabs(base) == 1, std::pow(base, exponent));
+}
+
+inline double CommonDivisor(double l, double r) {
+  return static_cast<double>(std::gcd(std::llrint(l), std::llrint(r)));
 }
 
 inline int Euler(mpfr_ptr z, mpfr_rnd_t to) { return mpfr_set_ui(z, 1, to), mpfr_exp(z, z, to); }
@@ -79,6 +84,21 @@ inline constexpr Operator kOperators[] = {
     {"asin",   1, kArithmetic, nullptr,                                UNARY(mpfr_asin)},
     {"acos",   1, kArithmetic, nullptr,                                UNARY(mpfr_acos)},
     {"atan",   1, kArithmetic, nullptr,                                UNARY(mpfr_atan)},
+    {"cosh",   1, kArithmetic, nullptr,                                UNARY(mpfr_cosh)},
+    {"sinh",   1, kArithmetic, nullptr,                                UNARY(mpfr_sinh)},
+    {"tanh",   1, kArithmetic, nullptr,                                UNARY(mpfr_tanh)},
+    {"asinh",  1, kArithmetic, nullptr,                                UNARY(mpfr_asinh)},
+    {"acosh",  1, kArithmetic, nullptr,                                UNARY(mpfr_acosh)},
+    {"atanh",  1, kArithmetic, nullptr,                                UNARY(mpfr_atanh)},
+    {"log2",   1, kArithmetic, nullptr,                                UNARY(mpfr_log2)},
+    {"log10",  1, kArithmetic, nullptr,                                UNARY(mpfr_log10)},
+    {"exp2",   1, kArithmetic, nullptr,                                UNARY(mpfr_exp2)},
+    {"cbrt",   1, kArithmetic, nullptr,                                UNARY(mpfr_cbrt)},
+    {"arcsin", 1, kArithmetic, nullptr,                                UNARY(mpfr_asin)},
+    {"arccos", 1, kArithmetic, nullptr,                                UNARY(mpfr_acos)},
+    {"arctan", 1, kArithmetic, nullptr,                                UNARY(mpfr_atan)},
+    {"atan2",  2, kArithmetic, nullptr,                                BINARY(mpfr_atan2)},
+    {"hypot",  2, kArithmetic, nullptr,                                BINARY(mpfr_hypot)},
     {"Pi",     0, kArithmetic, nullptr,                                CONSTANT(mpfr_const_pi)},
     {"E",      0, kArithmetic, nullptr,                                CONSTANT(Euler)},
     // A comparison of numbers has a value: the side that stands right of ">" and left of "<".
@@ -102,6 +122,9 @@ inline constexpr Operator kOperators[] = {
     {"||",     2, kDiscrete,   EXACT(l != 0 || r != 0),                nullptr},
     {"->",     2, kDiscrete,   EXACT(l == 0 || r != 0),                nullptr},
     {"~",      1, kDiscrete,   EXACT(l == 0),                          nullptr},
+    {"div",    2, kDiscrete,   EXACT(If(r != 0, std::trunc(l / r))),   nullptr},
+    {"gcd",    2, kDiscrete,   CommonDivisor,                          nullptr},
+    {"pow",    2, kDiscrete,   IntegerPower,                           nullptr},
     {"PrimeNumber", 1, kDiscrete,   EXACT(IsPrime(l)),                      nullptr},
 };
 #undef CONSTANT

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <map>
@@ -137,6 +138,10 @@ MaybeKnown Apply(const oracle::Operator& op, const Application& at) {
   if (is("^")) return Power(at, op.rounded);
   if (is("/") && isAroundZero) return {};
   if (is("abs")) return Absolute(at.l);
+  if (is("cosh")) return Monotone(Absolute(at.l), at.r, op.rounded);
+  if (is("hypot")) return Monotone(Absolute(at.l), Absolute(at.r), op.rounded);
+  // It jumps at the axis to the left.
+  if (is("atan2") && !at.l.Above(0) && !at.l.Below(0) && !at.r.Above(0)) return {};
   if (is("sin", "cos")) return Wave(at.l, op.rounded);
   if (is("tan")) {
     const Known cosine = Wave(at.l, oracle::Get("cos", 1).rounded);
@@ -231,6 +236,8 @@ struct Model {
     if (!node.literal.empty()) return node.literal;
     const std::string name = node.op->GetName();
     const auto [l, r] = node.operands;
+    if (r >= 0 && std::isalpha(name.front()) != 0 && name != "mod")
+      return name + "(" + Expression(l) + ", " + Expression(r) + ")";
     if (r >= 0) return "(" + Expression(l) + " " + name + " " + Expression(r) + ")";
     if (l < 0) return name + "()";
     return name == "-" || name == "~" ? "(" + name + Expression(l) + ")"
@@ -295,32 +302,44 @@ class RandomModel {
     std::array<Type, 2> operands;
     Type result;
   };
-  /// The variants of each operator that expressions can name, without those over abstract types.
+  /// The variants of each operator that expressions can name, without those of the first module
+  /// over abstract types.
   static std::vector<std::vector<Variant>> AllOperators(bool singleReals) {
     std::vector<std::vector<Variant>> all;
     for (const oracle::Operator& row : oracle::kOperators) {
       all.emplace_back();
-      for (const Operator op : NumberModule().FindOperators(row.name)) {
-        Variant variant{
-            op, {kTypes, kTypes},
-             TypeOf(op->GetResultType())
-        };
-        std::array<const ZULTaVoObjectDescriptor*, 2> types = {};
-        // A hidden single integer would be asked for by inexact inverses, see Enclose.
-        bool fits = variant.result != (singleReals ? kTypes : kReal) &&
-                    !(singleReals && row.name == "(int)");
-        for (unsigned i = 0; i < row.operands; ++i) {
-          types[i] = op->GetOperandType(i);
-          variant.operands[i] = TypeOf(types[i]);
-          fits = fits && variant.operands[i] != kTypes &&
-                 (singleReals || variant.operands[i] != kReal);
-        }
-        if (fits && NumberModule().FindOperator(row.name, types.data(), row.operands) == op)
-          all.back().push_back(variant);
-      }
+      for (const ZULTaVoModule* module : {&NumberModule(), &RelationModule()})
+        for (const Operator op : module->FindOperators(row.name))
+          for (const Type left : TypesOf(op->GetOperandType(0)))
+            for (const Type right : TypesOf(op->GetOperandType(1))) {
+              const Variant variant{
+                  op, {left, right},
+                   TypeOf(op->GetResultType())
+              };
+              if (Fits(variant, row, *module, singleReals)) all.back().push_back(variant);
+            }
       if (all.back().empty()) all.pop_back();
     }
     return all;
+  }
+  static bool Fits(const Variant& variant, const oracle::Operator& row, const ZULTaVoModule& module,
+                   bool singleReals) {
+    // A hidden single integer would be asked for by inexact inverses, see Enclose.
+    if (variant.result == (singleReals ? kTypes : kReal) || (singleReals && row.name == "(int)"))
+      return false;
+    std::array<const ZULTaVoObjectDescriptor*, 2> types = {};
+    for (unsigned i = 0; i < row.operands; ++i) {
+      const Type type = variant.operands[i];
+      if (type == kTypes || (type == kReal && !singleReals)) return false;
+      types[i] = NumberModule().FindType(kTypeNames[type]);
+    }
+    return module.FindOperator(row.name, types.data(), row.operands) == variant.op;
+  }
+  /// The types that an operand of this one can have; kTypes stands for none.
+  static std::vector<Type> TypesOf(const ZULTaVoObjectDescriptor* type) {
+    if (type == ZULTaVoNumber::sDescriptor) return {kInteger, kIntegers, kReal, kReals, kReals};
+    if (type == ZULTaVoInteger::sDescriptor) return {kInteger, kIntegers};
+    return {TypeOf(type)};
   }
   const std::vector<std::vector<Variant>>& Operators() const {
     static const std::vector<std::vector<Variant>> kWithout = AllOperators(false),
@@ -619,11 +638,12 @@ void KeepSolutions(bool singleReals, std::uint64_t cases, Counts* counts) {
 }
 
 TEST(KnownSolutionsTest, KnowTheMeaningOfEveryOperator) {
-  for (const ZULTaVoObjectDescriptor* descriptor : NumberModule().GetDescriptors()) {
-    const auto* op = dynamic_cast<const ZULTaVoOperatorDescriptor*>(descriptor);
-    if (op == nullptr) continue;
-    EXPECT_NE(oracle::Find(op->GetName(), op->GetNumberOfArguments()), nullptr) << op->GetName();
-  }
+  for (const ZULTaVoModule* module : {&NumberModule(), &RelationModule()})
+    for (const ZULTaVoObjectDescriptor* descriptor : module->GetDescriptors()) {
+      const auto* op = dynamic_cast<const ZULTaVoOperatorDescriptor*>(descriptor);
+      if (op == nullptr) continue;
+      EXPECT_NE(oracle::Find(op->GetName(), op->GetNumberOfArguments()), nullptr) << op->GetName();
+    }
 }
 
 TEST(KnownSolutionsTest, AreKept) {

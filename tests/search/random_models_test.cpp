@@ -60,8 +60,9 @@ std::vector<Form> MakeForms() {
   for (const auto& [signature, names] : {
            std::pair<std::string, const char*>{"nnn", "+ - * /\\ \\/ = <> < <= > >="},
            {"zid", "/"                           },
-           {"zzd", "mod"                         },
-           {"zze", "^"                           },
+           {"zzd", "mod div"                     },
+           {"zze", "^ pow"                       },
+           {"zzz", "gcd"                         },
            {"nn",  "- abs"                       },
            {"zz",  "sign next prev"              },
            {"rr",  "floor ceil round"            },
@@ -73,7 +74,9 @@ std::vector<Form> MakeForms() {
     std::istringstream list(names);
     for (std::string name; list >> name;) {
       const unsigned operands = static_cast<unsigned>(signature.size()) - 1;
-      forms.push_back({operands == 2                ? "($0 " + name + " $1)"
+      const bool isCalled = name == "div" || name == "pow" || name == "gcd";
+      forms.push_back({isCalled                     ? name + "($0, $1)"
+                       : operands == 2              ? "($0 " + name + " $1)"
                        : name == "-" || name == "~" ? "(" + name + "$0)"
                                                     : name + "($0)",
                        signature, oracle::Get(name, operands).exact});

@@ -18,7 +18,7 @@
 struct TextModel {
   explicit TextModel(const std::string& text) {
     std::vector<ZULTavDiagnostic> errors;
-    model = ZULTavCalculator({&NumberModule()}).Read(text, "text", {}, errors);
+    model = ZULTavCalculator({&NumberModule(), &RelationModule()}).Read(text, "text", {}, errors);
     if (model == nullptr) {
       error = errors.front().message;
       return;
