@@ -17,6 +17,9 @@ using Verdict = ExactCheck::Verdict;
 // The longest numbers that are looked at, in bits.
 constexpr std::uint64_t kLongest = 1 << 14;
 constexpr std::uint64_t kLongestDivisor = 1 << 8;  // of both numbers of which one is sought
+// Results come after their operands, so that few passes are needed; what is not computed by then
+// is not known.
+constexpr int kPasses = 100;
 // Sums of products that rules add up in any case.
 constexpr double kVast = 0x1p125;
 
@@ -121,8 +124,8 @@ class ExactCheck::Evaluation {
   }
 
   Verdict Run() {
-    // Results come after their operands but where equal values were united.
-    for (bool isNew = true; isNew;) {
+    bool isNew = true;
+    for (int pass = 0; isNew && pass < kPasses; ++pass) {
       isNew = false;
       for (const Formula& formula : mProgram.GetFormulas()) isNew = Complete(formula) || isNew;
       for (const Comparison& comparison : mProgram.GetComparisons())
@@ -213,12 +216,14 @@ class ExactCheck::Evaluation {
     if (!AreKnown({x, y})) return Verdict::kUnknown;
     const Result result = ValueOf(formula);
     if (result.verdict != Verdict::kHolds) return result.verdict;
+    if (!AreKnown({z})) return Verdict::kUnknown;
     return *mValues[z] == result.value ? Verdict::kHolds : Verdict::kFails;
   }
   Verdict Check(const Comparison& comparison) const {
     const auto [relation, left, right, truth] = comparison;
     if (!AreIntegers({left, right, truth})) return Verdict::kHolds;
-    if (!AreKnown({left, right})) return Verdict::kUnknown;
+    if (!AreKnown({left, right}) || (truth != kNone && !AreKnown({truth})))
+      return Verdict::kUnknown;
     const bool holds = Holds(relation, *mValues[left], *mValues[right]);
     const bool isAsked = truth == kNone || *mValues[truth] == 1;
     return holds == isAsked ? Verdict::kHolds : Verdict::kFails;

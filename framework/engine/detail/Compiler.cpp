@@ -30,9 +30,12 @@ void Compiler::Compile() {
   LinearRows linear(mDraft, isTaken);
   linear.Eliminate(FindNeeded(isTaken, nullptr));
   const Gates gates(mDraft, isTaken, FindNeeded(isTaken, &linear));
-  std::vector<bool> isNeeded = FindNeeded(isTaken, nullptr);
-  for (const LinearRows::Row& row : linear.GetRows())
-    linear.ForEachTerm(row, [&](Slot x, std::int64_t) { isNeeded[x] = true; });
+  std::vector<bool> isNeeded;
+  if (!gates.GetClauses().empty()) {
+    isNeeded = FindNeeded(isTaken, nullptr);
+    for (const LinearRows::Row& row : linear.GetRows())
+      linear.ForEachTerm(row, [&](Slot x, std::int64_t) { isNeeded[x] = true; });
+  }
   const Conditions conditions(mDraft, linear, gates.GetClauses(), isNeeded);
 
   mProgram.mSlots = std::move(mDraft.slots);

@@ -13,7 +13,10 @@ bool AreSame(Literal x, Literal y) { return x.slot == y.slot && x.negated == y.n
 }  // namespace
 
 Gates::Gates(Draft& draft, std::vector<bool>& isTaken, const std::vector<bool>& isNeeded)
-    : mDraft(draft), mGateOf(draft.slots.size(), kNone) {
+    : mDraft(draft) {
+  const auto isTruth = [](const SlotInfo& info) { return info.isBoolean; };
+  if (std::none_of(draft.slots.begin(), draft.slots.end(), isTruth)) return;
+  mGateOf.assign(draft.slots.size(), kNone);
   mLiterals.reserve(draft.slots.size());
   for (Slot slot = 0; slot < draft.slots.size(); ++slot) mLiterals.push_back({slot, false});
   ReadNegations(isTaken, isNeeded);

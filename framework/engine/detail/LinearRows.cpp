@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 namespace zultav::engine {
 
@@ -28,12 +29,11 @@ LinearRows::LinearRows(Draft& draft, std::vector<bool>& isTaken)
   const auto read = [&](const auto& said, auto reader) {
     const std::size_t before = mTerms.size();
     Row row;
-    const bool isRow = (this->*reader)(said, row);
-    if (!isRow) return mTerms.resize(before), false;
-    for (std::size_t term = before; term < mTerms.size(); ++term)
-      LinkToSlot(static_cast<std::uint32_t>(term));
-    mMerged.push_back(static_cast<std::uint32_t>(mRows.size()));
+    if (!(this->*reader)(said, row)) return mTerms.resize(before), false;
+    const auto index = static_cast<std::uint32_t>(mRows.size());
     mRows.push_back(row);
+    mMerged.push_back(index);
+    Link(before, index);
     return true;
   };
   for (const Formula& formula : draft.formulas)
@@ -48,7 +48,7 @@ LinearRows::LinearRows(Draft& draft, std::vector<bool>& isTaken)
 bool LinearRows::Add(Row& row, Slot slot, std::int64_t factor) {
   const IntegerRange range = mDraft.integers(slot);
   if (!range.IsScalar()) {
-    AddTerm(row, static_cast<std::uint32_t>(mRows.size()), slot, factor);
+    AddTerm(slot, factor);
     return true;
   }
   std::int64_t product = range.lower;
@@ -56,19 +56,20 @@ bool LinearRows::Add(Row& row, Slot slot, std::int64_t factor) {
          AddTo(row.constant, product);
 }
 
-/// Puts a term behind the others of the row with this number.
-void LinearRows::AddTerm(Row& row, std::uint32_t index, Slot slot, std::int64_t factor) {
-  const auto term = static_cast<std::uint32_t>(mTerms.size());
-  mTerms.push_back({factor, slot, index, kNone, kNone});
-  (row.first == kNone ? row.first : mTerms[row.last].next) = term;
-  row.last = term;
-  ++row.count;
-}
-
-void LinearRows::LinkToSlot(std::uint32_t term) {
-  std::uint32_t& first = mFirstOfSlot[mTerms[term].slot];
-  mTerms[term].nextOfSlot = first;
-  first = term;
+/// Puts the terms from one on, which are new, behind the others of the row.
+void LinearRows::Link(std::size_t from, std::uint32_t index) {
+  if (from == mTerms.size()) return;
+  Row& row = mRows[index];
+  (row.first == kNone ? row.first : mTerms[row.last].next) = static_cast<std::uint32_t>(from);
+  for (std::size_t i = from; i < mTerms.size(); ++i) {
+    Term& term = mTerms[i];
+    term.row = index;
+    term.next = static_cast<std::uint32_t>(i + 1);
+    term.nextOfSlot = std::exchange(mFirstOfSlot[term.slot], static_cast<std::uint32_t>(i));
+  }
+  row.last = static_cast<std::uint32_t>(mTerms.size() - 1);
+  mTerms.back().next = kNone;
+  row.count += static_cast<std::uint32_t>(mTerms.size() - from);
 }
 
 bool LinearRows::ReadFormula(const Formula& formula, Row& row) {
@@ -211,13 +212,12 @@ bool LinearRows::Substitute(const Place& definition, const Place& target, bool k
 
 /// All but those of the slot itself.
 void LinearRows::CopyTerms(const Place& definition, std::uint32_t target, std::int64_t scale) {
-  const Slot slot = mTerms[mFound[definition.begin].second].slot;
-  for (std::uint32_t at = mRows[definition.row].first; at != kNone; at = mTerms[at].next) {
-    const Term term = mTerms[at];
-    if (term.slot == slot || term.factor == 0) continue;
-    AddTerm(mRows[target], target, term.slot, term.factor * scale);
-    LinkToSlot(static_cast<std::uint32_t>(mTerms.size() - 1));
-  }
+  const Slot own = mTerms[mFound[definition.begin].second].slot;
+  const std::size_t before = mTerms.size();
+  ForEachTerm(mRows[definition.row], [&](Slot slot, std::int64_t factor) {
+    if (slot != own) AddTerm(slot, factor * scale);
+  });
+  Link(before, target);
 }
 
 /// In no time where the scale is 1, so that a sum of many terms is built in a time that is linear.

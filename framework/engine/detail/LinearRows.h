@@ -42,7 +42,7 @@ class LinearRows {
   template <class Use>
   void ForEachTerm(const Row& row, Use use) const {
     for (std::uint32_t at = row.first; at != kNone; at = mTerms[at].next)
-      if (mTerms[at].factor != 0) use(mTerms[at].slot, mTerms[at].factor);
+      if (const Term term = mTerms[at]; term.factor != 0) use(term.slot, term.factor);
   }
 
  private:
@@ -65,8 +65,10 @@ class LinearRows {
   bool ReadComparison(const Comparison& comparison, Row& row);
   bool ReadCount(const Group& group, Row& row);
   bool Add(Row& row, Slot slot, std::int64_t factor);
-  void AddTerm(Row& row, std::uint32_t index, Slot slot, std::int64_t factor);
-  void LinkToSlot(std::uint32_t term);
+  void AddTerm(Slot slot, std::int64_t factor) {
+    mTerms.push_back({factor, slot, kNone, kNone, kNone});
+  }
+  void Link(std::size_t from, std::uint32_t index);
   bool CanGiveWay(Slot slot) const;
   std::uint32_t FindRow(std::uint32_t row);
   void FindPlaces(Slot slot);

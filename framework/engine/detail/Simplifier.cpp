@@ -52,18 +52,36 @@ class Simplifier {
     mChanged = mChanged || united;
   }
 
+  struct Constant {
+    bool isBoolean;
+    std::int64_t value;
+    Slot slot;
+    auto operator<=>(const Constant&) const = default;
+  };
+
   /// Of every known number there is one slot.
   void ShareConstants() {
-    for (auto& constants : mConstants) constants.clear();
+    mConstants.clear();
     for (Slot slot = 0; slot < mDraft.slots.size(); ++slot) {
       SlotInfo& info = mDraft.slots[slot];
       if (mDraft.parents[slot] != slot || info.kind != Kind::kInteger || !mDraft.IsFixed(slot))
         continue;
       info.isConstant = true;
-      const auto [same, isNew] =
-          mConstants[info.isBoolean].try_emplace(mDraft.integers(slot).lower, slot);
-      if (!isNew) mDraft.Unite(same->second, slot);
+      mConstants.push_back({info.isBoolean, mDraft.integers(slot).lower, slot});
     }
+    std::sort(mConstants.begin(), mConstants.end());
+    const auto same = [this](const Constant& kept, const Constant& other) {
+      return kept.isBoolean == other.isBoolean && kept.value == other.value &&
+             mDraft.Unite(kept.slot, other.slot);
+    };
+    mConstants.erase(std::unique(mConstants.begin(), mConstants.end(), same), mConstants.end());
+  }
+
+  Slot FindConstant(std::int64_t value) {
+    const auto place =
+        std::lower_bound(mConstants.begin(), mConstants.end(), Constant{false, value, 0});
+    if (place != mConstants.end() && !place->isBoolean && place->value == value) return place->slot;
+    return mConstants.insert(place, {false, value, mDraft.AddConstant(value)})->slot;
   }
 
   static Comparison Negated(const Comparison& comparison) {
@@ -308,15 +326,13 @@ class Simplifier {
     if (first.base != second.base || InfoOf(first.base).isConstant) return;
     const std::int64_t exponent = first.exponent + second.exponent;
     if (exponent > kGreatestPower) return;
-    const auto [place, isNew] = mConstants[0].try_emplace(exponent, kNone);
-    if (isNew) place->second = mDraft.AddConstant(exponent);
-    formula = {Function::kPower, formula.result, first.base, place->second};
+    formula = {Function::kPower, formula.result, first.base, FindConstant(exponent)};
   }
 
   Draft& mDraft;
   bool mChanged = false;
-  std::unordered_map<Slot, Power> mPowers;               // by result
-  std::unordered_map<std::int64_t, Slot> mConstants[2];  // integers, truth values
+  std::unordered_map<Slot, Power> mPowers;  // by result
+  std::vector<Constant> mConstants;         // in their order
 };
 
 }  // namespace
