@@ -144,8 +144,6 @@ void Describe(Element element, std::vector<Definition>& all, std::index_sequence
   (describe(Table[Rows], &Make<Table, Rows>), ...);
 }
 
-}  // namespace
-
 /// A constraint like any other, by which operators are linked.
 class FunctionDescriptor final : public ZULTaVoRelationDescriptor {
  public:
@@ -153,7 +151,7 @@ class FunctionDescriptor final : public ZULTaVoRelationDescriptor {
   Kind GetKind() const override { return Kind::kConstraint; }
 };
 
-/// Whether values of the type are sets, which hold whatever several numbers.
+/// Whether values of the type are sets of numbers, and not one number or any.
 bool HoldsSets(const ZULTaVoObjectDescriptor& type) {
   const auto place =
       std::make_unique<std::max_align_t[]>(type.GetObjectSize() / sizeof(std::max_align_t) + 1);
@@ -179,6 +177,8 @@ SetType FindSetType(const std::vector<ZULTaVoModule*>& modules,
         return {type, module};
   return {};
 }
+
+}  // namespace
 
 std::vector<Definition> DescribeFunctions() {
   std::vector<Definition> all;
