@@ -16,14 +16,15 @@
 /// compiled for each run; its constraints mean what is true of numbers, whatever its types can
 /// hold.
 ///
-/// Declared integers and booleans are split until each is one value, reals until they are narrow;
-/// a single-value type that propagation leaves Any stays Any. Then hidden integers and booleans
-/// are split too, so that no box is reported that propagation would still refute, but each
-/// assignment of the declared variables is reported once. Boxes of reals that lie side by side are
-/// merged where the width limit allows. Boxes that a proof assigns to a solution found before are
-/// dropped, and those without a proof that reach to infinity reported last. Where the sign of a
-/// real does not matter, only one half is searched and each box reported with its mirror images.
-/// The same network and options give the same solutions in the same order. Nothing here throws.
+/// Declared integers and booleans are split until each is one value, reals until they are narrow,
+/// or until all that is said of them goes beyond the range of doubles; a single-value type that
+/// propagation leaves Any stays Any. Then hidden integers and booleans are split too, so that no
+/// box is reported that propagation would still refute, but each assignment of the declared
+/// variables is reported once. Boxes of reals that lie side by side are merged where the width
+/// limit allows. Boxes that a proof assigns to a solution found before are dropped, and those
+/// without a proof that reach to infinity reported last. Where the sign of a real does not matter,
+/// only one half is searched and each box reported with its mirror images. The same network and
+/// options give the same solutions in the same order. Nothing here throws.
 ///
 /// A search is for one thread at a time, except for Stop; different searches may run in different
 /// threads, each in a network of its own. The network's precision and trigonometric window hold

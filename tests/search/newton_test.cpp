@@ -384,6 +384,16 @@ TEST(NewtonTest, KeepsConstructedSolutionsAndProvesNothingElse) {
   EXPECT_GT(provenBoxes, found);
 }
 
+// From 708 on x * exp(x) is beyond all doubles: there is nothing left to find out, however narrow.
+TEST(NewtonTest, EndsWhereDoublesEnd) {
+  const std::vector<Box> boxes =
+      Solve("x : positive; x * exp(x) / (exp(x) - 1) = 5;", 1e-6, 300, 200);
+  ASSERT_FALSE(boxes.empty());
+  EXPECT_GE(boxes.back().upper[0], 1e19);  // nothing is left open
+  EXPECT_EQ(std::count_if(boxes.begin(), boxes.end(), [](const Box& box) { return box.proven; }),
+            1);
+}
+
 // One equation of a high degree among linear ones: what these say of a wide box is in their sums.
 TEST(NewtonTest, SumsLinearEquationsInWideBoxes) {
   const std::vector<Box> boxes = Solve(

@@ -1,6 +1,7 @@
 #include "framework/engine/reals/Newton.h"
 
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
 
 #include "framework/engine/reals/HansenSengupta.h"
@@ -65,6 +66,7 @@ class Newton::Work {
   Answer Contract(bool again);
   Finding Prove(std::span<RealRange> box, std::span<RealRange> region);
   std::vector<std::uint32_t> FindSignless() const;
+  bool IsBeyondDoubles();
   void CalcSmears(std::span<double> smears);
 
  private:
@@ -137,6 +139,27 @@ void Newton::Work::Remember() {
   for (std::size_t i = 0; i < mAfter.size(); ++i) mAfter[i] = mLinear.GetPresent(i);
   for (std::size_t i = 0; i < mDiscrete.size(); ++i)
     mDiscreteAfter[i] = mEngine.GetIntegers(mDiscrete[i]);
+}
+
+bool Newton::Work::IsBeyondDoubles() {
+  mLinear.ReadBox();
+  if (!IsDecided() || !mLinear.evaluation.SetBox(mLinear.box, RealEvaluation::Mode::kSolutions))
+    return false;
+  const auto isBeyond = [this](std::uint32_t operation) {
+    const RealRange& value = mLinear.evaluation.GetValue(mSystem.GetOperations()[operation].target);
+    return value.lower >= DBL_MAX || value.upper <= -DBL_MAX;
+  };
+  bool isBeyondAny = false;
+  for (const RealSystem::Statement& statement : mSystem.GetStatements()) {
+    const auto& unknowns = statement.unknowns;
+    if (std::all_of(unknowns.begin(), unknowns.end(),
+                    [this](std::uint32_t i) { return mLinear.box[i].IsScalar(); }))
+      continue;
+    isBeyondAny = true;
+    if (std::none_of(statement.operations.begin(), statement.operations.end(), isBeyond))
+      return false;
+  }
+  return isBeyondAny;
 }
 
 /// An equation's smears are taken relative to their sum: what is large in all of them decides
@@ -219,6 +242,8 @@ Newton::Finding Newton::Prove(std::span<RealRange> box, std::span<RealRange> reg
 std::vector<std::uint32_t> Newton::FindSignless() const {
   return mWork == nullptr ? std::vector<std::uint32_t>() : mWork->FindSignless();
 }
+
+bool Newton::IsBeyondDoubles() { return mWork != nullptr && mWork->IsBeyondDoubles(); }
 
 void Newton::CalcSmears(std::span<double> smears) {
   if (mWork == nullptr)

@@ -55,6 +55,11 @@ class ZULTAV_ENGINE_API Newton {
   /// is its opposite, if its domain allows.
   std::vector<std::uint32_t> FindSignless() const;
 
+  /// Whether every statement about unknowns that are no single points has an intermediate result
+  /// beyond all doubles: then parts of the box can hardly be told from each other. False while
+  /// integers are undecided that matter to reals.
+  bool IsBeyondDoubles();
+
   /// How much splitting each declared real promises: the largest, over the equations, of the
   /// magnitude of the slope times the width (the smear of the variable), relative to the sum of all
   /// smears of the equation. 0 for what no equation speaks of. Valid after Contract.

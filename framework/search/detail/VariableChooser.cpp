@@ -41,6 +41,12 @@ std::uint32_t VariableChooser::FirstOpen(std::size_t from, std::size_t to) const
 }
 
 std::uint32_t VariableChooser::ChooseDeclared(const SearchTree& tree) {
+  const std::uint32_t chosen = ChooseByOption(tree);
+  const bool isReal = chosen != kNone && mSpace[chosen].kind == Kind::kReal;
+  return isReal && mNewton.IsBeyondDoubles() ? kNone : chosen;
+}
+
+std::uint32_t VariableChooser::ChooseByOption(const SearchTree& tree) {
   const ZULTavFrontier::Decision* last = tree.GetLast();
   switch (mChoice) {
     case Choice::kAdaptive:

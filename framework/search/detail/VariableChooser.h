@@ -20,7 +20,7 @@ class VariableChooser {
                   ZULTavFrontier::Experience& experience);
 
   /// The declared variable, or the boolean that follows from these, to split at the end of the
-  /// path; kNone where all declared ones are decided.
+  /// path; kNone where all declared ones are decided, or splitting reals would decide nothing.
   std::uint32_t ChooseDeclared(const SearchTree& tree);
   /// The first undecided hidden variable, or kNone.
   std::uint32_t ChooseHidden(const SearchTree& tree) const;
@@ -33,6 +33,7 @@ class VariableChooser {
   std::uint32_t FirstOpen(std::size_t from, std::size_t to) const;
   template <class Better>
   std::uint32_t FindBest(Better better) const;
+  std::uint32_t ChooseByOption(const SearchTree& tree);
   std::uint32_t ChooseByKind(const SearchTree& tree) const;
   std::uint32_t ChooseInTurn(const SearchTree& tree) const;
   std::uint32_t ChooseAdaptively(const SearchTree& tree);
