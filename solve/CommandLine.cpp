@@ -221,6 +221,10 @@ class Reader {
         ->expected(1)
         ->take_all()
         ->allow_extra_args(false);
+    app.add_option("--data", mOptions.dataFile,
+                   "Values for constants of the model, a JSON object by name")
+        ->type_name("FILE")
+        ->check(NotEmpty());
     AddPrecision(app);
   }
 

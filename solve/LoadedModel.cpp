@@ -68,6 +68,12 @@ int LoadedModel::Load(const Options& options, std::vector<ZULTavDiagnostic>& err
     errors.push_back(Failure(reason, name));
     return kUsage;
   }
+  reading.dataName = options.dataFile;
+  if (!options.dataFile.empty() &&
+      !ReadModelText(options.dataFile, reading.limits.sourceBytes, reading.data, reason)) {
+    errors.push_back(Failure(reason, options.dataFile));
+    return kUsage;
+  }
   mModel = ZULTavCalculator(mModules.All()).Read(text, name, reading, errors, &mWarnings);
   if (mModel == nullptr) return kModelError;
   if (options.ratio) mModel->Network().SetNarrowingFraction(*options.ratio);

@@ -21,6 +21,7 @@ class Reader {
       : mSource(source),
         mOptions(options),
         mErrors(errors),
+        mData(options.dataName, options.data),
         mModel(std::make_unique<ZULTavModel>()),
         mRegistry(modules),
         mBuilder(*mModel, mRegistry, mNames, options.limits),
@@ -28,6 +29,7 @@ class Reader {
 
   std::unique_ptr<ZULTavModel> Read() {
     TakeDefinitions();
+    TakeData();
     ReadStatements();
     if (mErrors.IsEmpty()) CheckDefinitions();
     return mErrors.IsEmpty() ? std::move(mModel) : nullptr;
@@ -36,6 +38,12 @@ class Reader {
   void Warn(std::vector<ZULTavDiagnostic>& warnings) const {
     for (const auto& [position, warning] : mBuilder.GetWarnings()) {
       warnings.push_back(mSource.Describe(warning));
+      warnings.back().isWarning = true;
+    }
+    if (!mErrors.IsEmpty()) return;
+    for (const ModelError& unused : mInterpreter.GetUnusedData()) {
+      if (warnings.size() >= mOptions.limits.errors) return;
+      warnings.push_back(mData.Describe(unused));
       warnings.back().isWarning = true;
     }
   }
@@ -49,6 +57,18 @@ class Reader {
       } catch (const ModelError& error) {
         mErrors.Add(definition, error);
       }
+    }
+  }
+
+  void TakeData() {
+    if (mOptions.data.empty() && mOptions.dataName.empty()) return;
+    try {
+      if (mOptions.data.size() > std::min(mOptions.limits.sourceBytes, kLargestSource))
+        Fail({}, "the data are longer than the limit of " +
+                     std::to_string(mOptions.limits.sourceBytes) + " bytes");
+      mInterpreter.TakeData(mData);
+    } catch (const ModelError& error) {
+      mErrors.Add(mData, error);
     }
   }
 
@@ -70,6 +90,7 @@ class Reader {
         if (more) mInterpreter.Run(mSource, syntax);
       } catch (const ModelError& error) {
         if (!error.message.empty()) mErrors.Add(mSource, error);
+        for (const std::uint32_t name : parser.GetDeclared()) mInterpreter.MarkBroken(name);
       }
     }
   }
@@ -83,6 +104,7 @@ class Reader {
   const Source& mSource;
   const ZULTavCalculator::Options& mOptions;
   ErrorList& mErrors;
+  Source mData;
   std::unique_ptr<ZULTavModel> mModel;
   Registry mRegistry;
   NameTable mNames;

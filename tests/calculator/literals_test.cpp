@@ -117,6 +117,51 @@ TEST(LiteralsTest, NumbersBeyondTheModuleAreHandedOver) {
       << "integers between the same doubles are two constants";
 }
 
+TEST(LiteralsTest, DataGiveConstantsTheirValues) {
+  const std::string deep(2000, '[');
+  const struct {
+    std::string data, source, outcome;  // the first statement, or a part of what is printed
+  } kRows[] = {
+      {R"({"n": 3, "c": [[1, 2], [4, -5.5e0]], "b": true})",
+       "let n : int, c[1..2, 0..1] : real, b : bool; y : real; y = c[2, 1] * n; b;",                            "y = -16.5; "                                             },
+      {R"({"way": ["up", "down"]})",                         "let up = 7, down = 2 * up, way; x = way[2] + x;",
+       "x = (14 + x); "                                                                                                                                                   },
+      {R"({"n": 3})",                                        "let n = 8; x = n;",                               "x = 3; "                                                 },
+      {R"({"d": 0.1})",                                      "let d; y : real; y = d;",                         "y = [0.1,0.1"                                            },
+      {R"({"k": [[1], [2, 3]]})",                            "let k; for i in 1..2 : x > sum(k[i]);",           "x > 1; x > 5; "                                          },
+      {"{}",                                                 "let n; x = n;",                                   "test:1:21: error: 'n' has no value"                      },
+      {R"({"cost": 1})",                                     "let cots;",                                       "the data have 'cost'"                                    },
+      {R"({"n": 3.5})",                                      "let n : int;",                                    "data:1:7: error: 'n' is of the type 'int'; this is the"  },
+      {"{\"c\":\n [[1, 2], [3]]}",                           "let c[1..2, 1..2];",
+       "data:2:11: error: 'c' needs a list of 2 items here; this one has 1"                                                                                               },
+      {R"({"c": [1, [2]]})",                                 "let c[1..2];",                                    "data:1:11: error: 'c' needs one value here"              },
+      {R"({"c": 5})",                                        "let c[1..2];",                                    "this is the integer 5\n"                                 },
+      {R"({"c": [1, "gren"]})",                              "let green = 2;\nlet c;",
+       "data:1:11: error: the model has no constant 'gren' before this one"                                                                                               },
+      {R"({"n": 1})",                                        "let n : integer;",                                "test:1:25: error: a constant has no type 'integer'"      },
+      {R"({"n": 1, "n": 2})",                                "let n;",                                          "data:1:10: error: 'n' has a value already"               },
+      {R"({"n": 1,})",                                       "let n;",                                          "data:1:9: error: expected a name between quotation marks"},
+      {R"({"n": null})",                                     "let n;",                                          "data:1:7: error: expected a number, true, false"         },
+      {R"({"n": [1 2]})",                                    "let n;",                                          "data:1:10: error: expected ']' or ','"                   },
+      {R"({"n": 1} 2)",                                      "let n;",                                          "data:1:10: error: expected the end of the data"          },
+      {R"({"n": -})",                                        "let n;",                                          "expected a digit"                                        },
+      {R"({"n": 99999999999999999999})",                     "let n;",                                          "beyond the limit of 64 bits"                             },
+      {R"({"n": -1e999})",                                   "let n;",                                          "this number is too large"                                },
+      {R"({"n)",                                             "let n;",                                          "this text has no end"                                    },
+      {"{\"n\": " + deep,                                    "let n;",                                          "deeper than the limit of 1000 levels"                    },
+      {"",                                                   "let n;",                                          "expected '{' and names with values"                      },
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.data.substr(0, 50) + row.source);
+    ZULTavCalculator::Options options;
+    options.data = row.data;
+    options.dataName = "data";
+    const Reading reading = ReadModel("x : single int; " + row.source, options);
+    const std::string outcome = reading.model ? reading.StatementText() : reading.ErrorText();
+    EXPECT_NE(outcome.find(row.outcome), std::string::npos) << outcome;
+  }
+}
+
 /// What an operation gives in both directed rounding modes.
 template <class Operation>
 std::pair<double, double> Directed(Operation operation) {

@@ -137,23 +137,27 @@ void Interpreter::Execute(const Statement& statement) {
 }
 
 void Interpreter::ExecuteLet(const Statement& statement) {
-  const auto definition = mDefinitions.find(statement.name);
-  if (definition != mDefinitions.end() && !definition->second.named) {
-    definition->second.used = definition->second.named = true;
-    SymbolOf(statement.name).line = mSource->GetLine(statement.span.position);
-    return;
-  }
+  const std::uint32_t name = statement.declarators[0].name;
+  const auto definition = mDefinitions.find(name);
+  const bool isDefined = definition != mDefinitions.end() && !definition->second.named;
   Symbol symbol;
   try {
-    const Value value = EvaluateKnown(statement.expression);
+    const auto dimensions = EvaluateDimensions(statement.declarators[0]);
+    const Value value = isDefined ? CheckDefinition(definition->second.value, dimensions, statement)
+                                  : ValueOfConstant(dimensions, statement);
     symbol.kind = Symbol::Kind::kConstant;
     symbol.data = static_cast<std::uint32_t>(mConstants.size());
     mConstants.push_back(value);
   } catch (const ModelError&) {
-    MarkBroken(statement.name);
+    MarkBroken(name);
     throw;
   }
-  Introduce(statement.name, statement.span, symbol);
+  if (isDefined) {
+    definition->second.used = definition->second.named = true;
+    if (const auto datum = mData.find(name); datum != mData.end()) datum->second.used = true;
+    SymbolOf(name) = Symbol();
+  }
+  Introduce(name, statement.span, symbol);
 }
 
 void Interpreter::ExecuteDeclaration(const Statement& statement) {

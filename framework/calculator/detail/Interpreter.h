@@ -25,6 +25,10 @@ class Interpreter {
 
   /// Makes a constant of `text`, which names no other constants.
   void Define(const std::string& name, const Source& text);
+  /// Makes what data say known to each `let` of their names. The text must outlive this object.
+  void TakeData(const Source& data);
+  /// Those that no `let` takes.
+  std::vector<ModelError> GetUnusedData() const;
   /// Carries out all statements of one piece of source. Throws ModelError; the message is empty
   /// when the fault was reported before.
   void Run(const Source& source, const Syntax& syntax);
@@ -48,6 +52,11 @@ class Interpreter {
     bool used = false;
     bool named = false;  // by a `let`
   };
+  struct Datum {
+    Value value;
+    Span span;  // of the name
+    bool used = false;
+  };
   /// Keeps a way of evaluating as long as it lives.
   class Scope {
    public:
@@ -65,6 +74,13 @@ class Interpreter {
 
   void Execute(const Statement& statement);
   void ExecuteLet(const Statement& statement);
+  using Dimensions = std::span<const ZULTavModel::Dimension>;
+  Value ValueOfConstant(Dimensions dimensions, const Statement& statement);
+  Value TakeDatum(const Value& value);
+  Value CheckDefinition(const Value& value, Dimensions dimensions,
+                        const Statement& statement) const;
+  Value CheckItems(const Value& value, Dimensions dimensions, const Statement& statement) const;
+  void CheckScalar(const Value& value, const Statement& statement) const;
   void ExecuteDeclaration(const Statement& statement);
   void Declare(const Declarator& declarator, ModelBuilder::Type type, const LocalValue& initial);
   std::vector<ZULTavModel::Dimension> EvaluateDimensions(const Declarator& declarator);
@@ -150,6 +166,8 @@ class Interpreter {
   std::vector<Symbol> mSymbols;  // by name
   std::vector<Value> mConstants;
   std::map<std::uint32_t, Definition> mDefinitions;  // by name
+  std::map<std::uint32_t, Datum> mData;              // by name
+  const Source* mDataSource = nullptr;
   std::array<std::uint32_t, kOperatorSigns.size()> mSignNames = {};
   std::uint32_t mIntegerConversion = 0;  // a name
   std::vector<Value> mStack;

@@ -10,18 +10,10 @@ namespace zultav::detail {
 // collected before they are asked for.
 
 Value Interpreter::MakeList(std::vector<Value> items, std::int64_t first, Span span) const {
-  auto list = std::make_shared<List>();
-  list->first = first;
-  for (const Value& item : items)
-    if (item.kind == Value::Kind::kList) list->depth = std::max(list->depth, item.List().depth + 1);
-  if (list->depth > mLimits.nesting)
+  Value value = Value::OfList({first, 1, std::move(items)}, span);
+  if (value.List().depth > mLimits.nesting)
     Fail(span, "lists within lists are deeper than the limit of " +
                    std::to_string(mLimits.nesting) + " levels");
-  list->items = std::move(items);
-  Value value;
-  value.kind = Value::Kind::kList;
-  value.span = span;
-  value.content = std::move(list);
   return value;
 }
 
@@ -234,6 +226,8 @@ std::string Interpreter::Describe(const Value& value) const {
       return "a list";
     case Value::Kind::kSet:
       return "a set of integers";
+    case Value::Kind::kText:
+      return "the name '" + value.Text() + "'";
     default:
       return "'*'";
   }

@@ -1,6 +1,7 @@
 #ifndef ZULTAV_CALCULATOR_DETAIL_MODEL_BUILDER_H
 #define ZULTAV_CALCULATOR_DETAIL_MODEL_BUILDER_H
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <unordered_map>
@@ -20,10 +21,11 @@ struct Value {
   enum class Kind : std::uint8_t {
     kConstant,
     kExpression,
-    kArray,      // of variables, or a part of one
-    kList,       // of values
-    kSet,        // of integers
-    kEverything  // '*' and '..'
+    kArray,       // of variables, or a part of one
+    kList,        // of values
+    kSet,         // of integers
+    kEverything,  // '*' and '..'
+    kText         // of data, the name of a constant
   };
   Kind kind = Kind::kConstant;
   bool asserts = false;      // the value of a comparison that the model states
@@ -61,6 +63,8 @@ struct Value {
   bool HasItems() const { return kind == Kind::kArray || kind == Kind::kList; }
   const IntegerSet& Set() const { return *static_cast<const IntegerSet*>(content.get()); }
   const struct List& List() const;
+  const std::string& Text() const { return *static_cast<const std::string*>(content.get()); }
+  static Value OfList(struct List list, Span span);
 };
 
 /// The items of a list, which may be lists.
@@ -69,6 +73,15 @@ struct List {
   std::size_t depth = 1;   // of the lists in it, itself included
   std::vector<Value> items;
 };
+inline Value Value::OfList(struct List list, Span span) {
+  for (const Value& item : list.items)
+    if (item.kind == Kind::kList) list.depth = std::max(list.depth, item.List().depth + 1);
+  Value value;
+  value.kind = Kind::kList;
+  value.span = span;
+  value.content = std::make_shared<const struct List>(std::move(list));
+  return value;
+}
 inline const List& Value::List() const { return *static_cast<const struct List*>(content.get()); }
 
 /// An operator as it stands in the source.

@@ -188,20 +188,23 @@ void Parser::ParseStatement(std::vector<Statement>& statements, bool inLoop) {
   statements.push_back(std::move(statement));
 }
 
-/// let name = expression, …;
+/// let name[range, …] : type = expression, …; all but the name may be left out.
 void Parser::ParseLet(std::vector<Statement>& statements) {
   do {
     Advance();
     Statement statement;
     statement.kind = Statement::Kind::kLet;
-    const Token name = Expect(TokenKind::kName, "the name of a constant");
-    statement.span = name.span;
-    statement.name = mNames.Intern(TextOf(name.span));
-    mDeclared.push_back(statement.name);
-    if (!Is(TokenKind::kOperator) || mToken.op != Op::kEqual)
-      FailExpected("'=' after the name of the constant");
-    Advance();
-    statement.expression = ParseExpression(kImplication);
+    statement.declarators.push_back(ParseDeclarator("the name of a constant"));
+    statement.span = statement.declarators[0].span;
+    const bool isTyped = Accept(TokenKind::kColon);
+    if (isTyped) statement.type = Expect(TokenKind::kName, "a type").span;
+    if (Is(TokenKind::kOperator) && mToken.op == Op::kEqual) {
+      Advance();
+      statement.expression = ParseExpression(kImplication);
+    } else if (!Is(TokenKind::kComma) && !Is(TokenKind::kSemicolon)) {
+      FailExpected(isTyped ? "'=' after the type of the constant"
+                           : "'=' after the name of the constant");
+    }
     statements.push_back(std::move(statement));
   } while (Is(TokenKind::kComma));
   Expect(TokenKind::kSemicolon, "';' or ',' after the value of the constant");
@@ -211,7 +214,7 @@ void Parser::ParseLet(std::vector<Statement>& statements) {
 void Parser::ParseDeclaration(Statement& statement) {
   statement.kind = Statement::Kind::kDeclaration;
   do {
-    statement.declarators.push_back(ParseDeclarator());
+    statement.declarators.push_back(ParseDeclarator("the name of a variable"));
   } while (Accept(TokenKind::kComma));
   Expect(TokenKind::kColon, "':' and a type after the names");
   statement.type = Expect(TokenKind::kName, "a type").span;
@@ -237,9 +240,9 @@ void Parser::ParseDeclaration(Statement& statement) {
 }
 
 /// name or name[range, …]
-Declarator Parser::ParseDeclarator() {
+Declarator Parser::ParseDeclarator(std::string_view what) {
   Declarator result;
-  const Token name = Expect(TokenKind::kName, "the name of a variable");
+  const Token name = Expect(TokenKind::kName, what);
   result.span = name.span;
   result.name = mNames.Intern(TextOf(name.span));
   mDeclared.push_back(result.name);

@@ -46,7 +46,7 @@ class Parser {
   void ParseStatement(std::vector<Statement>& statements, bool inLoop);
   void ParseLet(std::vector<Statement>& statements);
   void ParseDeclaration(Statement& statement);
-  Declarator ParseDeclarator();
+  Declarator ParseDeclarator(std::string_view what);
   void ParseFor(Statement& statement);
   void ParseBlock(std::vector<Statement>& statements);
   void ParseIf(Statement& statement);

@@ -57,7 +57,7 @@ ZULTavDiagnostic Source::Describe(const ModelError& error) const {
 
 void ErrorList::Add(const Source& source, const ModelError& error) {
   if (IsFull()) return;
-  mErrors.push_back(source.Describe(error));
+  mErrors.push_back((error.source != nullptr ? *error.source : source).Describe(error));
   if (++mCount == mLimit)
     mErrors.back().notes.push_back("reading stops here: the limit on errors is " +
                                    std::to_string(mLimit));

@@ -25,6 +25,7 @@ struct ModelError {
   Span span;
   std::string message;
   std::vector<std::string> notes;
+  const class Source* source = nullptr;  // where the span is; null: in the text that is read
 };
 
 [[noreturn]] inline void Fail(Span span, std::string message, std::vector<std::string> notes = {}) {

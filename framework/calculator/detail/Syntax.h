@@ -111,9 +111,8 @@ struct Statement {
   enum class Kind : std::uint8_t { kLet, kDeclaration, kFor, kIf, kAssert, kExpression };
   Kind kind = Kind::kExpression;
   Span span;
-  NodeRange expression;    // of kExpression; the value of kLet; the condition of kIf and kAssert
-  std::uint32_t name = 0;  // of kLet
-  std::vector<Declarator> declarators;  // of kDeclaration
+  NodeRange expression;  // of kExpression; the value of kLet; the condition of kIf and kAssert
+  std::vector<Declarator> declarators;  // of kDeclaration; of kLet one
   Span type;
   bool hasValue = false;
   Span value;                         // of kAssert the message
