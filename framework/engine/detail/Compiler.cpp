@@ -17,6 +17,8 @@ namespace {
 constexpr std::uint64_t kWidestSet = 4096;
 // What a propagation before the search may take.
 constexpr std::uint64_t kRunsPerRule = 20, kRunsAtLeast = 10000;
+// Shorter sums of truth values are not worth a rule of their own.
+constexpr std::uint32_t kFewestCounted = 4;
 
 }  // namespace
 
@@ -122,6 +124,7 @@ void Compiler::EmitRow(const LinearRows& linear, const LinearRows::Row& row,
     mBuilder.AddUnequal(slots[first], slots[1 - first], row.constant);
     return;
   }
+  if (EmitCount(row)) return;
   if (!condition) return mBuilder.AddLinear(row.relation, slots, factors, row.constant, row.truth);
   Relation relation = row.relation;
   std::int64_t constant = row.constant;
@@ -134,6 +137,28 @@ void Compiler::EmitRow(const LinearRows& linear, const LinearRows::Row& row,
     }
   }
   mBuilder.AddConditional(condition->literal, relation, slots, factors, constant);
+}
+
+/// A sum of truth values that equals a number, known or not, is counted, which takes less time.
+bool Compiler::EmitCount(const LinearRows::Row& row) {
+  if (row.relation != Relation::kEqual || row.truth != kNone || row.count < kFewestCounted)
+    return false;
+  std::vector<Slot>& slots = mRowSlots;
+  const auto isNumber = [this](Slot x) { return !mProgram.mSlots[x].isBoolean; };
+  const auto at = std::find_if(slots.begin(), slots.end(), isNumber) - slots.begin();
+  const auto number = static_cast<std::size_t>(at);
+  const bool isKnown = number == slots.size();
+  const std::int64_t factor = mRowFactors[number == 0 ? 1 : 0];
+  for (std::size_t i = 0; i < slots.size(); ++i)
+    if (mRowFactors[i] != (i == number ? -factor : factor) || (i != number && isNumber(slots[i])))
+      return false;
+  if ((factor != 1 && factor != -1) || (!isKnown && row.constant != 0)) return false;
+  const Slot count =
+      isKnown ? mBuilder.AddSlot({.isConstant = true}, IntegerRange::Only(factor * row.constant))
+              : slots[number];
+  if (!isKnown) slots.erase(slots.begin() + at);
+  mBuilder.AddCount(count, slots);
+  return true;
 }
 
 void Compiler::EmitGroup(const Group& group) {

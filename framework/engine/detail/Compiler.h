@@ -27,6 +27,7 @@ class Compiler {
   std::vector<bool> FindNeeded(const std::vector<bool>& isTaken, const LinearRows* rows) const;
   void EmitRow(const LinearRows& linear, const LinearRows::Row& row,
                const std::optional<Conditions::Condition>& condition);
+  bool EmitCount(const LinearRows::Row& row);
   void EmitGroup(const Group& group);
   bool IsNarrow(Slot x) const;
   void EmitFormulas(const std::vector<bool>& isTaken);
