@@ -290,6 +290,18 @@ unsigned int Engine::TakeUntold(Slot x, unsigned int events) {
   return events;
 }
 
+void Engine::TellKeptBack() {
+  const auto tell = [this](Slot x) {
+    const Kind kind = mProgram.GetSlot(x).kind;
+    if (kind == Kind::kReal)
+      NarrowReal(x, GetReals(x), false);
+    else if (kind == Kind::kInteger)
+      TellBounds(x, 0);
+  };
+  if (!mLevels.empty()) return ForEachChanged(tell);
+  for (Slot x = 0; x < mProgram.GetNumberOfSlots(); ++x) tell(x);
+}
+
 void Engine::Tell(Slot x, unsigned int events) {
   ++mStatistics.narrowings;
   const bool isFixed = (events & kFixed) != 0;

@@ -139,6 +139,8 @@ class ZULTAV_ENGINE_API Engine {
   /// enough that the search rarely splits what propagation would still have narrowed.
   void SetNarrowingFraction(double fraction) { mFraction = fraction; }
   double GetNarrowingFraction() const { return mFraction; }
+  /// Passes on what was kept back since the last Push and is enough for the present fraction.
+  void TellKeptBack();
   /// Runs allowed per propagation; 0: 2000 for each rule and 1000000 more.
   void SetRunLimit(std::uint64_t limit) { mRunLimit = limit; }
   std::uint64_t GetRunLimit() const { return mRunLimit; }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
+#include <utility>
 
 #include "framework/engine/reals/HansenSengupta.h"
 #include "framework/engine/reals/LinearHull.h"
@@ -59,10 +60,13 @@ class Newton::Work {
     }
     for (Slot slot = 0; slot < program.GetNumberOfSlots(); ++slot)
       if (matters[slot] && program.GetSlot(slot).kind != Kind::kReal) mDiscrete.push_back(slot);
+    mApproached.resize(system.GetUnknowns().size());
     mAfter.resize(system.GetUnknowns().size());
     mDiscreteAfter.resize(mDiscrete.size());
   }
 
+  bool HasEquations() const { return mHasEquations; }
+  bool Approach(bool again);
   Answer Contract(bool again);
   Finding Prove(std::span<RealRange> box, std::span<RealRange> region);
   std::vector<std::uint32_t> FindSignless() const;
@@ -87,22 +91,33 @@ class Newton::Work {
   std::vector<std::uint32_t> mUnknownOfDeclared;  // or kNone
   std::vector<Slot> mDiscrete;                    // whose values proofs depend on
   bool mHasEquations = false;
-  bool mIsClosed = true;                           // equations depend on declared values alone
-  std::vector<RealRange> mBefore, mRound, mAfter;  // of the unknowns
+  bool mIsClosed = true;        // equations depend on declared values alone
+  bool mHasApproached = false;  // since the last contraction
+  std::vector<RealRange> mApproached, mBefore, mRound, mAfter;  // of the unknowns
   std::vector<double> mSmearOf;
   std::vector<IntegerRange> mDiscreteAfter;
 };
 
 // --- Contraction ------------------------------------------------------------------------------
 
+bool Newton::Work::Approach(bool again) {
+  mHasApproached = mHasEquations && (!again || HasChanged());
+  if (!mHasApproached) return true;
+  if (!mSteps.Narrow()) return false;
+  for (std::size_t i = 0; i < mApproached.size(); ++i) mApproached[i] = mLinear.GetPresent(i);
+  return true;
+}
+
 Newton::Answer Newton::Work::Contract(bool again) {
+  const bool hasApproached = std::exchange(mHasApproached, false);
   if (!mHasEquations || (again && !HasChanged())) return Answer::kNothing;
   mLinear.ReadBox();
   mBefore = mLinear.box;
   bool isWorthwhile = true;
   for (int i = 0; i < kRounds && isWorthwhile; ++i) {
     ReadRound();
-    if (!mSteps.Narrow() || !mHull.Narrow()) return Answer::kFailed;
+    const bool isDone = i == 0 && hasApproached && !IsMuchNarrowerThan(mApproached, kMuch);
+    if ((!isDone && !mSteps.Narrow()) || !mHull.Narrow()) return Answer::kFailed;
     isWorthwhile = IsMuchNarrowerThan(mRound, kWorthwhile);
   }
   ReadRound();
@@ -230,6 +245,10 @@ Newton::Newton(Engine& engine) {
 }
 
 Newton::~Newton() = default;
+
+bool Newton::HasEquations() const { return mWork != nullptr && mWork->HasEquations(); }
+
+bool Newton::Approach(bool again) { return mWork == nullptr || mWork->Approach(again); }
 
 Newton::Answer Newton::Contract(bool again) {
   return mWork == nullptr ? Answer::kNothing : mWork->Contract(again);

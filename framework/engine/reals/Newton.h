@@ -24,6 +24,13 @@ class ZULTAV_ENGINE_API Newton {
   Newton(const Newton&) = delete;
   Newton& operator=(const Newton&) = delete;
 
+  bool HasEquations() const;
+
+  /// Makes steps before a fixpoint was reached: where propagation would converge slowly, they may
+  /// converge fast. False when no solution is left.
+  /// @param again  as of Contract, which need not make them again
+  bool Approach(bool again);
+
   enum class Answer {
     kNothing,   ///< there is nothing worth another propagation
     kNarrowed,  ///< much was narrowed: propagate, and call again

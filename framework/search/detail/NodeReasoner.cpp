@@ -12,6 +12,8 @@ namespace {
 constexpr int kContractions = 100;
 // Integers settle within a round or two; reals may go on by less and less.
 constexpr int kSettlings = 4;
+// Of a width: losses that are passed on before Newton's method has tried.
+constexpr double kLargeLoss = 0.2;
 // Of rules over integers, before a split: far more than they take unless bounds creep.
 constexpr std::uint64_t kRunsAtLeast = 1000;
 constexpr std::uint64_t kRunsPerRule = 100;
@@ -78,7 +80,21 @@ NodeState NodeReasoner::ReachFixpoint(bool again) {
   }
 }
 
+/// Propagates large losses only, and gives Newton a try then: what lies near a solution need not
+/// creep there.
+NodeState NodeReasoner::Approach(bool again) {
+  const double fraction = mEngine.GetNarrowingFraction();
+  if (!mNewton.HasEquations() || fraction >= kLargeLoss) return NodeState::kFixpoint;
+  mEngine.SetNarrowingFraction(kLargeLoss);
+  NodeState state = Propagate();
+  if (state == NodeState::kFixpoint && !mNewton.Approach(again)) state = NodeState::kRefuted;
+  mEngine.SetNarrowingFraction(fraction);
+  if (state == NodeState::kFixpoint) mEngine.TellKeptBack();
+  return state;
+}
+
 NodeState NodeReasoner::Contract(bool again) {
+  if (const NodeState state = Approach(again); state != NodeState::kFixpoint) return state;
   for (int round = 0;; ++round) {
     const NodeState state = Propagate();
     if (state != NodeState::kFixpoint || round == kContractions) return state;

@@ -54,6 +54,7 @@ class NodeReasoner {
 
  private:
   NodeState Propagate();
+  NodeState Approach(bool again);
   NodeState Contract(bool again);
   NodeState RunAll();
 
