@@ -162,9 +162,7 @@ std::int64_t Engine::FindBelow(Slot x, const SlotInfo& info, std::int64_t value)
   return value - std::countl_zero(bits);
 }
 
-RealRange Engine::GetReals(Slot x) const {
-  if (mProgram.GetSlot(x).kind == Kind::kReal)
-    return {std::bit_cast<double>(GetLower(x)), std::bit_cast<double>(GetUpper(x))};
+RealRange Engine::GetIntegersAsReals(Slot x) const {
   const IntegerRange range = GetIntegers(x);
   return {LowerAsDouble(range), UpperAsDouble(range)};
 }
@@ -224,7 +222,11 @@ bool Engine::RemoveWithin(Slot x, std::int64_t value) {
 }
 
 bool Engine::Narrow(Slot x, const RealRange& range) {
-  if (mProgram.GetSlot(x).kind == Kind::kReal) return NarrowReal(x, range, false);
+  if (mProgram.GetSlot(x).kind == Kind::kReal) {
+    const RealRange now = GetReals(x);
+    const bool narrows = !(range.lower <= now.lower && now.upper <= range.upper);
+    return !narrows || NarrowReal(x, range, false);
+  }
   return !range.IsEmpty() && Narrow(x, IntegersWithin(range.lower, range.upper));
 }
 

@@ -68,7 +68,11 @@ class ZULTAV_ENGINE_API Engine {
   bool IsFalse(Slot x) const { return GetUpper(x) <= 0; }
 
   /// Of integers and reals; integers of more digits than a double has, outward.
-  RealRange GetReals(Slot x) const;
+  RealRange GetReals(Slot x) const {
+    if (mProgram.GetSlot(x).kind != Kind::kReal) [[unlikely]]
+      return GetIntegersAsReals(x);
+    return {std::bit_cast<double>(GetLower(x)), std::bit_cast<double>(GetUpper(x))};
+  }
   /// Exactly one value: equal bounds, none of them infinite; of an opaque slot, as its object says.
   bool IsFixed(Slot x) const;
   /// The same, of an integer.
@@ -182,6 +186,7 @@ class ZULTAV_ENGINE_API Engine {
     Save(word);
     mWords[word] = value;
   }
+  RealRange GetIntegersAsReals(Slot x) const;
   bool RaiseLower(Slot x, std::int64_t bound);
   bool DropUpper(Slot x, std::int64_t bound);
   bool RemoveWithin(Slot x, std::int64_t value);
