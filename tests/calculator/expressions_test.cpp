@@ -121,6 +121,20 @@ TEST(ExpressionsTest, ConditionsSetsAndChains) {
   EXPECT_EQ(names.ErrorText(), "") << "words of some places are names in all others";
 }
 
+TEST(ExpressionsTest, FunctionsMeanTheSameWhereverTheyAreUsed) {
+  Check({
+      {"let sq(a) = a * a; b = sq(a + c) + sq(2);",                                             "b = (((a + c) * (a + c)) + 4); "                    },
+      {"let far(x, y) = abs(x - y) >= n && x < 9; far(a, b);",                                  "abs((a - b)) >= 3; a < 9; "                         },
+      {"let far(x, y) = abs(x - y) >= n; if p then far(a, b);",                                 "(p -> (abs((a - b)) >== 3)); "                      },
+      {"let f(i) = i + a, g(j, a) = f(j) * a + sum(i in I) u[i]; for i in 1..1 : b = g(i, c);",
+       "b = (((1 + a) * c) + (u[0] + u[1])); "                                                                                                       },
+      {"let last(l) = l[size(l)]; a = last(m[0, ..]) + last([1, 7]);",                          "a = (m[0,3] + 7); "                                 },
+      {"let S = intersection(union(1..3, {7, 9}), 3..8); a = size(S) + max(S);",                "a = 9; "                                            },
+      {"symmetric(u);",                                                                         "(u[0] <== u[1]); (u[1] <== u[2]); (u[2] <== u[3]); "},
+      {"symmetric(C[1, ..], [a, b]);",                                                          "((4 << a) || ((4 == a) && (7 <== b))); "            },
+  });
+}
+
 TEST(ExpressionsTest, ConstantsFold) {
   Check({
       {"a = b + 2*3 - 1; a = 2 + 3 + b;",                       "a = ((b + 6) - 1); a = (5 + b); "    },

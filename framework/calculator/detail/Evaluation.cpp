@@ -40,6 +40,10 @@ Span Interpreter::SpanOf(NodeRange range) const {
 // --- Expressions ------------------------------------------------------------------------------
 
 Value Interpreter::Evaluate(NodeRange range, const Value* target) {
+  const Scope depth(mDepth);
+  if (mDepth > 2 * mLimits.nesting)
+    Fail(RootOf(range).span, "functions within functions are deeper than the limit of " +
+                                 std::to_string(2 * mLimits.nesting) + " levels");
   for (std::uint32_t i = range.first; i <= range.last; ++i) {
     const Node& node = mSyntax->nodes[i];
     Value value;
@@ -136,6 +140,15 @@ Value Interpreter::EvaluateName(const Node& node) {
 /// A registered operator by its name; `real(x)` is the operator "(real)".
 Value Interpreter::EvaluateCall(const Node& node, const Value* operands, const Value* target) {
   const std::string name = mNames.GetName(node.data);
+  if (SymbolOf(node.data).kind == Symbol::Kind::kFunction) {
+    Value result;
+    Call(node, {operands, operands + node.count},
+         [&](NodeRange body) { result = Evaluate(body, target); });
+    result.span = node.span;
+    return result;
+  }
+  if (IsFreeCall(node, "size") || IsFreeCall(node, "union") || IsFreeCall(node, "intersection"))
+    return EvaluateSetFunction(name, operands, node);
   std::uint32_t registered = node.data;
   if (!mRegistry.HasOperator(name)) {
     const std::string conversion = "(" + name + ")";

@@ -111,7 +111,7 @@ void Interpreter::Run(const Source& source, const Syntax& syntax) {
   mSource = &source;
   mSyntax = &syntax;
   mStack.clear();
-  mConstantOnly = mTruthsOnly = 0;
+  mConstantOnly = mTruthsOnly = mDepth = 0;
   mGuard.reset();
   for (const Statement& statement : syntax.statements) Execute(statement);
 }
@@ -120,6 +120,8 @@ void Interpreter::Execute(const Statement& statement) {
   switch (statement.kind) {
     case Statement::Kind::kLet:
       return ExecuteLet(statement);
+    case Statement::Kind::kFunction:
+      return ExecuteFunction(statement);
     case Statement::Kind::kDeclaration:
       return ExecuteDeclaration(statement);
     case Statement::Kind::kExpression:
@@ -400,6 +402,13 @@ void Interpreter::AssertOne(NodeRange range, std::vector<NodeRange>& pending) {
     pending.push_back(LeftOperandOf(range));
   } else if (IsAssertingComparison(range)) {
     AssertComparison({root.data, root.op, root.span}, LeftOperandOf(range), RightOperandOf(range));
+  } else if (root.kind == Node::Kind::kCall &&
+             SymbolOf(root.data).kind == Symbol::Kind::kFunction) {
+    std::vector<Value> operands;
+    for (const NodeRange operand : OperandsOf(range)) operands.push_back(Evaluate(operand));
+    Call(root, std::move(operands), [this](NodeRange body) { Assert(body); });
+  } else if (IsFreeCall(root, "symmetric")) {
+    AssertSymmetric(range);
   } else if (root.kind == Node::Kind::kBinary && root.op == Op::kIn) {
     AssertMember(range);
   } else if (root.kind == Node::Kind::kChain && IsAsserting(mSyntax->chains[root.data][0].op)) {

@@ -2,6 +2,7 @@
 #define ZULTAV_CALCULATOR_DETAIL_INTERPRETER_H
 
 #include <array>
+#include <deque>
 #include <functional>
 #include <map>
 #include <optional>
@@ -41,9 +42,9 @@ class Interpreter {
 
  private:
   struct Symbol {
-    enum class Kind : std::uint8_t { kUnknown, kVariable, kConstant, kIndex, kBroken };
+    enum class Kind : std::uint8_t { kUnknown, kVariable, kConstant, kFunction, kIndex, kBroken };
     Kind kind = Kind::kUnknown;
-    std::uint32_t data = 0;  // of a variable, a constant
+    std::uint32_t data = 0;  // of a variable, a constant, a function
     std::int64_t value = 0;  // of an index
     std::uint32_t line = 0;  // where it was introduced
   };
@@ -51,6 +52,13 @@ class Interpreter {
     Value value;
     bool used = false;
     bool named = false;  // by a `let`
+  };
+  /// `let name(parameters) = body`, with the statement that it stands in.
+  struct Function {
+    Syntax syntax;
+    const Source* source;
+    std::vector<std::uint32_t> parameters;
+    NodeRange body;
   };
   struct Datum {
     Value value;
@@ -74,6 +82,13 @@ class Interpreter {
 
   void Execute(const Statement& statement);
   void ExecuteLet(const Statement& statement);
+  void ExecuteFunction(const Statement& statement);
+  void CheckNames(NodeRange body);
+  void Call(const Node& node, std::vector<Value> operands,
+            const std::function<void(NodeRange body)>& use);
+  Value EvaluateSetFunction(const std::string& name, const Value* operands, const Node& node);
+  void AssertSymmetric(NodeRange range);
+  bool IsFreeCall(const Node& node, std::string_view name) const;
   using Dimensions = std::span<const ZULTavModel::Dimension>;
   Value ValueOfConstant(Dimensions dimensions, const Statement& statement);
   Value TakeDatum(const Value& value);
@@ -166,7 +181,8 @@ class Interpreter {
   std::vector<Symbol> mSymbols;  // by name
   std::vector<Value> mConstants;
   std::map<std::uint32_t, Definition> mDefinitions;  // by name
-  std::map<std::uint32_t, Datum> mData;              // by name
+  std::deque<Function> mFunctions;
+  std::map<std::uint32_t, Datum> mData;  // by name
   const Source* mDataSource = nullptr;
   std::array<std::uint32_t, kOperatorSigns.size()> mSignNames = {};
   std::uint32_t mIntegerConversion = 0;  // a name
@@ -174,6 +190,7 @@ class Interpreter {
   std::uint32_t mLine = 0;
   unsigned int mConstantOnly = 0;  // what is evaluated must be known while the model is read
   unsigned int mTruthsOnly = 0;    // nothing is stated: all comparisons have truth values
+  unsigned int mDepth = 0;         // of expressions that are being evaluated
   std::size_t mIterations = 0;
   std::optional<Value> mGuard;  // what is stated now holds where this is true
 };

@@ -126,6 +126,7 @@ bool Parser::Next(Syntax& syntax) {
   mNesting = 0;
   mBraces = 0;
   mSets = 0;
+  mLocals.reset();
   mDeclared.clear();
   while (Accept(TokenKind::kSemicolon)) continue;
   if (Is(TokenKind::kEnd)) return false;
@@ -194,6 +195,12 @@ void Parser::ParseLet(std::vector<Statement>& statements) {
     Advance();
     Statement statement;
     statement.kind = Statement::Kind::kLet;
+    Lexer ahead = mLexer;
+    if (Is(TokenKind::kName) && ahead.Next().kind == TokenKind::kOpen) {
+      ParseFunction(statement);
+      statements.push_back(std::move(statement));
+      continue;
+    }
     statement.declarators.push_back(ParseDeclarator("the name of a constant"));
     statement.span = statement.declarators[0].span;
     const bool isTyped = Accept(TokenKind::kColon);
@@ -208,6 +215,43 @@ void Parser::ParseLet(std::vector<Statement>& statements) {
     statements.push_back(std::move(statement));
   } while (Is(TokenKind::kComma));
   Expect(TokenKind::kSemicolon, "';' or ',' after the value of the constant");
+}
+
+/// name(parameters) = expression
+void Parser::ParseFunction(Statement& statement) {
+  statement.kind = Statement::Kind::kFunction;
+  statement.span = mToken.span;
+  statement.declarators.emplace_back();
+  statement.declarators[0].name = mNames.Intern(TextOf(mToken.span));
+  mDeclared.push_back(statement.declarators[0].name);
+  Advance();
+  Advance();
+  mLocals.emplace();
+  do {
+    const Span name = Expect(TokenKind::kName, "the name of a parameter").span;
+    if (mLocals->contains(TextOf(name)))
+      Fail(name, Quote(TextOf(name)) + " is a parameter already");
+    statement.parameters.push_back(AddName(name));
+  } while (Accept(TokenKind::kComma));
+  Expect(TokenKind::kClose, "',' or ')' after the parameter");
+  if (!Is(TokenKind::kOperator) || mToken.op != Op::kEqual)
+    FailExpected("'=' and what the function is");
+  Advance();
+  statement.expression = ParseExpression(kImplication);
+  mLocals.reset();
+}
+
+/// A name that begins to mean something: within a function, there alone.
+std::uint32_t Parser::AddName(Span name) {
+  if (!mLocals) return mNames.Intern(TextOf(name));
+  return (*mLocals)[TextOf(name)] = mNames.AddLocal(TextOf(name));
+}
+
+std::uint32_t Parser::FindName(Span name) const {
+  if (mLocals)
+    if (const auto local = mLocals->find(TextOf(name)); local != mLocals->end())
+      return local->second;
+  return mNames.Intern(TextOf(name));
 }
 
 /// names : type [= value];
@@ -334,7 +378,7 @@ Generator Parser::ParseGenerator() {
   Generator result;
   const Token name = Expect(TokenKind::kName, "the name of an index");
   result.span = name.span;
-  result.name = mNames.Intern(TextOf(name.span));
+  result.name = AddName(name.span);
   Expect(TokenKind::kIn, "'in' and a range after the name of the index");
   result.set = ParseExpression(kInterval);
   return result;
@@ -674,7 +718,7 @@ NodeRange Parser::ParseName() {
   node.kind = Node::Kind::kName;
   node.start = NextNode();
   node.span = mToken.span;
-  node.data = mNames.Intern(TextOf(mToken.span));
+  node.data = FindName(mToken.span);
   Advance();
   if (Accept(TokenKind::kOpenBracket)) {
     node.kind = Node::Kind::kElement;

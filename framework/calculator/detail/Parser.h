@@ -2,6 +2,8 @@
 #define ZULTAV_CALCULATOR_DETAIL_PARSER_H
 
 #include <functional>
+#include <map>
+#include <optional>
 
 #include "framework/calculator/detail/Lexer.h"
 #include "framework/calculator/detail/Syntax.h"
@@ -45,6 +47,9 @@ class Parser {
 
   void ParseStatement(std::vector<Statement>& statements, bool inLoop);
   void ParseLet(std::vector<Statement>& statements);
+  void ParseFunction(Statement& statement);
+  std::uint32_t AddName(Span name);
+  std::uint32_t FindName(Span name) const;
   void ParseDeclaration(Statement& statement);
   Declarator ParseDeclarator(std::string_view what);
   void ParseFor(Statement& statement);
@@ -86,6 +91,7 @@ class Parser {
   Token mToken;
   Span mPrevious;
   std::vector<std::uint32_t> mDeclared;
+  std::optional<std::map<std::string_view, std::uint32_t>> mLocals;  // of a function
   std::uint32_t mStatement;  // where the present statement begins
   Syntax* mSyntax = nullptr;
   std::size_t mNesting = 0;

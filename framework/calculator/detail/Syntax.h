@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "framework/calculator/detail/Constant.h"
@@ -22,12 +23,21 @@ class NameTable {
     mNumbers.emplace(mNames.back(), number);
     return number;
   }
+  /// A number of its own for a name that stands for something else within a function.
+  std::uint32_t AddLocal(std::string_view name) {
+    mNames.emplace_back(name);
+    const auto number = static_cast<std::uint32_t>(mNames.size() - 1);
+    mLocals.insert(number);
+    return number;
+  }
+  bool IsLocal(std::uint32_t number) const { return mLocals.contains(number); }
   const std::string& GetName(std::uint32_t number) const { return mNames[number]; }
   std::size_t GetSize() const { return mNames.size(); }
 
  private:
   std::deque<std::string> mNames;
   std::unordered_map<std::string_view, std::uint32_t> mNumbers;
+  std::unordered_set<std::uint32_t> mLocals;
 };
 
 /// What `sum`, `min`, `forall`, … do with their terms.
@@ -108,11 +118,12 @@ struct Declarator {
 };
 
 struct Statement {
-  enum class Kind : std::uint8_t { kLet, kDeclaration, kFor, kIf, kAssert, kExpression };
+  enum class Kind : std::uint8_t { kLet, kFunction, kDeclaration, kFor, kIf, kAssert, kExpression };
   Kind kind = Kind::kExpression;
   Span span;
   NodeRange expression;  // of kExpression; the value of kLet; the condition of kIf and kAssert
-  std::vector<Declarator> declarators;  // of kDeclaration; of kLet one
+  std::vector<Declarator> declarators;    // of kDeclaration; of kLet and kFunction one
+  std::vector<std::uint32_t> parameters;  // of kFunction
   Span type;
   bool hasValue = false;
   Span value;                         // of kAssert the message
