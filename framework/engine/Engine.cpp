@@ -7,6 +7,7 @@
 #include "framework/engine/detail/AllDifferent.h"
 #include "framework/engine/detail/Clauses.h"
 #include "framework/engine/detail/Filters.h"
+#include "framework/engine/detail/Relations.h"
 #include "framework/engine/detail/Rules.h"
 #include "framework/engine/reals/StatementRunner.h"
 #include "framework/solver/SingleValue.h"
@@ -53,7 +54,8 @@ Engine::Engine(const Program& program, ZULTaVoNetwork* network)
   mHoleWords = 2 * slots;
   mRuleWords = mHoleWords + program.GetNumberOfHoleWords();
   mToldWords = mRuleWords + rules;
-  mWords.resize(mToldWords + (isTold ? 2 * slots : 0));
+  const std::size_t stateWords = mToldWords + (isTold ? 2 * slots : 0);
+  mWords.resize(stateWords + (program.HasRelations() ? Relations::CountStateWords(program) : 0));
   mStamps.resize(mWords.size());
   for (Slot x = 0; x < slots; ++x) {
     const IntegerRange words = program.GetInitialIntegers(x);
@@ -77,7 +79,8 @@ Engine::Engine(const Program& program, ZULTaVoNetwork* network)
   }
   if (hasClauses) mClauses = std::make_unique<Clauses>(program);
   if (hasAllDifferent) mAllDifferent = std::make_unique<AllDifferent>(program);
-  if (!program.IsComplete() && network != nullptr) mFilters = std::make_unique<Filters>(program);
+  if (program.HasRelations()) mRelations = std::make_unique<Relations>(*this, stateWords);
+  if (program.HasFilters() && network != nullptr) mFilters = std::make_unique<Filters>(program);
   if (program.GetReals() != nullptr)
     mStatements = std::make_unique<StatementRunner>(*program.GetReals());
   ScheduleAll();
@@ -421,6 +424,8 @@ inline Engine::Status Engine::Run(const Rule& rule, RuleState& state) {
       return answer(RunPrimality(*this, rule));
     case Code::kStatement:
       return answer(mStatements->Run(*this, rule.data));
+    case Code::kRelation:
+      return answer(mRelations->Run(*this, mRunning));
     case Code::kFilter:
       break;
   }
@@ -461,7 +466,8 @@ std::size_t Engine::GetMemoryUsed() const {
          mRules.capacity() * sizeof(RuleState) +
          (mClauses != nullptr ? mClauses->GetMemoryUsed() : 0) +
          (mAllDifferent != nullptr ? mAllDifferent->GetMemoryUsed() : 0) +
-         (mFilters != nullptr ? mFilters->GetMemoryUsed() : 0);
+         (mFilters != nullptr ? mFilters->GetMemoryUsed() : 0) +
+         (mRelations != nullptr ? mRelations->GetMemoryUsed() : 0);
 }
 
 }  // namespace zultav::engine

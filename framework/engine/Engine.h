@@ -19,6 +19,7 @@ namespace zultav::engine {
 class AllDifferent;
 class Clauses;
 class Filters;
+class Relations;
 class StatementRunner;
 
 /// The state of a search over a program: what every slot may still be, and propagation.
@@ -156,6 +157,7 @@ class ZULTAV_ENGINE_API Engine {
   const ZULTaVoAny& GetObject(Slot x) const;
 
  private:
+  friend class Relations;  // which shows the words to propagators
   struct Saved {
     std::uint32_t word;
     std::uint32_t stamp;  // of the word before
@@ -228,6 +230,7 @@ class ZULTAV_ENGINE_API Engine {
   std::unique_ptr<Clauses> mClauses;  // null where there are none
   std::unique_ptr<AllDifferent> mAllDifferent;
   std::unique_ptr<Filters> mFilters;
+  std::unique_ptr<Relations> mRelations;
   std::unique_ptr<StatementRunner> mStatements;
   double mFraction = 0.01;
   std::uint64_t mRunLimit = 0;

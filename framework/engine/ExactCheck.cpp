@@ -230,6 +230,13 @@ class ExactCheck::Evaluation {
   }
   Verdict Check(const Group& group) const {
     if (group.code == Code::kFilter) return Verdict::kHolds;  // by its own word
+    if (group.code == Code::kRelation)  // by its own word, of integers of 64 bits
+      return std::all_of(group.slots.begin(), group.slots.end(),
+                         [this](Slot x) {
+                           return mProgram.GetSlot(x).kind != Kind::kInteger || AreKnown({x});
+                         })
+                 ? Verdict::kHolds
+                 : Verdict::kUnknown;
     if (!AreKnown(group.slots)) return Verdict::kUnknown;
     if (group.code == Code::kCount)
       return *mValues[group.slots[0]] == CountTruths(std::span(group.slots).subspan(1))

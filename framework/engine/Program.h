@@ -83,6 +83,8 @@ enum class Code : std::uint8_t {
   kPrimality,     ///< (p, x): p is whether x is a prime
   kStatement,     ///< an equation or condition over reals; data: its number in the system of reals;
                   ///< arguments: the slots whose change calls for it
+  kRelation,      ///< the propagator of a module's relation; numbers: its number in the network, the
+                  ///< words of its state, and of each argument when it is called (Call)
   kFilter         ///< the filter of a constraint; data: its number in the network
 };
 
@@ -101,7 +103,7 @@ inline constexpr int kCosts = kCostOfFilter + 1;
 
 /// A constraint over any number of slots that is no formula and no comparison.
 struct Group {
-  Code code;                 ///< kAllDifferent, kCount, kPrimality or kFilter
+  Code code;                 ///< kAllDifferent, kCount, kPrimality, kRelation or kFilter
   std::uint32_t constraint;  ///< its number in the network
   std::vector<Slot> slots;   ///< as of the rule of this code
 };
@@ -167,8 +169,10 @@ class ZULTAV_ENGINE_API Program {
   const std::vector<Group>& GetGroups() const { return mGroups; }
   /// Whether there is no solution, as contradicting constants show.
   bool IsInfeasible() const { return mInfeasible; }
-  /// Whether rules other than kFilter and kPrimality say all that the constraints say.
-  bool IsComplete() const { return mFilters == 0; }
+  /// Whether rules other than kFilter and kPrimality say all that the constraints say of reals.
+  bool IsComplete() const { return mFilters == 0 && !mHasRealRelations; }
+  bool HasFilters() const { return mFilters != 0; }
+  bool HasRelations() const { return mHasRelations; }
 
   const std::vector<Rule>& GetRules() const { return mRules; }
   std::span<const Slot> GetArguments(const Rule& rule) const {
@@ -206,7 +210,7 @@ class ZULTAV_ENGINE_API Program {
   std::vector<Watch> mWatches;
   std::vector<std::uint32_t> mFirstWatch, mFirstPatientWatch;
   std::size_t mHoleWords = 0, mFilters = 0;
-  bool mInfeasible = false;
+  bool mInfeasible = false, mHasRelations = false, mHasRealRelations = false;
 };
 
 }  // namespace zultav::engine

@@ -5,6 +5,7 @@
 
 #include "framework/engine/Engine.h"
 #include "framework/engine/detail/NetworkReader.h"
+#include "framework/engine/detail/Relations.h"
 #include "framework/engine/detail/SearchedSlots.h"
 #include "framework/engine/detail/Simplifier.h"
 #include "framework/solver/ZULTaVoNetwork.h"
@@ -169,6 +170,9 @@ void Compiler::EmitGroup(const Group& group) {
     case Code::kPrimality:
       mBuilder.AddPrimality(group.slots[0], group.slots[1]);
       break;
+    case Code::kRelation:
+      mBuilder.AddRelation(group.constraint, group.slots);
+      break;
     case Code::kFilter:
       mBuilder.AddFilter(group.constraint, group.slots);
       break;
@@ -203,9 +207,15 @@ void Compiler::FindSearched() {
 /// Integers of which single values are taken.
 std::vector<Slot> Compiler::FindHoled() const {
   std::vector<bool> isHoled(mProgram.mSlots.size(), false);
-  for (const Rule& rule : mProgram.mRules)
+  for (const Rule& rule : mProgram.mRules) {
+    const std::span<const Slot> slots = mProgram.GetArguments(rule);
     if (rule.code == Code::kUnequal || rule.code == Code::kAllDifferent)
-      for (const Slot x : mProgram.GetArguments(rule)) isHoled[x] = true;
+      for (const Slot x : slots) isHoled[x] = true;
+    for (std::size_t i = 0; rule.code == Code::kRelation && i < slots.size(); ++i)
+      if (Relations::WantsValues(mProgram.GetNumbers(rule)[i + 2]) &&
+          mProgram.mSlots[slots[i]].kind == Kind::kInteger)
+        isHoled[slots[i]] = true;
+  }
   std::vector<Slot> holed;
   for (Slot x = 0; x < isHoled.size(); ++x)
     if (isHoled[x]) holed.push_back(x);

@@ -220,7 +220,10 @@ class NetworkReader {
       isKnown = isKnown && KindOf(mArguments.back()) != Kind::kOpaque;
     }
     if (isKnown && ReadRule(mNetwork.GetRule(index), index)) return;
-    mDraft.groups.push_back({Code::kFilter, index, mArguments});
+    const bool isRelation = mNetwork.GetConstraint(index).GetDescriptor()->GetKind() ==
+                            ZULTaVoObjectDescriptor::Kind::kRelation;
+    const Code code = isKnown && isRelation ? Code::kRelation : Code::kFilter;
+    mDraft.groups.push_back({code, index, mArguments});
   }
 
   Kind KindOf(Slot slot) const { return mDraft.slots[slot].kind; }

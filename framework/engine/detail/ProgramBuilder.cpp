@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <utility>
 
+#include "framework/engine/detail/Relations.h"
 #include "framework/engine/reals/RealSystem.h"
+#include "framework/solver/ZULTaVoNetwork.h"
+#include "framework/solver/ZULTaVoRelation.h"
 
 namespace zultav::engine {
 
@@ -131,6 +134,19 @@ void ProgramBuilder::AddStatement(std::uint32_t statement, std::span<const Slot>
   rule.isIdempotent = true;  // nearly: another run right away hardly ever narrows much
 }
 
+void ProgramBuilder::AddRelation(std::uint32_t constraint, std::span<const Slot> x) {
+  const auto propagator = Relations::MakePropagator(mProgram.mNetwork, constraint);
+  std::vector<std::int64_t> numbers = {propagator->GetStateSize()};
+  for (std::uint32_t i = 0; i < x.size(); ++i) numbers.push_back(Relations::CallOf(*propagator, i));
+  const std::uint32_t data = AddNumbers(constraint, numbers);
+  Rule& rule = AddRule(Code::kRelation, Relations::CostOf(*propagator), x);
+  rule.data = data;
+  rule.isIdempotent = !HasDuplicates(x);
+  mProgram.mHasRelations = true;
+  for (const Slot slot : x)
+    if (mProgram.mSlots[slot].kind == Kind::kReal) mProgram.mHasRealRelations = true;
+}
+
 void ProgramBuilder::AddFilter(std::uint32_t constraint, std::span<const Slot> x) {
   AddRule(Code::kFilter, kCostOfFilter, x).data = constraint;
   ++mProgram.mFilters;
@@ -200,6 +216,8 @@ unsigned int ProgramBuilder::GetEvents(const Rule& rule, std::size_t argument) c
       return rule.data == 0 && keepsValues ? kFixed : kBoundMoved;
     case Code::kClause:
       return 0;  // the engine moves its watches from literal to literal
+    case Code::kRelation:
+      return Relations::EventsOf(mProgram.GetNumbers(rule)[argument + 2], keepsValues);
     case Code::kFilter:
       return kAnyChange;
     default:

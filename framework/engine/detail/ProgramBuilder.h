@@ -44,6 +44,8 @@ class ZULTAV_ENGINE_API ProgramBuilder {
   /// Makes the system of reals, with a rule for each statement, of the program's formulas and
   /// comparisons; they and the declared slots are complete.
   void AddReals();
+  /// The propagator of a relation of the network.
+  void AddRelation(std::uint32_t constraint, std::span<const Slot> x);
   /// The filter of a constraint of the network.
   void AddFilter(std::uint32_t constraint, std::span<const Slot> x);
 
