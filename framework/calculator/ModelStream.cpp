@@ -6,6 +6,7 @@
 #include "framework/base/ZULopstream.h"
 #include "framework/calculator/ZULTavModel.h"
 #include "framework/solver/ZULTaVoModule.h"
+#include "framework/solver/ZULTaVoRelation.h"
 
 // A model in an object stream: the names of the types used, the objects, the names of the
 // constraints used, the constraints, the variables. Names are written once and then numbered;
@@ -164,6 +165,13 @@ void ReadConstraints(ZULipstream& in, const std::vector<const ZULTaVoConstraintD
     for (; size > 0 && in.Good(); --size) arguments.push_back(ReadItem(in, objects));
     const auto arity = static_cast<unsigned int>(arguments.size());
     if (!in.Good()) return;
+    if (type->GetKind() == ZULTaVoObjectDescriptor::Kind::kRelation) {
+      ZULTaVoRelation relation(static_cast<const ZULTaVoRelationDescriptor*>(type));
+      if (!in.ReadObject(relation)) return;
+      if (network.AddRelation(relation, arguments.data(), arity) == 0)
+        return in.Fail("a relation does not take its arguments");
+      continue;
+    }
     if (!CanMean(*type, static_cast<ZULTaVoRule>(rule)) ||
         network.AddConstraint(type, arguments.data(), arity) == 0)
       return in.Fail("a constraint does not take its arguments");
@@ -223,6 +231,9 @@ void ZULTavModel::Write(ZULopstream& out) const {
     const auto arguments = mNetwork.GetArguments(i);
     out.WriteUnsigned(arguments.size());
     std::for_each(arguments.begin(), arguments.end(), writeNumber);
+    const ZULTaVoConstraint& constraint = mNetwork.GetConstraint(i);
+    if (constraint.GetDescriptor()->GetKind() == ZULTaVoObjectDescriptor::Kind::kRelation)
+      out.WriteObject(constraint);
   }
   out.WriteUnsigned(mVariables.size());
   for (const Variable& variable : mVariables) {
@@ -244,7 +255,8 @@ std::unique_ptr<ZULTavModel> ZULTavModel::Read(ZULipstream& in,
   const auto constraints = ReadDescriptors<ZULTaVoConstraintDescriptor>(
       in, modules, "a constraint is not known",
       [](const ZULTaVoModule& module, const std::string& name) {
-        return module.FindConstraint(name);
+        const ZULTaVoConstraintDescriptor* constraint = module.FindConstraint(name);
+        return constraint != nullptr ? constraint : module.FindRelation(name);
       });
   ReadConstraints(in, constraints, objects, model->mNetwork);
   std::uint64_t count = 0;

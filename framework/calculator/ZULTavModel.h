@@ -44,21 +44,29 @@ class ZULTAV_CALCULATOR_API ZULTavModel {
   static constexpr std::uint32_t kNone = 0xffffffffu;
 
   /// A node of the expressions that the model states: an operator over operands, the number of
-  /// truth values of a list that are true, or a leaf (a variable or a constant). Nodes lie in one
-  /// vector, operands before the nodes that use them; equal subexpressions are one node.
+  /// truth values of a list that are true, what a relation says of a list, or a leaf (a variable or
+  /// a constant). Nodes lie in one vector, operands before the nodes that use them; equal
+  /// subexpressions are one node.
   struct Expression {
-    const ZULTaVoOperatorDescriptor* op = nullptr;  ///< null for a leaf and for a count
+    const ZULTaVoOperatorDescriptor* op = nullptr;  ///< null for a leaf, a count and a relation
     /// The value in the network. Several nodes may have the same object: the node `e` of a
     /// statement `x = e` has the object of x where the types allow it, and a node that is asserted
     /// equal to a constant has an object that holds just this constant.
     ZULTaVoAny* object = nullptr;
     /// Indices into Expressions(). Of a variable: its index in Variables() and in its `values`. Of
-    /// a count: kNone and the place of its list.
+    /// a count and of a relation: kNone and the place of its list.
     std::uint32_t operands[2] = {kNone, kNone};
+    /// Of the result or the truth of a relation: its constraint in the network.
+    std::uint32_t relation = kNone;
 
     bool IsVariable() const { return op == nullptr && operands[0] != kNone; }
-    bool IsCount() const { return op == nullptr && !IsVariable() && operands[1] != kNone; }
-    bool IsConstant() const { return op == nullptr && !IsVariable() && !IsCount(); }
+    bool IsRelation() const { return relation != kNone; }
+    bool IsCount() const {
+      return op == nullptr && !IsVariable() && !IsRelation() && operands[1] != kNone;
+    }
+    bool IsConstant() const {
+      return op == nullptr && !IsVariable() && !IsRelation() && !IsCount();
+    }
   };
 
   /// What the model states, `for`, `forall` and conjunctions taken apart.
@@ -70,8 +78,9 @@ class ZULTAV_CALCULATOR_API ZULTavModel {
       kLessOrEqual,
       kGreater,
       kGreaterOrEqual,
-      kTrue,         ///< the boolean expression `left` is true; there is no `right`
-      kAllDifferent  ///< those of the list at `left` are pairwise different; there is no `right`
+      kTrue,          ///< the boolean expression `left` is true; there is no `right`
+      kAllDifferent,  ///< those of the list at `left` are pairwise different; there is no `right`
+      kRelation       ///< the constraint `right` of the network, over those of the list at `left`
     };
     Kind kind = Kind::kTrue;
     std::uint32_t left = kNone;   ///< index into Expressions()

@@ -150,6 +150,7 @@ Value Interpreter::EvaluateCall(const Node& node, const Value* operands, const V
   if (IsFreeCall(node, "size") || IsFreeCall(node, "union") || IsFreeCall(node, "intersection"))
     return EvaluateSetFunction(name, operands, node);
   std::uint32_t registered = node.data;
+  if (IsRelationCall(node)) return EvaluateRelation(node, operands, target);
   if (!mRegistry.HasOperator(name)) {
     const std::string conversion = "(" + name + ")";
     if (!mRegistry.HasOperator(conversion)) {

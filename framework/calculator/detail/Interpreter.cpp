@@ -21,6 +21,7 @@ Interpreter::Interpreter(ModelBuilder& builder, Registry& registry, NameTable& n
   for (const OperatorSign& sign : kOperatorSigns)
     mSignNames[static_cast<std::size_t>(sign.op)] = names.Intern(sign.text);
   mIntegerConversion = names.Intern("(int)");
+  mRealConversion = names.Intern("(real)");
 }
 
 // --- Names ------------------------------------------------------------------------------------
@@ -435,6 +436,8 @@ void Interpreter::AssertOne(NodeRange range, std::vector<NodeRange>& pending) {
       SpreadInto(terms, Evaluate(operand));
       for (const Value& term : terms) AssertValue(term, operand);
     }
+  } else if (IsRelationCall(root)) {
+    AssertRelation(range);
   } else {
     AssertTruth(range);
   }

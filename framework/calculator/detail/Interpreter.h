@@ -143,6 +143,19 @@ class Interpreter {
   Value ItemOf(const Value& list, std::size_t item) const;
   std::string Describe(const Value& value) const;
   Value EvaluateCall(const Node& node, const Value* operands, const Value* target);
+  /// A relation and what a call of it gives.
+  struct RelationCall {
+    const ZULTaVoRelationDescriptor* relation = nullptr;
+    std::vector<Argument> arguments;
+    bool isReal = false;
+  };
+  RelationCall ResolveRelation(const Node& node, const Value* operands);
+  Argument ArgumentOf(const Value& operand, const ZULTaVoRelationDescriptor::Parameter& parameter);
+  Value Adapt(const Value& value, ZULTaVoRelationDescriptor::Element element, bool isReal);
+  bool IsReal(const Value& value) const;
+  bool IsRelationCall(const Node& node) const;
+  Value EvaluateRelation(const Node& node, const Value* operands, const Value* target);
+  void AssertRelation(NodeRange range);
   Value EvaluateComprehension(const Comprehension& comprehension, Span span, const Value* target);
   std::vector<Value> CollectTerms(const Comprehension& comprehension);
   void AddTerm(std::vector<Value>& terms, const Value& value);
@@ -185,7 +198,7 @@ class Interpreter {
   std::map<std::uint32_t, Datum> mData;  // by name
   const Source* mDataSource = nullptr;
   std::array<std::uint32_t, kOperatorSigns.size()> mSignNames = {};
-  std::uint32_t mIntegerConversion = 0;  // a name
+  std::uint32_t mIntegerConversion = 0, mRealConversion = 0;  // names
   std::vector<Value> mStack;
   std::uint32_t mLine = 0;
   unsigned int mConstantOnly = 0;  // what is evaluated must be known while the model is read

@@ -13,6 +13,7 @@
 #include "framework/calculator/detail/IntegerSet.h"
 #include "framework/calculator/detail/Registry.h"
 #include "framework/calculator/detail/Syntax.h"
+#include "framework/solver/ZULTaVoRelationDescriptor.h"
 
 namespace zultav::detail {
 
@@ -83,6 +84,13 @@ inline Value Value::OfList(struct List list, Span span) {
   return value;
 }
 inline const List& Value::List() const { return *static_cast<const struct List*>(content.get()); }
+
+/// What a call gives to a parameter of a relation.
+struct Argument {
+  std::vector<Value> values;  // row by row
+  std::uint32_t rows = 1;
+  std::int64_t firstIndex = 1;
+};
 
 /// An operator as it stands in the source.
 struct Operation {
@@ -155,6 +163,14 @@ class ModelBuilder {
               const Value* target);
   /// As Apply, and computes the result, so that what follows knows it. Fails where there is none.
   Value ApplyToConstants(const Operation& operation, const Value* operands, unsigned int count);
+  /// What a relation says of its arguments, whose types fit: its result or, where it has none, its
+  /// truth; `target` as in Apply.
+  Value Call(const ZULTaVoRelationDescriptor& relation, const std::vector<Argument>& arguments,
+             bool isReal, Span span, const Value* target);
+  /// Records and adds that the relation holds.
+  void StateRelation(const ZULTaVoRelationDescriptor& relation,
+                     const std::vector<Argument>& arguments, bool isReal, Span span,
+                     std::uint32_t line);
   /// How many of the terms, all of them truth values, are true; `target` as in Apply.
   Value Count(const std::vector<Value>& terms, Span span, const Value* target);
   /// Fails where the type cannot hold the number.
@@ -214,6 +230,10 @@ class ModelBuilder {
                 const std::vector<ZULTaVoObject*>& arguments, Span span);
   Type CommonIntegerType(const std::vector<Value>& terms) const;
   std::uint32_t AppendList(const std::vector<std::uint32_t>& expressions);
+  Type LiteralTypeOf(ZULTaVoRelationDescriptor::Element element, bool isReal) const;
+  std::uint32_t Connect(const ZULTaVoRelationDescriptor& relation,
+                        const std::vector<Argument>& arguments, bool isReal, Span span,
+                        ZULTaVoAny* truth, const Value* target, ZULTaVoAny*& result);
   Value RelateResolved(const Operation& operation, const Application& application, bool record);
   std::uint32_t Append(const ZULTavModel::Expression& expression);
   std::uint32_t HashOf(const Application& application) const;

@@ -73,6 +73,28 @@ bool Registry::HasOperator(std::string_view name) const {
   });
 }
 
+bool Registry::HasRelation(std::string_view name) const {
+  return std::any_of(mModules.begin(), mModules.end(), [name](const ZULTaVoModule* module) {
+    return !module->FindRelations(name).empty();
+  });
+}
+
+const ZULTaVoRelationDescriptor* Registry::FindRelation(std::string_view name,
+                                                        std::size_t count) const {
+  for (const ZULTaVoModule* module : mModules)
+    for (const ZULTaVoRelationDescriptor* relation : module->FindRelations(name))
+      if (relation->GetDefinition().parameters.size() == count) return relation;
+  return nullptr;
+}
+
+std::vector<std::string> Registry::DescribeRelations(std::string_view name) const {
+  std::vector<std::string> result;
+  for (const ZULTaVoModule* module : mModules)
+    for (const ZULTaVoRelationDescriptor* relation : module->FindRelations(name))
+      result.push_back("candidate: " + std::string(relation->GetName()));
+  return result;
+}
+
 bool Registry::HasOperator(std::string_view name, unsigned int operands) const {
   return std::any_of(mModules.begin(), mModules.end(), [&](const ZULTaVoModule* module) {
     const auto& found = module->FindOperators(name);
@@ -132,9 +154,12 @@ std::vector<std::string> Registry::GetTypeNames() const {
 std::vector<std::string> Registry::GetFunctionNames() const {
   std::vector<std::string> result;
   ForEachDescriptor(mModules, [&result](const ZULTaVoObjectDescriptor& descriptor) {
-    if (descriptor.GetKind() == ZULTaVoObjectDescriptor::Kind::kOperator &&
-        IsWord(descriptor.GetName()))
+    using Kind = ZULTaVoObjectDescriptor::Kind;
+    if (descriptor.GetKind() == Kind::kOperator && IsWord(descriptor.GetName()))
       result.emplace_back(descriptor.GetName());
+    if (descriptor.GetKind() == Kind::kRelation)
+      result.emplace_back(
+          static_cast<const ZULTaVoRelationDescriptor&>(descriptor).GetRelationName());
   });
   return result;
 }

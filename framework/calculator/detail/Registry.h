@@ -37,6 +37,11 @@ class Registry {
   Operator FindOperator(std::uint32_t name, std::string_view text, const Type* operands,
                         unsigned int count);
   bool HasOperator(std::string_view name) const;
+  bool HasRelation(std::string_view name) const;
+  /// The relation of that name and number of parameters; null when there is none.
+  const ZULTaVoRelationDescriptor* FindRelation(std::string_view name, std::size_t count) const;
+  /// The signatures of a name.
+  std::vector<std::string> DescribeRelations(std::string_view name) const;
   bool HasOperator(std::string_view name, unsigned int operands) const;
   /// The signatures of a name, those nearest to the operand types first.
   std::vector<std::string> DescribeOperators(std::string_view name, const Type* operands,
