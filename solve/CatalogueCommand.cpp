@@ -33,6 +33,18 @@ void PrintText(const ZULTaVoOperatorDescriptor& op) {
   std::cout << '\n';
 }
 
+Json JsonOf(const ZULTaVoRelationDescriptor& relation) {
+  return {
+      {"name",      relation.GetRelationName()      },
+      {"signature", relation.GetName()              },
+      {"meaning",   relation.GetDefinition().meaning}
+  };
+}
+
+void PrintText(const ZULTaVoRelationDescriptor& relation) {
+  std::cout << relation.GetName() << "\n    " << relation.GetDefinition().meaning << '\n';
+}
+
 Json JsonOf(const ZULTaVoObjectDescriptor& type) {
   return {
       {"name", type.GetName()        },
@@ -73,12 +85,16 @@ int RunCatalogueCommand(const Options& options) {
     std::cerr << "zultav: " << reason << '\n';
     return options.moduleGiven ? kUsage : kInternal;
   }
-  if (options.command == Command::kOperators) {
-    List<ZULTaVoOperatorDescriptor>(modules, ZULTaVoObjectDescriptor::Kind::kOperator, "operators",
-                                    options.format);
-  } else {
-    List<ZULTaVoObjectDescriptor>(modules, ZULTaVoObjectDescriptor::Kind::kType, "types",
-                                  options.format);
+  using Kind = ZULTaVoObjectDescriptor::Kind;
+  switch (options.command) {
+    case Command::kOperators:
+      List<ZULTaVoOperatorDescriptor>(modules, Kind::kOperator, "operators", options.format);
+      break;
+    case Command::kRelations:
+      List<ZULTaVoRelationDescriptor>(modules, Kind::kRelation, "relations", options.format);
+      break;
+    default:
+      List<ZULTaVoObjectDescriptor>(modules, Kind::kType, "types", options.format);
   }
   return kAnswered;
 }

@@ -3,7 +3,8 @@
 
 #include "solve/Options.h"
 
-/// `zultav operators` and `zultav types`: what the module registered, in that order.
+/// `zultav operators`, `zultav relations` and `zultav types`: what the module registered, in that
+/// order.
 int RunCatalogueCommand(const Options& options);
 
 #endif

@@ -69,6 +69,10 @@ constexpr char kOperatorsFooter[] = R"(Examples
   zultav operators | grep '^sqrt '
   zultav operators --format json)";
 
+constexpr char kRelationsFooter[] = R"(Examples
+  zultav relations                    what models may call, and what it means
+  zultav relations --format json)";
+
 constexpr char kTypesFooter[] = R"(Examples
   zultav types
   zultav types --format json)";
@@ -173,6 +177,8 @@ class Reader {
         AddCommand(Command::kCheck, "check", "Read a model and say what it holds", kCheckFooter)));
     AddFormat(AddCommand(Command::kOperators, "operators",
                          "List the operators that the modules registered", kOperatorsFooter));
+    AddFormat(AddCommand(Command::kRelations, "relations",
+                         "List the relations that the modules registered", kRelationsFooter));
     AddFormat(AddCommand(Command::kTypes, "types",
                          "List the value types that the modules registered", kTypesFooter));
   }

@@ -19,7 +19,7 @@ enum ExitStatus : int {
   kInternal = 5
 };
 
-enum class Command { kSolve, kResume, kShow, kCheck, kOperators, kTypes };
+enum class Command { kSolve, kResume, kShow, kCheck, kOperators, kRelations, kTypes };
 /// Text as models have it, or with values as their module prints them, or JSON.
 enum class Format { kText, kModule, kJson };
 /// How text output prints reals: to the precision, or so that they read back.

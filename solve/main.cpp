@@ -20,6 +20,7 @@ int Execute(const Options& options) {
     case Command::kCheck:
       return RunCheckCommand(options);
     case Command::kOperators:
+    case Command::kRelations:
     case Command::kTypes:
       return RunCatalogueCommand(options);
   }
