@@ -1,44 +1,53 @@
 #include "relations/Relations.h"
+#include "relations/detail/Order.h"
 
 namespace zultav::relations {
 
 namespace {
 
-/// x1 <= x2 <= … or, with a gap of 1, x1 < x2 < …: domain consistent, by bounds alone.
+/// Integers of which none is less than the one before it; strictly: each is greater. Domain
+/// consistent.
 class Increasing final : public ZULTaVoPropagator {
  public:
-  Increasing(std::uint32_t first, std::uint32_t count, std::int64_t gap)
-      : mFirst(first), mCount(count), mGap(gap) {}
-
+  Increasing(std::uint32_t count, bool strictly) : mCount(count), mStrictly(strictly) {}
   Wake GetWake(std::uint32_t) const override { return Wake::kOnBounds; }
-  Outcome Propagate(ZULTaVoDomains& x) override {
-    bool isDecided = true;
-    for (std::uint32_t i = mFirst + 1; i < mFirst + mCount; ++i) {
-      const std::int64_t lower = x.GetLower(i - 1);
-      if (lower == ZULTaVoDomains::kNoLower) continue;
-      if (lower > ZULTaVoDomains::kNoUpper - mGap || !x.SetLower(i, lower + mGap))
-        return Outcome::kFailed;
-    }
-    for (std::uint32_t i = mFirst + mCount; i-- > mFirst + 1;) {
-      const std::int64_t upper = x.GetUpper(i);
-      if (upper != ZULTaVoDomains::kNoUpper &&
-          (upper < ZULTaVoDomains::kNoLower + mGap || !x.SetUpper(i - 1, upper - mGap)))
-        return Outcome::kFailed;
-      const std::int64_t before = x.GetUpper(i - 1);
-      isDecided =
-          isDecided && before <= ZULTaVoDomains::kNoUpper - mGap && before + mGap <= x.GetLower(i);
-    }
-    return isDecided ? Outcome::kEntailed : Outcome::kFixpoint;
-  }
+  Outcome Propagate(ZULTaVoDomains& domains) override;
 
  private:
-  std::uint32_t mFirst, mCount;
-  std::int64_t mGap;
+  bool IsTwice(const ZULTaVoDomains& domains, std::uint32_t i) const;
+
+  std::uint32_t mCount;
+  bool mStrictly;
 };
 
-template <std::int64_t Gap>
+ZULTaVoPropagator::Outcome Increasing::Propagate(ZULTaVoDomains& domains) {
+  // Lower bounds are final after the way up, upper ones after the way down.
+  for (std::uint32_t i = 1; i < mCount; ++i)
+    if (!NarrowToOrder(domains, i - 1, i, mStrictly)) return Outcome::kFailed;
+  for (std::uint32_t i = mCount; i-- > 1;)
+    if (!NarrowToOrder(domains, i - 1, i, mStrictly)) return Outcome::kFailed;
+  bool isInOrder = true;
+  for (std::uint32_t i = 1; i < mCount; ++i) {
+    if (mStrictly && IsTwice(domains, i)) return Outcome::kFailed;
+    isInOrder = isInOrder && IsInOrder(domains, i - 1, i, mStrictly);
+  }
+  return isInOrder ? Outcome::kEntailed : Outcome::kFixpoint;
+}
+
+/// Bounds that are not in order after all stand in two places of the list, and would go on for
+/// ever.
+bool Increasing::IsTwice(const ZULTaVoDomains& domains, std::uint32_t i) const {
+  const auto isAbove = [](std::int64_t first, std::int64_t second) {
+    return first >= second && first != ZULTaVoDomains::kNoUpper &&
+           second != ZULTaVoDomains::kNoLower;
+  };
+  return isAbove(domains.GetLower(i - 1), domains.GetLower(i)) ||
+         isAbove(domains.GetUpper(i - 1), domains.GetUpper(i));
+}
+
+template <bool Strictly>
 std::unique_ptr<ZULTaVoPropagator> Make(Arguments arguments) {
-  return std::make_unique<Increasing>(arguments[0].first, arguments[0].columns, Gap);
+  return std::make_unique<Increasing>(arguments[0].columns, Strictly);
 }
 
 }  // namespace
@@ -47,14 +56,14 @@ Definition DescribeIncreasing() {
   return {.name = "increasing",
           .meaning = "no value is less than the one before it",
           .parameters = {{.name = "list", .size = "n"}},
-          .make = &Make<0>};
+          .make = &Make<false>};
 }
 
 Definition DescribeStrictlyIncreasing() {
   return {.name = "strictly_increasing",
           .meaning = "each value is greater than the one before it",
           .parameters = {{.name = "list", .size = "n"}},
-          .make = &Make<1>};
+          .make = &Make<true>};
 }
 
 }  // namespace zultav::relations

@@ -8,7 +8,14 @@ class ZULTaVoModule;
 /// X(Name): every relation of the module. Each has a file of its own, which defines
 /// `Definition Describe<Name>()`.
 #define ZULTAV_RELATIONS(X) \
+  X(AllDifferentValues)     \
+  X(Cumulative)             \
+  X(Diffn)                  \
+  X(Disjunctive)            \
+  X(DisjunctiveOptional)    \
   X(Increasing)             \
+  X(LexLess)                \
+  X(LexLesseq)              \
   X(Piecewise)              \
   X(StrictlyIncreasing)
 
