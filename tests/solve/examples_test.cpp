@@ -79,7 +79,16 @@ INSTANTIATE_TEST_SUITE_P(
                     1,
                     {{"anna", true}, {"ben", true}, {"carl", false}, {"dora", true}}},
         ExampleCase{"scheduling", "", 3, {{"start", {2, 5, 7, 0, 5}}, {"makespan", 11}}},
-        ExampleCase{"scheduling", "-D deadline=10", 0, {}},
+        ExampleCase{"scheduling", "-D deadline=10", 0, {}}, ExampleCase{"ft06", "", 0, {}},
+        ExampleCase{
+            "bridge", "", 2, {{"start", {5, 0, 0, 12, 3, 8, 17, 9, 15, 23, 20, 26, 32, 31}}}},
+        ExampleCase{"bridge", "-D days=33", 0, {}},
+        ExampleCase{"langford", "", 150, {{"first", {4, 2, 12, 8, 9, 7, 3, 1}}}},
+        ExampleCase{"langford", "-D n=3", 1, {{"first", {2, 3, 1}}}},
+        ExampleCase{"langford", "-D n=6", 0, {}},
+        ExampleCase{
+            "social_golfers", "", 6, {{"player", {1, 2, 3, 5, 4, 6, 1, 3, 2, 6, 4, 5, 1, 4, 2,
+                                                  3, 5, 6, 1, 5, 2, 4, 3, 6, 1, 6, 2, 5, 3, 4}}}},
         ExampleCase{"sums_of_cubes", "", 1, {{"a", 1332}, {"b", 1525}, {"c", 1408}, {"d", 1461}}},
         ExampleCase{"sudoku",
                     "--data " ZULTAV_TEST_EXAMPLES "/sudoku.json",
@@ -155,6 +164,31 @@ TEST(ExamplesTest, OptionsDoNotChangeWhatIsFound) {
       EXPECT_EQ(found.size(), static_cast<std::size_t>(count));
       EXPECT_EQ(document["solutions"].size(), found.size());
     }
+}
+
+TEST(ExamplesTest, AScheduleOfFt06UsesEachMachineForOneJobAtATime) {
+  constexpr int kHours[6][6] = {
+      {3, 10, 9, 5, 3, 10},
+      {6, 8,  1, 5, 3, 3 },
+      {1, 5,  5, 5, 9, 1 },
+      {7, 4,  4, 3, 1, 3 },
+      {6, 10, 7, 8, 5, 4 },
+      {3, 10, 8, 9, 4, 9 }
+  };
+  const Result result = Zultav("solve " + Example("ft06") + " -D deadline=55 --format json");
+  const json document = result.Json();
+  ASSERT_EQ(document["solutions"].size(), 1u);
+  const json& values = document["solutions"][0]["values"];
+  for (std::size_t machine = 0; machine < 6; ++machine) {
+    const json& start = values["m" + std::to_string(machine + 1)];
+    std::set<int> busy;
+    int hours = 0;
+    for (std::size_t job = 0; job < 6; ++job)
+      for (int hour = 0; hour < kHours[machine][job]; ++hour, ++hours)
+        busy.insert(start[job].get<int>() + hour);
+    EXPECT_EQ(busy.size(), static_cast<std::size_t>(hours));
+    EXPECT_LT(*busy.rbegin(), 55);
+  }
 }
 
 TEST(ExamplesTest, AMisspeltModelIsRefusedWithAdvice) {
