@@ -18,15 +18,25 @@
 
 namespace bench {
 
-/// The module of numbers, opened once for the whole program.
-inline ZULTaVoModule& OpenNumbers() {
+inline ZULTaVoModule* Open(const char* name) {
   static ZULTaVoModuleManager manager;
-  static ZULTaVoModule* module = manager.OpenModule("ZULTavNumbers");
+  ZULTaVoModule* module = manager.OpenModule(name);
   if (module == nullptr) {
     std::cerr << manager.GetReason() << '\n';
     std::exit(1);
   }
+  return module;
+}
+/// The module of numbers, opened once for the whole program.
+inline ZULTaVoModule& OpenNumbers() {
+  static ZULTaVoModule* module = Open("ZULTavNumbers");
   return *module;
+}
+/// It and the module of relations.
+inline const std::vector<const ZULTaVoModule*>& OpenModules() {
+  static const std::vector<const ZULTaVoModule*> modules = {&OpenNumbers(),
+                                                            Open("ZULTavRelations")};
+  return modules;
 }
 
 using Definitions = std::map<std::string, std::string>;
@@ -37,7 +47,7 @@ inline std::unique_ptr<ZULTavModel> Read(const std::string& text,
   ZULTavCalculator::Options options;
   options.definitions = definitions;
   std::vector<ZULTavDiagnostic> errors;
-  auto model = ZULTavCalculator({&OpenNumbers()}).Read(text, "bench", options, errors);
+  auto model = ZULTavCalculator(OpenModules()).Read(text, "bench", options, errors);
   for (const ZULTavDiagnostic& error : errors) error.Print(std::cerr);
   if (model == nullptr) std::exit(1);
   return model;
