@@ -1,8 +1,8 @@
 // Models over integers beside Gecode: the same variables, constraints and branching (the first
 // undecided variable, lower half first), all solutions. Gecode's linear equations and alldifferent
-// are bounds consistent as ours are, and its other relations of the consistency of ours. Rows that
-// no fixed order solves in time ask for the first solution, by the variable of the most failures
-// for its values.
+// are bounds consistent as ours are, and its other relations of the consistency of ours. Hard
+// rows ask for the first solution, by the variable of the most failures for its values, ours with
+// restarts as the command line has them.
 //
 //   gecode_bench [--limit SECONDS] [NAME …]     rows whose name contains one of the words
 
@@ -138,9 +138,8 @@ void PostLatinSquares(Peer& peer) {
 void PostLangford(Peer& peer, bool byValues) {
   constexpr int n = 8;
   const auto& x = peer.Make(2 * n, 1, 2 * n);
-  const auto level = byValues ? IPL_DOM : IPL_BND;
-  for (int k = 1; k <= n; ++k) Gecode::rel(peer, x[k - 1] + k + 1 == x[n + k - 1], level);
-  Gecode::distinct(peer, x, level);
+  for (int k = 1; k <= n; ++k) peer.State(x[k - 1] + k + 1 == x[n + k - 1]);
+  Gecode::distinct(peer, x, byValues ? IPL_DOM : IPL_BND);
 }
 
 void PostCostas(Peer& peer) {
@@ -300,6 +299,7 @@ Run Solve(const std::string& text, const Row& row, bool first) {
   ZULTavSearch::Options options;
   options.choice = row.isHard ? Choice::kAdaptive : Choice::kFirst;
   options.limits.solutions = row.isHard ? 1 : ZULTavSearch::kUnlimited;
+  options.restartAfter = row.isHard ? 250 : 0;
   if (first) options.limits.seconds = limit;
   std::vector<ZULTaVoAny*> values = bench::ValuesOf(*model);
   Run run;

@@ -252,7 +252,7 @@ TEST(ExamplesTest, ThePagesShowWhatTheProgramPrints) {
   fs::create_directories(folder);
   fs::create_directory_symlink(root / "examples", folder / "examples");
   std::size_t commands = 0;
-  for (const char* page : {"README.md", "docs/usage.md", "docs/language.md"}) {
+  for (const char* page : {"README.md", "docs/usage.md", "docs/language.md", "docs/relations.md"}) {
     std::ifstream in(root / page);
     std::string line, block;
     for (bool inBlock = false; std::getline(in, line);) {
