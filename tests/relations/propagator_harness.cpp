@@ -298,7 +298,7 @@ class Explorer {
   /// but where an argument stands in two places.
   Outcome Propagate() {
     // Bounds that have none on their other side may go on for ever, as of x >= x + 1.
-    for (int run = 0; run < 1000; ++run) {
+    for (int run = 0; run < 100; ++run) {
       const Values before = mDomains->Save();
       const Outcome outcome = mPropagator->Propagate(*mDomains);
       if (outcome == Outcome::kFailed || outcome == Outcome::kEntailed) return outcome;

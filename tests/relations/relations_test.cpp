@@ -137,8 +137,8 @@ Instance DrawCumulative(Draw& draw) {
 Instance DrawDiffn(Draw& draw) {
   const std::int64_t left = draw.Base(), bottom = draw.Base();
   const std::size_t size = draw.Size(1, 3);
-  return Instance{DrawList(draw, size, left, left + 4, Strength::kSound) +
-                      DrawList(draw, size, bottom, bottom + 4, Strength::kSound) +
+  return Instance{DrawList(draw, size, left, left + 3, Strength::kSound) +
+                      DrawList(draw, size, bottom, bottom + 3, Strength::kSound) +
                       DrawAmounts(draw, 2 * size),
                   [=](Row x) {
                     const Row width = x.subspan(2 * size), height = x.subspan(3 * size);
