@@ -8,6 +8,7 @@
 #include <set>
 
 #include "tests/relations/propagator_harness.h"
+#include "tests/search/search_world.h"
 
 namespace zultav::relations {
 namespace {
@@ -171,6 +172,61 @@ TEST_P(RelationTest, AgreesWithAllCombinations) { CheckRelation(GetParam()); }
 
 INSTANTIATE_TEST_SUITE_P(Relations, RelationTest, testing::ValuesIn(kRelations),
                          [](const auto& row) { return row.param.name; });
+
+// --- In models --------------------------------------------------------------------------------
+
+struct CallCase {
+  const char* text;
+  bool (*holds)(Row x);
+};
+const CallCase kCalls[] = {
+    {"alldifferent_values(x)",                             [](Row x) { return std::set(x.begin(), x.end()).size() == 4; }},
+    {"increasing(x)",                                      [](Row x) { return std::ranges::is_sorted(x); }               },
+    {"lex_less(x[1..2], [x[3], x[4]])",
+     [](Row x) { return std::ranges::lexicographical_compare(x.first(2), x.last(2)); }                                   },
+    {"lex_lesseq(x[1..2], x[3..4])",
+     [](Row x) { return !std::ranges::lexicographical_compare(x.last(2), x.first(2)); }                                  },
+    {"disjunctive(x[1..2], [2, x[3]], [x[4] >> 1, true])",
+     [](Row x) { return x[3] <= 1 || x[2] == 0 || AreApart(x[0], 2, x[1], x[2]); }                                       },
+    {"cumulative(x[1..3], [2, 1, 1], [1, 1, x[4]], 2)",
+     [](Row x) {
+       const auto during = [](std::int64_t time, std::int64_t start) { return time == start; };
+       for (std::int64_t time = 0; time < 5; ++time)
+         if (during(time, x[0]) + during(time, x[0] + 1) + during(time, x[1]) +
+                 during(time, x[2]) * x[3] >
+             2)
+           return false;
+       return true;
+     }                                                                                                                   },
+    {"diffn(x[1..2], x[3..4], [2, 1], [1, 2])",
+     [](Row x) { return AreApart(x[0], 2, x[1], 1) || AreApart(x[2], 1, x[3], 2); }                                      },
+};
+
+/// Stated, denied, and as a truth that something else decides, beside the first module's operators.
+TEST(RelationsTest, AreTruthsInModels) {
+  for (const CallCase& call : kCalls) {
+    Solutions expected;
+    for (int i = 0; i < 512; ++i) {
+      const Values x = {i >> 7, i >> 5 & 3, i >> 3 & 3, i >> 1 & 3};
+      const bool p = (i & 1) != 0;
+      if (call.holds(x) == p && x[0] * x[1] <= x[2] + x[3] && (!p || x[3] >= 1))
+        expected.push_back({double(x[0]), double(x[1]), double(x[2]), double(x[3]), double(p)});
+    }
+    const std::string rest = "x[1] * x[2] <= x[3] + x[4]; p -> (x[4] >== 1);";
+    const std::string variables = "x[1..4] : int = [0, 3]; p : bool; ";
+    for (std::uint64_t seed = 0; seed < 12; ++seed)
+      EXPECT_EQ(WrongSolutions(variables + "p == " + call.text + "; " + rest, seed, expected), "")
+          << call.text;
+    for (const bool p : {false, true}) {
+      Solutions part;
+      std::ranges::copy_if(expected, std::back_inserter(part),
+                           [&](const auto& values) { return (values[4] != 0) == p; });
+      const std::string stated =
+          p ? "p; " + std::string(call.text) : "~p; ~" + std::string(call.text);
+      EXPECT_EQ(WrongSolutions(variables + stated + "; " + rest, 1, part), "") << stated;
+    }
+  }
+}
 
 }  // namespace
 }  // namespace zultav::relations
