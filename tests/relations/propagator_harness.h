@@ -87,7 +87,7 @@ inline std::ostream& operator<<(std::ostream& out, const RelationCase& row) {
 /// are left: none is lost, what is fixed is decided, what is entailed holds, a fixpoint is one and
 /// is as strong as promised, and after levels were taken back it is all the same. Some instances
 /// have variables without bounds or sets of values, or the same argument twice.
-void CheckRelation(const RelationCase& row, int instances = 40000);
+void CheckRelation(const RelationCase& row, int instances = 30000);
 
 }  // namespace zultav::relations
 

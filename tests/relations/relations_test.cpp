@@ -65,6 +65,267 @@ Instance DrawAllDifferentValues(Draw& draw) {
       Call(DescribeAllDifferentValues).Values(size)};
 }
 
+// --- Lists and tables ---------------------------------------------------------------------------
+
+Values DrawValues(Draw& draw, std::size_t size, std::int64_t least, std::int64_t greatest) {
+  Values values(size);
+  for (std::int64_t& value : values) value = draw.Between(least, greatest);
+  return values;
+}
+
+std::int64_t DrawFirst(Draw& draw) { return draw.Between(0, 1); }
+
+Instance DrawElement(Draw& draw) {
+  const std::int64_t base = draw.Base(), first = DrawFirst(draw);
+  const Values list = DrawValues(draw, draw.Size(1, 8), base, base + 7);
+  const auto size = static_cast<std::int64_t>(list.size());
+  std::vector<Variable> variables = DrawList(draw, 2, base, base + 7, Strength::kDomain);
+  variables[1].values = draw.Set(-1, size + 1, 9);
+  return Instance{variables,
+                  [=](Row x) {
+                    const std::int64_t i = x[1] - first;
+                    return i >= 0 && i < size && list[static_cast<std::size_t>(i)] == x[0];
+                  },
+                  Call(DescribeElement).Values(1).Values(1).Known(list, 1, first)};
+}
+
+Instance DrawElementOfIntegers(Draw& draw) {
+  const std::int64_t base = draw.Base(), first = DrawFirst(draw);
+  const auto size = draw.Between(1, 3);
+  std::vector<Variable> variables =
+      DrawList(draw, static_cast<std::size_t>(size) + 2, base, base + 6, Strength::kBounds);
+  variables[1] = {draw.Set(-1, size + 1, 9), Strength::kDomain};
+  return Instance{
+      variables,
+      [=](Row x) {
+        const std::int64_t i = x[1] - first;
+        return i >= 0 && i < size && x[static_cast<std::size_t>(i + 2)] == x[0];
+      },
+      Call(DescribeElement).Values(1).Values(1).Values(static_cast<std::size_t>(size), first)};
+}
+
+Instance DrawElementOfReals(Draw& draw) {
+  const auto size = draw.Between(1, 3);
+  std::vector<Variable> variables =
+      DrawList(draw, static_cast<std::size_t>(size) + 2, 0, 5, Strength::kSound);
+  for (Variable& x : variables) x.isReal = true;
+  variables[1] = {draw.Set(1, size, 9)};
+  return Instance{variables, [=](Row x) { return x[static_cast<std::size_t>(x[1] + 1)] == x[0]; },
+                  Call(DescribeElement)
+                      .Values(1, 1, true)
+                      .Values(1)
+                      .Values(static_cast<std::size_t>(size), 1, true)};
+}
+
+Instance DrawElementOfRealConstants(Draw& draw) {
+  const Values list = DrawValues(draw, draw.Size(1, 6), 0, 9);
+  std::vector<double> pairs;
+  for (const std::int64_t value : list) pairs.insert(pairs.end(), 2, static_cast<double>(value));
+  std::vector<Variable> variables = DrawList(draw, 2, 0, 9, Strength::kDomain);
+  variables[0] = {
+      {0, 1, 2, 3, 4, 5, 6, 7, 8, 9},
+      Strength::kBounds, true
+  };
+  variables[1].values = draw.Set(1, static_cast<std::int64_t>(list.size()), 9);
+  return Instance{variables,
+                  [=](Row x) { return list[static_cast<std::size_t>(x[1] - 1)] == x[0]; },
+                  Call(DescribeElement).Values(1, 1, true).Values(1).KnownReals(pairs)};
+}
+
+Instance DrawAmong(Draw& draw) {
+  const std::int64_t base = draw.Base();
+  const std::size_t size = draw.Size(1, 4);
+  const Values values = draw.Set(base, base + 7, 5);
+  std::vector<Variable> variables = DrawList(draw, size + 1, base, base + 7, Strength::kDomain);
+  variables[0] = {draw.Set(-1, static_cast<std::int64_t>(size), 3), Strength::kBounds};
+  return Instance{variables,
+                  [=](Row x) {
+                    return x[0] == std::ranges::count_if(x.subspan(1), [&](std::int64_t value) {
+                             return std::ranges::binary_search(values, value);
+                           });
+                  },
+                  Call(DescribeAmong).Values(1).Values(size).Known(values)};
+}
+
+Instance DrawCount(Draw& draw) {
+  const std::int64_t base = draw.Base();
+  const std::size_t size = draw.Size(1, 4);
+  const bool isKnown = draw.Chance(40);
+  std::vector<Variable> variables =
+      DrawList(draw, size + 2, base, base + 5, isKnown ? Strength::kDomain : Strength::kSound);
+  variables.front() = {draw.Set(-1, static_cast<std::int64_t>(size), 3), Strength::kBounds};
+  variables.back() = {isKnown ? Values{base + 1} : draw.Set(base, base + 5, 3), Strength::kDomain};
+  return Instance{variables,
+                  [=](Row x) { return x[0] == std::ranges::count(x.subspan(1, size), x.back()); },
+                  Call(DescribeCount).Values(1).Values(size).Values(1)};
+}
+
+Instance DrawNumberOfValues(Draw& draw) {
+  const std::int64_t base = draw.Base();
+  const std::size_t size = draw.Size(1, 4);
+  std::vector<Variable> variables = DrawList(draw, size + 1, base, base + 5, Strength::kSound);
+  variables[0] = {draw.Set(0, static_cast<std::int64_t>(size), 3)};
+  return Instance{variables,
+                  [](Row x) {
+                    return x[0] == static_cast<std::int64_t>(
+                                       std::set<std::int64_t>(x.begin() + 1, x.end()).size());
+                  },
+                  Call(DescribeNumberOfValues).Values(1).Values(size)};
+}
+
+Instance DrawInverse(Draw& draw) {
+  const std::size_t size = draw.Size(1, 4);
+  const std::int64_t firstOfX = DrawFirst(draw), firstOfY = DrawFirst(draw);
+  const auto last = static_cast<std::int64_t>(size);
+  return Instance{
+      DrawList(draw, 2 * size, 0, last, Strength::kSound),
+      [=](Row x) {
+        for (std::size_t i = 0; i < size; ++i) {
+          const std::int64_t y = x[i] - firstOfY;
+          if (y < 0 || y >= last ||
+              x[size + static_cast<std::size_t>(y)] != firstOfX + static_cast<std::int64_t>(i))
+            return false;
+        }
+        return true;
+      },
+      Call(DescribeInverse).Values(size, firstOfX).Values(size, firstOfY)};
+}
+
+template <bool isPartial>
+Instance DrawCircuit(Draw& draw) {
+  const std::size_t size = draw.Size(1, 5);
+  const std::int64_t first = DrawFirst(draw);
+  return Instance{DrawList(draw, size, 0, static_cast<std::int64_t>(size), Strength::kSound),
+                  [=](Row x) {
+                    std::size_t start = 0, length = 0;
+                    std::vector<bool> isTaken(size);
+                    for (std::size_t i = 0; i < size; ++i) {
+                      const auto next = static_cast<std::size_t>(x[i] - first);
+                      if (next >= size || isTaken[next]) return false;
+                      isTaken[next] = true;
+                      if (next != i || !isPartial) {
+                        start = i;
+                        ++length;
+                      }
+                    }
+                    for (std::size_t i = start; length > 0; --length) {
+                      i = static_cast<std::size_t>(x[i] - first);
+                      if (i == start) return length == 1;
+                    }
+                    return true;
+                  },
+                  Call(isPartial ? DescribeSubcircuit : DescribeCircuit).Values(size, first)};
+}
+
+Instance DrawRegular(Draw& draw) {
+  const std::size_t size = draw.Size(1, 4), states = draw.Chance(20) ? 70 : draw.Size(1, 4);
+  const std::size_t values = draw.Size(1, 3);
+  Values transitions = DrawValues(draw, states * values, 0, static_cast<std::int64_t>(states));
+  const std::int64_t start = draw.Between(1, static_cast<std::int64_t>(states));
+  const Values accepting = draw.Set(1, static_cast<std::int64_t>(states), states / 2 + 1);
+  return Instance{DrawList(draw, size, 0, 4, Strength::kDomain),
+                  [=](Row x) {
+                    std::int64_t state = start;
+                    for (const std::int64_t value : x) {
+                      if (value < 1 || value > static_cast<std::int64_t>(values)) return false;
+                      state = transitions[static_cast<std::size_t>(state - 1) * values +
+                                          static_cast<std::size_t>(value - 1)];
+                      if (state == 0) return false;
+                    }
+                    return std::ranges::binary_search(accepting, state);
+                  },
+                  Call(DescribeRegular)
+                      .Values(size)
+                      .Known(transitions, states)
+                      .Known({start})
+                      .Known(accepting)};
+}
+
+Instance DrawPrecedence(Draw& draw) {
+  const std::int64_t base = draw.Base();
+  const std::size_t size = draw.Size(1, 5);
+  return Instance{DrawList(draw, size, base, base + 3, Strength::kDomain),
+                  [=](Row x) {
+                    const auto first = std::ranges::find(x, base + 3);
+                    return std::find(x.begin(), first, base + 1) == first;
+                  },
+                  Call(DescribePrecedence).Known({base + 3}).Known({base + 1}).Values(size)};
+}
+
+Instance DrawIndexOfExtreme(Draw& draw, bool isReal, bool isLeast) {
+  const std::int64_t base = isReal ? 0 : draw.Base(), first = DrawFirst(draw);
+  const std::size_t size = draw.Size(1, 4);
+  std::vector<Variable> variables =
+      DrawList(draw, size + 1, base, base + 6, isReal ? Strength::kSound : Strength::kBounds);
+  for (Variable& x : variables) x.isReal = isReal;
+  variables[0] = {draw.Set(0, static_cast<std::int64_t>(size), 5),
+                  isReal ? Strength::kSound : Strength::kDomain};
+  return Instance{variables,
+                  [=](Row x) {
+                    const Row list = x.subspan(1);
+                    const auto found =
+                        isLeast ? std::ranges::min_element(list) : std::ranges::max_element(list);
+                    return x[0] - first == found - list.begin();
+                  },
+                  Call(isLeast ? DescribeIndexOfMinimum : DescribeIndexOfMaximum)
+                      .Values(1)
+                      .Values(size, first, isReal)};
+}
+
+template <bool isReal>
+Instance DrawIndexOfMinimum(Draw& draw) {
+  return DrawIndexOfExtreme(draw, isReal, true);
+}
+template <bool isReal>
+Instance DrawIndexOfMaximum(Draw& draw) {
+  return DrawIndexOfExtreme(draw, isReal, false);
+}
+
+template <bool isNegative>
+Instance DrawTable(Draw& draw) {
+  const std::int64_t base = draw.Base();
+  const std::size_t columns = draw.Size(1, 4), rows = draw.Chance(10) ? 150 : draw.Size(1, 12);
+  const bool hasStars = draw.Chance(40);
+  Values numbers = DrawValues(draw, rows * columns, base, base + 3);
+  for (std::int64_t& number : numbers)
+    if (hasStars && draw.Chance(20)) number = ZULTaVoRelationArgument::kAnything;
+  return Instance{
+      DrawList(draw, columns, base, base + 4,
+               isNegative && hasStars ? Strength::kSound : Strength::kDomain),
+      [=](Row x) {
+        bool isListed = false;
+        for (std::size_t row = 0; row < rows; ++row) {
+          bool isSame = true;
+          for (std::size_t i = 0; i < columns; ++i) {
+            const std::int64_t number = numbers[row * columns + i];
+            isSame = isSame && (number == ZULTaVoRelationArgument::kAnything || number == x[i]);
+          }
+          isListed = isListed || isSame;
+        }
+        return isListed != isNegative;
+      },
+      Call(isNegative ? DescribeNoneOfTable : DescribeTable).Values(columns).Known(numbers, rows)};
+}
+
+Instance DrawRealTable(Draw& draw) {
+  const std::size_t rows = draw.Size(1, 6);
+  const Values numbers = DrawValues(draw, rows * 2, 0, 5);
+  std::vector<double> pairs;
+  for (const std::int64_t number : numbers)
+    pairs.insert(pairs.end(), 2, static_cast<double>(number));
+  std::vector<Variable> list(2, {
+                                    {0, 1, 2, 3, 4, 5},
+                                    Strength::kBounds, true
+  });
+  return Instance{list,
+                  [=](Row x) {
+                    for (std::size_t row = 0; row < rows; ++row)
+                      if (std::ranges::equal(x, Row(numbers).subspan(2 * row, 2))) return true;
+                    return false;
+                  },
+                  Call(DescribeTable).Values(2, 1, true).KnownReals(pairs, rows)};
+}
+
 // --- Tasks --------------------------------------------------------------------------------------
 
 /// Whether a task is over at a time not before its start, exactly.
@@ -155,15 +416,34 @@ Instance DrawDiffn(Draw& draw) {
 }
 
 const RelationCase kRelations[] = {
-    {"alldifferent_values",  DrawAllDifferentValues  },
-    {"cumulative",           DrawCumulative          },
-    {"diffn",                DrawDiffn               },
-    {"disjunctive",          DrawDisjunctive<false>  },
-    {"disjunctive_optional", DrawDisjunctive<true>   },
-    {"increasing",           DrawIncreasing<false>   },
-    {"lex_less",             DrawLexicographic<true> },
-    {"lex_lesseq",           DrawLexicographic<false>},
-    {"strictly_increasing",  DrawIncreasing<true>    },
+    {"table",                     DrawTable<false>          },
+    {"not_table",                 DrawTable<true>           },
+    {"table_of_reals",            DrawRealTable             },
+    {"element",                   DrawElement               },
+    {"element_of_integers",       DrawElementOfIntegers     },
+    {"element_of_reals",          DrawElementOfReals        },
+    {"element_of_real_constants", DrawElementOfRealConstants},
+    {"among",                     DrawAmong                 },
+    {"count",                     DrawCount                 },
+    {"number_of_values",          DrawNumberOfValues        },
+    {"inverse",                   DrawInverse               },
+    {"circuit",                   DrawCircuit<false>        },
+    {"subcircuit",                DrawCircuit<true>         },
+    {"regular",                   DrawRegular               },
+    {"precedence",                DrawPrecedence            },
+    {"index_of_minimum",          DrawIndexOfMinimum<false> },
+    {"index_of_maximum",          DrawIndexOfMaximum<false> },
+    {"index_of_minimum_of_reals", DrawIndexOfMinimum<true>  },
+    {"index_of_maximum_of_reals", DrawIndexOfMaximum<true>  },
+    {"alldifferent_values",       DrawAllDifferentValues    },
+    {"cumulative",                DrawCumulative            },
+    {"diffn",                     DrawDiffn                 },
+    {"disjunctive",               DrawDisjunctive<false>    },
+    {"disjunctive_optional",      DrawDisjunctive<true>     },
+    {"increasing",                DrawIncreasing<false>     },
+    {"lex_less",                  DrawLexicographic<true>   },
+    {"lex_lesseq",                DrawLexicographic<false>  },
+    {"strictly_increasing",       DrawIncreasing<true>      },
 };
 
 class RelationTest : public testing::TestWithParam<RelationCase> {};
@@ -179,27 +459,81 @@ struct CallCase {
   const char* text;
   bool (*holds)(Row x);
 };
+CallCase Means(const char* text, bool (*holds)(Row x)) { return {text, holds}; }
+
 const CallCase kCalls[] = {
-    {"alldifferent_values(x)",                             [](Row x) { return std::set(x.begin(), x.end()).size() == 4; }},
-    {"increasing(x)",                                      [](Row x) { return std::ranges::is_sorted(x); }               },
-    {"lex_less(x[1..2], [x[3], x[4]])",
-     [](Row x) { return std::ranges::lexicographical_compare(x.first(2), x.last(2)); }                                   },
-    {"lex_lesseq(x[1..2], x[3..4])",
-     [](Row x) { return !std::ranges::lexicographical_compare(x.last(2), x.first(2)); }                                  },
-    {"disjunctive(x[1..2], [2, x[3]], [x[4] >> 1, true])",
-     [](Row x) { return x[3] <= 1 || x[2] == 0 || AreApart(x[0], 2, x[1], x[2]); }                                       },
-    {"cumulative(x[1..3], [2, 1, 1], [1, 1, x[4]], 2)",
-     [](Row x) {
-       const auto during = [](std::int64_t time, std::int64_t start) { return time == start; };
-       for (std::int64_t time = 0; time < 5; ++time)
-         if (during(time, x[0]) + during(time, x[0] + 1) + during(time, x[1]) +
-                 during(time, x[2]) * x[3] >
-             2)
-           return false;
-       return true;
-     }                                                                                                                   },
-    {"diffn(x[1..2], x[3..4], [2, 1], [1, 2])",
-     [](Row x) { return AreApart(x[0], 2, x[1], 1) || AreApart(x[2], 1, x[3], 2); }                                      },
+    Means("alldifferent_values(x)", [](Row x) { return std::set(x.begin(), x.end()).size() == 4; }),
+    Means("increasing(x)", [](Row x) { return std::ranges::is_sorted(x); }),
+    Means("lex_less(x[1..2], [x[3], x[4]])",
+          [](Row x) { return std::ranges::lexicographical_compare(x.first(2), x.last(2)); }),
+    Means("lex_lesseq(x[1..2], x[3..4])",
+          [](Row x) { return !std::ranges::lexicographical_compare(x.last(2), x.first(2)); }),
+    Means("disjunctive(x[1..2], [2, x[3]], [x[4] >> 1, true])",
+          [](Row x) { return x[3] <= 1 || x[2] == 0 || AreApart(x[0], 2, x[1], x[2]); }),
+    Means("cumulative(x[1..3], [2, 1, 1], [1, 1, x[4]], 2)",
+          [](Row x) {
+            const auto during = [](std::int64_t time, std::int64_t start) { return time == start; };
+            for (std::int64_t time = 0; time < 5; ++time)
+              if (during(time, x[0]) + during(time, x[0] + 1) + during(time, x[1]) +
+                      during(time, x[2]) * x[3] >
+                  2)
+                return false;
+            return true;
+          }),
+    Means("table(x[1..3], [[0, *, 1], [3, 2, *], [1, 1, 3]])",
+          [](Row x) {
+            return (x[0] == 0 && x[2] == 1) || (x[0] == 3 && x[1] == 2) ||
+                   std::ranges::equal(x.first(3), Values{1, 1, 3});
+          }),
+    Means("not_table(x, [[0, *, 1, *], [3, 2, *, *]])",
+          [](Row x) { return !(x[0] == 0 && x[2] == 1) && !(x[0] == 3 && x[1] == 2); }),
+    Means("element(x[1] + 1, [2, 0, 1, 3]) == x[2]",
+          [](Row x) {
+            return x[1] == (x[0] == 0 ? 2 : x[0] == 3 ? 3 : x[0] - 1);
+          }),
+    Means("element(4 - x[4], x) == x[2]",
+          [](Row x) { return x[static_cast<std::size_t>(3 - x[3])] == x[1]; }),
+    Means("count(x, 1) >== 2", [](Row x) { return std::ranges::count(x, 1) >= 2; }),
+    Means("count([x[2], x[3], 0], x[1]) == x[4]",
+          [](Row x) { return (x[1] == x[0]) + (x[2] == x[0]) + (x[0] == 0) == x[3]; }),
+    Means("among(x[1..3], {0, 2..3}) == x[4]",
+          [](Row x) { return std::ranges::count(x.first(3), 1) == 3 - x[3]; }),
+    Means("nvalues(x) == 2", [](Row x) { return std::set(x.begin(), x.end()).size() == 2; }),
+    Means("inverse(x[1..2], x[3..4])",
+          [](Row x) {
+            return (x[0] == 1 && x[1] == 2 && x[2] == 1 && x[3] == 2) ||
+                   (x[0] == 2 && x[1] == 1 && x[2] == 2 && x[3] == 1);
+          }),
+    Means("circuit(x[1..3])",
+          [](Row x) {
+            return (x[0] == 2 && x[1] == 3 && x[2] == 1) || (x[0] == 3 && x[1] == 1 && x[2] == 2);
+          }),
+    Means("subcircuit([x[1], x[2], 3])",
+          [](Row x) { return (x[0] == 1 && x[1] == 2) || (x[0] == 2 && x[1] == 1); }),
+    Means("regular(x, [[1, 2, 0], [2, 0, 1]], 1, {2})",
+          [](Row x) {
+            const std::size_t next[3][4] = {
+                { },
+                {  0, 1, 2, 0},
+                { 0, 2, 0, 1}
+            };
+            std::size_t state = 1;
+            for (const std::int64_t value : x) state = next[state][value];
+            return state == 2;
+          }),
+    Means("value_precede(2, 0, x)",
+          [](Row x) {
+            const auto first = std::ranges::find(x, 0);
+            return first == x.end() || std::find(x.begin(), first, 2) != first;
+          }),
+    Means("minimum_index(x) == x[4]",
+          [](Row x) { return x[3] == std::ranges::min_element(x) - x.begin() + 1; }),
+    Means("maximum_index([x[1], 1, x[2]]) == x[3]",
+          [](Row x) {
+            return x[2] == (x[0] >= std::max<std::int64_t>(1, x[1]) ? 1 : x[1] > 1 ? 3 : 2);
+          }),
+    Means("diffn(x[1..2], x[3..4], [2, 1], [1, 2])",
+          [](Row x) { return AreApart(x[0], 2, x[1], 1) || AreApart(x[2], 1, x[3], 2); }),
 };
 
 /// Stated, denied, and as a truth that something else decides, beside the first module's operators.
@@ -215,14 +549,14 @@ TEST(RelationsTest, AreTruthsInModels) {
     const std::string rest = "x[1] * x[2] <= x[3] + x[4]; p -> (x[4] >== 1);";
     const std::string variables = "x[1..4] : int = [0, 3]; p : bool; ";
     for (std::uint64_t seed = 0; seed < 12; ++seed)
-      EXPECT_EQ(WrongSolutions(variables + "p == " + call.text + "; " + rest, seed, expected), "")
+      EXPECT_EQ(WrongSolutions(variables + "p == (" + call.text + "); " + rest, seed, expected), "")
           << call.text;
     for (const bool p : {false, true}) {
       Solutions part;
       std::ranges::copy_if(expected, std::back_inserter(part),
                            [&](const auto& values) { return (values[4] != 0) == p; });
       const std::string stated =
-          p ? "p; " + std::string(call.text) : "~p; ~" + std::string(call.text);
+          p ? "p; " + std::string(call.text) : "~p; ~(" + std::string(call.text) + ")";
       EXPECT_EQ(WrongSolutions(variables + stated + "; " + rest, 1, part), "") << stated;
     }
   }

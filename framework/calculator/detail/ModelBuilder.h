@@ -60,6 +60,7 @@ struct Value {
   bool IsConstant() const { return kind == Kind::kConstant; }
   bool IsExpression() const { return kind == Kind::kExpression; }
   bool IsSet() const { return kind == Kind::kSet; }
+  bool IsEverything() const { return kind == Kind::kEverything; }
   /// Whether it has items, being an array or a list.
   bool HasItems() const { return kind == Kind::kArray || kind == Kind::kList; }
   const IntegerSet& Set() const { return *static_cast<const IntegerSet*>(content.get()); }

@@ -22,13 +22,12 @@ bool IsRealElement(Element element, bool isReal) {
 
 /// Whether the parameter takes plain numbers here.
 bool IsKnown(const ZULTaVoRelationDescriptor::Parameter& parameter, const Argument& argument) {
-  const bool isKnown = std::all_of(argument.values.begin(), argument.values.end(),
-                                   [](const Value& value) { return value.IsConstant(); });
-  if (parameter.given == Given::kKnown && !isKnown) {
-    const auto open = std::find_if(argument.values.begin(), argument.values.end(),
-                                   [](const Value& value) { return !value.IsConstant(); });
+  const auto open = std::find_if_not(
+      argument.values.begin(), argument.values.end(),
+      [](const Value& value) { return value.IsConstant() || value.IsEverything(); });
+  const bool isKnown = open == argument.values.end();
+  if (parameter.given == Given::kKnown && !isKnown)
     Fail(open->span, "'" + std::string(parameter.name) + "' must be known while the model is read");
-  }
   return isKnown && parameter.given != Given::kValues;
 }
 
@@ -42,14 +41,18 @@ ZULTaVoRelation::Part PartOf(const Argument& argument, bool isKnown, bool isReal
   part.firstIndex = argument.firstIndex;
   if (isKnown && isReal) {
     std::vector<double> reals;
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
     for (const Value& value : argument.values) {
-      const Constant real = value.constant.AsReal();
+      const Constant real =
+          value.IsEverything() ? Constant::Real(-kInfinity, kInfinity, 0) : value.constant.AsReal();
       reals.insert(reals.end(), {real.lower, real.upper});
     }
     part.reals = std::make_shared<const std::vector<double>>(std::move(reals));
   } else if (isKnown) {
     std::vector<std::int64_t> integers;
-    for (const Value& value : argument.values) integers.push_back(value.constant.integer);
+    for (const Value& value : argument.values)
+      integers.push_back(value.IsEverything() ? ZULTaVoRelationArgument::kAnything
+                                              : value.constant.integer);
     part.integers = std::make_shared<const std::vector<std::int64_t>>(std::move(integers));
   }
   return part;
@@ -60,7 +63,8 @@ ZULTaVoRelation::Part PartOf(const Argument& argument, bool isKnown, bool isReal
 // --- What calls mean --------------------------------------------------------------------------
 
 bool Interpreter::IsReal(const Value& value) const {
-  return value.IsConstant() ? value.constant.IsReal() : mRegistry.IsReal(mBuilder.TypeOf(value));
+  return value.IsConstant() ? value.constant.IsReal()
+                            : value.IsExpression() && mRegistry.IsReal(mBuilder.TypeOf(value));
 }
 
 /// An operator of the same name is called as such.
@@ -91,7 +95,7 @@ Interpreter::RelationCall Interpreter::ResolveRelation(const Node& node, const V
   }
   for (std::uint32_t i = 0; i < node.count; ++i)
     for (Value& value : call.arguments[i].values)
-      value = Adapt(value, parameters[i].element, call.isReal);
+      if (!value.IsEverything()) value = Adapt(value, parameters[i].element, call.isReal);
   return call;
 }
 
@@ -105,6 +109,12 @@ Argument Interpreter::ArgumentOf(const Value& operand,
   Argument argument;
   SpreadInto(argument.values, operand);
   if (operand.HasItems()) argument.firstIndex = FirstIndexOf(operand);
+  for (const Value& value : argument.values) {
+    if (parameter.takesAnything && value.IsEverything()) continue;
+    CheckOperand({}, value);
+    if (parameter.takesAnything && value.constant.integer == ZULTaVoRelationArgument::kAnything)
+      Fail(value.span, "expected a number above " + std::to_string(value.constant.integer));
+  }
   if (size.size() < 2) return argument;
   std::vector<Value> row;
   argument.rows = static_cast<std::uint32_t>(operand.HasItems() ? SizeOf(operand) : 0);
@@ -121,7 +131,6 @@ Argument Interpreter::ArgumentOf(const Value& operand,
 
 /// The value as one of what a parameter takes: a truth counts as 0 or 1, an integer as a real.
 Value Interpreter::Adapt(const Value& value, Element element, bool isReal) {
-  CheckOperand({}, value);
   const bool isTruth = AreTruths(&value, 1);
   if (element == Element::kTruth) {
     if (!isTruth) Fail(value.span, "expected a truth value");
