@@ -227,6 +227,14 @@ class Reader {
         ->expected(1)
         ->take_all()
         ->allow_extra_args(false);
+    app.add_option(
+           "--include", mOptions.includeFolders,
+           "Folder from which the model may include files, beside its own;\nmay be repeated")
+        ->type_name("DIR")
+        ->expected(1)
+        ->take_all()
+        ->allow_extra_args(false)
+        ->check(NotEmpty());
     app.add_option("--data", mOptions.dataFile,
                    "Values for constants of the model, a JSON object by name")
         ->type_name("FILE")
@@ -403,7 +411,7 @@ class Reader {
   static CLI::Validator NotEmpty() {
     return CLI::Validator(
         [](const std::string& text) {
-          return text.empty() ? std::string("the name of the file is empty") : std::string();
+          return text.empty() ? std::string("the name is empty") : std::string();
         },
         "");
   }

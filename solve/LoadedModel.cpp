@@ -1,41 +1,6 @@
 #include "solve/LoadedModel.h"
 
-#include <cerrno>
-#include <cstring>
-#include <fstream>
-#include <iostream>
-
-namespace {
-
-/// Reads no more than the reader of models would take anyway.
-bool ReadText(std::istream& in, std::size_t limit, std::string& text) {
-  constexpr std::size_t kPiece = 1 << 16;
-  for (std::size_t size = 0; size <= limit;) {
-    text.resize(size + kPiece);
-    in.read(text.data() + size, kPiece);
-    size += static_cast<std::size_t>(in.gcount());
-    text.resize(size);
-    if (!in) return in.eof();
-  }
-  return true;
-}
-
-bool ReadModelText(const std::string& name, std::size_t limit, std::string& text,
-                   std::string& reason) {
-  errno = 0;
-  if (name == "-") {
-    if (ReadText(std::cin, limit, text)) return true;
-    reason = "cannot read standard input";
-    return false;
-  }
-  std::ifstream file(name, std::ios::binary);
-  if (file && ReadText(file, limit, text)) return true;
-  reason = "cannot read '" + name + "'";
-  if (errno != 0) reason += std::string(": ") + std::strerror(errno);
-  return false;
-}
-
-}  // namespace
+#include "solve/ModelFiles.h"
 
 ZULTavDiagnostic Failure(const std::string& message, const std::string& file) {
   ZULTavDiagnostic failure;
@@ -64,16 +29,22 @@ int LoadedModel::Load(const Options& options, std::vector<ZULTavDiagnostic>& err
   reading.definitions = options.definitions;
   const std::string name = options.modelFile == "-" ? "<stdin>" : options.modelFile;
   std::string reason, text;
-  if (!ReadModelText(options.modelFile, reading.limits.sourceBytes, text, reason)) {
+  if (!ReadTextFile(options.modelFile, reading.limits.sourceBytes, text, reason)) {
     errors.push_back(Failure(reason, name));
     return kUsage;
   }
   reading.dataName = options.dataFile;
   if (!options.dataFile.empty() &&
-      !ReadModelText(options.dataFile, reading.limits.sourceBytes, reading.data, reason)) {
+      !ReadTextFile(options.dataFile, reading.limits.sourceBytes, reading.data, reason)) {
     errors.push_back(Failure(reason, options.dataFile));
     return kUsage;
   }
+  ModelFiles files;
+  if (!files.Open(options.modelFile, options.includeFolders, reason)) {
+    errors.push_back(Failure(reason, name));
+    return kUsage;
+  }
+  reading.includes = &files;
   mModel = ZULTavCalculator(mModules.All()).Read(text, name, reading, errors, &mWarnings);
   if (mModel == nullptr) return kModelError;
   if (options.ratio) mModel->Network().SetNarrowingFraction(*options.ratio);

@@ -31,6 +31,7 @@ struct Options {
   std::string modelFile;  ///< "-" is standard input
   std::map<std::string, std::string> definitions;
   std::string dataFile;  ///< empty: none
+  std::vector<std::string> includeFolders;
   std::vector<std::string> modules = {"ZULTavNumbers", "ZULTavRelations"};
   bool moduleGiven = false;
   Format format = Format::kText;

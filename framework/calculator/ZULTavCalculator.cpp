@@ -1,7 +1,10 @@
 #include "framework/calculator/ZULTavCalculator.h"
 
 #include <algorithm>
+#include <deque>
 #include <new>
+#include <optional>
+#include <unordered_set>
 #include <utility>
 
 #include "framework/calculator/detail/Interpreter.h"
@@ -13,12 +16,20 @@ namespace {
 
 constexpr std::size_t kLargestSource = std::size_t{1} << 31;  // positions are 32 bits wide
 
-/// One text on its way to a model.
+std::string_view WithoutByteOrderMark(std::string_view text) {
+  constexpr std::string_view kByteOrderMark = "\ufeff";
+  if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark)
+    text.remove_prefix(kByteOrderMark.size());
+  return text;
+}
+
+/// One text, with those that it includes, on its way to a model.
 class Reader {
  public:
   Reader(const Source& source, const std::vector<const ZULTaVoModule*>& modules,
          const ZULTavCalculator::Options& options, ErrorList& errors)
       : mSource(source),
+        mBytes(source.GetText().size()),
         mOptions(options),
         mErrors(errors),
         mData(options.dataName, options.data),
@@ -36,8 +47,8 @@ class Reader {
   }
 
   void Warn(std::vector<ZULTavDiagnostic>& warnings) const {
-    for (const auto& [position, warning] : mBuilder.GetWarnings()) {
-      warnings.push_back(mSource.Describe(warning));
+    for (const auto& [place, warning] : mBuilder.GetWarnings()) {
+      warnings.push_back(warning.source->Describe(warning));
       warnings.back().isWarning = true;
     }
     if (!mErrors.IsEmpty()) return;
@@ -49,6 +60,20 @@ class Reader {
   }
 
  private:
+  /// A text that is being read.
+  struct Reading {
+    const Source& source;
+    std::string identity;  // empty: it cannot include any
+    Parser parser;
+  };
+  /// One that was included.
+  struct Included {
+    std::string text;
+    std::optional<Source> source;
+  };
+
+  std::size_t GetByteLimit() const { return std::min(mOptions.limits.sourceBytes, kLargestSource); }
+
   void TakeDefinitions() {
     for (const auto& [name, text] : mOptions.definitions) {
       const Source definition("definition of '" + name + "'", text);
@@ -63,7 +88,7 @@ class Reader {
   void TakeData() {
     if (mOptions.data.empty() && mOptions.dataName.empty()) return;
     try {
-      if (mOptions.data.size() > std::min(mOptions.limits.sourceBytes, kLargestSource))
+      if (mOptions.data.size() > GetByteLimit())
         Fail({}, "the data are longer than the limit of " +
                      std::to_string(mOptions.limits.sourceBytes) + " bytes");
       mInterpreter.TakeData(mData);
@@ -73,26 +98,87 @@ class Reader {
   }
 
   void ReadStatements() {
-    const Span all = {0, static_cast<std::uint32_t>(mSource.GetText().size())};
-    Parser parser(mSource, all, mOptions.limits, mNames,
-                  [this](std::string_view name) { return mRegistry.HasOperator(name); });
-    Syntax syntax;
-    for (bool more = true; more && !mErrors.IsFull();) {
-      try {
-        more = parser.Next(syntax);
-      } catch (const ModelError& error) {
-        mErrors.Add(mSource, error);
-        for (const std::uint32_t name : parser.GetDeclared()) mInterpreter.MarkBroken(name);
-        parser.Skip();
-        continue;
-      }
-      try {
-        if (more) mInterpreter.Run(mSource, syntax);
-      } catch (const ModelError& error) {
-        if (!error.message.empty()) mErrors.Add(mSource, error);
-        for (const std::uint32_t name : parser.GetDeclared()) mInterpreter.MarkBroken(name);
-      }
+    std::string identity;
+    if (mOptions.includes != nullptr) identity = mOptions.includes->IdentityOf(mSource.GetName());
+    mRead.insert(identity);
+    Begin(mSource, std::move(identity));
+    for (Syntax syntax; !mReading.empty() && !mErrors.IsFull();)
+      ReadStatement(mReading.back(), syntax);
+  }
+
+  void Begin(const Source& source, std::string identity) {
+    const Span all = {0, static_cast<std::uint32_t>(source.GetText().size())};
+    mReading.push_back({source, std::move(identity),
+                        Parser(source, all, mOptions.limits, mNames, [this](std::string_view name) {
+                          return mRegistry.HasOperator(name);
+                        })});
+  }
+
+  void ReadStatement(Reading& reading, Syntax& syntax) {
+    const auto markBroken = [&] {
+      for (const std::uint32_t name : reading.parser.GetDeclared()) mInterpreter.MarkBroken(name);
+    };
+    try {
+      if (!reading.parser.Next(syntax)) return mReading.pop_back();
+    } catch (const ModelError& error) {
+      mErrors.Add(reading.source, error);
+      markBroken();
+      return reading.parser.Skip();
     }
+    try {
+      const Statement& statement = syntax.statements[0];
+      if (statement.kind == Statement::Kind::kInclude) return Include(reading, statement.value);
+      mInterpreter.Run(reading.source, syntax);
+    } catch (const ModelError& error) {
+      if (!error.message.empty()) mErrors.Add(reading.source, error);
+      markBroken();
+    }
+  }
+
+  /// What the text includes is read next, unless it was read before.
+  void Include(const Reading& reading, Span span) {
+    const std::string_view quoted = reading.source.GetText(span);
+    const std::string name(quoted.substr(1, quoted.size() - 2));
+    ZULTavIncludes* const includes = mOptions.includes;
+    if (includes == nullptr) Fail(span, "no other texts can be included here");
+    std::string found, reason;
+    if (!includes->Find(name, reading.source.GetName(), found, reason))
+      Fail(span, "cannot include this file: " + reason);
+    std::string identity = includes->IdentityOf(found);
+    CheckCircle(span, identity);
+    if (!mRead.insert(identity).second) return;
+    if (mReading.size() >= mOptions.limits.nesting)
+      Fail(span, "files include each other deeper than the limit of " +
+                     std::to_string(mOptions.limits.nesting) + " levels");
+    Included& included = mIncluded.emplace_back();
+    const std::size_t left = GetByteLimit() - mBytes;
+    if (!includes->Read(found, left, included.text, reason))
+      Fail(span, "cannot include this file: " + reason);
+    if (included.text.size() > left)
+      Fail(span, "with this file the texts are longer than the limit of " +
+                     std::to_string(GetByteLimit()) + " bytes");
+    mBytes += included.text.size();
+    included.source.emplace(found, WithoutByteOrderMark(included.text),
+                            static_cast<std::uint32_t>(mIncluded.size()));
+    Begin(*included.source, std::move(identity));
+  }
+
+  /// Fails where the text with this identity is being read.
+  void CheckCircle(Span span, const std::string& identity) const {
+    const auto first = std::find_if(mReading.begin(), mReading.end(), [&](const Reading& reading) {
+      return reading.identity == identity;
+    });
+    if (first == mReading.end()) return;
+    constexpr std::ptrdiff_t kMostNames = 8;
+    std::string chain = "'" + first->source.GetName() + "' includes ";
+    for (auto at = first + 1; at != mReading.end(); ++at) {
+      const std::ptrdiff_t place = at - first;
+      if (place <= kMostNames)
+        chain +=
+            (place < kMostNames ? "'" + at->source.GetName() + "'" : "…") + ", which includes ";
+    }
+    Fail(span, "files include each other in a circle",
+         {chain + "'" + first->source.GetName() + "'"});
   }
 
   void CheckDefinitions() {
@@ -102,6 +188,10 @@ class Reader {
   }
 
   const Source& mSource;
+  std::deque<Included> mIncluded;
+  std::deque<Reading> mReading;           // each included by the one before it
+  std::unordered_set<std::string> mRead;  // their identities
+  std::size_t mBytes;                     // of all texts
   const ZULTavCalculator::Options& mOptions;
   ErrorList& mErrors;
   Source mData;
@@ -133,9 +223,7 @@ std::unique_ptr<ZULTavModel> ZULTavCalculator::Read(std::string_view text,
   };
   try {
     try {
-      constexpr std::string_view kByteOrderMark = "\ufeff";
-      if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark)
-        text.remove_prefix(kByteOrderMark.size());
+      text = WithoutByteOrderMark(text);
       if (text.size() <= limit) {
         const Source source(fileName, text);
         ErrorList list(errors, options.limits.errors);

@@ -10,6 +10,7 @@
 
 #include "framework/calculator/Export.h"
 #include "framework/calculator/ZULTavDiagnostic.h"
+#include "framework/calculator/ZULTavIncludes.h"
 #include "framework/calculator/ZULTavModel.h"
 #include "framework/solver/ZULTaVoModule.h"
 
@@ -20,8 +21,8 @@ class ZULTAV_CALCULATOR_API ZULTavCalculator {
   /// What a text may ask for at most. A text that asks for more is refused by an error that
   /// names the limit.
   struct Limits {
-    std::size_t sourceBytes = 64u << 20;
-    std::size_t nesting = 1000;           ///< parentheses, unary operators, `^` and `->` chains
+    std::size_t sourceBytes = 64u << 20;  ///< the texts that it includes counted
+    std::size_t nesting = 1000;           ///< parentheses, unary operators, includes, …
     std::size_t nameLength = 255;         ///< bytes of a name
     std::size_t numberLength = 1000;      ///< bytes of a number
     std::size_t arraySize = 2'000'000;    ///< elements of one array
@@ -36,6 +37,8 @@ class ZULTAV_CALCULATOR_API ZULTavCalculator {
     std::map<std::string, std::string> definitions;
     /// Values for `let` constants, one JSON object, from the file of that name; none if empty.
     std::string data, dataName;
+    /// Where the texts come from that the model includes; null: it cannot include any.
+    ZULTavIncludes* includes = nullptr;
     Limits limits;
   };
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <map>
 #include <sstream>
 
 #include "tests/calculator/calculator_world.h"
@@ -265,6 +266,82 @@ TEST(DiagnosticsTest, ReadingGoesOnBehindAnError) {
     for (const ZULTavDiagnostic& error : reading.errors) lines.push_back(error.line);
     EXPECT_EQ(lines, row.lines) << reading.ErrorText();
   }
+}
+
+/// Texts without folders; "alias" is another name of "once", and "locked" cannot be read.
+struct TextsByName final : ZULTavIncludes {
+  bool Find(const std::string& name, const std::string&, std::string& found,
+            std::string& reason) override {
+    found = name;
+    reason = "nothing is called so";
+    return name != "none";
+  }
+  std::string IdentityOf(const std::string& found) override {
+    return found == "alias" ? "once" : found;
+  }
+  bool Read(const std::string& found, std::size_t, std::string& text, std::string&) override {
+    text = texts[found];
+    return found != "locked";
+  }
+
+  std::map<std::string, std::string> texts;
+};
+
+TEST(DiagnosticsTest, FaultsOfIncludedTextsStandInThem) {
+  TextsByName texts;
+  texts.texts = {
+      {"once",    "\ufefflet n = 3;"                                         },
+      {"faulty",  "\nlet n = 4; x = ;\nlet f(i) =\n 1 / i; let i = 1;\nz = 1"},
+      {"warned",  "\n w : real; w = n / x;"                                  },
+      {"circle",  "include \"circle2\";"                                     },
+      {"circle2", "n = 2; include \"circle\";"                               },
+      {"back",    "include \"test\";"                                        },
+  };
+  texts.texts["long"] = std::string(1000, ' ');
+  const struct {
+    std::string source, places;  // of errors and, after them, of warnings
+    std::string fragment;        // of what is printed
+  } kRows[] = {
+      {"include \"once\"; include \"alias\"; y : int = [n, n + 1];", "",                                   ""                                               },
+      {"include \"none\"; include \"locked\";",                      "test:1:9 test:1:25 ",                "called so"                                      },
+      {"for i in 1..2 : include \"once\";",                          "test:1:17 ",                         "inside of another"                              },
+      {"include once;",                                              "test:1:9 ",                          "'include \"file.zul\";'"                        },
+      {"let n = 1;\ninclude \"faulty\";\nx = 1;",                    "faulty:2:5 faulty:2:16 faulty:5:6 ",
+       "in line 1 of 'test'"                                                                                                                                },
+      {"include \"faulty\";\nx = f(0);",                             "faulty:2:16 faulty:5:6 faulty:4:4 ",
+       "in line 2 of 'test'"                                                                                                                                },
+      {"include \"faulty\";\nlet i = 2;",                            "faulty:2:16 faulty:5:6 test:2:5 ",
+       "in line 4 of 'faulty'"                                                                                                                              },
+      {"include \"once\"; include \"warned\"; w = (n + 1) / x;",     "test:1:47 warned:2:18 ",
+       "make an operand real"                                                                                                                               },
+      {"include \"circle\";",                                        "circle2:1:1 circle2:1:16 ",
+       "'circle' includes 'circle2', which includes 'circle'\n"                                                                                             },
+      {"include \"back\";",                                          "back:1:9 ",                          "'test' includes 'back', which includes 'test'\n"},
+      {"include \"long\";",                                          "test:1:9 ",                          "the limit of 500 bytes"                         },
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.source);
+    ZULTavCalculator::Options options;
+    options.includes = &texts;
+    options.limits.sourceBytes = 500;
+    std::vector<ZULTavDiagnostic> errors, warnings;
+    const auto model = ZULTavCalculator({&NumberModule()})
+                           .Read("x : int; " + row.source, "test", options, errors, &warnings);
+    EXPECT_EQ(model != nullptr, errors.empty());
+    errors.insert(errors.end(), warnings.begin(), warnings.end());
+    std::string places;
+    std::ostringstream out;
+    for (const ZULTavDiagnostic& error : errors) {
+      const int shift = error.file == "test" && error.line == 1 ? 9 : 0;
+      places += error.file + ":" + std::to_string(error.line) + ":" +
+                std::to_string(error.column - shift) + " ";
+      error.Print(out);
+    }
+    EXPECT_EQ(places, row.places);
+    EXPECT_NE(out.str().find(row.fragment), std::string::npos) << out.str();
+  }
+  EXPECT_EQ(ReadModel("include \"once\";").errors.at(0).message,
+            "no other texts can be included here");
 }
 
 TEST(DiagnosticsTest, ModuleWithoutTypesIsAnErrorNotACrash) {

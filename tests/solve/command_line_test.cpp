@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include "tests/solve/zultav_program.h"
 
 namespace {
@@ -41,6 +43,8 @@ TEST(CommandLineTest, MisuseIsAnsweredWithAReason) {
        "'last' is not one of adaptive, by-kind, first, largest, smallest, round-robin"        },
       {"solve - --split half",                  "one of lower, upper, least, greatest"        },
       {"solve - --format xml",                  "one of text, json"                           },
+      {"solve - --include no_such_folder",      "cannot include from 'no_such_folder': No"    },
+      {"solve - --include ''",                  "the name is empty"                           },
       {"solve - -D x",                          "'x' is not of the form NAME=VALUE"           },
       {"solve - -D =1",                         "NAME=VALUE"                                  },
       {"types --module no_such_module",         "no_such_module"                              },
@@ -54,6 +58,62 @@ TEST(CommandLineTest, MisuseIsAnsweredWithAReason) {
     EXPECT_EQ(result.err.rfind("zultav: ", 0), 0u);
     EXPECT_NE(result.err.find(message), std::string::npos) << result.err;
   }
+}
+
+TEST(CommandLineTest, FilesAreIncludedFromAllowedFoldersOnly) {
+  const std::string folder = testing::TempDir() + "zultav_included";
+  const std::string file = folder + "/model/model.zul", run = folder + "/model/run.zck";
+  const Result made =
+      Zultav("--version", {},
+             "rm -rf " + folder + "; mkdir -p " + folder + "/model/parts " + folder + "/else; cd " +
+                 folder +
+                 "; "
+                 "echo 'let n = 2; include \"more.zul\";' > model/parts/some.zul; "
+                 "echo 'let m = 3;' > model/parts/more.zul; echo 'let k = 4;' > else/other.zul; "
+                 "ln -s ../else/other.zul model/link.zul; ln -s parts/more.zul model/inner.zul; "
+                 "ln -s ../../else model/parts/away; mkfifo model/fifo;");
+  ASSERT_EQ(made.status, 0) << made.err;
+  const std::string kLongName(5000, 'a');
+  constexpr char kOutside[] = "it is outside of the model's folder";
+  const struct {
+    std::string name, options, expected;  // a line of a solution, or a part of the error
+  } rows[] = {
+      {"parts/some.zul",       "",                                     "x = [2,2]"         },
+      {"inner.zul",            "-D n=5",                               "x = [5,5]"         },
+      {"../model/inner.zul",   "-D n=5",                               "x = [5,5]"         },
+      {"../else/other.zul",    "-D n=5",                               kOutside            },
+      {"link.zul",             "-D n=5",                               kOutside            },
+      {"parts/away/other.zul", "-D n=5",                               kOutside            },
+      {"/etc/passwd",          "-D n=5",                               kOutside            },
+      {"/dev/null",            "-D n=5 --include /",                   "no regular file"   },
+      {"other.zul",            "-D n=5",                               "No such file"      },
+      {"other.zul",            "-D n=5 --include " + folder + "/else", "x = [5,5]"         },
+      {"link.zul",             "-D n=5 --include / --include .",       "x = [5,5]"         },
+      {"parts",                "",                                     "no regular file"   },
+      {"fifo",                 "",                                     "no regular file"   },
+      {"model.zul",            "",                                     "in a circle"       },
+      {"../model/./model.zul", "",                                     "in a circle"       },
+      {"",                     "",                                     "no name of a file" },
+      {kLongName,              "",                                     "File name too long"},
+  };
+  for (const auto& [name, options, expected] : rows) {
+    SCOPED_TRACE(name + " " + options);
+    const std::string model = "include \"" + name + "\"; x : int; x = n;";
+    std::ofstream(file) << model;
+    const Result result = Zultav("solve " + file + " " + options);
+    EXPECT_EQ(result.status, expected[0] == 'x' ? 0 : 3);
+    EXPECT_NE((result.out + result.err).find(expected), std::string::npos) << result.err;
+    EXPECT_EQ(Zultav("solve - " + options, model, "cd " + folder + "/model;").status,
+              result.status);
+  }
+  // A saved run has all that it needs.
+  std::ofstream(file) << "include \"parts/some.zul\"; x : int = [1, n + m];";
+  Zultav("solve " + file + " -a --max-nodes 3 --checkpoint " + run);
+  const Result resumed = Zultav("resume " + run, {}, "rm -rf " + folder + "/model/parts;");
+  EXPECT_NE(resumed.out.find("x = [5,5]\n----------\n==========\n"), std::string::npos);
+  const json document = Zultav("check " + file + " --format json").Json();
+  EXPECT_EQ(document["errors"][0]["file"], file);
+  Zultav("--version", {}, "rm -rf " + folder + ";");
 }
 
 TEST(CommandLineTest, FailuresBeforeTheModelAreInTheDocumentToo) {

@@ -31,9 +31,9 @@ Value Interpreter::ValueOfConstant(Dimensions dimensions, const Statement& state
     } catch (ModelError& error) {
       if (error.source == nullptr && !error.message.empty()) {
         error.source = mDataSource;
-        error.notes.push_back("'" + mNames.GetName(name) + "' is asked for in line " +
-                              std::to_string(mSource->GetLine(statement.span.position)) +
-                              " of the model");
+        error.notes.push_back(
+            "'" + mNames.GetName(name) + "' is asked for in " +
+            mSource->NameLine(mSource->GetLine(statement.span.position), mDataSource));
       }
       throw;
     }

@@ -46,7 +46,7 @@ void Interpreter::Call(const Node& node, std::vector<Value> operands,
     Fail(node.span,
          "'" + mNames.GetName(node.data) + "' takes " + std::to_string(function.parameters.size()) +
              " operands, not " + std::to_string(operands.size()),
-         {"it was introduced in line " + std::to_string(symbol.line)});
+         {"it was introduced in " + PlaceOf(symbol)});
   CountIteration(node.span);
   const std::size_t known = mConstants.size();
   for (std::size_t i = 0; i < operands.size(); ++i) {
@@ -56,10 +56,11 @@ void Interpreter::Call(const Node& node, std::vector<Value> operands,
     mConstants.push_back(std::move(operands[i]));
   }
   const Syntax* const outerSyntax = std::exchange(mSyntax, &function.syntax);
-  const Source* const outerSource = std::exchange(mSource, function.source);
+  const Source* const outerSource = mSource;
+  SetSource(function.source);
   const auto leave = [&] {
     mSyntax = outerSyntax;
-    mSource = outerSource;
+    SetSource(outerSource);
     mConstants.resize(known);
     for (const std::uint32_t parameter : function.parameters) SymbolOf(parameter) = Symbol();
   };
@@ -67,10 +68,11 @@ void Interpreter::Call(const Node& node, std::vector<Value> operands,
     use(function.body);
   } catch (ModelError& error) {
     leave();
+    if (error.source == nullptr) error.source = function.source;
     constexpr std::size_t kMostNotes = 8;
     if (error.notes.size() < kMostNotes)
-      error.notes.push_back("in '" + mNames.GetName(node.data) + "', used in line " +
-                            std::to_string(mSource->GetLine(node.span.position)));
+      error.notes.push_back("in '" + mNames.GetName(node.data) + "', used in " +
+                            mSource->NameLine(mSource->GetLine(node.span.position), error.source));
     throw;
   }
   leave();

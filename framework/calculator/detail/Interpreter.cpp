@@ -40,13 +40,23 @@ void Interpreter::Introduce(std::uint32_t name, Span span, Symbol symbol) {
   Symbol& known = SymbolOf(name);
   if (known.kind != Symbol::Kind::kUnknown && known.kind != Symbol::Kind::kBroken) {
     ModelError error = {span, "'" + mNames.GetName(name) + "' has a meaning already", {}};
-    error.notes.push_back(known.line == 0
-                              ? "it was defined from outside"
-                              : "it was introduced in line " + std::to_string(known.line));
+    error.notes.push_back(known.line == 0 ? "it was defined from outside"
+                                          : "it was introduced in " + PlaceOf(known));
     throw error;
   }
+  symbol.source = mSource;
   symbol.line = mSource->GetLine(span.position);
   known = symbol;
+}
+
+void Interpreter::SetSource(const Source* source) {
+  mSource = source;
+  mBuilder.SetSource(source);
+}
+
+/// Where it was introduced.
+std::string Interpreter::PlaceOf(const Symbol& symbol) const {
+  return symbol.source->NameLine(symbol.line, mSource);
 }
 
 std::vector<std::string> Interpreter::SuggestName(std::string_view unknown) const {
@@ -85,6 +95,7 @@ void Interpreter::Define(const std::string& name, const Source& text) {
                 [this](std::string_view op) { return mRegistry.HasOperator(op); });
   const NodeRange range = parser.WholeExpression(syntax);
   mSource = &text;
+  mBuilder.SetSource(nullptr);
   // cppcheck-suppress danglingLifetime; set anew before it is used again
   mSyntax = &syntax;
   Definition definition;
@@ -95,7 +106,6 @@ void Interpreter::Define(const std::string& name, const Source& text) {
   symbol.data = static_cast<std::uint32_t>(mConstants.size());
   mConstants.push_back(definition.value);
   mDefinitions.emplace(number, definition);
-  mBuilder.ForgetQuotients();
 }
 
 std::vector<std::string> Interpreter::GetUnusedDefinitions() const {
@@ -109,7 +119,7 @@ std::vector<std::string> Interpreter::GetUnusedDefinitions() const {
 // --- Statements -------------------------------------------------------------------------------
 
 void Interpreter::Run(const Source& source, const Syntax& syntax) {
-  mSource = &source;
+  SetSource(&source);
   mSyntax = &syntax;
   mStack.clear();
   mConstantOnly = mTruthsOnly = mDepth = 0;
@@ -136,6 +146,9 @@ void Interpreter::Execute(const Statement& statement) {
       ForEach(statement.generators, statement.where, [&] {
         for (const Statement& inner : statement.body) Execute(inner);
       });
+      break;
+    case Statement::Kind::kInclude:  // whoever reads the texts does it
+      break;
   }
 }
 

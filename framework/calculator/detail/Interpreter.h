@@ -47,6 +47,7 @@ class Interpreter {
     std::uint32_t data = 0;  // of a variable, a constant, a function
     std::int64_t value = 0;  // of an index
     std::uint32_t line = 0;  // where it was introduced
+    const Source* source = nullptr;
   };
   struct Definition {
     Value value;
@@ -184,6 +185,8 @@ class Interpreter {
   const Node& RootOf(NodeRange range) const { return mSyntax->nodes[range.last]; }
   void CountIteration(Span span);
   [[noreturn]] void FailUnknown(const Node& node, std::string_view what);
+  void SetSource(const Source* source);
+  std::string PlaceOf(const Symbol& symbol) const;
 
   ModelBuilder& mBuilder;
   Registry& mRegistry;

@@ -165,8 +165,13 @@ bool ModelBuilder::TakesNumbers(const Value& value) const {
 }
 
 void ModelBuilder::Warn(Span span, std::string message, std::vector<std::string> notes) {
-  if (mWarnings.size() >= mLimits.errors) return;
-  mWarnings.try_emplace(span.position, ModelError{span, std::move(message), std::move(notes)});
+  Warn({span, std::move(message), std::move(notes), mSource});
+}
+
+void ModelBuilder::Warn(ModelError warning) {
+  if (mWarnings.size() >= mLimits.errors || warning.source == nullptr) return;
+  const Place place = {warning.source->GetOrder(), warning.span.position};
+  mWarnings.try_emplace(place, std::move(warning));
 }
 
 // --- Constants --------------------------------------------------------------------------------
@@ -287,7 +292,12 @@ void ModelBuilder::NoteQuotient(std::uint32_t expression, Span span) {
   if (isFixed && (by == 1 || by == -1)) return;
   const bool areFixed = isFixed && dividend->GetLowerBound() == dividend->GetUpperBound();
   if (areFixed && by != 0 && dividend->GetLowerBound() % by == 0) return;
-  mQuotients.emplace(expression, span);
+  mQuotients.emplace(
+      expression,
+      ModelError{span,
+                 "between integers '/' is exact: a remainder leaves no solution",
+                 {"for a real quotient make an operand real, as in 'x / 2.0' or '(real) x / y'"},
+                 mSource});
 }
 
 /// Warns where an operator on reals takes integers that were computed by division.
@@ -306,8 +316,7 @@ void ModelBuilder::WarnOfQuotients(const Application& application) {
     if (expression.op == nullptr || ZULTaVoCast<const ZULTaVoInteger>(expression.object) == nullptr)
       continue;
     if (const auto quotient = mQuotients.find(next); quotient != mQuotients.end())
-      Warn(quotient->second, "between integers '/' is exact: a remainder leaves no solution",
-           {"for a real quotient make an operand real, as in 'x / 2.0' or '(real) x / y'"});
+      Warn(quotient->second);
     for (const std::uint32_t operand : expression.operands)
       if (operand != kNone) pending.push_back(operand);
   }

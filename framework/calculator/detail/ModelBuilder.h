@@ -152,10 +152,11 @@ class ModelBuilder {
 
   /// Notes what is probably not meant, once for each place in the source.
   void Warn(Span span, std::string message, std::vector<std::string> notes);
-  /// Ends a source: what was divided there is not warned of in another.
-  void ForgetQuotients() { mQuotients.clear(); }
-  /// By their positions.
-  const std::map<std::uint32_t, ModelError>& GetWarnings() const { return mWarnings; }
+  /// What is built from now on stands in this text, null: in none that is warned of.
+  void SetSource(const Source* source) { mSource = source; }
+  /// A place in the texts that make up a model.
+  using Place = std::pair<std::uint32_t, std::uint32_t>;
+  const std::map<Place, ModelError>& GetWarnings() const { return mWarnings; }
 
   /// Applies an operator to its operands (none, one or two) and answers the result. Where it can,
   /// the result is the object of `target` (null: of none), so that an equation between both holds
@@ -213,6 +214,7 @@ class ModelBuilder {
   ZULTaVoAny* ObjectOf(std::uint32_t expression) const {
     return mModel.mExpressions[expression].object;
   }
+  void Warn(ModelError warning);
   void NoteQuotient(std::uint32_t expression, Span span);
   void WarnOfQuotients(const Application& application);
   Application Resolve(const Operation& operation, const Value* operands, unsigned int count);
@@ -249,9 +251,10 @@ class ModelBuilder {
   std::unordered_map<ConstantKey, std::uint32_t, ConstantHash> mConstants;
   std::unordered_set<const ZULTaVoAny*> mSaturated;  // constants beyond the limits of their types
   std::vector<Entry> mTable;  // open hash table of the expressions that apply operators
-  std::unordered_map<std::uint32_t, Span> mQuotients;           // integers that may not divide
+  std::unordered_map<std::uint32_t, ModelError> mQuotients;     // integers that may not divide
   std::map<std::vector<std::uint32_t>, std::uint32_t> mCounts;  // of lists of expressions
-  std::map<std::uint32_t, ModelError> mWarnings;
+  const Source* mSource = nullptr;
+  std::map<Place, ModelError> mWarnings;
   std::size_t mApplied = 0;
   std::size_t mElements = 0;
   std::size_t mOperations = 0;

@@ -177,6 +177,9 @@ void Parser::ParseStatement(std::vector<Statement>& statements, bool inLoop) {
     ParseIf(statement);
   } else if (StartsAssert()) {
     ParseAssert(statement);
+  } else if (StartsInclude()) {
+    if (inLoop) Fail(mToken.span, "a file is not included inside of another statement");
+    ParseInclude(statement);
   } else if (StartsDeclaration()) {
     if (inLoop)
       Fail(mToken.span, "a variable cannot be declared inside 'for'",
@@ -365,6 +368,20 @@ void Parser::ParseAssert(Statement& statement) {
   statement.value = Expect(TokenKind::kText, "a message between quotation marks").span;
   Expect(TokenKind::kClose, "')' after the message");
   Expect(TokenKind::kSemicolon, "';' after the assertion");
+}
+
+bool Parser::StartsInclude() const {
+  Lexer ahead = mLexer;
+  return IsWord("include") && ahead.Next().kind == TokenKind::kText;
+}
+
+/// include "name";
+void Parser::ParseInclude(Statement& statement) {
+  statement.kind = Statement::Kind::kInclude;
+  Advance();
+  statement.value = mToken.span;
+  Advance();
+  Expect(TokenKind::kSemicolon, "';' after the name of the file");
 }
 
 void Parser::ParseGenerators(std::vector<Generator>& generators, NodeRange& where) {

@@ -57,6 +57,8 @@ class Parser {
   void ParseIf(Statement& statement);
   void ParseBranch(std::vector<Statement>& statements);
   bool StartsAssert() const;
+  bool StartsInclude() const;
+  void ParseInclude(Statement& statement);
   void ParseAssert(Statement& statement);
   Generator ParseGenerator();
   void ParseGenerators(std::vector<Generator>& generators, NodeRange& where);

@@ -24,6 +24,10 @@ std::uint32_t Source::GetLine(std::uint32_t position) const {
   return static_cast<std::uint32_t>(after - mLineStarts.begin());
 }
 
+std::string Source::NameLine(std::uint32_t line, const Source* from) const {
+  return "line " + std::to_string(line) + (this == from ? "" : " of '" + mName + "'");
+}
+
 ZULTavDiagnostic Source::Describe(const ModelError& error) const {
   ZULTavDiagnostic result;
   result.message = error.message;

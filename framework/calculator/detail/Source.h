@@ -35,17 +35,24 @@ struct ModelError {
 /// A text with a name, which finds lines and columns.
 class Source {
  public:
-  Source(std::string_view name, std::string_view text) : mName(name), mText(text) {}
+  /// @param order  of the texts that make up a model, in which they are read
+  Source(std::string_view name, std::string_view text, std::uint32_t order = 0)
+      : mName(name), mText(text), mOrder(order) {}
 
+  const std::string& GetName() const { return mName; }
+  std::uint32_t GetOrder() const { return mOrder; }
   std::string_view GetText() const { return mText; }
   std::string_view GetText(Span span) const { return mText.substr(span.position, span.length); }
   /// Line of a position, from 1.
   std::uint32_t GetLine(std::uint32_t position) const;
+  /// "line 3" in messages about the text `from`, which name the text where it is another one.
+  std::string NameLine(std::uint32_t line, const Source* from) const;
   ZULTavDiagnostic Describe(const ModelError& error) const;
 
  private:
   std::string mName;
   std::string_view mText;
+  std::uint32_t mOrder;
   mutable std::vector<std::uint32_t> mLineStarts;  // filled when a line is first asked for
 };
 

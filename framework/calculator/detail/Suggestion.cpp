@@ -26,6 +26,7 @@ constexpr std::string_view kDeclaration =
 constexpr std::string_view kPower = "a power is written 'x ^ y'";
 constexpr std::string_view kSquare = "a square is written 'x ^ 2'";
 constexpr std::string_view kChange = "a variable has one value in a solution: nothing changes it";
+constexpr std::string_view kInclusion = "another file is read by 'include \"file.zul\";'";
 constexpr std::string_view kOptimum =
     "there is no optimisation: state a bound, such as 'cost <= 100;', and tighten it";
 
@@ -79,6 +80,8 @@ constexpr struct {
     {"boolean",       Place::kFirst,  kDeclaration                                                },
     {"const",         Place::kFirst,  "a constant is named by 'let n = 8;'"                       },
     {"constraint",    Place::kFirst,  "a constraint stands by itself: 'x + y <= 10;'"             },
+    {"include",       Place::kFirst,  kInclusion                                                  },
+    {"import",        Place::kFirst,  kInclusion                                                  },
     {"solve",         Place::kFirst,  "solutions are looked for by the command 'zultav solve'"    },
     {"minimize",      Place::kFirst,  kOptimum                                                    },
     {"minimise",      Place::kFirst,  kOptimum                                                    },

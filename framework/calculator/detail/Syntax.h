@@ -118,7 +118,16 @@ struct Declarator {
 };
 
 struct Statement {
-  enum class Kind : std::uint8_t { kLet, kFunction, kDeclaration, kFor, kIf, kAssert, kExpression };
+  enum class Kind : std::uint8_t {
+    kLet,
+    kFunction,
+    kDeclaration,
+    kFor,
+    kIf,
+    kAssert,
+    kInclude,
+    kExpression
+  };
   Kind kind = Kind::kExpression;
   Span span;
   NodeRange expression;  // of kExpression; the value of kLet; the condition of kIf and kAssert
@@ -126,7 +135,7 @@ struct Statement {
   std::vector<std::uint32_t> parameters;  // of kFunction
   Span type;
   bool hasValue = false;
-  Span value;                         // of kAssert the message
+  Span value;                         // of kAssert the message, of kInclude the name
   NodeRange domain;                   // of kDeclaration
   std::vector<Generator> generators;  // of kFor
   NodeRange where;
