@@ -2,7 +2,7 @@
 #define ZULTAV_SEARCH_ZULTAV_FRONTIER_H
 
 #include <cstdint>
-#include <deque>
+#include <list>
 #include <vector>
 
 #include "framework/search/Export.h"
@@ -45,7 +45,7 @@ struct ZULTAV_UTILITIES_API ZULTavFrontier {
     std::vector<std::uint64_t> weights;
     std::uint64_t restarts = 0;
     std::uint64_t fails = 0;  ///< since the last restart
-    std::deque<Nogood> nogoods;
+    std::vector<Nogood> nogoods;
   };
 
   struct Statistics {
@@ -71,11 +71,11 @@ struct ZULTAV_UTILITIES_API ZULTavFrontier {
   /// The open halves beside it are all that is not explored yet.
   Path path;
   /// Found, but not reported: a box to come may join them.
-  std::deque<ZULTavBox> boxes;
+  std::list<ZULTavBox> boxes;
   /// Boxes without a proof that reach to infinity: they are reported when nothing else is left.
-  std::deque<ZULTavBox> unbounded;
+  std::list<ZULTavBox> unbounded;
   /// What need not be searched: no solutions lie there but such as boxes found before hold.
-  std::deque<ZULTavBox> solved;
+  std::list<ZULTavBox> solved;
   /// Splits of hidden variables under the present assignment of the declared ones.
   std::uint64_t hiddenNodes = 0;
   /// Only boxes are left.

@@ -55,7 +55,7 @@ ZULTavSearch::Outcome ZULTavSearch::Propagate(Verdict& verdict) {
     const SearchTimer timer(mOptions.limits.seconds, mInterrupt);
     Engine& engine = compiled.GetEngine();
     const SearchSpace& space = compiled.GetSpace();
-    std::deque<ZULTavFrontier::Nogood> none;
+    std::vector<ZULTavFrontier::Nogood> none;
     Nogoods nogoods(none, space);
     NodeReasoner reasoner(engine, compiled.GetNewton(), space, nogoods);
     const NodeState state = reasoner.HasEmptyValue() ? NodeState::kRefuted : reasoner.Settle();

@@ -130,7 +130,8 @@ NodeState NodeReasoner::RunAll() {
 
 NodeReasoner::Finding NodeReasoner::Prove(NodeState state, ZULTavBox& box, ZULTavBox& region) {
   if (state == NodeState::kLimited) return Finding::kNothing;
-  const engine::ExactCheck::Verdict verdict = mExactCheck.Check(mEngine);
+  if (!mExactCheck) mExactCheck.emplace(mEngine.GetProgram());
+  const engine::ExactCheck::Verdict verdict = mExactCheck->Check(mEngine);
   if (verdict == engine::ExactCheck::Verdict::kFails) return Finding::kNoSolution;
   if (verdict == engine::ExactCheck::Verdict::kUnknown) return Finding::kNothing;
   if (mSpace.HasContinuousValues()) {

@@ -1,6 +1,8 @@
 #ifndef ZULTAV_SEARCH_DETAIL_NODE_REASONER_H
 #define ZULTAV_SEARCH_DETAIL_NODE_REASONER_H
 
+#include <optional>
+
 #include "framework/engine/ExactCheck.h"
 #include "framework/engine/reals/Newton.h"
 #include "framework/search/detail/Nogoods.h"
@@ -30,11 +32,7 @@ class NodeReasoner {
   using Finding = engine::Newton::Finding;
 
   NodeReasoner(Engine& engine, engine::Newton& newton, const SearchSpace& space, Nogoods& nogoods)
-      : mEngine(engine),
-        mNewton(newton),
-        mSpace(space),
-        mNogoods(nogoods),
-        mExactCheck(engine.GetProgram()) {}
+      : mEngine(engine), mNewton(newton), mSpace(space), mNogoods(nogoods) {}
 
   /// Splits early where bounds of integers go on moving by little: a split moves them farther.
   void LimitRuns();
@@ -62,8 +60,8 @@ class NodeReasoner {
   engine::Newton& mNewton;
   const SearchSpace& mSpace;
   Nogoods& mNogoods;
-  engine::ExactCheck mExactCheck;
-  std::uint64_t mRunLimit = 0;  // before a split; of the network otherwise
+  std::optional<engine::ExactCheck> mExactCheck;  // made for the first proof
+  std::uint64_t mRunLimit = 0;                    // before a split; of the network otherwise
   std::uint32_t mFailed = engine::kNone;
 };
 

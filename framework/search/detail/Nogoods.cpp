@@ -11,23 +11,23 @@ constexpr std::size_t kLongest = 40;
 
 }  // namespace
 
-Nogoods::Nogoods(std::deque<Nogood>& nogoods, const SearchSpace& space)
+Nogoods::Nogoods(std::vector<Nogood>& nogoods, const SearchSpace& space)
     : mNogoods(nogoods), mSpace(space), mWatched(nogoods.size()) {}
 
 void Nogoods::Learn(const ZULTavFrontier::Path& path) {
   Nogood nogood;
   for (const ZULTavFrontier::Decision& decision : path) {
-    if (nogood.size() == kLongest) return;
+    if (nogood.size() == kLongest) break;
     nogood.push_back(decision.first);
     if (decision.second == ZULTavFrontier::Decision::Second::kOpen) continue;
-    if (mNogoods.size() == kCapacity) {
-      mNogoods.pop_front();
-      mWatched.pop_front();
-    }
     mNogoods.push_back(nogood);
-    mWatched.emplace_back();
     nogood.pop_back();
   }
+  mWatched.resize(mNogoods.size());
+  if (mNogoods.size() <= kCapacity) return;
+  const auto excess = static_cast<std::ptrdiff_t>(mNogoods.size() - kCapacity);
+  mNogoods.erase(mNogoods.begin(), mNogoods.begin() + excess);
+  mWatched.erase(mWatched.begin(), mWatched.begin() + excess);
 }
 
 Nogoods::Answer Nogoods::Narrow(Engine& engine) {

@@ -2,7 +2,6 @@
 #define ZULTAV_SEARCH_DETAIL_NOGOODS_H
 
 #include <cstdint>
-#include <deque>
 #include <vector>
 
 #include "framework/search/detail/SearchSpace.h"
@@ -19,7 +18,7 @@ class Nogoods {
  public:
   using Nogood = ZULTavFrontier::Nogood;
 
-  Nogoods(std::deque<Nogood>& nogoods, const SearchSpace& space);
+  Nogoods(std::vector<Nogood>& nogoods, const SearchSpace& space);
 
   /// Keeps what has been explored beside the path.
   void Learn(const ZULTavFrontier::Path& path);
@@ -36,9 +35,9 @@ class Nogoods {
     std::uint32_t first = 0, second = 0;
   };
 
-  std::deque<Nogood>& mNogoods;
+  std::vector<Nogood>& mNogoods;
   const SearchSpace& mSpace;
-  std::deque<Watched> mWatched;  // of each nogood
+  std::vector<Watched> mWatched;  // of each nogood
 };
 
 }  // namespace zultav::detail

@@ -1,5 +1,6 @@
 #include "framework/search/detail/PendingBoxes.h"
 
+#include <iterator>
 #include <utility>
 
 namespace zultav::detail {
@@ -10,7 +11,7 @@ bool IsMergeable(const SearchVariable& variable) { return variable.kind == Kind:
 
 }  // namespace
 
-PendingBoxes::PendingBoxes(std::deque<ZULTavBox>& boxes, const SearchSpace& space,
+PendingBoxes::PendingBoxes(std::list<ZULTavBox>& boxes, const SearchSpace& space,
                            const WidthLimit& limit)
     : mBoxes(boxes),
       mSpace(space),
@@ -20,14 +21,15 @@ PendingBoxes::PendingBoxes(std::deque<ZULTavBox>& boxes, const SearchSpace& spac
 void PendingBoxes::Add(ZULTavBox box) {
   mBoxes.push_back(std::move(box));
   // What was united may fit beside other boxes than its parts did, so the search starts anew.
-  for (std::size_t i = 0; mMerges && i + 1 < mBoxes.size();) {
-    if (!AreSideBySide(mBoxes[i], mBoxes.back())) {
-      ++i;
+  const auto last = std::prev(mBoxes.end());
+  for (auto other = mBoxes.begin(); mMerges && other != last;) {
+    if (!AreSideBySide(*other, *last)) {
+      ++other;
       continue;
     }
-    Unite(mBoxes.back(), mBoxes[i]);
-    mBoxes.erase(mBoxes.begin() + static_cast<std::ptrdiff_t>(i));
-    i = 0;
+    Unite(*last, *other);
+    mBoxes.erase(other);
+    other = mBoxes.begin();
   }
 }
 

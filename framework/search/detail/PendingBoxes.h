@@ -2,7 +2,7 @@
 #define ZULTAV_SEARCH_DETAIL_PENDING_BOXES_H
 
 #include <algorithm>
-#include <deque>
+#include <list>
 
 #include "framework/search/detail/SearchSpace.h"
 
@@ -19,7 +19,7 @@ class PendingBoxes {
   /// Solutions kept waiting at most: merging compares each new one with all of them.
   static constexpr std::size_t kCapacity = 512;
 
-  PendingBoxes(std::deque<ZULTavBox>& boxes, const SearchSpace& space, const WidthLimit& limit);
+  PendingBoxes(std::list<ZULTavBox>& boxes, const SearchSpace& space, const WidthLimit& limit);
 
   void Add(ZULTavBox box);
   std::size_t GetSize() const { return mBoxes.size(); }
@@ -34,7 +34,7 @@ class PendingBoxes {
   bool AreSideBySide(const ZULTavBox& a, const ZULTavBox& b) const;
   void Unite(ZULTavBox& box, const ZULTavBox& other) const;
 
-  std::deque<ZULTavBox>& mBoxes;  // in the order in which they came
+  std::list<ZULTavBox>& mBoxes;  // in the order in which they came
   const SearchSpace& mSpace;
   WidthLimit mLimit;
   bool mMerges;
@@ -46,7 +46,7 @@ bool PendingBoxes::BringForward(Predicate final) {
                          ? std::find_if(mBoxes.begin(), mBoxes.end(), final)
                          : mBoxes.begin();
   if (found == mBoxes.end()) return false;
-  std::rotate(mBoxes.begin(), found, found + 1);
+  mBoxes.splice(mBoxes.begin(), mBoxes, found);
   return true;
 }
 

@@ -51,8 +51,7 @@ SearchRun::SearchRun(CompiledSearch& compiled, const ZULTavSearch::Options& opti
       mPending(frontier.boxes, mSpace, mWidthLimit),
       mUnbounded(frontier.unbounded, mSpace, mWidthLimit),
       mSolved(frontier.solved, mSpace),
-      mImages(mEngine, mSpace, compiled.GetNewton().FindSignless(), mWidthLimit),
-      mSolution(mSpace.MakeSolution()) {}
+      mImages(mEngine, mSpace, compiled.GetNewton().FindSignless(), mWidthLimit) {}
 
 SearchRun::Outcome SearchRun::Execute() {
   if (!mFrontier.explored && mReasoner.HasEmptyValue()) {
@@ -201,8 +200,8 @@ bool SearchRun::IsUnbounded(const ZULTavBox& box) const {
 
 /// Lets unbounded boxes be reported, all but so many.
 void SearchRun::ReleaseUnbounded(std::size_t kept) {
-  for (auto& boxes = mFrontier.unbounded; boxes.size() > kept; boxes.pop_front())
-    mFrontier.boxes.push_back(std::move(boxes.front()));
+  for (auto& boxes = mFrontier.unbounded; boxes.size() > kept;)
+    mFrontier.boxes.splice(mFrontier.boxes.end(), boxes, boxes.begin());
 }
 
 /// Splits of hidden variables narrow the declared ones, so the assignment is taken before them.
@@ -272,6 +271,7 @@ SearchRun::Outcome SearchRun::ReportRest(Outcome outcome) {
 /// next image waits in its place. There may be 2^n of them, so time may be up between two.
 SearchRun::Reported SearchRun::ReportFirst() {
   ZULTavBox& box = mPending.GetFirst();
+  if (mSolution.GetSize() == 0) mSolution = mSpace.MakeSolution();
   mImages.JoinAtZero(box);
   while (!HasEnough()) {
     ++mStatistics.solutions;

@@ -75,7 +75,7 @@ class SearchRun {
   MirrorImages mImages;
   bool mIsEmpty = false;     // the half that was entered last holds nothing
   ZULTavBox mCandidate;      // the declared values before hidden ones are split
-  ZULTavSolution mSolution;  // the one that is being reported
+  ZULTavSolution mSolution;  // the one that is being reported, made for the first of them
 };
 
 }  // namespace zultav::detail

@@ -103,6 +103,7 @@ SearchSpace::SearchSpace(const ZULTaVoNetwork& network, const Program& program,
                          std::span<ZULTaVoAny* const> declared)
     : mNetwork(network), mObjects(declared.begin(), declared.end()) {
   std::vector<bool> known(program.GetNumberOfSlots());
+  mVariables.reserve(mObjects.size());
   for (std::size_t i = 0; i < mObjects.size(); ++i) {
     const Slot slot = program.GetDeclared()[i];
     const Kind kind = program.GetSlot(slot).kind;

@@ -1,7 +1,10 @@
 #include "framework/search/detail/SearchTimer.h"
 
 #include <algorithm>
+#include <condition_variable>
+#include <mutex>
 #include <system_error>
+#include <thread>
 
 namespace zultav::detail {
 
@@ -17,13 +20,21 @@ std::chrono::steady_clock::duration DurationOf(double seconds) {
 
 }  // namespace
 
+struct SearchTimer::Alarm {
+  std::mutex mutex;
+  std::condition_variable_any wake;
+  std::jthread thread;
+};
+
 SearchTimer::SearchTimer(double seconds, std::atomic<bool>& interrupt) : mInterrupt(interrupt) {
   if (!(seconds < kForever)) return;
   const auto end = std::chrono::steady_clock::now() + DurationOf(seconds);
+  mAlarm = std::make_unique<Alarm>();
+  Alarm& alarm = *mAlarm;
   try {
-    mThread = std::jthread([this, end](const std::stop_token& stop) {
-      std::unique_lock lock(mMutex);
-      mWake.wait_until(lock, stop, end, [] { return false; });
+    alarm.thread = std::jthread([this, &alarm, end](const std::stop_token& stop) {
+      std::unique_lock lock(alarm.mutex);
+      alarm.wake.wait_until(lock, stop, end, [] { return false; });
       if (stop.stop_requested()) return;
       mUp = true;
       mInterrupt = true;
@@ -34,7 +45,7 @@ SearchTimer::SearchTimer(double seconds, std::atomic<bool>& interrupt) : mInterr
 }
 
 SearchTimer::~SearchTimer() {
-  mThread = {};
+  mAlarm.reset();
   if (IsUp()) mInterrupt = false;
 }
 

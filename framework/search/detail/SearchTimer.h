@@ -3,9 +3,7 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
-#include <thread>
+#include <memory>
 
 namespace zultav::detail {
 
@@ -21,11 +19,11 @@ class SearchTimer {
   bool IsUp() const { return mUp.load(std::memory_order_relaxed); }
 
  private:
+  struct Alarm;
+
   std::atomic<bool>& mInterrupt;
   std::atomic<bool> mUp{false};
-  std::mutex mMutex;
-  std::condition_variable_any mWake;
-  std::jthread mThread;
+  std::unique_ptr<Alarm> mAlarm;  // null where there is no limit
 };
 
 /// Tells when something is due that is done now and then.

@@ -2,7 +2,7 @@
 #define ZULTAV_SEARCH_DETAIL_SOLVED_REGIONS_H
 
 #include <algorithm>
-#include <deque>
+#include <list>
 #include <utility>
 
 #include "framework/search/detail/SearchSpace.h"
@@ -17,7 +17,7 @@ class SolvedRegions {
   /// Regions kept at most: each node is compared with all of them.
   static constexpr std::size_t kCapacity = 512;
 
-  SolvedRegions(std::deque<ZULTavBox>& regions, const SearchSpace& space)
+  SolvedRegions(std::list<ZULTavBox>& regions, const SearchSpace& space)
       : mRegions(regions), mSpace(space) {}
 
   void Add(ZULTavBox region) {
@@ -48,7 +48,7 @@ class SolvedRegions {
     });
   }
 
-  std::deque<ZULTavBox>& mRegions;
+  std::list<ZULTavBox>& mRegions;
   const SearchSpace& mSpace;
 };
 

@@ -26,8 +26,7 @@ VariableChooser::VariableChooser(const Engine& engine, engine::Newton& newton,
       mChoice(choice),
       mLimit(limit),
       mExperience(experience),
-      mVariableOf(engine.GetProgram().GetNumberOfSlots(), kNone),
-      mSmears(space.GetNumberOfDeclared()) {
+      mVariableOf(engine.GetProgram().GetNumberOfSlots(), kNone) {
   const auto variables = space.GetVariables();
   for (std::size_t i = variables.size(); i-- > 0;)
     mVariableOf[variables[i].slot] = static_cast<std::uint32_t>(i);
@@ -134,6 +133,7 @@ std::uint32_t VariableChooser::ChooseDiscrete() const {
 /// the equations, and the second one what the equations do not see yet.
 std::uint32_t VariableChooser::ChooseReal(const SearchTree& tree) {
   if (tree.GetDepth() % kLargestEach == 0) return ChooseLargest();
+  mSmears.resize(mSpace.GetNumberOfDeclared());
   mNewton.CalcSmears(mSmears);
   std::uint32_t best = kNone;
   double bestSmear = 0;
