@@ -34,7 +34,7 @@ void Compiler::Compile() {
   linear.Eliminate(FindNeeded(isTaken, nullptr));
   const Gates gates(mDraft, isTaken, FindNeeded(isTaken, &linear));
   std::vector<bool> isNeeded;
-  if (!gates.GetClauses().empty()) {
+  if (gates.GetClauses().GetSize() != 0) {
     isNeeded = FindNeeded(isTaken, nullptr);
     for (const LinearRows::Row& row : linear.GetRows())
       linear.ForEachTerm(row, [&](Slot x, std::int64_t) { isNeeded[x] = true; });
@@ -55,7 +55,7 @@ void Compiler::Compile() {
   for (std::size_t i = 0; i < linear.GetRows().size(); ++i)
     EmitRow(linear, linear.GetRows()[i], conditions.GetCondition(i));
   linear.Clear();
-  for (std::size_t i = 0; i < gates.GetClauses().size(); ++i)
+  for (std::size_t i = 0; i < gates.GetClauses().GetSize(); ++i)
     if (!conditions.IsAbsorbed(i)) mBuilder.AddClause(gates.GetClauses()[i]);
   EmitFormulas(isTaken);
   for (const Group& group : mDraft.groups) EmitGroup(group);

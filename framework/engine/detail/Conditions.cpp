@@ -2,19 +2,19 @@
 
 namespace zultav::engine {
 
-Conditions::Conditions(Draft& draft, const LinearRows& linear,
-                       std::span<const std::vector<Literal>> clauses,
+Conditions::Conditions(Draft& draft, const LinearRows& linear, const ClauseList& clauses,
                        const std::vector<bool>& isNeeded)
-    : mConditions(linear.GetRows().size()), mAbsorbed(clauses.size(), false) {
+    : mAbsorbed(clauses.GetSize(), false) {
+  if (clauses.GetSize() == 0) return;
   const std::vector<LinearRows::Row>& rows = linear.GetRows();
+  mConditions.resize(rows.size());
   struct Uses {
     std::uint32_t rows = 0, clauses = 0, clause = 0;
   };
-  std::vector<Uses> uses(clauses.empty() ? 0 : draft.slots.size());
-  if (uses.empty()) return;
+  std::vector<Uses> uses(draft.slots.size());
   for (const LinearRows::Row& row : rows)
     if (row.truth != kNone) ++uses[row.truth].rows;
-  for (std::uint32_t i = 0; i < clauses.size(); ++i)
+  for (std::uint32_t i = 0; i < clauses.GetSize(); ++i)
     for (const Literal& literal : clauses[i]) {
       ++uses[literal.slot].clauses;
       uses[literal.slot].clause = i;
@@ -26,7 +26,7 @@ Conditions::Conditions(Draft& draft, const LinearRows& linear,
     if (use.rows != 1 || use.clauses != 1 || clauses[use.clause].size() != 2 ||
         mAbsorbed[use.clause])
       continue;
-    const std::vector<Literal>& clause = clauses[use.clause];
+    const std::span<const Literal> clause = clauses[use.clause];
     const Literal &own = clause[clause[0].slot == row.truth ? 0 : 1],
                   &other = clause[clause[0].slot == row.truth ? 1 : 0];
     bool canMirror = true;

@@ -2,9 +2,9 @@
 #define ZULTAV_ENGINE_DETAIL_CONDITIONS_H
 
 #include <optional>
-#include <span>
 #include <vector>
 
+#include "framework/engine/detail/Gates.h"
 #include "framework/engine/detail/LinearRows.h"
 
 namespace zultav::engine {
@@ -16,18 +16,20 @@ class Conditions {
  public:
   /// @param isNeeded  of each slot: whether anything beside clauses and the truths of rows asks
   ///                  for it
-  Conditions(Draft& draft, const LinearRows& linear, std::span<const std::vector<Literal>> clauses,
+  Conditions(Draft& draft, const LinearRows& linear, const ClauseList& clauses,
              const std::vector<bool>& isNeeded);
 
   struct Condition {
     Literal literal;  // where it is true, the row holds
     bool isOpposite;  // the opposite of the row, rather
   };
-  const std::optional<Condition>& GetCondition(std::size_t row) const { return mConditions[row]; }
+  std::optional<Condition> GetCondition(std::size_t row) const {
+    return mConditions.empty() ? std::nullopt : mConditions[row];
+  }
   bool IsAbsorbed(std::size_t clause) const { return mAbsorbed[clause]; }
 
  private:
-  std::vector<std::optional<Condition>> mConditions;  // of each row
+  std::vector<std::optional<Condition>> mConditions;  // of each row; empty where none has one
   std::vector<bool> mAbsorbed;                        // of each clause
 };
 

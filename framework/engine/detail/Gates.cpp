@@ -23,17 +23,17 @@ Gates::Gates(Draft& draft, std::vector<bool>& isTaken, const std::vector<bool>& 
   ReadFormulas(isTaken);
   ReadComparisons(isTaken);
   // What gave way after a clause was read.
-  for (auto& clause : mClauses)
-    for (Literal& literal : clause) literal = LiteralOf(literal.slot, literal.negated);
-  Flatten(isNeeded);
-  std::vector<std::vector<Literal>> clauses = std::move(mClauses);
-  mClauses.clear();
-  for (auto& clause : clauses) AddClause(std::move(clause));
-  for (const Gate& gate : mGates)
+  for (Literal& literal : mClauses.GetLiterals())
+    literal = LiteralOf(literal.slot, literal.negated);
+  if (!mGates.empty()) Flatten(isNeeded);
+  const ClauseList clauses = std::exchange(mClauses, ClauseList());
+  for (std::size_t i = 0; i < clauses.GetSize(); ++i) AddClause(clauses[i]);
+  for (Gate& gate : mGates)
     if (gate.isAlive) Emit(gate);
   mLiterals = std::vector<Literal>();
   mGateOf = std::vector<std::uint32_t>();
   mGates = std::vector<Gate>();
+  mClause = std::vector<Literal>();
 }
 
 Literal Gates::LiteralOf(Slot x, bool negated) const {
@@ -58,8 +58,8 @@ void Gates::ReadNegations(std::vector<bool>& isTaken, const std::vector<bool>& i
     if (givesWay) {
       mLiterals[formula.result] = operand;
     } else {
-      mClauses.push_back({LiteralOf(formula.result), Not(operand)});
-      mClauses.push_back({LiteralOf(formula.result, true), operand});
+      mClauses.Add({LiteralOf(formula.result), Not(operand)});
+      mClauses.Add({LiteralOf(formula.result, true), operand});
     }
   }
 }
@@ -101,15 +101,15 @@ void Gates::ReadComparisons(std::vector<bool>& isTaken) {
         if (isReified) {
           AddGate(Not(truth), left, Not(right));
         } else {
-          mClauses.push_back({Not(left)});
-          mClauses.push_back({right});
+          mClauses.Add({Not(left)});
+          mClauses.Add({right});
         }
         break;
       case Relation::kLessOrEqual:
         if (isReified)
           AddGate(truth, Not(left), right);
         else
-          mClauses.push_back({Not(left), right});
+          mClauses.Add({Not(left), right});
         break;
     }
   }
@@ -117,15 +117,15 @@ void Gates::ReadComparisons(std::vector<bool>& isTaken) {
 
 /// truth (null: it holds) says whether first and second are the same.
 void Gates::AddEquivalence(const Literal* truth, Literal first, Literal second) {
-  const auto add = [&](bool holds, std::vector<Literal> literals) {
-    if (truth != nullptr) literals.push_back(holds ? Not(*truth) : *truth);
-    mClauses.push_back(std::move(literals));
-  };
-  add(true, {Not(first), second});
-  add(true, {first, Not(second)});
-  if (truth == nullptr) return;
-  add(false, {first, second});
-  add(false, {Not(first), Not(second)});
+  if (truth == nullptr) {
+    mClauses.Add({Not(first), second});
+    mClauses.Add({first, Not(second)});
+    return;
+  }
+  mClauses.Add({Not(first), second, Not(*truth)});
+  mClauses.Add({first, Not(second), Not(*truth)});
+  mClauses.Add({first, second, *truth});
+  mClauses.Add({Not(first), Not(second), *truth});
 }
 
 void Gates::AddGate(Literal output, Literal first, Literal second) {
@@ -137,14 +137,13 @@ void Gates::AddGate(Literal output, Literal first, Literal second) {
 /// Literals that are outputs of gates which serve nothing else are replaced by the inputs of these.
 void Gates::Flatten(const std::vector<bool>& isNeeded) {
   std::vector<std::uint32_t> uses(mDraft.slots.size(), 0), outputs(mDraft.slots.size(), 0);
-  for (const auto& clause : mClauses)
-    for (const Literal& literal : clause) ++uses[literal.slot];
+  for (const Literal& literal : mClauses.GetLiterals()) ++uses[literal.slot];
   for (std::uint32_t i = 0; i < mGates.size(); ++i) {
     mGateOf[mGates[i].output.slot] = i;
     ++outputs[mGates[i].output.slot];
     for (const Literal& input : mGates[i].inputs) ++uses[input.slot];
   }
-  const auto flatten = [&](std::vector<Literal>& literals, std::size_t before) {
+  const auto flatten = [&](std::span<const Literal> literals, std::size_t before) {
     std::vector<Literal> flat;
     for (const Literal& literal : literals) {
       const std::uint32_t gate = mGateOf[literal.slot];
@@ -160,22 +159,28 @@ void Gates::Flatten(const std::vector<bool>& isNeeded) {
       if (moved.size() > flat.size()) std::swap(moved, flat);
       flat.insert(flat.end(), moved.begin(), moved.end());
     }
-    literals = std::move(flat);
+    return flat;
   };
   // Only of gates that come before, so that none becomes part of itself.
-  for (std::size_t i = 0; i < mGates.size(); ++i) flatten(mGates[i].inputs, i);
-  for (auto& clause : mClauses) flatten(clause, mGates.size());
+  for (std::size_t i = 0; i < mGates.size(); ++i) mGates[i].inputs = flatten(mGates[i].inputs, i);
+  const ClauseList clauses = std::exchange(mClauses, ClauseList());
+  for (std::size_t i = 0; i < clauses.GetSize(); ++i)
+    mClauses.Add(flatten(clauses[i], mGates.size()));
 }
 
-void Gates::Emit(const Gate& gate) {
-  for (const Literal& input : gate.inputs) AddClause({gate.output, Not(input)});
-  std::vector<Literal> literals = gate.inputs;
-  literals.push_back(Not(gate.output));
-  AddClause(std::move(literals));
+void Gates::Emit(Gate& gate) {
+  for (const Literal& input : gate.inputs) {
+    const Literal implied[] = {gate.output, Not(input)};
+    AddClause(implied);
+  }
+  gate.inputs.push_back(Not(gate.output));
+  AddClause(gate.inputs);
 }
 
 /// Without literals that are known to be false, and not at all where one is known to hold.
-void Gates::AddClause(std::vector<Literal> literals) {
+void Gates::AddClause(std::span<const Literal> clause) {
+  std::vector<Literal>& literals = mClause;
+  literals.assign(clause.begin(), clause.end());
   const auto holds = [this](const Literal& literal) {
     const IntegerRange range = mDraft.integers(literal.slot);
     return literal.negated ? range.upper <= 0 : range.lower > 0;
@@ -191,7 +196,7 @@ void Gates::AddClause(std::vector<Literal> literals) {
   if (literals.size() == 1)
     mDraft.Narrow(literals[0].slot, IntegerRange::Only(literals[0].negated ? 0 : 1));
   else if (!literals.empty())
-    mClauses.push_back(std::move(literals));
+    mClauses.Add(literals);
 }
 
 }  // namespace zultav::engine

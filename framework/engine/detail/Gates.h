@@ -2,11 +2,34 @@
 #define ZULTAV_ENGINE_DETAIL_GATES_H
 
 #include <cstdint>
+#include <initializer_list>
+#include <span>
 #include <vector>
 
 #include "framework/engine/detail/Draft.h"
 
 namespace zultav::engine {
+
+/// Clauses, of each of which one literal holds, one behind the other.
+class ClauseList {
+ public:
+  std::size_t GetSize() const { return mEnds.size(); }
+  std::span<const Literal> operator[](std::size_t i) const {
+    const std::size_t first = i == 0 ? 0 : mEnds[i - 1];
+    return {mLiterals.data() + first, mEnds[i] - first};
+  }
+  void Add(std::span<const Literal> clause) {
+    mLiterals.insert(mLiterals.end(), clause.begin(), clause.end());
+    mEnds.push_back(mLiterals.size());
+  }
+  void Add(std::initializer_list<Literal> clause) { Add(std::span(clause.begin(), clause.size())); }
+  /// The literals of all clauses.
+  std::span<Literal> GetLiterals() { return mLiterals; }
+
+ private:
+  std::vector<Literal> mLiterals;
+  std::vector<std::size_t> mEnds;  // of each clause
+};
 
 /// What a draft says of truth values alone, as clauses. Connectives of connectives become one, and
 /// a hidden value that is another one's negation gives way to it.
@@ -18,8 +41,7 @@ class Gates {
   ///                          between truth values asks for it
   Gates(Draft& draft, std::vector<bool>& isTaken, const std::vector<bool>& isNeeded);
 
-  /// One of the literals of each holds.
-  const std::vector<std::vector<Literal>>& GetClauses() const { return mClauses; }
+  const ClauseList& GetClauses() const { return mClauses; }
 
  private:
   /// `output` holds exactly where one of the inputs does.
@@ -36,14 +58,15 @@ class Gates {
   void AddGate(Literal output, Literal first, Literal second);
   void AddEquivalence(const Literal* truth, Literal first, Literal second);
   void Flatten(const std::vector<bool>& isNeeded);
-  void Emit(const Gate& gate);
-  void AddClause(std::vector<Literal> literals);
+  void Emit(Gate& gate);
+  void AddClause(std::span<const Literal> clause);
 
   Draft& mDraft;
   std::vector<Literal> mLiterals;      // of each slot: itself, or what it is the negation of
   std::vector<std::uint32_t> mGateOf;  // of each slot: the one whose output it is
   std::vector<Gate> mGates;
-  std::vector<std::vector<Literal>> mClauses;
+  ClauseList mClauses;
+  std::vector<Literal> mClause;  // to work with
 };
 
 }  // namespace zultav::engine

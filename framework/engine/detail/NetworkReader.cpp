@@ -1,5 +1,7 @@
 #include "framework/engine/detail/NetworkReader.h"
 
+#include <array>
+#include <cstdint>
 #include <utility>
 
 #include "framework/solver/LocalCopy.h"
@@ -83,11 +85,18 @@ constexpr RelationOfRule kRelationRules[] = {
     {ZULTaVoRule::kBooleanLessOrEqual, Relation::kLessOrEqual, true },
 };
 
-template <class Row, std::size_t N>
-const Row* FindRule(const Row (&rows)[N], ZULTaVoRule rule) {
-  for (const Row& row : rows)
-    if (row.rule == rule) return &row;
-  return nullptr;
+/// The row of a rule, or null.
+template <const auto& rows>
+const auto* FindRule(ZULTaVoRule rule) {
+  static constexpr std::size_t kRows = std::size(rows);
+  static constexpr auto kRowOf = [] {
+    std::array<std::uint8_t, 256> rowOf{};
+    rowOf.fill(kRows);
+    for (std::uint8_t i = 0; i < kRows; ++i) rowOf[static_cast<std::uint8_t>(rows[i].rule)] = i;
+    return rowOf;
+  }();
+  const std::size_t row = kRowOf[static_cast<std::uint8_t>(rule)];
+  return row < kRows ? &rows[row] : nullptr;
 }
 
 class NetworkReader {
@@ -215,7 +224,8 @@ class NetworkReader {
   void ReadConstraint(std::uint32_t index) {
     mArguments.clear();
     bool isKnown = true;
-    for (std::size_t i = 0; i < mNetwork.GetArguments(index).size(); ++i) {
+    const std::size_t count = mNetwork.GetArguments(index).size();
+    for (std::size_t i = 0; i < count; ++i) {
       mArguments.push_back(SlotOf(mNetwork.GetIndexOfArgument(index, i)));
       isKnown = isKnown && KindOf(mArguments.back()) != Kind::kOpaque;
     }
@@ -236,13 +246,13 @@ class NetworkReader {
   /// Answers whether the rule is one that the engine knows for these arguments.
   bool ReadRule(ZULTaVoRule rule, std::uint32_t index) {
     const auto& a = mArguments;
-    if (const auto* row = FindRule(kFunctionRules, rule)) {
+    if (const auto* row = FindRule<kFunctionRules>(rule)) {
       // A relation may have an argument more, its truth.
       if (a.size() != static_cast<std::size_t>(RowOf(row->function).operands) + 1) return false;
       AddFormula(row->function, a[0], a[1], a.size() > 2 ? a[2] : a[1]);
       return true;
     }
-    if (const auto* row = FindRule(kRelationRules, rule)) {
+    if (const auto* row = FindRule<kRelationRules>(rule)) {
       mDraft.comparisons.push_back({row->relation, a[0], a[1], row->isReified ? a[2] : kNone});
       if (!row->isReified && a[2] != a[0]) AddEquality(a[0], a[2]);
       return true;

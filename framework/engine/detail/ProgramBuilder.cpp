@@ -233,9 +233,9 @@ void ProgramBuilder::Finish() {
     for (std::size_t j = 0; j < rule.count; ++j)
       events[rule.first + j] = static_cast<std::uint8_t>(GetEvents(rule, j));
   const auto forEach = [&](auto use) {
-    for (std::uint32_t i = 0; i < mProgram.mRules.size(); ++i) {
+    for (auto i = static_cast<std::uint32_t>(mProgram.mRules.size()); i-- > 0;) {
       const Rule& rule = mProgram.mRules[i];
-      for (std::uint32_t at = rule.first; at < rule.first + rule.count; ++at)
+      for (std::uint32_t at = rule.first + rule.count; at-- > rule.first;)
         if (events[at] != 0) use(mProgram.mArguments[at], Watch{i, events[at]});
     }
   };
@@ -245,18 +245,16 @@ void ProgramBuilder::Finish() {
   first.assign(slots + 1, 0);
   patient.assign(slots, 0);
   forEach([&](Slot x, Watch watch) { ++(isLast(watch.events) ? patient[x] : first[x]); });
-  std::uint32_t next = 0;
+  // Where the watches of a slot end, until they are filled in from behind.
+  std::uint32_t end = 0;
   for (std::size_t x = 0; x < slots; ++x) {
-    const std::uint32_t others = first[x], waiting = patient[x];
-    first[x] = next;
-    patient[x] = next + others;
-    next += others + waiting;
+    first[x] = end += first[x];
+    patient[x] = end += patient[x];
   }
-  first[slots] = next;
-  mProgram.mWatches.resize(next);
-  std::vector<std::uint32_t> open = first, openPatient = patient;
+  first[slots] = end;
+  mProgram.mWatches.resize(end);
   forEach([&](Slot x, Watch watch) {
-    mProgram.mWatches[(isLast(watch.events) ? openPatient[x] : open[x])++] = watch;
+    mProgram.mWatches[--(isLast(watch.events) ? patient[x] : first[x])] = watch;
   });
 }
 
