@@ -188,7 +188,10 @@ extern "C" ZULTAV_TYPES_API int InitModule(ZULTaVoModule* module, ZULTaVoModuleM
   ZULTaVoModule* types = manager->OpenModule("ZULTavAbstractTypes");
   if (types == nullptr) return 0;
   module->AddLoadedModule(types);
-  const ZULTaVoObjectDescriptor* bit = BitInteger::MakeDescriptor();
+  ZULTaVoObjectDescriptor* bit = BitInteger::MakeDescriptor();
+  if (bit == nullptr) return 0;
+  bit->SetShortName("bits");
+  bit->SetLiterals(ZULTaVoObjectDescriptor::kIntegers);
   module->AddObjectDescriptor(bit);
   const auto add = [&](const char* name, const ZULTaVoObjectDescriptor* constraint) {
     module->AddObjectDescriptor(ZULTaVoCreateBinaryOperator(name, bit, bit, bit, constraint));
@@ -196,6 +199,7 @@ extern "C" ZULTAV_TYPES_API int InitModule(ZULTaVoModule* module, ZULTaVoModuleM
   add("+", ZULTaVoAdditionConstraint::sDescriptor);
   add("*", ZULTaVoMultiplicationConstraint::sDescriptor);
   add("mod", ZULTaVoRemainderConstraint::sDescriptor);
+  add("=", ZULTaVoEqualTernaryConstraint::sDescriptor);
   add("<>", ZULTaVoUnequalTernaryConstraint::sDescriptor);
   add("/\\", ZULTaVoMinimumConstraint::sDescriptor);
   return 1;

@@ -32,6 +32,23 @@ class TrigLimitsLink {
 };
 const TrigLimitsLink sLink;
 
+using Descriptor = ZULTaVoObjectDescriptor;
+
+/// The types, with what models call them and which literals are their values.
+constexpr struct {
+  Descriptor* (*make)();
+  const char* shortName;
+  int literals;
+} kTypes[] = {
+    {&ZULTavSingleBoolean::MakeDescriptor,   "bool",     Descriptor::kTruths                       },
+    {&ZULTavSingleInteger::MakeDescriptor,   "",         Descriptor::kIntegers                     },
+    {&ZULTavIntervalInteger::MakeDescriptor, "int",      Descriptor::kIntegers                     },
+    {&ZULTavSingleReal::MakeDescriptor,      "",         Descriptor::kIntegers | Descriptor::kReals},
+    {&ZULTavIntervalReal::MakeDescriptor,    "real",     Descriptor::kIntegers | Descriptor::kReals},
+    {&ZULTavPositive::MakeDescriptor,        "positive", 0                                         },
+    {&ZULTavAngle::MakeDescriptor,           "angle",    0                                         },
+};
+
 }  // namespace
 
 int InitModule(ZULTaVoModule* module, ZULTaVoModuleManager* manager) {
@@ -40,13 +57,11 @@ int InitModule(ZULTaVoModule* module, ZULTaVoModuleManager* manager) {
   if (abstractTypes == nullptr) return 0;
   module->AddLoadedModule(abstractTypes);
 
-  for (const auto make :
-       {&ZULTavSingleBoolean::MakeDescriptor, &ZULTavSingleInteger::MakeDescriptor,
-        &ZULTavIntervalInteger::MakeDescriptor, &ZULTavSingleReal::MakeDescriptor,
-        &ZULTavIntervalReal::MakeDescriptor, &ZULTavPositive::MakeDescriptor,
-        &ZULTavAngle::MakeDescriptor}) {
-    const ZULTaVoObjectDescriptor* const made = make();
+  for (const auto& type : kTypes) {
+    Descriptor* const made = type.make();
     if (made == nullptr) return 0;
+    made->SetShortName(type.shortName);
+    made->SetLiterals(type.literals);
     module->AddObjectDescriptor(made);
   }
 

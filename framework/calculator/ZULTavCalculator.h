@@ -26,6 +26,7 @@ class ZULTAV_CALCULATOR_API ZULTavCalculator {
     std::size_t nameLength = 255;         ///< bytes of a name
     std::size_t numberLength = 1000;      ///< bytes of a number
     std::size_t arraySize = 2'000'000;    ///< elements of one array
+    std::size_t listItems = 4'000'000;    ///< of all lists that expressions make, at one time
     std::size_t variables = 4'000'000;    ///< all elements of all variables
     std::size_t operations = 4'000'000;   ///< operator applications, `for` written out
     std::size_t iterations = 32'000'000;  ///< steps of all `for`, `sum`, … together

@@ -30,7 +30,7 @@ class ZULTAV_CALCULATOR_API ZULTavModel {
   /// A declared variable or array of variables.
   struct Variable {
     std::string name;
-    std::string typeName;  ///< the registered name, such as "interval int"
+    std::string typeName;  ///< the registered name
     const ZULTaVoObjectDescriptor* type = nullptr;
     /// Objects of the network; one unless it is an array, whose last index runs fastest.
     std::vector<ZULTaVoAny*> values;

@@ -15,6 +15,10 @@ class ZULTAV_TYPES_API ZULTaVoObjectDescriptor : public ZULStreamable, public ZU
  public:
   enum class Kind { kType, kConstraint, kOperator, kRelation };
 
+  /// Literals of models; a sum of these. Integers and reals take those of integers, reals those of
+  /// reals, booleans those of truth values.
+  enum Literals { kIntegers = 1, kReals = 2, kTruths = 4 };
+
   /// `base` is the descriptor of the type that this one specialises, or null.
   ZULTaVoObjectDescriptor(const ZULString& name, const ZULTaVoObjectDescriptor* base, int version);
   explicit ZULTaVoObjectDescriptor(ZULStreamableInit) {}
@@ -45,12 +49,20 @@ class ZULTAV_TYPES_API ZULTaVoObjectDescriptor : public ZULStreamable, public ZU
   const char* GetName() const { return mName.Str(); }
   const ZULTaVoObjectDescriptor* GetBase() const { return mBase; }
 
+  /// What models may call the type beside its name, and which literals are values of it: a sum of
+  /// Literals, else those of the type that it specialises. No part of the stream form.
+  void SetShortName(const ZULString& name) { mShortName = name; }
+  const char* GetShortName() const { return mShortName.Str(); }
+  void SetLiterals(int literals) { mLiterals = literals; }
+  int GetLiterals() const { return mLiterals; }
+
  private:
   friend class ZULTaVoModule;
 
-  ZULString mName;
+  ZULString mName, mShortName;
   const ZULTaVoObjectDescriptor* mBase = nullptr;
   int mVersion = 1;
+  int mLiterals = 0;
   mutable bool mOwned = false;  // by a module
 };
 

@@ -39,7 +39,7 @@ class ZULTAV_TYPES_API ZULTaVoOperatorDescriptor : public ZULTaVoObjectDescripto
   void Read(ZULipstream& in) override;
   Kind GetKind() const override { return Kind::kOperator; }
   unsigned int GetNumberOfArguments() const override;
-  /// Like "+ (interval int, single int) -> interval int".
+  /// Like "+ (A, B) -> A", with the names of types.
   void PrintOn(std::ostream& out) const override;
 
   Shape GetShape() const { return mShape; }

@@ -19,6 +19,7 @@ TEST(LimitsTest, WhatIsTooLargeIsRefusedByName) {
   options.limits.arraySize = 100;
   options.limits.variables = 150;
   options.limits.operations = 200;
+  options.limits.listItems = 60;
   options.limits.iterations = 1000;
   options.limits.errors = 5;
   const struct {
@@ -49,6 +50,8 @@ TEST(LimitsTest, WhatIsTooLargeIsRefusedByName) {
       {"for i in 1..9223372036854775807 : x = 1;",              "",                  0,       "",             "is longer than the limit of 1000"                        },
       {"x = sum(i in 1..20, j in 1..20) 1;",                    "",                  0,       "",             "more terms than the limit of 200"                        },
       {"alldifferent(i in 1..100) i;",                          "",                  0,       "",             "more steps than the limit of 1000"                       },
+      {"let a = [",                                             "1, ",               60,      "1];",          "more items than the limit of 60"                         },
+      {"let f(y) = size([y, y, y]); x < sum(i in 1..90) f(i);", "",                  0,       "",             ""                                                        },
       {"x = 0",                                                 " + 1",              1000,    ";",            "more operations than the limit of 200"                   },
       {"x = y;",                                                "x = ;",             30,      "",             "the limit on errors is 5"                                },
   };

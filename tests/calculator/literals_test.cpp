@@ -78,6 +78,46 @@ TEST(LiteralsTest, LiteralTakesTheTypeThatItsNeighbourAsksFor) {
 }
 
 /// The value in the network is the end of the type.
+TEST(LiteralsTest, EveryModuleNamesTypesAndTakesLiterals) {
+  ZULTaVoModuleManager manager;
+  manager.AddSearchDirectory(TEST_MODULES);
+  const ZULTaVoModule* bits = manager.OpenModule("BitModule");
+  ASSERT_NE(bits, nullptr) << manager.GetReason();
+  const ZULTaVoModule* numbers = &NumberModule();
+  const std::string foreign = "x : bits; x + 3 = 7;";
+  const struct {
+    std::vector<const ZULTaVoModule*> modules;
+    std::string source, values;  // of the variables, propagated; or a part of the error
+  } kRows[] = {
+      {{bits},          foreign,                                  "4  "                    },
+      {{bits},          foreign + " y : bit;",                    "did you mean 'bits'?"   },
+      {{bits},          foreign + " x + 1.5 = x;",                "type for the number 1.5"},
+      {{bits},          foreign + " x in {1, 4};",                "no operator '"          },
+      {{numbers, bits}, foreign + " k : int = 9; k - 3 = 6;",     "4  [9,9] "              },
+ // The domain of the type that comes first is too small for the sum.
+      {{bits, numbers},
+       foreign + " n : int; p[1..40] : bool = True; n = sum(p);",
+       "4  [40,40] True "                                                                  },
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.source);
+    std::vector<ZULTavDiagnostic> errors;
+    const auto model = ZULTavCalculator(row.modules).Read(row.source, "test", {}, errors);
+    std::ostringstream out;
+    for (const ZULTavDiagnostic& error : errors) error.Print(out);
+    if (model != nullptr) {
+      EXPECT_EQ(model->Network().Propagate(), ZULTaVoNetwork::Status::kConsistent);
+      for (const auto& variable : model->Variables()) {
+        variable.values[0]->PrintOn(out);
+        out << ' ';
+      }
+      EXPECT_EQ(out.str(), row.values);
+    } else {
+      EXPECT_NE(out.str().find(row.values), std::string::npos) << out.str();
+    }
+  }
+}
+
 TEST(LiteralsTest, NumbersBeyondTheModuleAreHandedOver) {
   constexpr std::int64_t kGreatest = INT64_MAX, kLeast = INT64_MIN;
   const auto whole = ZULTaVoConstant::Integer;

@@ -47,7 +47,8 @@ void Interpreter::Call(const Node& node, std::vector<Value> operands,
          "'" + mNames.GetName(node.data) + "' takes " + std::to_string(function.parameters.size()) +
              " operands, not " + std::to_string(operands.size()),
          {"it was introduced in " + PlaceOf(symbol)});
-  CountIteration(node.span);
+  constexpr std::size_t kSteps = 2;  // of a loop, that a call takes as long as
+  CountIteration(node.span, kSteps);
   const std::size_t known = mConstants.size();
   for (std::size_t i = 0; i < operands.size(); ++i) {
     Symbol& parameter = SymbolOf(function.parameters[i]);

@@ -286,8 +286,9 @@ std::vector<ZULTavModel::Dimension> Interpreter::EvaluateDimensions(const Declar
 
 // --- Loops ------------------------------------------------------------------------------------
 
-void Interpreter::CountIteration(Span span) {
-  if (++mIterations > mLimits.iterations)
+void Interpreter::CountIteration(Span span, std::size_t steps) {
+  mIterations += steps;
+  if (mIterations > mLimits.iterations)
     Fail(span, "the loops take more steps than the limit of " + std::to_string(mLimits.iterations));
 }
 

@@ -138,7 +138,7 @@ class Interpreter {
   void CheckMember(const Value& value, const Value& set, Span span) const;
   Value Join(Op op, const Value& left, const Value& right, Span span,
              const Value* target = nullptr);
-  Value MakeList(std::vector<Value> items, std::int64_t first, Span span) const;
+  Value MakeList(std::vector<Value> items, std::int64_t first, Span span);
   std::size_t SizeOf(const Value& list) const;
   std::int64_t FirstIndexOf(const Value& list) const;
   Value ItemOf(const Value& list, std::size_t item) const;
@@ -183,7 +183,7 @@ class Interpreter {
   std::vector<NodeRange> OperandsOf(NodeRange range) const;
   Span SpanOf(NodeRange range) const;
   const Node& RootOf(NodeRange range) const { return mSyntax->nodes[range.last]; }
-  void CountIteration(Span span);
+  void CountIteration(Span span, std::size_t steps = 1);
   [[noreturn]] void FailUnknown(const Node& node, std::string_view what);
   void SetSource(const Source* source);
   std::string PlaceOf(const Symbol& symbol) const;
@@ -194,6 +194,7 @@ class Interpreter {
   const ZULTavCalculator::Limits& mLimits;
   const Source* mSource = nullptr;
   const Syntax* mSyntax = nullptr;
+  std::size_t mListItems = 0;    // of the lists that expressions made; outlives them
   std::vector<Symbol> mSymbols;  // by name
   std::vector<Value> mConstants;
   std::map<std::uint32_t, Definition> mDefinitions;  // by name

@@ -9,11 +9,19 @@ namespace zultav::detail {
 // Lists, arrays and sets of integers. An array of variables is a list, too, whose items need not be
 // collected before they are asked for.
 
-Value Interpreter::MakeList(std::vector<Value> items, std::int64_t first, Span span) const {
+Value Interpreter::MakeList(std::vector<Value> items, std::int64_t first, Span span) {
+  const std::size_t size = items.size() + 1;
+  if (mListItems + size > mLimits.listItems)
+    Fail(span, "the lists have more items than the limit of " + std::to_string(mLimits.listItems));
   Value value = Value::OfList({first, 1, std::move(items)}, span);
   if (value.List().depth > mLimits.nesting)
     Fail(span, "lists within lists are deeper than the limit of " +
                    std::to_string(mLimits.nesting) + " levels");
+  // Whoever drops the list last says so.
+  mListItems += size;
+  value.content = std::shared_ptr<const void>(
+      value.content.get(),
+      [this, size, content = value.content](const void*) { mListItems -= size; });
   return value;
 }
 

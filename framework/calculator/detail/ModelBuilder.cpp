@@ -95,12 +95,6 @@ ZULTavModel::Statement::Kind StatementKindOf(Op op) {
 
 }  // namespace
 
-LocalValue::LocalValue(const ZULTaVoObjectDescriptor& type)
-    : mType(type),
-      mMemory(new std::max_align_t[type.GetObjectSize() / sizeof(std::max_align_t) + 1]) {
-  if (type.InitObject(mMemory.get()) == nullptr) throw std::bad_alloc();
-}
-
 // --- Objects ----------------------------------------------------------------------------------
 
 ZULTaVoAny* ModelBuilder::NewObject(Type type, const void* from) {
@@ -243,20 +237,21 @@ std::uint32_t ModelBuilder::LeafFor(const Value& value, Type type) {
 
 ModelBuilder::Application ModelBuilder::Resolve(const Operation& operation, const Value* operands,
                                                 unsigned int count) {
-  std::array<Registry::TypeChoice, 2> choices = {};
+  // An operand that is there already has one choice, and so has one that is missing.
+  Type given[2] = {nullptr, nullptr};
+  Registry::TypeChoice choices[2] = {
+      {&given[0], 1},
+      {&given[1], 1}
+  };
   for (unsigned int i = 0; i < count; ++i) {
-    if (operands[i].IsExpression()) {
-      choices[i][0] = TypeOf(operands[i]);
-      continue;
-    }
+    given[i] = TypeOf(operands[i]);
+    if (operands[i].IsExpression()) continue;
     Type other = count == 2 ? TypeOf(operands[1 - i]) : nullptr;
     // An integer exponent narrows a real base further than a real number of the same value.
     if (i == 1 && mNames.GetName(operation.name) == "^") other = mRegistry.IntegerTypeLike(other);
     choices[i] = mRegistry.ChooseTypes(operands[i].constant, other);
-    if (choices[i][0] == nullptr)
-      Fail(operands[i].span, "no module has the type '" +
-                                 std::string(Registry::NameOfWanted(operands[i].constant)) +
-                                 "' that this constant needs");
+    RequireType(choices[i].empty() ? nullptr : choices[i][0], operands[i].constant.Describe(),
+                operands[i].span);
   }
   const auto find = [&](const Type* types) {
     return mRegistry.FindOperator(operation.name, mNames.GetName(operation.name), types, count);
@@ -265,10 +260,8 @@ ModelBuilder::Application ModelBuilder::Resolve(const Operation& operation, cons
       nullptr, count, {kNone, kNone}
   };
   Type types[2] = {nullptr, nullptr};
-  // Of every operand at least the first choice is tried, even of operands that are not there.
   for (std::size_t i = 0; i < choices[0].size() && result.op == nullptr; ++i)
     for (std::size_t j = 0; j < choices[1].size() && result.op == nullptr; ++j) {
-      if ((i > 0 && choices[0][i] == nullptr) || (j > 0 && choices[1][j] == nullptr)) break;
       types[0] = choices[0][i];
       types[1] = choices[1][j];
       result.op = find(types);
@@ -396,7 +389,7 @@ ZULTaVoAny* ModelBuilder::ResultObject(Type type, std::span<const std::uint32_t>
                                        const Value* target) {
   if (target != nullptr) {
     const Type literal =
-        target->IsConstant() ? mRegistry.ChooseTypes(target->constant, type)[0] : TypeOf(*target);
+        target->IsConstant() ? mRegistry.ChooseType(target->constant, type) : TypeOf(*target);
     if (literal != nullptr && type->IsMatched(literal)) {
       ZULTaVoAny* object =
           ObjectOf(target->IsConstant() ? LeafFor(*target, literal) : target->index);
@@ -468,16 +461,23 @@ std::uint32_t ModelBuilder::AppendList(const std::vector<std::uint32_t>& express
   return place;
 }
 
+/// The type, which no module has where it is null.
+ModelBuilder::Type ModelBuilder::RequireType(Type type, const std::string& what, Span span) {
+  if (type == nullptr) Fail(span, "no module that is open has a type for " + what);
+  return type;
+}
+
 Value ModelBuilder::Count(const std::vector<Value>& terms, Span span, const Value* target) {
   std::vector<std::uint32_t> list;
   list.reserve(terms.size());
   for (const Value& term : terms)
     list.push_back(term.IsExpression()
                        ? term.index
-                       : LeafFor(term, mRegistry.ChooseTypes(term.constant, nullptr)[0]));
+                       : LeafFor(term, RequireType(mRegistry.ChooseType(term.constant, nullptr),
+                                                   term.constant.Describe(), term.span)));
   const auto known = mCounts.find(list);
   if (known != mCounts.end()) return Value::OfExpression(known->second, span);
-  const Type type = mRegistry.ChooseTypes(Constant::Integer(0), nullptr)[0];
+  const Type type = RequireType(mRegistry.GetIntegerType(), "integers", span);
   ZULTaVoAny* result = ResultObject(type, list, target);
   std::vector<ZULTaVoObject*> arguments = {result};
   for (const std::uint32_t expression : list) arguments.push_back(ObjectOf(expression));
@@ -565,7 +565,7 @@ ModelBuilder::Type ModelBuilder::CommonIntegerType(const std::vector<Value>& ter
   const bool fit = std::all_of(terms.begin(), terms.end(), [&](const Value& term) {
     if (term.IsExpression()) return TypeOf(term) == type;
     return term.IsConstant() && term.constant.IsInteger() &&
-           mRegistry.ChooseTypes(term.constant, type)[0] == type;
+           mRegistry.ChooseType(term.constant, type) == type;
   });
   return fit ? type : nullptr;
 }

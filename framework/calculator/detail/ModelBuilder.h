@@ -11,6 +11,7 @@
 
 #include "framework/calculator/ZULTavModel.h"
 #include "framework/calculator/detail/IntegerSet.h"
+#include "framework/calculator/detail/LocalValue.h"
 #include "framework/calculator/detail/Registry.h"
 #include "framework/calculator/detail/Syntax.h"
 #include "framework/solver/ZULTaVoRelationDescriptor.h"
@@ -98,24 +99,6 @@ struct Operation {
   std::uint32_t name = 0;  // in the name table
   Op op = Op::kNone;
   Span span;
-};
-
-/// A value of a type outside any network.
-class LocalValue {
- public:
-  explicit LocalValue(const ZULTaVoObjectDescriptor& type);
-  ~LocalValue() { mType.DestroyObject(mMemory.get()); }
-  LocalValue(const LocalValue&) = delete;
-  LocalValue& operator=(const LocalValue&) = delete;
-
-  ZULTaVoAny* Get() const {
-    return static_cast<ZULTaVoAny*>(static_cast<ZULTaVoObject*>(static_cast<void*>(mMemory.get())));
-  }
-  ZULTaVoAny* operator->() const { return Get(); }
-
- private:
-  const ZULTaVoObjectDescriptor& mType;
-  std::unique_ptr<std::max_align_t[]> mMemory;
 };
 
 /// Builds the network of a model: shares constants and equal subexpressions, lets literals take
@@ -233,7 +216,8 @@ class ModelBuilder {
                 const std::vector<ZULTaVoObject*>& arguments, Span span);
   Type CommonIntegerType(const std::vector<Value>& terms) const;
   std::uint32_t AppendList(const std::vector<std::uint32_t>& expressions);
-  Type LiteralTypeOf(ZULTaVoRelationDescriptor::Element element, bool isReal) const;
+  static Type RequireType(Type type, const std::string& what, Span span);
+  Type LiteralTypeOf(ZULTaVoRelationDescriptor::Element element, bool isReal, Span span) const;
   std::uint32_t Connect(const ZULTaVoRelationDescriptor& relation,
                         const std::vector<Argument>& arguments, bool isReal, Span span,
                         ZULTaVoAny* truth, const Value* target, ZULTaVoAny*& result);

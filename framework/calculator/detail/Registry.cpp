@@ -1,18 +1,21 @@
 #include "framework/calculator/detail/Registry.h"
 
 #include <algorithm>
+#include <iterator>
 #include <sstream>
+#include <tuple>
+
+#include "framework/calculator/detail/LocalValue.h"
+#include "framework/solver/SingleValue.h"
+#include "framework/solver/ZULTaVoBoolean.h"
+#include "framework/solver/ZULTaVoInteger.h"
+#include "framework/solver/ZULTaVoReal.h"
 
 namespace zultav::detail {
 
 namespace {
 
-/// Registered names of the types of literals, in the order of LiteralType.
-constexpr std::string_view kLiteralTypes[] = {"interval int", "interval real", "single int",
-                                              "single real", "single bool"};
-
-/// What may be left out before the name of a type; where that leaves a choice, the first.
-constexpr std::string_view kOptionalWords[] = {"", "interval ", "single "};
+using Descriptor = ZULTaVoObjectDescriptor;
 
 constexpr std::size_t kShownSignatures = 10;
 
@@ -28,22 +31,55 @@ void ForEachDescriptor(const std::vector<const ZULTaVoModule*>& modules, Use use
     for (const ZULTaVoObjectDescriptor* descriptor : module->GetDescriptors()) use(*descriptor);
 }
 
+bool IsVariableType(const Descriptor& descriptor) {
+  return descriptor.GetKind() == Descriptor::Kind::kType && descriptor.GetObjectSize() != 0;
+}
+
+/// Those of the literals that the type says it takes which such values can take at all.
+int LiteralsOf(Registry::Type type) {
+  const int possible = ZULTaVoInteger::sDescriptor->IsMatched(type)   ? Descriptor::kIntegers
+                       : ZULTaVoBoolean::sDescriptor->IsMatched(type) ? Descriptor::kTruths
+                       : Registry::IsReal(type) ? Descriptor::kIntegers | Descriptor::kReals
+                                                : 0;
+  return type->GetLiterals() & possible;
+}
+
 }  // namespace
 
+/// Of several types for a literal sets of values come first, which lose nothing, integers before
+/// reals, and then those that hold more.
 Registry::Registry(const std::vector<const ZULTaVoModule*>& modules) {
   std::copy_if(modules.begin(), modules.end(), std::back_inserter(mModules),
                [](const ZULTaVoModule* module) { return module != nullptr; });
-  std::transform(std::begin(kLiteralTypes), std::end(kLiteralTypes), mLiterals.begin(),
-                 [this](std::string_view name) { return FindType(name); });
+  using Rank = std::tuple<bool, bool, double>;
+  std::vector<std::pair<Rank, Type>> ranked;
+  ForEachDescriptor(mModules, [&](const Descriptor& type) {
+    if (!IsVariableType(type) || LiteralsOf(&type) == 0) return;
+    const LocalValue any(type);
+    any->SetAny();
+    const bool isSingle = any->GetCardinality() == kSingleAny;
+    if (isSingle) mSingles.insert(&type);
+    ranked.push_back({
+        {isSingle, IsReal(&type), -any->GetWidth()},
+        &type
+    });
+  });
+  std::stable_sort(ranked.begin(), ranked.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  for (const auto& [rank, type] : ranked) mLiterals.push_back(type);
 }
 
 Registry::Type Registry::FindType(std::string_view name) const {
-  for (const std::string_view word : kOptionalWords)
-    for (const ZULTaVoModule* module : mModules) {
-      const Type type = module->FindType(std::string(word).append(name));
-      if (type != nullptr && type->GetObjectSize() != 0) return type;
-    }
-  return nullptr;
+  for (const ZULTaVoModule* module : mModules) {
+    const Type type = module->FindType(name);
+    if (type != nullptr && type->GetObjectSize() != 0) return type;
+  }
+  Type found = nullptr;
+  ForEachDescriptor(mModules, [&](const Descriptor& type) {
+    if (found == nullptr && IsVariableType(type) && !name.empty() && name == type.GetShortName())
+      found = &type;
+  });
+  return found;
 }
 
 std::size_t Registry::Hash::operator()(const Key& key) const {
@@ -134,18 +170,13 @@ std::vector<std::string> Registry::DescribeOperators(std::string_view name, cons
 std::vector<std::string> Registry::GetTypeNames() const {
   std::vector<std::string> result;
   std::vector<std::string> shortNames;
-  ForEachDescriptor(mModules, [&](const ZULTaVoObjectDescriptor& descriptor) {
-    if (descriptor.GetKind() != ZULTaVoObjectDescriptor::Kind::kType ||
-        descriptor.GetObjectSize() == 0)
-      return;
+  ForEachDescriptor(mModules, [&](const Descriptor& descriptor) {
+    if (!IsVariableType(descriptor)) return;
     result.emplace_back(descriptor.GetName());
-    for (const std::string_view word : kOptionalWords) {
-      const std::string& name = result.back();
-      if (word.empty() || name.compare(0, word.size(), word) != 0) continue;
-      const std::string rest = name.substr(word.size());
-      if (std::find(shortNames.begin(), shortNames.end(), rest) == shortNames.end())
-        shortNames.push_back(rest);
-    }
+    const std::string shortName = descriptor.GetShortName();
+    if (!shortName.empty() &&
+        std::find(shortNames.begin(), shortNames.end(), shortName) == shortNames.end())
+      shortNames.push_back(shortName);
   });
   result.insert(result.begin(), shortNames.begin(), shortNames.end());
   return result;
@@ -173,60 +204,40 @@ Registry::Type Registry::LiteralTypeBelow(Type type) const {
   return type;
 }
 
-bool Registry::IsSingle(Type type) const {
-  return type != nullptr &&
-         (type == Get(LiteralType::kSingleInteger) || type == Get(LiteralType::kSingleReal));
-}
+bool Registry::IsSingle(Type type) const { return mSingles.contains(LiteralTypeBelow(type)); }
 
-bool Registry::IsReal(Type type) const {
-  type = LiteralTypeBelow(type);
-  return type != nullptr &&
-         (type == Get(LiteralType::kIntervalReal) || type == Get(LiteralType::kSingleReal));
+bool Registry::IsReal(Type type) { return ZULTaVoReal::sDescriptor->IsMatched(type) != 0; }
+
+Registry::Type Registry::FindIntegerType(bool isSingle) const {
+  const auto found = std::find_if(mLiterals.begin(), mLiterals.end(), [&](Type type) {
+    return ZULTaVoInteger::sDescriptor->IsMatched(type) && IsSingle(type) == isSingle;
+  });
+  return found != mLiterals.end() ? *found : nullptr;
 }
 
 Registry::Type Registry::IntegerTypeLike(Type type) const {
   const Type literal = LiteralTypeBelow(type);
-  if (!IsReal(literal)) return type;
-  return Get(IsSingle(literal) ? LiteralType::kSingleInteger : LiteralType::kIntervalInteger);
+  return IsReal(literal) ? FindIntegerType(IsSingle(literal)) : type;
 }
 
-Registry::TypeChoice Registry::ChooseTypes(const Constant& literal, Type other) const {
-  const Type intervalReal = Get(LiteralType::kIntervalReal);
-  const Type singleReal = Get(LiteralType::kSingleReal);
-  TypeChoice result = {};
-  std::size_t used = 0;
-  const auto add = [&](Type type) {
-    if (type != nullptr && std::find(result.begin(), result.end(), type) == result.end())
-      result[used++] = type;
-  };
+/// Beside an operand the type of the operand comes first. A real that is one double is no worse as
+/// a single value, where the operand is one.
+Registry::TypeChoice Registry::ChooseTypes(const Constant& literal, Type other) {
+  const int wanted = literal.IsBoolean()   ? Descriptor::kTruths
+                     : literal.IsInteger() ? Descriptor::kIntegers
+                                           : Descriptor::kReals;
+  const bool isExact = !literal.IsReal() || literal.lower == literal.upper;
   other = LiteralTypeBelow(other);
-  switch (literal.kind) {
-    case Constant::Kind::kBoolean:
-      add(Get(LiteralType::kBoolean));
-      break;
-    case Constant::Kind::kInteger:
-      if (other != Get(LiteralType::kBoolean)) add(other);
-      add(Get(LiteralType::kIntervalInteger));
-      add(intervalReal);
-      add(Get(LiteralType::kSingleInteger));
-      add(singleReal);
-      break;
-    case Constant::Kind::kReal: {
-      const bool exact = literal.lower == literal.upper;
-      if (exact ? IsSingle(other) : other != nullptr && other == singleReal) add(singleReal);
-      add(intervalReal);
-      add(singleReal);
-      break;
-    }
-  }
-  return result;
-}
-
-std::string_view Registry::NameOfWanted(const Constant& literal) {
-  const LiteralType wanted = literal.IsBoolean()   ? LiteralType::kBoolean
-                             : literal.IsInteger() ? LiteralType::kIntervalInteger
-                                                   : LiteralType::kIntervalReal;
-  return kLiteralTypes[static_cast<std::size_t>(wanted)];
+  const auto [place, isNew] = mChoices.try_emplace({isExact ? wanted : -wanted, other});
+  std::vector<Type>& choice = place->second;
+  if (!isNew) return choice;
+  std::copy_if(mLiterals.begin(), mLiterals.end(), std::back_inserter(choice),
+               [wanted](Type type) { return (LiteralsOf(type) & wanted) != 0; });
+  if (literal.IsReal() && isExact && IsSingle(other))
+    std::stable_partition(choice.begin(), choice.end(),
+                          [this](Type type) { return IsSingle(type); });
+  std::stable_partition(choice.begin(), choice.end(), [other](Type type) { return type == other; });
+  return choice;
 }
 
 }  // namespace zultav::detail

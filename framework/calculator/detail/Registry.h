@@ -1,10 +1,13 @@
 #ifndef ZULTAV_CALCULATOR_DETAIL_REGISTRY_H
 #define ZULTAV_CALCULATOR_DETAIL_REGISTRY_H
 
-#include <array>
+#include <map>
+#include <set>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "framework/calculator/detail/Constant.h"
@@ -12,22 +15,13 @@
 
 namespace zultav::detail {
 
-/// The types that literals can have.
-enum class LiteralType : std::uint8_t {
-  kIntervalInteger,
-  kIntervalReal,
-  kSingleInteger,
-  kSingleReal,
-  kBoolean
-};
-
 /// The types and operators of the modules, and the words that the language has for types.
 class Registry {
  public:
   using Type = const ZULTaVoObjectDescriptor*;
   using Operator = const ZULTaVoOperatorDescriptor*;
-  /// The types that a literal may take, best first; null where there is none.
-  using TypeChoice = std::array<Type, 4>;
+  /// The types that a literal may take, best first.
+  using TypeChoice = std::span<const Type>;
 
   explicit Registry(const std::vector<const ZULTaVoModule*>& modules);
 
@@ -50,17 +44,21 @@ class Registry {
   /// Names of operators that can be called, that is, which are words.
   std::vector<std::string> GetFunctionNames() const;
 
-  /// The integer literal type that is single or an interval as the real `type` is; any other type
-  /// is itself.
+  /// The type of integer literals that is single or not as the real `type` is; any other type is
+  /// itself.
   Type IntegerTypeLike(Type type) const;
+  /// The first type of integers that takes literals; null when there is none.
+  Type GetIntegerType() const { return FindIntegerType(false); }
   /// What a literal becomes beside an operand of type `other` (null: beside none).
-  TypeChoice ChooseTypes(const Constant& literal, Type other) const;
+  TypeChoice ChooseTypes(const Constant& literal, Type other);
+  /// The first of them; null when there is none.
+  Type ChooseType(const Constant& literal, Type other) {
+    const TypeChoice choice = ChooseTypes(literal, other);
+    return choice.empty() ? nullptr : choice[0];
+  }
   /// Whether values of the type are single values, not intervals.
   bool IsSingle(Type type) const;
-  /// Whether it is one of the two types of real literals or specialises one.
-  bool IsReal(Type type) const;
-  /// For messages: the name of the type that literals of this kind would need first.
-  static std::string_view NameOfWanted(const Constant& literal);
+  static bool IsReal(Type type);
 
  private:
   struct Key {
@@ -74,10 +72,12 @@ class Registry {
   };
 
   Type LiteralTypeBelow(Type type) const;
-  Type Get(LiteralType type) const { return mLiterals[static_cast<std::size_t>(type)]; }
+  Type FindIntegerType(bool isSingle) const;
 
   std::vector<const ZULTaVoModule*> mModules;
-  std::array<Type, 5> mLiterals = {};
+  std::vector<Type> mLiterals;  // the types that take literals, best first
+  std::set<Type> mSingles;      // those of them whose values are single ones
+  std::map<std::pair<int, Type>, std::vector<Type>> mChoices;
   std::unordered_map<Key, Operator, Hash> mFound;
 };
 

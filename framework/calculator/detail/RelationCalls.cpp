@@ -164,11 +164,13 @@ void Interpreter::AssertRelation(NodeRange range) {
 
 // --- What they become -------------------------------------------------------------------------
 
-ModelBuilder::Type ModelBuilder::LiteralTypeOf(Element element, bool isReal) const {
-  const Constant literal = element == Element::kTruth       ? Constant::Boolean(true)
-                           : IsRealElement(element, isReal) ? Constant::Integer(0).AsReal()
-                                                            : Constant::Integer(0);
-  return mRegistry.ChooseTypes(literal, nullptr)[0];
+ModelBuilder::Type ModelBuilder::LiteralTypeOf(Element element, bool isReal, Span span) const {
+  if (element == Element::kTruth)
+    return RequireType(mRegistry.ChooseType(Constant::Boolean(true), nullptr), "truth values",
+                       span);
+  if (IsRealElement(element, isReal))
+    return RequireType(mRegistry.ChooseType(Constant::Integer(0).AsReal(), nullptr), "reals", span);
+  return RequireType(mRegistry.GetIntegerType(), "integers", span);
 }
 
 /// Adds the relation between its arguments, its result where it has one, and its truth unless that
@@ -188,13 +190,13 @@ std::uint32_t ModelBuilder::Connect(const ZULTaVoRelationDescriptor& relation,
     if (isKnown) continue;
     for (const Value& value : arguments[i].values)
       list.push_back(value.IsExpression() ? value.index
-                                          : LeafFor(value, LiteralTypeOf(element, isReal)));
+                                          : LeafFor(value, LiteralTypeOf(element, isReal, span)));
   }
   const ZULTaVoRelation constraint(&relation, std::move(parts), truth != nullptr);
   if (const std::string fault = constraint.Check(); !fault.empty()) Fail(span, fault);
   std::vector<ZULTaVoObject*> objects;
   if (definition.result) {
-    result = ResultObject(LiteralTypeOf(definition.result->element, isReal), list, target);
+    result = ResultObject(LiteralTypeOf(definition.result->element, isReal, span), list, target);
     objects.push_back(result);
   }
   for (const std::uint32_t expression : list) objects.push_back(ObjectOf(expression));
@@ -212,7 +214,7 @@ Value ModelBuilder::Call(const ZULTaVoRelationDescriptor& relation,
                          const Value* target) {
   ZULTaVoAny* object = nullptr;
   if (!relation.GetDefinition().result)
-    object = ResultObject(LiteralTypeOf(Element::kTruth, false), {}, target);
+    object = ResultObject(LiteralTypeOf(Element::kTruth, false, span), {}, target);
   const std::uint32_t list = Connect(relation, arguments, isReal, span, object, target, object);
   const auto constraint = static_cast<std::uint32_t>(mModel.mNetwork.GetNumberOfConstraints() - 1);
   return Value::OfExpression(Append({
