@@ -4,9 +4,10 @@
 
 namespace zultav::engine {
 
-Program::Program(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared)
+Program::Program(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared,
+                 std::span<ZULTaVoAny* const> observed)
     : Program(network) {
-  Compiler(*this, network, declared).Compile();
+  Compiler(*this, network, declared, observed).Compile();
 }
 
 }  // namespace zultav::engine

@@ -83,9 +83,9 @@ enum class Code : std::uint8_t {
   kPrimality,     ///< (p, x): p is whether x is a prime
   kStatement,     ///< an equation or condition over reals; data: its number in the system of reals;
                   ///< arguments: the slots whose change calls for it
-  kRelation,      ///< the propagator of a module's relation; numbers: its number in the network, the
-                  ///< words of its state, and of each argument when it is called (Call)
-  kFilter         ///< the filter of a constraint; data: its number in the network
+  kRelation,  ///< the propagator of a module's relation; numbers: its number in the network, the
+              ///< words of its state, and of each argument when it is called (Call)
+  kFilter     ///< the filter of a constraint; data: its number in the network
 };
 
 /// The queues of the rules: what costs less runs sooner.
@@ -143,9 +143,11 @@ struct Watch {
 class ZULTAV_ENGINE_API Program {
  public:
   /// @param declared  values that make up a solution; all others are hidden
+  /// @param observed  hidden values that are told with a solution; the search need not find them
   /// Keeps pointers to the network's constraints and objects, which must outlive it, and knows
   /// nothing of later additions. Throws std::bad_alloc when memory ran out.
-  Program(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared);
+  Program(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared,
+          std::span<ZULTaVoAny* const> observed = {});
 
   std::size_t GetNumberOfSlots() const { return mSlots.size(); }
   const SlotInfo& GetSlot(Slot slot) const { return mSlots[slot]; }
@@ -160,6 +162,8 @@ class ZULTAV_ENGINE_API Program {
   }
   /// The slot of each declared value. Equal values share one.
   const std::vector<Slot>& GetDeclared() const { return mDeclared; }
+  /// The slot of each observed value, which may be that of a declared one.
+  const std::vector<Slot>& GetObserved() const { return mObserved; }
   /// The slot of an object of the network, kNone where nothing is left of it.
   Slot GetSlotOfObject(std::uint32_t object) const { return mSlotOfObject[object]; }
 
@@ -199,7 +203,7 @@ class ZULTAV_ENGINE_API Program {
   const ZULTaVoNetwork& mNetwork;
   std::vector<SlotInfo> mSlots;
   std::vector<std::int64_t> mInitial;  // two words a slot
-  std::vector<Slot> mDeclared, mSlotOfObject;
+  std::vector<Slot> mDeclared, mObserved, mSlotOfObject;
   std::vector<Formula> mFormulas;
   std::vector<Comparison> mComparisons;
   std::vector<Group> mGroups;

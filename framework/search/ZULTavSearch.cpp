@@ -28,14 +28,17 @@ ZULTavSearch::Verdict VerdictOn(NodeReasoner& reasoner, NodeState state, const E
 }  // namespace
 
 ZULTavSearch::ZULTavSearch(ZULTaVoNetwork& network, std::vector<ZULTaVoAny*> declared,
-                           const Options& options)
-    : mNetwork(network), mDeclared(std::move(declared)), mOptions(options) {}
+                           const Options& options, std::vector<ZULTaVoAny*> observed)
+    : mNetwork(network),
+      mDeclared(std::move(declared)),
+      mObserved(std::move(observed)),
+      mOptions(options) {}
 
 /// Whatever ends the step, the network is given back.
 template <class Step>
 ZULTavSearch::Outcome ZULTavSearch::WithCompiled(Step step) {
   try {
-    CompiledSearch compiled(mNetwork, mDeclared, mInterrupt, mFrontier.statistics);
+    CompiledSearch compiled(mNetwork, mDeclared, mObserved, mInterrupt, mFrontier.statistics);
     return step(compiled);
   } catch (const std::bad_alloc&) {
     return Outcome::kOutOfMemory;
@@ -77,8 +80,10 @@ ZULTavSearch::Outcome ZULTavSearch::Propagate(Verdict& verdict) {
 }
 
 bool ZULTavSearch::ReadState(ZULipstream& in) {
-  CompiledSearch compiled(mNetwork, mDeclared, mInterrupt, mFrontier.statistics);
+  CompiledSearch compiled(mNetwork, mDeclared, mObserved, mInterrupt, mFrontier.statistics);
   return mFrontier.Read(in, compiled.GetSpace());
 }
 
-ZULTavSolution ZULTavSearch::MakeSolution() const { return ZULTavSolution(mNetwork, mDeclared); }
+ZULTavSolution ZULTavSearch::MakeSolution() const {
+  return ZULTavSolution(mNetwork, mDeclared, mObserved.size());
+}

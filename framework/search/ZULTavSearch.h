@@ -106,7 +106,10 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
   using SolutionCallback = std::function<bool(const ZULTavSolution&)>;
 
   /// @param declared  objects of the network whose values make up a solution, without repetition
-  ZULTavSearch(ZULTaVoNetwork& network, std::vector<ZULTaVoAny*> declared, const Options& options);
+  /// @param observed  results of operators that are told with each solution: they range over all
+  ///                  numbers, and the search does not split them
+  ZULTavSearch(ZULTaVoNetwork& network, std::vector<ZULTaVoAny*> declared, const Options& options,
+               std::vector<ZULTaVoAny*> observed = {});
   ZULTavSearch(const ZULTavSearch&) = delete;
   ZULTavSearch& operator=(const ZULTavSearch&) = delete;
 
@@ -139,7 +142,7 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
   Outcome WithCompiled(Step step);
 
   ZULTaVoNetwork& mNetwork;
-  std::vector<ZULTaVoAny*> mDeclared;
+  std::vector<ZULTaVoAny*> mDeclared, mObserved;
   Options mOptions;
   ZULTavFrontier mFrontier;
   std::atomic<bool> mInterrupt{false};

@@ -61,6 +61,46 @@ TEST(SearchTest, TimeEndsALongPropagation) {
   EXPECT_LT(found.statistics.seconds, 5);
 }
 
+std::string TextOf(const ZULTavObserved& observed) {
+  std::ostringstream text;
+  if (observed.kind == ZULTavObserved::Kind::kReal)
+    text << observed.reals.lower << ' ' << observed.reals.upper;
+  else
+    text << (observed.kind == ZULTavObserved::Kind::kTruth ? "truth " : "")
+         << observed.integers.lower << ' ' << observed.integers.upper;
+  return text.str();
+}
+
+TEST(SearchTest, ObservedValuesAreToldWithEachSolutionWhateverTheirTypesHold) {
+  // The left side of the last statement is observed: neither its type's limits nor its being told
+  // may change what is found.
+  const struct {
+    const char* text;
+    std::vector<std::string> expected;
+  } rows[] = {
+      {"x : int in {3000000, 7}; x*x + 1 <> 5;",      {"50 50", "9000000000001 9000000000001"}},
+      {"x : int = [1, 2]; y : int = 0; x*x <> y;",    {"1 1", "4 4"}                          },
+      {"p, q : bool; q = false; (p || q) <> q;",      {"truth 1 1"}                           },
+      {"x : int = [2, 3]; 5*x > 0.5;",                {"10 10", "15 15"}                      },
+      {"x : int = [1, 2]; x/2.0 > 0;",                {"0.5 0.5", "1 1"}                      },
+      {"x : real = [-9, 9]; x^2 = 4; 3*x < 100;",     {"-6 -6", "6 6"}                        },
+      {"x : real = [-9, 9]; x^2 = 4; 1 - x^2 < 100;", {"-3 -3", "-3 -3"}                      },
+      {"x : single real = 2; 3*x < 100;",             {"6 6"}                                 },
+  };
+  for (const auto& row : rows) {
+    TextModel model(row.text);
+    const auto& statement = model.model->Statements().back();
+    ZULTavSearch search(model.model->Network(), model.declared, All(),
+                        {model.model->Expressions()[statement.left].object});
+    std::vector<std::string> found;
+    search.Run([&](const ZULTavSolution& solution) {
+      found.push_back(TextOf(solution.GetObserved().front()));
+      return true;
+    });
+    EXPECT_EQ(found, row.expected) << row.text;
+  }
+}
+
 constexpr char kPairs[] = "x, y : int = [1, 6]; x < y;";
 
 TEST(SearchTest, StopsWhenAskedToAndLeavesTheNetworkAsItWas) {

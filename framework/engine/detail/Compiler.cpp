@@ -24,8 +24,8 @@ constexpr std::uint32_t kFewestCounted = 4;
 }  // namespace
 
 Compiler::Compiler(Program& program, const ZULTaVoNetwork& network,
-                   std::span<ZULTaVoAny* const> declared)
-    : mProgram(program), mBuilder(program), mDraft(ReadNetwork(network, declared)) {}
+                   std::span<ZULTaVoAny* const> declared, std::span<ZULTaVoAny* const> observed)
+    : mProgram(program), mBuilder(program), mDraft(ReadNetwork(network, declared, observed)) {}
 
 void Compiler::Compile() {
   Simplify(mDraft);
@@ -44,6 +44,7 @@ void Compiler::Compile() {
   mProgram.mSlots = std::move(mDraft.slots);
   mProgram.mInitial = std::move(mDraft.initial);
   mProgram.mDeclared = std::move(mDraft.declared);
+  mProgram.mObserved = std::move(mDraft.observed);
   mProgram.mSlotOfObject = std::move(mDraft.slotOfObject);
   mProgram.mInfeasible = mDraft.infeasible;
   // What grows step by step holds more than it needs.
@@ -96,6 +97,7 @@ std::vector<bool> Compiler::FindNeeded(const std::vector<bool>& isTaken,
       need({left, right, truth});
   }
   for (const Slot declared : mDraft.declared) need({declared});
+  for (const Slot observed : mDraft.observed) need({observed});
   for (const Draft::Hole& hole : mDraft.holes) need({hole.slot});
   for (const Group& group : mDraft.groups)
     if (group.code != Code::kCount)

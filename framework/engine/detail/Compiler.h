@@ -18,7 +18,8 @@ namespace zultav::engine {
 /// search.
 class Compiler {
  public:
-  Compiler(Program& program, const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared);
+  Compiler(Program& program, const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared,
+           std::span<ZULTaVoAny* const> observed);
 
   void Compile();
 

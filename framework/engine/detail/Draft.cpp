@@ -93,6 +93,7 @@ void Draft::Resolve() {
   for (Group& group : groups) std::for_each(group.slots.begin(), group.slots.end(), resolve);
   for (Hole& hole : holes) resolve(hole.slot);
   std::for_each(declared.begin(), declared.end(), resolve);
+  std::for_each(observed.begin(), observed.end(), resolve);
   for (Slot& slot : slotOfObject)
     if (slot != kNone) resolve(slot);
 }

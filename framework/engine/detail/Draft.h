@@ -50,7 +50,7 @@ struct Draft {
   std::vector<SlotInfo> slots;
   std::vector<std::int64_t> initial;
   std::vector<Slot> parents;
-  std::vector<Slot> declared;
+  std::vector<Slot> declared, observed;
   std::vector<Slot> slotOfObject;
   std::vector<Formula> formulas;
   std::vector<Comparison> comparisons;

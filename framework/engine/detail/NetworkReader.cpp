@@ -101,7 +101,8 @@ const auto* FindRule(ZULTaVoRule rule) {
 
 class NetworkReader {
  public:
-  NetworkReader(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared)
+  NetworkReader(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared,
+                std::span<ZULTaVoAny* const> observed)
       : mNetwork(network) {
     const std::size_t objects = network.GetNumberOfObjects();
     mDraft.slotOfObject.assign(objects, kNone);
@@ -112,6 +113,7 @@ class NetworkReader {
     mDraft.declared.reserve(declared.size());
     for (ZULTaVoAny* value : declared)
       mDraft.declared.push_back(SlotOf(network.GetIndex(value), true));
+    for (ZULTaVoAny* value : observed) mDraft.observed.push_back(SlotOf(network.GetIndex(value)));
   }
 
   Draft Read() {
@@ -361,8 +363,9 @@ class NetworkReader {
 
 }  // namespace
 
-Draft ReadNetwork(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared) {
-  return NetworkReader(network, declared).Read();
+Draft ReadNetwork(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared,
+                  std::span<ZULTaVoAny* const> observed) {
+  return NetworkReader(network, declared, observed).Read();
 }
 
 }  // namespace zultav::engine

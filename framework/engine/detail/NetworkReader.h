@@ -12,7 +12,8 @@ namespace zultav::engine {
 
 /// What the network says, by the rules that its constraints carry. What has no rule that the engine
 /// can use becomes a group that runs the constraint's filter.
-Draft ReadNetwork(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared);
+Draft ReadNetwork(const ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared,
+                  std::span<ZULTaVoAny* const> observed);
 
 }  // namespace zultav::engine
 

@@ -209,6 +209,7 @@ class Simplifier {
       if (slot != kNone) ++uses[slot];
     };
     std::for_each(mDraft.declared.begin(), mDraft.declared.end(), use);
+    std::for_each(mDraft.observed.begin(), mDraft.observed.end(), use);
     for (const Group& group : mDraft.groups)
       std::for_each(group.slots.begin(), group.slots.end(), use);
     for (const Draft::Hole& hole : mDraft.holes) use(hole.slot);

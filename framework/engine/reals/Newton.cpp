@@ -40,17 +40,18 @@ class Newton::Work {
     std::vector<std::uint32_t> unknownOf(program.GetNumberOfSlots(), kNone);
     for (std::uint32_t i = 0; i < system.GetUnknowns().size(); ++i)
       unknownOf[SlotOf(system.GetUnknowns()[i])] = i;
-    std::vector<bool> isDeclared(program.GetNumberOfSlots(), false);
-    for (const Slot slot : program.GetDeclared()) {
-      mUnknownOfDeclared.push_back(unknownOf[slot]);
-      isDeclared[slot] = true;
-    }
+    std::vector<bool> isNamed(program.GetNumberOfSlots(), false);
+    for (const auto* slots : {&program.GetDeclared(), &program.GetObserved()})
+      for (const Slot slot : *slots) {
+        mUnknownOf.push_back(unknownOf[slot]);
+        isNamed[slot] = true;
+      }
     std::vector<bool> matters(program.GetNumberOfSlots(), false);
     for (Slot slot = 0; slot < program.GetNumberOfSlots(); ++slot)
       matters[slot] = program.GetSlot(slot).isSearched;
     const auto note = [&](Slot slot, bool isOfEquation = true) {
       matters[slot] = true;
-      mIsClosed = mIsClosed && (isDeclared[slot] || !isOfEquation);
+      mIsClosed = mIsClosed && (isNamed[slot] || !isOfEquation);
     };
     for (const std::uint32_t term : system.GetUnknowns()) note(SlotOf(term));
     for (const RealSystem::Statement& statement : system.GetStatements()) {
@@ -88,10 +89,10 @@ class Newton::Work {
   LinearHull mHull;
   Shaving mShaving;
   Prover mProver;
-  std::vector<std::uint32_t> mUnknownOfDeclared;  // or kNone
-  std::vector<Slot> mDiscrete;                    // whose values proofs depend on
+  std::vector<std::uint32_t> mUnknownOf;  // of each declared and each observed value, or kNone
+  std::vector<Slot> mDiscrete;            // whose values proofs depend on
   bool mHasEquations = false;
-  bool mIsClosed = true;        // equations depend on declared values alone
+  bool mIsClosed = true;        // equations depend on declared and observed values alone
   bool mHasApproached = false;  // since the last contraction
   std::vector<RealRange> mApproached, mBefore, mRound, mAfter;  // of the unknowns
   std::vector<double> mSmearOf;
@@ -199,7 +200,7 @@ void Newton::Work::CalcSmears(std::span<double> smears) {
       largest[unknowns[k]] = std::max(largest[unknowns[k]], smear(k) / sum);
   }
   for (std::size_t i = 0; i < smears.size(); ++i)
-    if (mUnknownOfDeclared[i] != kNone) smears[i] = largest[mUnknownOfDeclared[i]];
+    if (mUnknownOf[i] != kNone) smears[i] = largest[mUnknownOf[i]];
 }
 
 // --- Proof ------------------------------------------------------------------------------------
@@ -215,7 +216,7 @@ Newton::Finding Newton::Work::Prove(std::span<RealRange> box, std::span<RealRang
   const Finding finding = mProver.Prove(mIsClosed);
   const auto assign = [this](std::span<const RealRange> from, std::span<RealRange> to) {
     for (std::size_t i = 0; i < to.size() && !from.empty(); ++i)
-      if (mUnknownOfDeclared[i] != kNone) to[i] = from[mUnknownOfDeclared[i]];
+      if (mUnknownOf[i] != kNone) to[i] = from[mUnknownOf[i]];
   };
   assign(mProver.GetCertified(), box);
   assign(mProver.GetRegion(), region);
@@ -226,12 +227,12 @@ std::vector<std::uint32_t> Newton::Work::FindSignless() const {
   std::vector<std::uint32_t> signless;
   if (!mEngine.GetProgram().IsComplete()) return signless;
   const std::vector<bool> even = mSystem.FindEven();
-  // Equal values have one sign.
+  // Equal values have one sign, and what is observed has the sign that it is observed with.
   std::vector<unsigned int> shares(even.size(), 0);
-  for (const std::uint32_t unknown : mUnknownOfDeclared)
+  for (const std::uint32_t unknown : mUnknownOf)
     if (unknown != kNone) ++shares[unknown];
-  for (std::uint32_t i = 0; i < mUnknownOfDeclared.size(); ++i)
-    if (const std::uint32_t unknown = mUnknownOfDeclared[i];
+  for (std::uint32_t i = 0; i < mEngine.GetProgram().GetDeclared().size(); ++i)
+    if (const std::uint32_t unknown = mUnknownOf[i];
         unknown != kNone && even[unknown] && shares[unknown] == 1)
       signless.push_back(i);
   return signless;

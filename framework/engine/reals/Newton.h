@@ -53,9 +53,9 @@ class ZULTAV_ENGINE_API Newton {
   /// Looks for solutions within or very near the present values, which propagation no longer
   /// narrows; leaves them as they are. A proof holds for the model over the true reals, without any
   /// tolerance; decimal fractions and Pi are true numbers, too.
-  /// @param[in,out] box, region  one range for each declared value of the program, holding the
-  ///                             present values; those of reals are set where the finding speaks
-  ///                             of them
+  /// @param[in,out] box, region  one range for each declared, then each observed value of the
+  ///                             program, holding the present values; those of reals are set where
+  ///                             the finding speaks of them
   Finding Prove(std::span<RealRange> box, std::span<RealRange> region);
 
   /// The declared values, by number, whose signs do not matter: wherever one is in a solution, so

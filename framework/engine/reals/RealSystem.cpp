@@ -25,15 +25,16 @@ class RealSystemBuilder {
   void Build() {
     const std::size_t slots = mProgram.GetNumberOfSlots();
     mTermOf.assign(slots, kNone);
-    for (const Slot slot : mProgram.GetDeclared())
-      if (IsReal(slot)) TermOf(slot);
-    const auto declared = static_cast<std::uint32_t>(mSystem.mTerms.size());
+    for (const auto* list : {&mProgram.GetDeclared(), &mProgram.GetObserved()})
+      for (const Slot slot : *list)
+        if (IsReal(slot)) TermOf(slot);
+    const auto named = static_cast<std::uint32_t>(mSystem.mTerms.size());
     for (const Formula& formula : mProgram.GetFormulas()) Read(formula);
     for (const Comparison& comparison : mProgram.GetComparisons()) Read(comparison);
     for (std::uint32_t term = 0; term < mSystem.mTerms.size(); ++term) {
       // A hidden value of which something is known is no mere abbreviation.
       const bool isFree = mSystem.mTerms[term].initial == RealRange();
-      if (!IsGiven(term) && term >= declared && isFree) continue;
+      if (!IsGiven(term) && term >= named && isFree) continue;
       if (!IsGiven(term)) mSystem.mUnknowns.push_back(term);
       SetKnown(term);
     }

@@ -58,7 +58,8 @@ class ZULTAV_ENGINE_API RealSystem {
   explicit RealSystem(const Program& program);
 
   const std::vector<Term>& GetTerms() const { return mTerms; }
-  /// The terms that are unknowns: declared reals, and hidden ones that no function gives.
+  /// The terms that are unknowns: declared and observed reals, and hidden ones that no function
+  /// gives.
   const std::vector<std::uint32_t>& GetUnknowns() const { return mUnknowns; }
   const std::vector<Operation>& GetOperations() const { return mOperations; }
   const std::vector<Statement>& GetStatements() const { return mStatements; }

@@ -3,12 +3,13 @@
 namespace zultav::detail {
 
 CompiledSearch::CompiledSearch(ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared,
+                               std::span<ZULTaVoAny* const> observed,
                                const std::atomic<bool>& interrupt,
                                ZULTavFrontier::Statistics& statistics)
     : mSettings(network.GetRealSettings()),
       mBegin(Clock::now()),
       mStatistics(statistics),
-      mProgram(network, declared),
+      mProgram(network, declared, observed),
       mEngine(mProgram, &network),
       mNewton(mEngine),
       mSpace(network, mProgram, declared) {

@@ -15,7 +15,8 @@ namespace zultav::detail {
 class CompiledSearch {
  public:
   CompiledSearch(ZULTaVoNetwork& network, std::span<ZULTaVoAny* const> declared,
-                 const std::atomic<bool>& interrupt, ZULTavFrontier::Statistics& statistics);
+                 std::span<ZULTaVoAny* const> observed, const std::atomic<bool>& interrupt,
+                 ZULTavFrontier::Statistics& statistics);
   ~CompiledSearch();
   CompiledSearch(const CompiledSearch&) = delete;
   CompiledSearch& operator=(const CompiledSearch&) = delete;

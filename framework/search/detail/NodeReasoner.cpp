@@ -135,16 +135,18 @@ NodeReasoner::Finding NodeReasoner::Prove(NodeState state, ZULTavBox& box, ZULTa
   if (verdict == engine::ExactCheck::Verdict::kFails) return Finding::kNoSolution;
   if (verdict == engine::ExactCheck::Verdict::kUnknown) return Finding::kNothing;
   if (mSpace.HasContinuousValues()) {
-    const std::uint32_t count = mSpace.GetNumberOfDeclared();
-    std::vector<RealRange> inner(count);
-    for (std::uint32_t i = 0; i < count; ++i)
-      if (mSpace[i].kind != Kind::kOpaque) inner[i] = mEngine.GetReals(mSpace[i].slot);
+    const Program& program = mEngine.GetProgram();
+    std::vector<Slot> slots = program.GetDeclared();
+    slots.insert(slots.end(), program.GetObserved().begin(), program.GetObserved().end());
+    std::vector<RealRange> inner(slots.size());
+    for (std::size_t i = 0; i < slots.size(); ++i)
+      if (program.GetSlot(slots[i]).kind != Kind::kOpaque) inner[i] = mEngine.GetReals(slots[i]);
     std::vector<RealRange> outer = inner;
     const Finding finding = mNewton.Prove(inner, outer);
     box = mSpace.Capture(mEngine);
     region = mSpace.Capture(mEngine);
-    for (std::uint32_t i = 0; i < count; ++i) {
-      if (mSpace[i].kind != Kind::kReal) continue;
+    for (std::size_t i = 0; i < slots.size(); ++i) {
+      if (program.GetSlot(slots[i]).kind != Kind::kReal) continue;
       box.ranges[i] = inner[i];
       region.ranges[i] = outer[i];
     }

@@ -52,6 +52,13 @@ void PendingBoxes::Unite(ZULTavBox& box, const ZULTavBox& other) const {
   for (std::uint32_t i = 0; i < mSpace.GetNumberOfDeclared(); ++i)
     if (IsMergeable(mSpace[i]))
       box.ranges[i] = Hull(box.ranges[i].GetReals(), other.ranges[i].GetReals());
+  for (std::size_t i = 0; i < mSpace.GetObserved().size(); ++i) {
+    const std::size_t at = mSpace.GetNumberOfDeclared() + i;
+    if (mSpace.GetObserved()[i].kind == ZULTavObserved::Kind::kReal)
+      box.ranges[at] = Hull(box.ranges[at].GetReals(), other.ranges[at].GetReals());
+    else
+      box.ranges[at] = Hull(box.ranges[at].GetIntegers(), other.ranges[at].GetIntegers());
+  }
   box.isProven = box.isProven || other.isProven;
 }
 

@@ -193,7 +193,7 @@ NodeState SearchRun::Conclude(NodeState state) {
 }
 
 bool SearchRun::IsUnbounded(const ZULTavBox& box) const {
-  for (std::uint32_t i = 0; i < box.ranges.size(); ++i)
+  for (std::uint32_t i = 0; i < mSpace.GetNumberOfDeclared(); ++i)
     if (mSpace[i].kind == Kind::kReal && !box.ranges[i].GetReals().IsBounded()) return true;
   return false;
 }

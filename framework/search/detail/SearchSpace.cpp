@@ -122,9 +122,21 @@ SearchSpace::SearchSpace(const ZULTaVoNetwork& network, const Program& program,
     known[slot] = true;
   }
   mHiddenEnd = static_cast<std::uint32_t>(mVariables.size());
+  AddObserved(program);
   // A half of a truth value may cut a box of reals in two, which nothing would join again, and need
   // not follow from the declared values where there are others.
   if (!mContinuous && mHiddenEnd == mObjects.size()) AddTruths(program, known);
+}
+
+void SearchSpace::AddObserved(const Program& program) {
+  using ObservedKind = ZULTavObserved::Kind;
+  for (const Slot slot : program.GetObserved()) {
+    const engine::SlotInfo& info = program.GetSlot(slot);
+    const ObservedKind kind = info.kind != Kind::kInteger ? ObservedKind::kReal
+                              : info.isBoolean            ? ObservedKind::kTruth
+                                                          : ObservedKind::kInteger;
+    mObserved.push_back({slot, kind, info.kind == Kind::kOpaque});
+  }
 }
 
 /// Those that say exactly whether something holds: each solution has one value for them.
@@ -212,10 +224,22 @@ Range SearchSpace::GetRange(const Engine& engine, std::uint32_t index) const {
   return {};
 }
 
+Range SearchSpace::GetObservedRange(const Engine& engine, const ObservedSlot& observed) {
+  if (!observed.isOpaque)
+    return observed.kind == ZULTavObserved::Kind::kReal ? Range(engine.GetReals(observed.slot))
+                                                        : Range(engine.GetIntegers(observed.slot));
+  const auto* real = ZULTaVoCast<const ZULTaVoReal>(&engine.GetObject(observed.slot));
+  return real != nullptr && !real->IsAny() && !real->IsNil()
+             ? RealRange(real->GetLowerBound(), real->GetUpperBound())
+             : RealRange();
+}
+
 ZULTavBox SearchSpace::Capture(const Engine& engine) const {
   ZULTavBox box;
-  box.ranges.reserve(mObjects.size());
+  box.ranges.reserve(mObjects.size() + mObserved.size());
   for (std::uint32_t i = 0; i < mObjects.size(); ++i) box.ranges.push_back(GetRange(engine, i));
+  for (const ObservedSlot& observed : mObserved)
+    box.ranges.push_back(GetObservedRange(engine, observed));
   if (!mOpaque.empty()) box.opaque = ZULTavSolution(mNetwork, mOpaque);
   return box;
 }
@@ -228,6 +252,15 @@ void SearchSpace::Fill(const ZULTavBox& box, ZULTavSolution& solution) const {
     else
       Put(value, mVariables[i].kind, box.ranges[i]);
   }
+  for (std::size_t i = 0; i < mObserved.size(); ++i) {
+    const Range& range = box.ranges[mObjects.size() + i];
+    ZULTavObserved& observed = solution.GetObserved()[i];
+    observed.kind = mObserved[i].kind;
+    if (observed.kind == ZULTavObserved::Kind::kReal)
+      observed.reals = range.GetReals();
+    else
+      observed.integers = range.GetIntegers();
+  }
   solution.SetProven(box.isProven);
 }
 
@@ -236,18 +269,20 @@ bool SearchSpace::Read(ZULipstream& in, ZULTavBox& box) const {
   in.ReadUnsigned(proven, 1);
   box.isProven = proven != 0;
   box.ranges.clear();
-  for (const SearchVariable& variable : GetDeclared()) {
+  const auto readRange = [&](bool isReal) {
     std::uint64_t lower = 0, upper = 0;
     in.ReadUnsigned(lower);
     in.ReadUnsigned(upper);
     Range range;
     range.lower = static_cast<std::int64_t>(lower);
     range.upper = static_cast<std::int64_t>(upper);
-    const bool isEmpty =
-        variable.kind == Kind::kReal ? range.GetReals().IsEmpty() : range.GetIntegers().IsEmpty();
-    if (isEmpty) in.Fail("a box is empty");
+    if (isReal ? range.GetReals().IsEmpty() : range.GetIntegers().IsEmpty())
+      in.Fail("a box is empty");
     box.ranges.push_back(range);
-  }
+  };
+  for (const SearchVariable& variable : GetDeclared()) readRange(variable.kind == Kind::kReal);
+  for (const ObservedSlot& observed : mObserved)
+    readRange(observed.kind == ZULTavObserved::Kind::kReal);
   if (mOpaque.empty()) return in.Good();
   box.opaque = ZULTavSolution(mNetwork, mOpaque);
   return box.opaque.Read(in);

@@ -37,6 +37,13 @@ struct SearchVariable {
   bool IsDiscrete() const { return kind == Kind::kInteger; }
 };
 
+/// A slot whose value is told with each box, and not searched.
+struct ObservedSlot {
+  Slot slot = 0;
+  ZULTavObserved::Kind kind = ZULTavObserved::Kind::kInteger;
+  bool isOpaque = false;  // only its object knows its bounds
+};
+
 /// The variables of a search, numbered: the declared ones, the hidden ones that it has to find, and
 /// truth values that follow from the declared ones, on which it may split. Knows how their values
 /// go over from slots to boxes, and from boxes to objects of their types.
@@ -51,6 +58,8 @@ class SearchSpace {
   std::span<const SearchVariable> GetDeclared() const {
     return GetVariables().first(mObjects.size());
   }
+  /// What is observed; in a box their ranges follow those of the declared variables.
+  std::span<const ObservedSlot> GetObserved() const { return mObserved; }
   std::uint32_t GetNumberOfDeclared() const { return static_cast<std::uint32_t>(mObjects.size()); }
   /// Where the hidden ones that have to be found end.
   std::uint32_t GetHiddenEnd() const { return mHiddenEnd; }
@@ -82,11 +91,13 @@ class SearchSpace {
   // --- Values ---------------------------------------------------------------------------------
 
   Range GetRange(const Engine& engine, std::uint32_t variable) const;
-  /// The present values of the declared variables.
+  /// The present values of the declared variables and of what is observed.
   ZULTavBox Capture(const Engine& engine) const;
   /// The same as objects of the types that they are declared with.
   void Fill(const ZULTavBox& box, ZULTavSolution& solution) const;
-  ZULTavSolution MakeSolution() const { return ZULTavSolution(mNetwork, mObjects); }
+  ZULTavSolution MakeSolution() const {
+    return ZULTavSolution(mNetwork, mObjects, mObserved.size());
+  }
 
   // False when the bytes are none of this space: in.Reason() says why.
   bool Read(ZULipstream& in, ZULTavBox& box) const;
@@ -100,11 +111,14 @@ class SearchSpace {
   bool Meet(std::uint32_t variable, const Range& a, const Range& b) const;
 
  private:
+  void AddObserved(const Program& program);
+  static Range GetObservedRange(const Engine& engine, const ObservedSlot& observed);
   void AddTruths(const Program& program, std::vector<bool>& known);
 
   const ZULTaVoNetwork& mNetwork;
   std::vector<ZULTaVoAny*> mObjects, mOpaque;
   std::vector<SearchVariable> mVariables;
+  std::vector<ObservedSlot> mObserved;
   std::uint32_t mHiddenEnd = 0;
   bool mContinuous = false;
 };
