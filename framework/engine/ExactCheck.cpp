@@ -151,6 +151,10 @@ class ExactCheck::Evaluation {
   bool AreKnown(std::initializer_list<Slot> slots) const {
     return AreKnown(std::span(slots.begin(), slots.size()));
   }
+  /// Whether it is known and what a range says: an end of the scale stands for all beyond it.
+  bool IsOrdinary(Slot x) const {
+    return AreKnown({x}) && IntegerRange::kMin < *mValues[x] && *mValues[x] < IntegerRange::kMax;
+  }
   void Take(Verdict verdict) {
     if (mVerdict == Verdict::kFails || verdict == Verdict::kHolds) return;
     mVerdict = verdict;
@@ -232,9 +236,7 @@ class ExactCheck::Evaluation {
     if (group.code == Code::kFilter) return Verdict::kHolds;  // by its own word
     if (group.code == Code::kRelation)  // by its own word, of integers of 64 bits
       return std::all_of(group.slots.begin(), group.slots.end(),
-                         [this](Slot x) {
-                           return mProgram.GetSlot(x).kind != Kind::kInteger || AreKnown({x});
-                         })
+                         [this](Slot x) { return !IsInteger(x) || IsOrdinary(x); })
                  ? Verdict::kHolds
                  : Verdict::kUnknown;
     if (!AreKnown(group.slots)) return Verdict::kUnknown;
@@ -257,7 +259,8 @@ class ExactCheck::Evaluation {
   Verdict mVerdict = Verdict::kHolds;
 };
 
-ExactCheck::ExactCheck(const Program& program) : mProgram(program) {
+ExactCheck::ExactCheck(const Program& program)
+    : mProgram(program), mIsNeeded(program.HasVastNumbers()) {
   std::vector<bool> isSeen(program.GetNumberOfSlots(), false);
   for (const Rule& rule : program.GetRules()) {
     if (rule.code == Code::kStatement || rule.code == Code::kFilter) continue;
@@ -270,7 +273,7 @@ ExactCheck::ExactCheck(const Program& program) : mProgram(program) {
     double sum = std::fabs(static_cast<double>(numbers[0]));
     for (std::uint32_t i = 1; i + (rule.isReified ? 1 : 0) <= rule.count; ++i)
       sum += std::fabs(static_cast<double>(numbers[i])) * 0x1p63;
-    mHasVastSums = mHasVastSums || sum > kVast;
+    mIsNeeded = mIsNeeded || sum > kVast;
   }
 }
 
@@ -278,7 +281,7 @@ Verdict ExactCheck::Check(const Engine& engine) const {
   // Everywhere else the rules have decided by the numbers themselves.
   const bool isOpen =
       std::any_of(mSlots.begin(), mSlots.end(), [&](Slot x) { return !engine.IsFixedInteger(x); });
-  return mHasVastSums || isOpen ? Evaluation(mProgram, engine).Run() : Verdict::kHolds;
+  return mIsNeeded || isOpen ? Evaluation(mProgram, engine).Run() : Verdict::kHolds;
 }
 
 }  // namespace zultav::engine

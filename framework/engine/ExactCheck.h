@@ -27,8 +27,8 @@ class ZULTAV_ENGINE_API ExactCheck {
   class Evaluation;
 
   const Program& mProgram;
-  std::vector<Slot> mSlots;   // the integers and truth values of the rules over these
-  bool mHasVastSums = false;  // that no rule adds up
+  std::vector<Slot> mSlots;  // the integers and truth values of the rules over these
+  bool mIsNeeded;            // there are numbers that no rule adds up or compares
 };
 
 }  // namespace zultav::engine

@@ -177,6 +177,8 @@ class ZULTAV_ENGINE_API Program {
   bool IsComplete() const { return mFilters == 0 && !mHasRealRelations; }
   bool HasFilters() const { return mFilters != 0; }
   bool HasRelations() const { return mHasRelations; }
+  /// Whether integers are compared with numbers so large that no rule says it.
+  bool HasVastNumbers() const { return mHasVastNumbers; }
 
   const std::vector<Rule>& GetRules() const { return mRules; }
   std::span<const Slot> GetArguments(const Rule& rule) const {
@@ -214,7 +216,8 @@ class ZULTAV_ENGINE_API Program {
   std::vector<Watch> mWatches;
   std::vector<std::uint32_t> mFirstWatch, mFirstPatientWatch;
   std::size_t mHoleWords = 0, mFilters = 0;
-  bool mInfeasible = false, mHasRelations = false, mHasRealRelations = false;
+  bool mInfeasible = false, mHasRelations = false, mHasRealRelations = false,
+       mHasVastNumbers = false;
 };
 
 }  // namespace zultav::engine

@@ -76,7 +76,9 @@ TEST_P(LargeNumbersTest, HasTheseProvenSolutions) {
 INSTANTIATE_TEST_SUITE_P(
     KnownAnswers, LargeNumbersTest,
     testing::Values(
-        Row{"Squares", "x, y : int = [65536, 65537]; x*x < y*y;", {{65536, 65537}}},
+        Row{
+            "Squares", "x, y : int = [65536, 65537]; x*x < y*y;", {{65536, 65537}}
+},
         Row{"EqualSquares", "x, y : int = [65536, 65537]; x*x = y*y; x < y;", {}},
         Row{"NextToItself", "x : int; x + 1 = x;", {}},
         Row{"Automorphic", "n : int = [10000, 99999]; n^2 mod 100000 = n;", {{90625}}, 0, 200000},
@@ -89,6 +91,13 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"RealPower", "x : int = 500; y : real; y = x^4; y < 1e10;", {}},
         Row{"NoPrime", "x : int = 100000000; PrimeNumber(x);", {}},
         Row{"LastPrime", "x : int = [2147483588, 2147483646]; PrimeNumber(x);", {{2147483629}}},
+        Row{"FactorsThatAddUpBeyond64Bits",
+            "i : int = [-3, -2]; i * -9223372036854775807 > i;",
+            {{-3}, {-2}}},
+        Row{"ComparedBeyond64Bits",
+            "z : int = 107; p : bool; p == (z >> -9223372036854775807);",
+            {{107, 1}}},
+        Row{"BelowAll64Bits", "z : int = [1, 3]; z < -9223372036854775807 - 1;", {}},
         Row{"StrictBelow", "x : real = [0, 1e-8]; x < 1e-8;", {{0}}},
         Row{"StrictlyAround", "x, y, z : real; x < y; y < z; z < x;", {}, 0, 1},
         Row{"GeostationaryRadius",

@@ -256,11 +256,14 @@ TEST(NewtonTest, WhatIsNoSolutionIsNeverProven) {
       "x : real = [1, 9]; x^2 = 2; x^4 - 1e-15 * x = 4;",
       // Known to the precision only.
       "x : real = [1, 9]; y : single real; x^2 = 2; next(x) = y;",
+      // Of integers, with hidden numbers that no double and no 64 bits hold.
+      "i : int = [-1, 0]; 18446744073709552000.0 + i >= 18446744073709552000.0;",
+      "i : int = [-3, -2]; strictly_increasing([i, (i^32)^32, (7 * i)^16]);",
   };
   for (const std::string& model : rows) {
     SCOPED_TRACE(model);
     for (const double width : {1e-2, 1e-5, 1e-9})
-      for (const Box& box : Solve(model, width)) EXPECT_FALSE(box.proven) << box.lower[0];
+      for (const Box& box : Solve(model, width)) EXPECT_FALSE(box.proven);
   }
 }
 

@@ -59,6 +59,7 @@ void Compiler::Compile() {
   for (std::size_t i = 0; i < gates.GetClauses().GetSize(); ++i)
     if (!conditions.IsAbsorbed(i)) mBuilder.AddClause(gates.GetClauses()[i]);
   EmitFormulas(isTaken);
+  mProgram.mHasVastNumbers = LeavesComparison(isTaken);
   for (const Group& group : mDraft.groups) EmitGroup(group);
   for (const Draft::Hole& hole : mDraft.holes) {
     const Slot value = mBuilder.AddSlot({.isConstant = true}, IntegerRange::Only(hole.value));
@@ -192,6 +193,18 @@ void Compiler::EmitFormulas(const std::vector<bool>& isTaken) {
     if (!isTaken[i] && isInteger)
       mBuilder.AddFunction(formula.function, formula.result, formula.first, formula.second);
   }
+}
+
+/// Whether a comparison of integers is said by no rule.
+bool Compiler::LeavesComparison(const std::vector<bool>& isTaken) const {
+  for (std::size_t i = 0; i < mDraft.comparisons.size(); ++i) {
+    const auto& [relation, left, right, truth] = mDraft.comparisons[i];
+    const bool isOfIntegers = mProgram.mSlots[left].kind == Kind::kInteger &&
+                              mProgram.mSlots[right].kind == Kind::kInteger;
+    const bool isGate = mProgram.mSlots[left].isBoolean && mProgram.mSlots[right].isBoolean;
+    if (isOfIntegers && !isGate && !isTaken[mDraft.formulas.size() + i]) return true;
+  }
+  return false;
 }
 
 void Compiler::FindSearched() {

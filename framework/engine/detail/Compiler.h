@@ -32,6 +32,7 @@ class Compiler {
   void EmitGroup(const Group& group);
   bool IsNarrow(Slot x) const;
   void EmitFormulas(const std::vector<bool>& isTaken);
+  bool LeavesComparison(const std::vector<bool>& isTaken) const;
   void EmitReals();
   void FindSearched();
   std::vector<Slot> FindHoled() const;

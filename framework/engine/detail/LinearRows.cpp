@@ -8,8 +8,12 @@ namespace zultav::engine {
 
 namespace {
 
+/// False, and nothing is changed, where the sum is too large.
 bool AddTo(std::int64_t& sum, std::int64_t value) {
-  return !__builtin_add_overflow(sum, value, &sum);
+  std::int64_t result = 0;
+  if (__builtin_add_overflow(sum, value, &result)) return false;
+  sum = result;
+  return true;
 }
 
 bool MultiplyBy(std::int64_t& product, std::int64_t value) {

@@ -70,6 +70,7 @@ class Newton::Work {
   bool Approach(bool again);
   Answer Contract(bool again);
   Finding Prove(std::span<RealRange> box, std::span<RealRange> region);
+  bool HoldsForIntegers();
   std::vector<std::uint32_t> FindSignless() const;
   bool IsBeyondDoubles();
   void CalcSmears(std::span<double> smears);
@@ -80,6 +81,7 @@ class Newton::Work {
   void Remember();
   void ReadRound();
   bool IsMuchNarrowerThan(const std::vector<RealRange>& before, double share) const;
+  bool AreIntegersFixed() const;
   bool IsDecided() const;
 
   Engine& mEngine;
@@ -205,10 +207,13 @@ void Newton::Work::CalcSmears(std::span<double> smears) {
 
 // --- Proof ------------------------------------------------------------------------------------
 
-bool Newton::Work::IsDecided() const {
-  return mEngine.GetProgram().IsComplete() &&
-         std::all_of(mDiscrete.begin(), mDiscrete.end(),
+bool Newton::Work::AreIntegersFixed() const {
+  return std::all_of(mDiscrete.begin(), mDiscrete.end(),
                      [this](Slot slot) { return mEngine.IsFixed(slot); });
+}
+
+bool Newton::Work::IsDecided() const {
+  return mEngine.GetProgram().IsComplete() && AreIntegersFixed();
 }
 
 Newton::Finding Newton::Work::Prove(std::span<RealRange> box, std::span<RealRange> region) {
@@ -221,6 +226,19 @@ Newton::Finding Newton::Work::Prove(std::span<RealRange> box, std::span<RealRang
   assign(mProver.GetCertified(), box);
   assign(mProver.GetRegion(), region);
   return finding;
+}
+
+bool Newton::Work::HoldsForIntegers() {
+  RealEvaluation& evaluation = mLinear.evaluation;
+  if (!AreIntegersFixed() || !mSystem.GetUnknowns().empty() ||
+      !evaluation.SetBox({}, RealEvaluation::Mode::kDefined))
+    return false;
+  const auto& statements = mSystem.GetStatements();
+  return std::all_of(statements.begin(), statements.end(), [&](const auto& statement) {
+    RealSystem::Claim claim;
+    return mLinear.GetClaim(statement, claim) &&
+           Holds(claim.relation, evaluation.GetValue(claim.left), evaluation.GetValue(claim.right));
+  });
 }
 
 std::vector<std::uint32_t> Newton::Work::FindSignless() const {
@@ -258,6 +276,8 @@ Newton::Answer Newton::Contract(bool again) {
 Newton::Finding Newton::Prove(std::span<RealRange> box, std::span<RealRange> region) {
   return mWork == nullptr ? Finding::kNothing : mWork->Prove(box, region);
 }
+
+bool Newton::HoldsForIntegers() { return mWork == nullptr || mWork->HoldsForIntegers(); }
 
 std::vector<std::uint32_t> Newton::FindSignless() const {
   return mWork == nullptr ? std::vector<std::uint32_t>() : mWork->FindSignless();

@@ -58,6 +58,10 @@ class ZULTAV_ENGINE_API Newton {
   ///                             the finding speaks of them
   Finding Prove(std::span<RealRange> box, std::span<RealRange> region);
 
+  /// Whether all that is said of reals certainly holds for the present values of integers, where
+  /// these decide everything.
+  bool HoldsForIntegers();
+
   /// The declared values, by number, whose signs do not matter: wherever one is in a solution, so
   /// is its opposite, if its domain allows.
   std::vector<std::uint32_t> FindSignless() const;

@@ -11,6 +11,11 @@ namespace {
 constexpr RealRange kZero = {0, 0};
 constexpr RealRange kOne = {1, 1};
 
+/// Whether a partial function that has a value for some x and y has one for all of them.
+bool IsDefined(Function function, const RealRange& x, const RealRange& y) {
+  return (x.IsScalar() && y.IsScalar()) || RowOf(function).isContinuous(x, y);
+}
+
 }  // namespace
 
 RealEvaluation::RealEvaluation(const Engine& engine, const RealSystem& system)
@@ -42,6 +47,9 @@ bool RealEvaluation::SetBox(std::span<const RealRange> box, Mode mode) {
       if (const Slot slot = mSharedSlots[target]; slot != kNone)
         value.Intersect(mEngine.GetReals(slot));
       if (value.IsEmpty()) return false;
+    } else if (mode == Mode::kDefined) {
+      if (value.IsEmpty() || (isPartial && !IsDefined(function, mValues[first], mValues[second])))
+        return false;
     } else if (!value.IsBounded() ||
                !RowOf(function).isContinuous(mValues[first], mValues[second])) {
       return false;

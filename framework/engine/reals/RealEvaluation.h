@@ -20,13 +20,16 @@ class RealEvaluation {
     /// For the solutions in X only: results lie in what the engine has found out about them, too.
     kSolutions,
     /// For all of X, and functions that are defined and continuous.
-    kBox
+    kBox,
+    /// For all of X, and functions that have values, whatever these are.
+    kDefined
   };
 
   RealEvaluation(const Engine& engine, const RealSystem& system);
 
   /// Evaluates over the box, one interval for each unknown. kSolutions: false when there is no
-  /// solution; kBox: false when a function may have no value, or none that is finite.
+  /// solution; kBox: false when a function may have no value, or none that is finite; kDefined:
+  /// when it may have no value.
   bool SetBox(std::span<const RealRange> box, Mode mode);
   /// Evaluates at the point, one number for each unknown.
   void SetPoint(std::span<const double> point);

@@ -157,7 +157,7 @@ NodeReasoner::Finding NodeReasoner::Prove(NodeState state, ZULTavBox& box, ZULTa
                        std::all_of(variables.begin(), variables.end(), [&](const auto& variable) {
                          return mEngine.IsFixed(variable.slot);
                        });
-  return settled ? Finding::kSolution : Finding::kNothing;
+  return settled && mNewton.HoldsForIntegers() ? Finding::kSolution : Finding::kNothing;
 }
 
 }  // namespace zultav::detail
