@@ -93,13 +93,10 @@ bool Cumulative::NarrowEach(ZULTaVoDomains& domains) const {
 
 /// Whether all tasks at once need no more than the least capacity.
 bool Cumulative::HasRoomForAll(const ZULTaVoDomains& domains) const {
-  WideTime needs = 0;
-  for (std::uint32_t i = 0; i < mCount; ++i) {
-    if (!CanNeed(domains, i)) continue;
-    if (domains.GetUpper(NeedOf(i)) == ZULTaVoDomains::kNoUpper) return false;
-    needs += domains.GetUpper(NeedOf(i));
-  }
-  return needs <= domains.GetLower(Capacity());
+  std::int64_t needs = 0;
+  for (std::uint32_t i = 0; i < mCount; ++i)
+    if (CanNeed(domains, i)) needs = AddUp(needs, domains.GetUpper(NeedOf(i)));
+  return needs != ZULTaVoDomains::kNoUpper && needs <= domains.GetLower(Capacity());
 }
 
 bool Cumulative::IsFixed(const ZULTaVoDomains& domains) const {
@@ -116,11 +113,11 @@ bool Cumulative::Holds(const ZULTaVoDomains& domains) const {
   for (std::uint32_t i = 0; i < mCount; ++i) {
     if (!CanNeed(domains, i)) continue;
     const std::int64_t time = domains.GetLower(StartOf(i));
-    WideTime needs = 0;
+    std::int64_t needs = 0;
     for (std::uint32_t j = 0; j < mCount; ++j)
       if (CanNeed(domains, j) && domains.GetLower(StartOf(j)) <= time &&
           GetGreatestEnd(domains, StartOf(j), DurationOf(j)) > time)
-        needs += domains.GetLower(NeedOf(j));
+        needs = AddUp(needs, domains.GetLower(NeedOf(j)));
     if (needs > domains.GetLower(Capacity())) return false;
   }
   return true;
@@ -179,8 +176,9 @@ bool Cumulative::PrepareEdges() {
     Task& task = mTasks[i];
     task.later = task.begin;
     mEdges[i] = {0, -Task::kNever, -Task::kNever};
-    if (task.begin < -Task::kBelieved || task.end > Task::kBelieved) continue;
+    if (task.begin < -Task::kBelieved) continue;
     first = std::min(first, task.begin);
+    if (task.end > Task::kBelieved) continue;
     last = std::max(last, task.end);
     mEnds.push_back(task.end);
   }
@@ -193,9 +191,12 @@ bool Cumulative::PrepareEdges() {
 }
 
 /// Of each task the energy of those that begin no sooner and end in time, and the earliest start
-/// that the densest of their stretches would leave it. False where there is too much of it.
+/// that the densest of their stretches would leave it. False where there is too much of it. What is
+/// concluded is true of any stretch: rounding may at most prefer one that is nearly as dense.
 bool Cumulative::GatherEnergy(std::int64_t time) {
-  __extension__ using Product = unsigned __int128;
+  const auto product = [](std::int64_t a, std::int64_t b) {
+    return static_cast<double>(a) * static_cast<double>(b);
+  };
   std::int64_t energy = 0, densest = 0, length = 1;  // of the densest stretch
   for (std::size_t i = mTasks.size(); i-- > 0;) {
     const Task& task = mTasks[i];
@@ -206,7 +207,7 @@ bool Cumulative::GatherEnergy(std::int64_t time) {
       edge.energy = energy += GetEnergy(task);
       const std::int64_t stretch = time - task.begin;
       if (energy > mCapacity * stretch) return false;
-      if (Product(energy) * Product(length) > Product(densest) * Product(stretch)) {
+      if (product(energy, length) > product(densest, stretch)) {
         densest = energy;
         length = stretch;
       }

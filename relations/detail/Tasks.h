@@ -89,23 +89,25 @@ inline void Mirror(Tasks& tasks) {
   SortByBegin(tasks);
 }
 
-/// Sums of bounds, exact.
-__extension__ using WideTime = __int128;
+/// Of a bound and an amount, exact; without bound where either has none, or beyond 64 bits.
+inline std::int64_t AddUp(std::int64_t upper, std::int64_t most) {
+  std::int64_t sum = 0;
+  const bool isBounded = upper != ZULTaVoDomains::kNoUpper && most != ZULTaVoDomains::kNoUpper;
+  return isBounded && !__builtin_add_overflow(upper, most, &sum) ? sum : ZULTaVoDomains::kNoUpper;
+}
 
 /// The latest end that a task of any of its durations may have.
-inline WideTime GetGreatestEnd(const ZULTaVoDomains& domains, std::uint32_t start,
-                               std::uint32_t length) {
-  const std::int64_t latest = domains.GetUpper(start), longest = domains.GetUpper(length);
-  constexpr WideTime kUnbounded = WideTime{1} << 100;
-  if (latest == ZULTaVoDomains::kNoUpper || longest == ZULTaVoDomains::kNoUpper) return kUnbounded;
-  return WideTime{latest} + longest;
+inline std::int64_t GetGreatestEnd(const ZULTaVoDomains& domains, std::uint32_t start,
+                                   std::uint32_t length) {
+  return AddUp(domains.GetUpper(start), domains.GetUpper(length));
 }
 
 /// Whether one surely ends before the other begins.
 inline bool IsBefore(const ZULTaVoDomains& domains, std::uint32_t start, std::uint32_t length,
                      std::uint32_t next) {
   const std::int64_t earliest = domains.GetLower(next);
-  return earliest != ZULTaVoDomains::kNoLower && GetGreatestEnd(domains, start, length) <= earliest;
+  const std::int64_t end = GetGreatestEnd(domains, start, length);
+  return earliest != ZULTaVoDomains::kNoLower && end != ZULTaVoDomains::kNoUpper && end <= earliest;
 }
 
 }  // namespace zultav::relations

@@ -468,6 +468,7 @@ const CallCase kCalls[] = {
           [](Row x) { return std::ranges::lexicographical_compare(x.first(2), x.last(2)); }),
     Means("lex_lesseq(x[1..2], x[3..4])",
           [](Row x) { return !std::ranges::lexicographical_compare(x.last(2), x.first(2)); }),
+    Means("lex_lesseq([], [])", [](Row) { return true; }),
     Means("disjunctive(x[1..2], [2, x[3]], [x[4] >> 1, true])",
           [](Row x) { return x[3] <= 1 || x[2] == 0 || AreApart(x[0], 2, x[1], x[2]); }),
     Means("cumulative(x[1..3], [2, 1, 1], [1, 1, x[4]], 2)",
@@ -560,6 +561,21 @@ TEST(RelationsTest, AreTruthsInModels) {
       EXPECT_EQ(WrongSolutions(variables + stated + "; " + rest, 1, part), "") << stated;
     }
   }
+}
+
+/// A task that may be anywhere else takes no energy away from those that are together.
+TEST(RelationsTest, KeepTasksThatAreFarApart) {
+  const Solutions expected = {
+      {0,     0, 5},
+      {0,     5, 0},
+      {40000, 0, 5},
+      {40000, 5, 0}
+  };
+  EXPECT_EQ(WrongSolutions("a : int in {0, 40000}; x, y : int in {0, 5};"
+                           "cumulative([a^4 - 288230376151711744, x, y], [5, 5, 5],"
+                           "           [60, 60, 60], 100);",
+                           1, expected),
+            "");
 }
 
 }  // namespace
