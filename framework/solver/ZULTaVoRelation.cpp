@@ -22,7 +22,7 @@ ZULStreamable* Refuse(ZULStreamable* existing) { return existing; }
 
 /// Signed numbers near 0 become small ones.
 std::uint64_t Fold(std::int64_t value) {
-  return static_cast<std::uint64_t>(value) << 1 ^ static_cast<std::uint64_t>(value >> 63);
+  return static_cast<std::uint64_t>(value) << 1 ^ (value < 0 ? UINT64_MAX : 0);
 }
 std::int64_t Unfold(std::uint64_t value) {
   return static_cast<std::int64_t>(value >> 1 ^ -(value & 1));
@@ -241,6 +241,7 @@ void ZULTaVoRelation::Read(ZULipstream& in) {
   ZULTaVoConstraint::Read(in);
   mIsReified = ReadFlag(in);
   mParts.clear();
+  std::uint64_t values = 0;
   for (std::uint32_t count = ReadSize(in); count > 0 && in.Good(); --count) {
     Part part;
     part.rows = ReadSize(in);
@@ -251,7 +252,9 @@ void ZULTaVoRelation::Read(ZULipstream& in) {
     part.firstIndex = Unfold(index);
     part.isKnown = ReadFlag(in);
     const std::uint64_t size = std::uint64_t{part.rows} * part.columns;
-    if (size > kMostEntries) return in.Fail("a relation has too many arguments");
+    if (!part.isKnown) values += size;
+    if (size > kMostEntries || values > kMostEntries)
+      return in.Fail("a relation has too many arguments");
     std::vector<std::int64_t> integers;
     std::vector<double> reals;
     for (std::uint64_t i = 0; part.isKnown && i < size && in.Good(); ++i) {
