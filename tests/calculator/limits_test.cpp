@@ -89,4 +89,13 @@ TEST(LimitsTest, LongChainsNeedNoDeepStack) {
   }
 }
 
+TEST(LimitsTest, FunctionsAreNotDeeperThanTheStack) {
+  std::string text = "x : int; let f0(a) = a > 0";
+  for (int i = 1; i < 100000; ++i)
+    text += "; let f" + std::to_string(i) + "(a) = f" + std::to_string(i - 1) + "(a)";
+  EXPECT_NE(
+      ReadModel(text + "; f99999(x);").ErrorText().find("functions are deeper than the limit"),
+      std::string::npos);
+}
+
 }  // namespace

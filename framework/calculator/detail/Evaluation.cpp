@@ -41,9 +41,7 @@ Span Interpreter::SpanOf(NodeRange range) const {
 
 Value Interpreter::Evaluate(NodeRange range, const Value* target) {
   const Scope depth(mDepth);
-  if (mDepth > 2 * mLimits.nesting)
-    Fail(RootOf(range).span, "functions within functions are deeper than the limit of " +
-                                 std::to_string(2 * mLimits.nesting) + " levels");
+  CheckDepth(range);
   for (std::uint32_t i = range.first; i <= range.last; ++i) {
     const Node& node = mSyntax->nodes[i];
     Value value;
@@ -64,9 +62,16 @@ Value Interpreter::Evaluate(NodeRange range, const Value* target) {
     mStack.resize(mStack.size() - operands);
     mStack.push_back(value);
   }
-  const Value result = mStack.back();
+  Value result = std::move(mStack.back());
   mStack.pop_back();
   return result;
+}
+
+/// The source nests neither expressions nor statements beyond this, but calls of functions may.
+void Interpreter::CheckDepth(NodeRange range) const {
+  if (mDepth > 2 * mLimits.nesting)
+    Fail(RootOf(range).span, "functions within functions are deeper than the limit of " +
+                                 std::to_string(2 * mLimits.nesting) + " levels");
 }
 
 Value Interpreter::EvaluateNode(const Node& node, const Value* operands, const Value* target) {
@@ -317,7 +322,7 @@ Value Interpreter::Combine(Aggregate aggregate, std::vector<Value> terms, Span s
 /// A value, a list or a set.
 Value Interpreter::EvaluateKnown(NodeRange range) {
   const Scope constantOnly(mConstantOnly);
-  const Value value = Evaluate(range);
+  Value value = Evaluate(range);
   if (!value.HasItems() && !value.IsSet()) CheckOperand({}, value);
   if (value.IsConstant() && value.constant.IsReal() &&
       !std::isfinite(value.constant.upper - value.constant.lower))
@@ -326,7 +331,7 @@ Value Interpreter::EvaluateKnown(NodeRange range) {
 }
 
 Value Interpreter::EvaluateConstant(NodeRange range) {
-  const Value value = EvaluateKnown(range);
+  Value value = EvaluateKnown(range);
   CheckOperand({}, value);
   return value;
 }

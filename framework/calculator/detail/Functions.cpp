@@ -18,7 +18,8 @@ void Interpreter::ExecuteFunction(const Statement& statement) {
   if (mRegistry.HasOperator(mNames.GetName(name)))
     Fail(statement.span, "'" + mNames.GetName(name) + "' is an operator");
   Introduce(name, statement.span, symbol);
-  mFunctions.push_back({*mSyntax, mSource, statement.parameters, statement.expression});
+  if (mKept == nullptr) mKept = std::make_shared<const Syntax>(*mSyntax);
+  mFunctions.push_back({mKept, mSource, statement.parameters, statement.expression});
 }
 
 void Interpreter::CheckNames(NodeRange body) {
@@ -56,7 +57,7 @@ void Interpreter::Call(const Node& node, std::vector<Value> operands,
     parameter.data = static_cast<std::uint32_t>(mConstants.size());
     mConstants.push_back(std::move(operands[i]));
   }
-  const Syntax* const outerSyntax = std::exchange(mSyntax, &function.syntax);
+  const Syntax* const outerSyntax = std::exchange(mSyntax, function.syntax.get());
   const Source* const outerSource = mSource;
   SetSource(function.source);
   const auto leave = [&] {

@@ -124,6 +124,7 @@ void Interpreter::Run(const Source& source, const Syntax& syntax) {
   mStack.clear();
   mConstantOnly = mTruthsOnly = mDepth = 0;
   mGuard.reset();
+  mKept.reset();
   for (const Statement& statement : syntax.statements) Execute(statement);
 }
 
@@ -401,6 +402,8 @@ NodeRange Interpreter::LeftOperandOf(NodeRange range) const {
 
 /// A conjunction is taken apart, however long it is.
 void Interpreter::Assert(NodeRange range) {
+  const Scope depth(mDepth);
+  CheckDepth(range);
   std::vector<NodeRange> pending = {range};
   while (!pending.empty()) {
     const NodeRange next = pending.back();

@@ -5,6 +5,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -56,7 +57,7 @@ class Interpreter {
   };
   /// `let name(parameters) = body`, with the statement that it stands in.
   struct Function {
-    Syntax syntax;
+    std::shared_ptr<const Syntax> syntax;
     const Source* source;
     std::vector<std::uint32_t> parameters;
     NodeRange body;
@@ -124,6 +125,7 @@ class Interpreter {
   void AssertAllDifferent(const std::vector<Value>& terms, Span span);
 
   Value Evaluate(NodeRange range, const Value* target = nullptr);
+  void CheckDepth(NodeRange range) const;
   Value EvaluateNode(const Node& node, const Value* operands, const Value* target);
   Value EvaluateName(const Node& node);
   Value EvaluateElement(const Node& node, const Value* indices);
@@ -194,8 +196,9 @@ class Interpreter {
   const ZULTavCalculator::Limits& mLimits;
   const Source* mSource = nullptr;
   const Syntax* mSyntax = nullptr;
-  std::size_t mListItems = 0;    // of the lists that expressions made; outlives them
-  std::vector<Symbol> mSymbols;  // by name
+  std::size_t mListItems = 0;           // of the lists that expressions made; outlives them
+  std::shared_ptr<const Syntax> mKept;  // the present statement, where it defines functions
+  std::vector<Symbol> mSymbols;         // by name
   std::vector<Value> mConstants;
   std::map<std::uint32_t, Definition> mDefinitions;  // by name
   std::deque<Function> mFunctions;
@@ -207,7 +210,7 @@ class Interpreter {
   std::uint32_t mLine = 0;
   unsigned int mConstantOnly = 0;  // what is evaluated must be known while the model is read
   unsigned int mTruthsOnly = 0;    // nothing is stated: all comparisons have truth values
-  unsigned int mDepth = 0;         // of expressions that are being evaluated
+  unsigned int mDepth = 0;         // of expressions that are being evaluated or stated
   std::size_t mIterations = 0;
   std::optional<Value> mGuard;  // what is stated now holds where this is true
 };

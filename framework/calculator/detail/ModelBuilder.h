@@ -92,6 +92,13 @@ struct Argument {
   std::vector<Value> values;  // row by row
   std::uint32_t rows = 1;
   std::int64_t firstIndex = 1;
+
+  /// The first one that is not known while the model is read.
+  std::vector<Value>::const_iterator FindOpen() const {
+    return std::find_if_not(values.begin(), values.end(), [](const Value& value) {
+      return value.IsConstant() || value.IsEverything();
+    });
+  }
 };
 
 /// An operator as it stands in the source.

@@ -691,11 +691,18 @@ void Parser::ExpectWord(std::string_view word) {
   Advance();
 }
 
-/// Whether a condition follows 'if'; nothing that begins an operand follows a name.
+/// Whether a condition follows 'if': nothing that begins an operand follows a name, but for the
+/// sign that may stand between two, too.
 bool Parser::StartsConditional() const {
   if (!IsWord("if")) return false;
   Lexer ahead = mLexer;
-  const Token next = ahead.Next();
+  Token next = ahead.Next();
+  if (next.kind == TokenKind::kOperator && next.op == Op::kSubtract) {
+    while (next.kind != TokenKind::kSemicolon && next.span.length > 0 &&
+           TextOf(next.span) != "then" && TextOf(next.span) != "if")
+      next = ahead.Next();
+    return TextOf(next.span) == "then";
+  }
   return next.kind == TokenKind::kName || next.kind == TokenKind::kInteger ||
          next.kind == TokenKind::kDecimal || next.kind == TokenKind::kOpen ||
          next.kind >= TokenKind::kTrue ||

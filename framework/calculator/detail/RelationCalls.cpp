@@ -22,9 +22,7 @@ bool IsRealElement(Element element, bool isReal) {
 
 /// Whether the parameter takes plain numbers here.
 bool IsKnown(const ZULTaVoRelationDescriptor::Parameter& parameter, const Argument& argument) {
-  const auto open = std::find_if_not(
-      argument.values.begin(), argument.values.end(),
-      [](const Value& value) { return value.IsConstant() || value.IsEverything(); });
+  const auto open = argument.FindOpen();
   const bool isKnown = open == argument.values.end();
   if (parameter.given == Given::kKnown && !isKnown)
     Fail(open->span, "'" + std::string(parameter.name) + "' must be known while the model is read");
@@ -159,6 +157,11 @@ void Interpreter::AssertRelation(NodeRange range) {
   if (call.relation->GetDefinition().result)
     Fail(root.span, "'" + mNames.GetName(root.data) + "' has a value; a statement has none",
          {"write 'x = " + mNames.GetName(root.data) + "(…)'"});
+  if (std::all_of(call.arguments.begin(), call.arguments.end(), [](const Argument& argument) {
+        return argument.FindOpen() == argument.values.end();
+      }))
+    return AssertValue(  // there may be no value at all, but always the truth
+        mBuilder.Call(*call.relation, call.arguments, call.isReal, root.span, nullptr), range);
   mBuilder.StateRelation(*call.relation, call.arguments, call.isReal, root.span, mLine);
 }
 
