@@ -61,8 +61,8 @@ Engine::Engine(const Program& program, ZULTaVoNetwork* network)
     const IntegerRange words = program.GetInitialIntegers(x);
     for (const std::size_t first : {std::size_t{0}, mToldWords}) {
       if (first != 0 && !isTold) continue;
-      mWords[first + 2 * x] = words.lower;
-      mWords[first + 2 * x + 1] = words.upper;
+      mWords[first + 2 * std::size_t{x}] = words.lower;
+      mWords[first + 2 * std::size_t{x} + 1] = words.upper;
     }
   }
   std::fill_n(mWords.begin() + static_cast<std::ptrdiff_t>(mHoleWords),

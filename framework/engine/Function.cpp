@@ -73,7 +73,7 @@ double RootDown(double z, int n) {
 }
 double RootUp(double z, int n) {
   const double root = std::pow(z, 1.0 / n) * (1 + 4 * DBL_EPSILON);
-  return PowerDown(root, n) >= z ? root : R::sMaxValue;
+  return PowerDown(root, n) >= z ? root : HUGE_VAL;
 }
 
 /// The x >= 0 with x^n in z.

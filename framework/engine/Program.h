@@ -83,9 +83,9 @@ enum class Code : std::uint8_t {
   kPrimality,     ///< (p, x): p is whether x is a prime
   kStatement,     ///< an equation or condition over reals; data: its number in the system of reals;
                   ///< arguments: the slots whose change calls for it
-  kRelation,  ///< the propagator of a module's relation; numbers: its number in the network, the
-              ///< words of its state, and of each argument when it is called (Call)
-  kFilter     ///< the filter of a constraint; data: its number in the network
+  kRelation,      ///< the propagator of a module's relation; numbers: its number in the network,
+                  ///< the words of its state, and of each argument when it is called (Call)
+  kFilter         ///< the filter of a constraint; data: its number in the network
 };
 
 /// The queues of the rules: what costs less runs sooner.
@@ -153,12 +153,12 @@ class ZULTAV_ENGINE_API Program {
   const SlotInfo& GetSlot(Slot slot) const { return mSlots[slot]; }
   /// Of slots that are integers.
   IntegerRange GetInitialIntegers(Slot slot) const {
-    return {mInitial[2 * slot], mInitial[2 * slot + 1]};
+    return {mInitial[2 * std::size_t{slot}], mInitial[2 * std::size_t{slot} + 1]};
   }
   /// Of slots that are reals.
   RealRange GetInitialReals(Slot slot) const {
-    return {std::bit_cast<double>(mInitial[2 * slot]),
-            std::bit_cast<double>(mInitial[2 * slot + 1])};
+    const IntegerRange words = GetInitialIntegers(slot);
+    return {std::bit_cast<double>(words.lower), std::bit_cast<double>(words.upper)};
   }
   /// The slot of each declared value. Equal values share one.
   const std::vector<Slot>& GetDeclared() const { return mDeclared; }

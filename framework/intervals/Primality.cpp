@@ -77,7 +77,7 @@ bool IsPrime(std::uint64_t n) {
   if (n < 2) return false;
   for (unsigned prime : kBases)
     if (n % prime == 0) return n == prime;
-  if (n < kBases.back() * kBases.back()) return true;
+  if (n < Word{kBases.back()} * kBases.back()) return true;
   const Residues residues(n);
   const std::size_t bases = n < kFiveBasesSuffice ? 5 : kBases.size();
   return std::all_of(kBases.begin(), kBases.begin() + bases,

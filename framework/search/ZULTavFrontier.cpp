@@ -53,11 +53,7 @@ void ReadAll(ZULipstream& in, List& list, Read read) {
   list.clear();
   std::uint64_t count = 0;
   in.ReadUnsigned(count);
-  for (; count > 0 && in.Good(); --count) {
-    typename List::value_type item{};
-    read(item);
-    if (in.Good()) list.push_back(std::move(item));
-  }
+  for (; count > 0 && in.Good(); --count) read(list.emplace_back());
 }
 
 void ReadExperience(ZULipstream& in, const SearchSpace& space, Experience& experience) {

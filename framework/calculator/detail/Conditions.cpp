@@ -30,7 +30,7 @@ Value Interpreter::EvaluateChain(const Node& node, const Value* operands) {
 /// A truth value; comparisons in it are not stated.
 Value Interpreter::EvaluateCondition(NodeRange range) {
   const Scope truthsOnly(mTruthsOnly);
-  const Value condition = Evaluate(range);
+  Value condition = Evaluate(range);
   CheckOperand({}, condition);
   if (!AreTruths(&condition, 1))
     Fail(SpanOf(range), "expected a truth value; this is " + Describe(condition));
@@ -56,7 +56,7 @@ Value Interpreter::EvaluateConditional(const Conditional& conditional, Span span
                 Join(Op::kImplies, otherwise, no, span), span, target);
   const Value difference = Join(Op::kSubtract, yes, no, span);
   const Value part = Join(Op::kMultiply, Count({condition}, span, nullptr), difference, span);
-  const Value result = Join(Op::kAdd, no, part, span, target);
+  Value result = Join(Op::kAdd, no, part, span, target);
   if (yes.IsConstant() && no.IsConstant()) return result;
   const Operation equality = OperationOf(Op::kEqual, span);
   for (const auto& [when, value] : {std::pair(condition, yes), std::pair(otherwise, no)})

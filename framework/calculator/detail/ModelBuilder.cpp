@@ -439,7 +439,7 @@ Value ModelBuilder::Apply(const Operation& operation, const Value* operands, uns
 Value ModelBuilder::ApplyToConstants(const Operation& operation, const Value* operands,
                                      unsigned int count) {
   const std::size_t known = mModel.mExpressions.size();
-  const Value result = Apply(operation, operands, count, nullptr);
+  Value result = Apply(operation, operands, count, nullptr);
   if (result.index >= known) Compute(result);
   return result;
 }

@@ -35,7 +35,7 @@ class LinearHull {
   bool NarrowFrom(bool isUpper);
   void MoveToCorner(bool isUpper);
   void AddInequalities();
-  void AddInequality(std::size_t row, bool isUpper);
+  void AddInequality(std::size_t index, bool isUpper);
   bool NarrowToHull();
   bool NarrowBySum();
 

@@ -18,7 +18,7 @@ class ZULTAV_ENGINE_API StatementRunner {
   explicit StatementRunner(const RealSystem& system);
 
   /// As a rule of the engine that is running. False when there is no solution.
-  bool Run(Engine& engine, std::uint32_t statement);
+  bool Run(Engine& engine, std::uint32_t index);
 
  private:
   bool EvaluateForward(const Engine& engine, const RealSystem::Statement& statement);
