@@ -45,19 +45,22 @@ class AllDifferentValues final : public ZULTaVoPropagator {
         : mShift(62u - static_cast<unsigned int>(std::bit_width(count))),
           mEntries(std::size_t{4} << std::bit_width(count)) {}
     void Clear() { std::fill(mEntries.begin(), mEntries.end(), Entry{0, kNone}); }
-    std::uint32_t& operator[](std::int64_t value) {
-      std::size_t at = static_cast<std::uint64_t>(value) * 0x9e3779b97f4a7c15u >> mShift;
-      while (mEntries[at].owner != kNone && mEntries[at].value != value)
-        at = (at + 1) & (mEntries.size() - 1);
-      mEntries[at].value = value;
-      return mEntries[at].owner;
-    }
+    /// Of a value, or kNone.
+    std::uint32_t Find(std::int64_t value) const { return mEntries[PlaceOf(value)].owner; }
+    void Set(std::int64_t value, std::uint32_t owner) { mEntries[PlaceOf(value)] = {value, owner}; }
 
    private:
     struct Entry {
       std::int64_t value;
       std::uint32_t owner;
     };
+    std::size_t PlaceOf(std::int64_t value) const {
+      std::size_t at = static_cast<std::uint64_t>(value) * 0x9e3779b97f4a7c15u >> mShift;
+      while (mEntries[at].owner != kNone && mEntries[at].value != value)
+        at = (at + 1) & (mEntries.size() - 1);
+      return at;
+    }
+
     unsigned int mShift;
     std::vector<Entry> mEntries;
   };
@@ -193,9 +196,12 @@ void AllDifferentValues::GatherNarrow(const ZULTaVoDomains& domains) {
   const std::uint64_t open = mOrder.size() - mDone;
   for (std::uint32_t i = mDone; i < mOrder.size(); ++i) {
     const std::uint32_t x = mOrder[i];
-    const bool isBounded = domains.GetLower(x) != ZULTaVoDomains::kNoLower &&
-                           domains.GetUpper(x) != ZULTaVoDomains::kNoUpper;
-    (isBounded && domains.GetSize(x) < open ? mNarrow : mWide).push_back(x);
+    const std::int64_t lower = domains.GetLower(x), upper = domains.GetUpper(x);
+    const bool isBounded = lower != ZULTaVoDomains::kNoLower && upper != ZULTaVoDomains::kNoUpper;
+    // Counting takes longer than to look at the bounds.
+    const bool isShort =
+        static_cast<std::uint64_t>(upper) - static_cast<std::uint64_t>(lower) < open - 1;
+    (isBounded && (isShort || domains.GetSize(x) < open) ? mNarrow : mWide).push_back(x);
   }
 }
 
@@ -205,9 +211,8 @@ bool AllDifferentValues::Match(const ZULTaVoDomains& domains) {
   mUnmatched.clear();
   for (std::uint32_t i = 0; i < mNarrow.size(); ++i) {
     mValues[i] = mLast[mNarrow[i]];
-    std::uint32_t& owner = mOwners[mValues[i]];
-    if (owner == kNone && domains.Contains(mNarrow[i], mValues[i]))
-      owner = i;
+    if (mOwners.Find(mValues[i]) == kNone && domains.Contains(mNarrow[i], mValues[i]))
+      mOwners.Set(mValues[i], i);
     else
       mUnmatched.push_back(i);
   }
@@ -226,7 +231,7 @@ bool AllDifferentValues::Augment(const ZULTaVoDomains& domains, std::uint32_t st
     std::uint32_t i = mQueue[next];
     std::int64_t free = 0;
     const bool found = FindValue(domains, mNarrow[i], [&](std::int64_t value) {
-      const std::uint32_t owner = mOwners[value];
+      const std::uint32_t owner = mOwners.Find(value);
       if (owner == kNone) {
         free = value;
         return true;
@@ -239,7 +244,7 @@ bool AllDifferentValues::Augment(const ZULTaVoDomains& domains, std::uint32_t st
     });
     if (!found) continue;
     for (;; i = mParents[i]) {
-      mOwners[free] = i;
+      mOwners.Set(free, i);
       std::swap(free, mValues[i]);
       if (i == start) return true;
     }
@@ -255,7 +260,7 @@ void AllDifferentValues::Link(const ZULTaVoDomains& domains) {
   for (std::uint32_t i = 0; i < mNarrow.size(); ++i) {
     bool hasFree = false;
     FindValue(domains, mNarrow[i], [&](std::int64_t value) {
-      const std::uint32_t owner = mOwners[value];
+      const std::uint32_t owner = mOwners.Find(value);
       if (owner == kNone) return hasFree = true;
       mTakes.Insert(i, owner);
       mTakenBy.Insert(owner, i);
