@@ -104,21 +104,22 @@ bool AllDifferent::NarrowBounds(Engine& engine, const Rule& rule) {
 /// The ranges that can make up Hall intervals together; false where there can be none.
 bool AllDifferent::Gather(const Engine& engine, const Rule& rule) {
   mMembers.clear();
-  std::int64_t narrowest = kFar;
-  mLeast = kFar;
-  mGreatest = -kFar;
-  const std::span<const Slot> slots = engine.GetProgram().GetArguments(rule);
-  for (const Slot x : slots) {
+  std::int64_t least = kFar, greatest = -kFar, narrowest = kFar;
+  for (const Slot x : engine.GetProgram().GetArguments(rule)) {
     const std::int64_t lower = engine.GetLower(x), upper = engine.GetUpper(x);
-    if (lower == upper || lower < -kFar || upper > kFar) continue;
-    mLeast = std::min(mLeast, lower);
-    mGreatest = std::max(mGreatest, upper);
+    if (lower < -kFar || upper > kFar) continue;
+    mMembers.push_back({x, lower, upper, 0, 0});
+    if (lower == upper) continue;
+    least = std::min(least, lower);
+    greatest = std::max(greatest, upper);
     narrowest = std::min(narrowest, upper - lower);
   }
-  for (const Slot x : slots) {
-    const std::int64_t lower = engine.GetLower(x), upper = engine.GetUpper(x);
-    if (lower >= mLeast && upper <= mGreatest) mMembers.push_back({x, lower, upper, 0, 0});
-  }
+  mLeast = least;
+  mGreatest = greatest;
+  // Values that are fixed beyond those of all others are of no concern to them.
+  std::erase_if(mMembers, [&](const Member& member) {
+    return member.upper < least || member.lower > greatest;
+  });
   return narrowest < static_cast<std::int64_t>(mMembers.size());
 }
 

@@ -97,9 +97,10 @@ class Terms {
     if (c > 0) return reach;
     return {reach.upper, reach.lower, reach.isEndlessAbove, reach.isEndlessBelow};
   }
+  /// Of a positive divisor.
   static Sum FloorQuotient(Sum dividend, Sum divisor) {
-    const Sum quotient = dividend / divisor;
-    return quotient - (dividend % divisor != 0 && (dividend < 0) != (divisor < 0) ? 1 : 0);
+    if (divisor == 1) return dividend;
+    return dividend / divisor - (dividend % divisor < 0 ? 1 : 0);
   }
   static std::int64_t Clamp(Sum value) {
     if constexpr (kIsWide) {
