@@ -21,6 +21,8 @@ constexpr std::uint64_t kInterruptPeriod = 256;
 constexpr std::uint64_t kRunsPerRule = 2000;
 constexpr std::uint64_t kRunsAtLeast = 1000000;
 constexpr int kBits = 64;  // of a word
+// What the trail of a small program hardly ever exceeds.
+constexpr std::size_t kFirstSaved = 64;
 
 /// Whether so many integers are left that narrowing them one by one would never end.
 bool IsWide(const IntegerRange& x) {
@@ -57,6 +59,7 @@ Engine::Engine(const Program& program, ZULTaVoNetwork* network)
   const std::size_t stateWords = mToldWords + (isTold ? 2 * slots : 0);
   mWords.resize(stateWords + (program.HasRelations() ? Relations::CountStateWords(program) : 0));
   mStamps.resize(mWords.size());
+  mTrail.reserve(std::min(mWords.size(), kFirstSaved));
   for (Slot x = 0; x < slots; ++x) {
     const IntegerRange words = program.GetInitialIntegers(x);
     for (const std::size_t first : {std::size_t{0}, mToldWords}) {

@@ -262,6 +262,7 @@ class ExactCheck::Evaluation {
 ExactCheck::ExactCheck(const Program& program)
     : mProgram(program), mIsNeeded(program.HasVastNumbers()) {
   std::vector<bool> isSeen(program.GetNumberOfSlots(), false);
+  mSlots.reserve(program.GetNumberOfSlots());
   for (const Rule& rule : program.GetRules()) {
     if (rule.code == Code::kStatement || rule.code == Code::kFilter) continue;
     for (const Slot x : program.GetArguments(rule)) {

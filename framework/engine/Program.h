@@ -39,6 +39,8 @@ struct SlotInfo {
   bool isSingle = false;
   /// Whether a rule speaks of it; nothing narrows others.
   bool isUsed = false;
+  /// Of an integer: whether a rule takes single values from it.
+  bool isHoled = false;
   /// Whether the search has to find a value for it: declared, or hidden and no function of others.
   bool isSearched = false;
   std::uint32_t object = kNone;  ///< of the network, where there is one

@@ -29,11 +29,14 @@ Compiler::Compiler(Program& program, const ZULTaVoNetwork& network,
 
 void Compiler::Compile() {
   Simplify(mDraft);
-  std::vector<bool> isTaken;
+  Flags isTaken;
   LinearRows linear(mDraft, isTaken);
-  linear.Eliminate(FindNeeded(isTaken, nullptr));
-  const Gates gates(mDraft, isTaken, FindNeeded(isTaken, &linear));
-  std::vector<bool> isNeeded;
+  if (!linear.GetRows().empty()) linear.Eliminate(FindNeeded(isTaken, nullptr));
+  Gates gates(mDraft);
+  const auto isTruth = [](const SlotInfo& info) { return info.isBoolean; };
+  if (std::any_of(mDraft.slots.begin(), mDraft.slots.end(), isTruth))
+    gates.Take(isTaken, FindNeeded(isTaken, &linear));
+  Flags isNeeded;
   if (gates.GetClauses().GetSize() != 0) {
     isNeeded = FindNeeded(isTaken, nullptr);
     for (const LinearRows::Row& row : linear.GetRows())
@@ -71,17 +74,16 @@ void Compiler::Compile() {
   mBuilder.AddReals();
   FindSearched();
   if (mProgram.mInfeasible) return mBuilder.Finish();
-  const std::vector<Slot> holed = FindHoled();
-  Presolve(holed);
-  KeepValues(holed);
+  FindHoled();
+  Presolve();
+  KeepValues();
   mBuilder.Finish();
 }
 
 /// What is asked for beside the rows; where there are rows, beside what is said of truth values
 /// alone.
-std::vector<bool> Compiler::FindNeeded(const std::vector<bool>& isTaken,
-                                       const LinearRows* rows) const {
-  std::vector<bool> isNeeded(mDraft.slots.size(), false);
+Flags Compiler::FindNeeded(const Flags& isTaken, const LinearRows* rows) const {
+  Flags isNeeded(mDraft.slots.size(), false);
   const auto need = [&](std::initializer_list<Slot> slots) {
     for (const Slot x : slots)
       if (x != kNone) isNeeded[x] = true;
@@ -117,6 +119,8 @@ void Compiler::EmitRow(const LinearRows& linear, const LinearRows::Row& row,
   std::vector<std::int64_t>& factors = mRowFactors;
   slots.clear();
   factors.clear();
+  slots.reserve(row.count);
+  factors.reserve(row.count);
   linear.ForEachTerm(row, [&](Slot slot, std::int64_t factor) {
     slots.push_back(slot);
     factors.push_back(factor);
@@ -184,7 +188,7 @@ void Compiler::EmitGroup(const Group& group) {
   }
 }
 
-void Compiler::EmitFormulas(const std::vector<bool>& isTaken) {
+void Compiler::EmitFormulas(const Flags& isTaken) {
   for (std::size_t i = 0; i < mDraft.formulas.size(); ++i) {
     const Formula& formula = mDraft.formulas[i];
     const bool isInteger = mProgram.mSlots[formula.result].kind == Kind::kInteger &&
@@ -196,7 +200,7 @@ void Compiler::EmitFormulas(const std::vector<bool>& isTaken) {
 }
 
 /// Whether a comparison of integers is said by no rule.
-bool Compiler::LeavesComparison(const std::vector<bool>& isTaken) const {
+bool Compiler::LeavesComparison(const Flags& isTaken) const {
   for (std::size_t i = 0; i < mDraft.comparisons.size(); ++i) {
     const auto& [relation, left, right, truth] = mDraft.comparisons[i];
     const bool isOfIntegers = mProgram.mSlots[left].kind == Kind::kInteger &&
@@ -219,22 +223,17 @@ void Compiler::FindSearched() {
     if (isHidden(mProgram.mSlots[slot])) mProgram.mSlots[slot].isSearched = isSearched[slot];
 }
 
-/// Integers of which single values are taken.
-std::vector<Slot> Compiler::FindHoled() const {
-  std::vector<bool> isHoled(mProgram.mSlots.size(), false);
+/// Marks integers from which single values are taken.
+void Compiler::FindHoled() {
   for (const Rule& rule : mProgram.mRules) {
     const std::span<const Slot> slots = mProgram.GetArguments(rule);
     if (rule.code == Code::kUnequal || rule.code == Code::kAllDifferent)
-      for (const Slot x : slots) isHoled[x] = true;
+      for (const Slot x : slots) mProgram.mSlots[x].isHoled = true;
     for (std::size_t i = 0; rule.code == Code::kRelation && i < slots.size(); ++i)
       if (Relations::WantsValues(mProgram.GetNumbers(rule)[i + 2]) &&
           mProgram.mSlots[slots[i]].kind == Kind::kInteger)
-        isHoled[slots[i]] = true;
+        mProgram.mSlots[slots[i]].isHoled = true;
   }
-  std::vector<Slot> holed;
-  for (Slot x = 0; x < isHoled.size(); ++x)
-    if (isHoled[x]) holed.push_back(x);
-  return holed;
 }
 
 bool Compiler::IsNarrow(Slot x) const {
@@ -246,8 +245,11 @@ bool Compiler::IsNarrow(Slot x) const {
 
 /// Narrows integers by propagation where that is needed to keep sets of their values: results of
 /// functions have no bounds of their own.
-void Compiler::Presolve(const std::vector<Slot>& holed) {
-  if (std::all_of(holed.begin(), holed.end(), [this](Slot x) { return IsNarrow(x); })) return;
+void Compiler::Presolve() {
+  bool areNarrow = true;
+  for (Slot x = 0; x < mProgram.mSlots.size(); ++x)
+    areNarrow = areNarrow && (!mProgram.mSlots[x].isHoled || IsNarrow(x));
+  if (areNarrow) return;
   Program draft = mProgram;
   ProgramBuilder(draft).Finish();
   Engine engine(draft, nullptr);
@@ -264,9 +266,10 @@ void Compiler::Presolve(const std::vector<Slot>& holed) {
   }
 }
 
-void Compiler::KeepValues(const std::vector<Slot>& holed) {
-  for (const Slot x : holed)
-    if (IsNarrow(x) && !mProgram.mSlots[x].isConstant) mBuilder.KeepValues(x);
+void Compiler::KeepValues() {
+  for (Slot x = 0; x < mProgram.mSlots.size(); ++x)
+    if (mProgram.mSlots[x].isHoled && !mProgram.mSlots[x].isConstant && IsNarrow(x))
+      mBuilder.KeepValues(x);
 }
 
 }  // namespace zultav::engine

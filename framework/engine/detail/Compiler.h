@@ -25,19 +25,18 @@ class Compiler {
 
  private:
   bool IsTruth(Slot x) const { return mDraft.slots[x].isBoolean; }
-  std::vector<bool> FindNeeded(const std::vector<bool>& isTaken, const LinearRows* rows) const;
+  Flags FindNeeded(const Flags& isTaken, const LinearRows* rows) const;
   void EmitRow(const LinearRows& linear, const LinearRows::Row& row,
                const std::optional<Conditions::Condition>& condition);
   bool EmitCount(const LinearRows::Row& row);
   void EmitGroup(const Group& group);
   bool IsNarrow(Slot x) const;
-  void EmitFormulas(const std::vector<bool>& isTaken);
-  bool LeavesComparison(const std::vector<bool>& isTaken) const;
-  void EmitReals();
+  void EmitFormulas(const Flags& isTaken);
+  bool LeavesComparison(const Flags& isTaken) const;
   void FindSearched();
-  std::vector<Slot> FindHoled() const;
-  void KeepValues(const std::vector<Slot>& holed);
-  void Presolve(const std::vector<Slot>& holed);
+  void FindHoled();
+  void Presolve();
+  void KeepValues();
 
   Program& mProgram;
   ProgramBuilder mBuilder;

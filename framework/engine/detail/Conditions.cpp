@@ -3,7 +3,7 @@
 namespace zultav::engine {
 
 Conditions::Conditions(Draft& draft, const LinearRows& linear, const ClauseList& clauses,
-                       const std::vector<bool>& isNeeded)
+                       const Flags& isNeeded)
     : mAbsorbed(clauses.GetSize(), false) {
   if (clauses.GetSize() == 0) return;
   const std::vector<LinearRows::Row>& rows = linear.GetRows();

@@ -17,7 +17,7 @@ class Conditions {
   /// @param isNeeded  of each slot: whether anything beside clauses and the truths of rows asks
   ///                  for it
   Conditions(Draft& draft, const LinearRows& linear, const ClauseList& clauses,
-             const std::vector<bool>& isNeeded);
+             const Flags& isNeeded);
 
   struct Condition {
     Literal literal;  // where it is true, the row holds
@@ -30,7 +30,7 @@ class Conditions {
 
  private:
   std::vector<std::optional<Condition>> mConditions;  // of each row; empty where none has one
-  std::vector<bool> mAbsorbed;                        // of each clause
+  Flags mAbsorbed;                                    // of each clause
 };
 
 }  // namespace zultav::engine

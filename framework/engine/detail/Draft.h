@@ -8,6 +8,9 @@
 
 namespace zultav::engine {
 
+/// Truths by number: bytes, which take less time than bits.
+using Flags = std::vector<std::uint8_t>;
+
 /// A model while it is compiled: what the network says, in terms of slots that may turn out to be
 /// equal. All members may name united slots until Resolve was called.
 struct Draft {

@@ -12,13 +12,10 @@ bool AreSame(Literal x, Literal y) { return x.slot == y.slot && x.negated == y.n
 
 }  // namespace
 
-Gates::Gates(Draft& draft, std::vector<bool>& isTaken, const std::vector<bool>& isNeeded)
-    : mDraft(draft) {
-  const auto isTruth = [](const SlotInfo& info) { return info.isBoolean; };
-  if (std::none_of(draft.slots.begin(), draft.slots.end(), isTruth)) return;
-  mGateOf.assign(draft.slots.size(), kNone);
-  mLiterals.reserve(draft.slots.size());
-  for (Slot slot = 0; slot < draft.slots.size(); ++slot) mLiterals.push_back({slot, false});
+void Gates::Take(Flags& isTaken, const Flags& isNeeded) {
+  mGateOf.assign(mDraft.slots.size(), kNone);
+  mLiterals.reserve(mDraft.slots.size());
+  for (Slot slot = 0; slot < mDraft.slots.size(); ++slot) mLiterals.push_back({slot, false});
   ReadNegations(isTaken, isNeeded);
   ReadFormulas(isTaken);
   ReadComparisons(isTaken);
@@ -27,6 +24,7 @@ Gates::Gates(Draft& draft, std::vector<bool>& isTaken, const std::vector<bool>& 
     literal = LiteralOf(literal.slot, literal.negated);
   if (!mGates.empty()) Flatten(isNeeded);
   const ClauseList clauses = std::exchange(mClauses, ClauseList());
+  mClauses.ReserveFor(clauses);
   for (std::size_t i = 0; i < clauses.GetSize(); ++i) AddClause(clauses[i]);
   for (Gate& gate : mGates)
     if (gate.isAlive) Emit(gate);
@@ -45,7 +43,7 @@ Literal Gates::LiteralOf(Slot x, bool negated) const {
   return literal;
 }
 
-void Gates::ReadNegations(std::vector<bool>& isTaken, const std::vector<bool>& isNeeded) {
+void Gates::ReadNegations(Flags& isTaken, const Flags& isNeeded) {
   for (std::size_t i = 0; i < mDraft.formulas.size(); ++i) {
     const Formula& formula = mDraft.formulas[i];
     if (isTaken[i] || formula.function != Function::kNegative || !IsTruth(formula.result)) continue;
@@ -64,7 +62,7 @@ void Gates::ReadNegations(std::vector<bool>& isTaken, const std::vector<bool>& i
   }
 }
 
-void Gates::ReadFormulas(std::vector<bool>& isTaken) {
+void Gates::ReadFormulas(Flags& isTaken) {
   for (std::size_t i = 0; i < mDraft.formulas.size(); ++i) {
     const Formula& formula = mDraft.formulas[i];
     const bool isConnective =
@@ -80,7 +78,7 @@ void Gates::ReadFormulas(std::vector<bool>& isTaken) {
   }
 }
 
-void Gates::ReadComparisons(std::vector<bool>& isTaken) {
+void Gates::ReadComparisons(Flags& isTaken) {
   for (std::size_t i = 0; i < mDraft.comparisons.size(); ++i) {
     const Comparison& comparison = mDraft.comparisons[i];
     if (isTaken[mDraft.formulas.size() + i] || !IsTruth(comparison.left) ||
@@ -135,7 +133,7 @@ void Gates::AddGate(Literal output, Literal first, Literal second) {
 }
 
 /// Literals that are outputs of gates which serve nothing else are replaced by the inputs of these.
-void Gates::Flatten(const std::vector<bool>& isNeeded) {
+void Gates::Flatten(const Flags& isNeeded) {
   std::vector<std::uint32_t> uses(mDraft.slots.size(), 0), outputs(mDraft.slots.size(), 0);
   for (const Literal& literal : mClauses.GetLiterals()) ++uses[literal.slot];
   for (std::uint32_t i = 0; i < mGates.size(); ++i) {
@@ -164,6 +162,7 @@ void Gates::Flatten(const std::vector<bool>& isNeeded) {
   // Only of gates that come before, so that none becomes part of itself.
   for (std::size_t i = 0; i < mGates.size(); ++i) mGates[i].inputs = flatten(mGates[i].inputs, i);
   const ClauseList clauses = std::exchange(mClauses, ClauseList());
+  mClauses.ReserveFor(clauses);
   for (std::size_t i = 0; i < clauses.GetSize(); ++i)
     mClauses.Add(flatten(clauses[i], mGates.size()));
 }

@@ -18,6 +18,11 @@ class ClauseList {
     const std::size_t first = i == 0 ? 0 : mEnds[i - 1];
     return {mLiterals.data() + first, mEnds[i] - first};
   }
+  /// Makes room for as many as there are in another list.
+  void ReserveFor(const ClauseList& other) {
+    mLiterals.reserve(other.mLiterals.size());
+    mEnds.reserve(other.mEnds.size());
+  }
   void Add(std::span<const Literal> clause) {
     mLiterals.insert(mLiterals.end(), clause.begin(), clause.end());
     mEnds.push_back(mLiterals.size());
@@ -35,11 +40,13 @@ class ClauseList {
 /// a hidden value that is another one's negation gives way to it.
 class Gates {
  public:
+  explicit Gates(Draft& draft) : mDraft(draft) {}
+
   /// Takes the formulas and comparisons between truth values that are not taken yet.
   /// @param[in,out] isTaken   of each formula, then of each comparison
   /// @param isNeeded          of each slot: whether anything beside formulas and comparisons
   ///                          between truth values asks for it
-  Gates(Draft& draft, std::vector<bool>& isTaken, const std::vector<bool>& isNeeded);
+  void Take(Flags& isTaken, const Flags& isNeeded);
 
   const ClauseList& GetClauses() const { return mClauses; }
 
@@ -52,12 +59,12 @@ class Gates {
   };
   bool IsTruth(Slot x) const { return mDraft.slots[x].isBoolean; }
   Literal LiteralOf(Slot x, bool negated = false) const;
-  void ReadNegations(std::vector<bool>& isTaken, const std::vector<bool>& isNeeded);
-  void ReadFormulas(std::vector<bool>& isTaken);
-  void ReadComparisons(std::vector<bool>& isTaken);
+  void ReadNegations(Flags& isTaken, const Flags& isNeeded);
+  void ReadFormulas(Flags& isTaken);
+  void ReadComparisons(Flags& isTaken);
   void AddGate(Literal output, Literal first, Literal second);
   void AddEquivalence(const Literal* truth, Literal first, Literal second);
-  void Flatten(const std::vector<bool>& isNeeded);
+  void Flatten(const Flags& isNeeded);
   void Emit(Gate& gate);
   void AddClause(std::span<const Literal> clause);
 

@@ -22,7 +22,7 @@ bool MultiplyBy(std::int64_t& product, std::int64_t value) {
 
 }  // namespace
 
-LinearRows::LinearRows(Draft& draft, std::vector<bool>& isTaken)
+LinearRows::LinearRows(Draft& draft, Flags& isTaken)
     : mDraft(draft), mFirstOfSlot(draft.slots.size(), kNone) {
   isTaken.clear();
   const std::size_t most = draft.formulas.size() + draft.comparisons.size();
@@ -154,7 +154,7 @@ void LinearRows::FindPlaces(Slot slot) {
   }
 }
 
-void LinearRows::Eliminate(const std::vector<bool>& isNeeded) {
+void LinearRows::Eliminate(const Flags& isNeeded) {
   for (Slot slot = 0; slot < mFirstOfSlot.size(); ++slot)
     if (mFirstOfSlot[slot] != kNone && CanGiveWay(slot)) EliminateSlot(slot, isNeeded[slot]);
   // Large models shall not hold what they no longer need.
@@ -247,6 +247,7 @@ void LinearRows::Remove(const Place& place) {
 /// Unites terms of one slot and divides by the common factor.
 void LinearRows::Normalize(Row& row) {
   mSorted.clear();
+  mSorted.reserve(row.count);
   ForEachTerm(row, [this](Slot slot, std::int64_t factor) { mSorted.emplace_back(slot, factor); });
   std::sort(mSorted.begin(), mSorted.end());
   auto end = mSorted.begin();

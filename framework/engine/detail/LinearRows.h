@@ -26,11 +26,11 @@ class LinearRows {
 
   /// Takes the formulas and comparisons that are linear. What else the draft says stays as it is.
   /// @param[out] isTaken  of each formula, then of each comparison: whether a row says it
-  LinearRows(Draft& draft, std::vector<bool>& isTaken);
+  LinearRows(Draft& draft, Flags& isTaken);
 
   /// Substitutes. May find out that values are fixed or narrower.
   /// @param isNeeded  of each slot: whether anything beside the rows asks for it
-  void Eliminate(const std::vector<bool>& isNeeded);
+  void Eliminate(const Flags& isNeeded);
   /// The rows that are left, each with distinct slots and without a common factor.
   const std::vector<Row>& GetRows() const { return mRows; }
   /// Forgets them.
