@@ -54,11 +54,6 @@ bool IsUpperFirst(const RealRange& x, ZULTaVoAny::ValueSelection selection) {
   return selection == ZULTaVoAny::kUpperHalf || selection == ZULTaVoAny::kGreatestValue;
 }
 
-RealRange RealsOf(Kind kind, const Range& range) {
-  if (kind == Kind::kReal) return range.GetReals();
-  return {static_cast<double>(range.lower), static_cast<double>(range.upper)};
-}
-
 /// Gives the object a range; what its type cannot hold becomes a bound of the type, or Any.
 template <class Object, class Number>
 void PutRange(Object& object, Number lower, Number upper) {
@@ -77,17 +72,17 @@ long ToLong(std::int64_t value) {
                                                     std::numeric_limits<long>::max()));
 }
 
-void Put(ZULTaVoAny& object, Kind kind, const Range& range) {
-  if (object.IsDerivedFrom(ZULTaVoBoolean::sIdent)) {
-    if (range.lower == range.upper)
-      static_cast<ZULTaVoBoolean&>(object).SetExactValue(range.lower != 0);
-    else
-      object.SetAny();
-  } else if (object.IsDerivedFrom(ZULTaVoInteger::sIdent)) {
-    PutRange(static_cast<ZULTaVoInteger&>(object), ToLong(range.lower), ToLong(range.upper));
-  } else {
-    const RealRange reals = RealsOf(kind, range);
+/// The object is of the variable's kind.
+void Put(ZULTaVoAny& object, const SearchVariable& variable, const Range& range) {
+  if (variable.kind == Kind::kReal) {
+    const RealRange reals = range.GetReals();
     PutRange(static_cast<ZULTaVoReal&>(object), reals.lower, reals.upper);
+  } else if (!variable.isBoolean) {
+    PutRange(static_cast<ZULTaVoInteger&>(object), ToLong(range.lower), ToLong(range.upper));
+  } else if (range.lower == range.upper) {
+    static_cast<ZULTaVoBoolean&>(object).SetExactValue(range.lower != 0);
+  } else {
+    object.SetAny();
   }
 }
 
@@ -106,9 +101,9 @@ SearchSpace::SearchSpace(const ZULTaVoNetwork& network, const Program& program,
   mVariables.reserve(mObjects.size());
   for (std::size_t i = 0; i < mObjects.size(); ++i) {
     const Slot slot = program.GetDeclared()[i];
-    const Kind kind = program.GetSlot(slot).kind;
-    mVariables.push_back({slot, kind, program.GetSlot(slot).isSingle});
-    if (kind == Kind::kOpaque) mOpaque.push_back(mObjects[i]);
+    const engine::SlotInfo& info = program.GetSlot(slot);
+    mVariables.push_back({slot, info.kind, info.isBoolean, info.isSingle});
+    if (info.kind == Kind::kOpaque) mOpaque.push_back(mObjects[i]);
     known[slot] = true;
   }
   for (Slot slot = 0; slot < program.GetNumberOfSlots(); ++slot) {
@@ -118,7 +113,7 @@ SearchSpace::SearchSpace(const ZULTaVoNetwork& network, const Program& program,
     // What no rule looks at any more may be anything, or follows from the others.
     const bool isLookedAt = info.isBoolean || !program.GetWatches(slot).empty();
     if (known[slot] || info.kind != Kind::kInteger || !info.isSearched || !isLookedAt) continue;
-    mVariables.push_back({slot, info.kind, false});
+    mVariables.push_back({slot, info.kind, info.isBoolean, false});
     known[slot] = true;
   }
   mHiddenEnd = static_cast<std::uint32_t>(mVariables.size());
@@ -146,7 +141,7 @@ void SearchSpace::AddTruths(const Program& program, std::vector<bool>& known) {
     const Slot truth = program.GetArguments(rule).back();
     if (known[truth]) continue;
     known[truth] = true;
-    mVariables.push_back({truth, Kind::kInteger, false});
+    mVariables.push_back({truth, Kind::kInteger, true, false});
   }
 }
 
@@ -192,7 +187,7 @@ Half SearchSpace::OppositeOf(const Half& half) const {
 }
 
 bool SearchSpace::Enter(Engine& engine, const Half& half) const {
-  const auto& [slot, kind, isSingle] = mVariables[half.variable];
+  const auto& [slot, kind, isBoolean, isSingle] = mVariables[half.variable];
   if (kind == Kind::kInteger)
     return half.isUpper ? engine.SetLower(slot, half.bound) : engine.SetUpper(slot, half.bound);
   const auto bound = std::bit_cast<double>(half.bound);
@@ -250,7 +245,7 @@ void SearchSpace::Fill(const ZULTavBox& box, ZULTavSolution& solution) const {
     if (mVariables[i].kind == Kind::kOpaque)
       value.Assign(box.opaque.GetValue(opaque++));
     else
-      Put(value, mVariables[i].kind, box.ranges[i]);
+      Put(value, mVariables[i], box.ranges[i]);
   }
   for (std::size_t i = 0; i < mObserved.size(); ++i) {
     const Range& range = box.ranges[mObjects.size() + i];

@@ -31,6 +31,7 @@ struct WidthLimit {
 struct SearchVariable {
   Slot slot = 0;
   Kind kind = Kind::kInteger;
+  bool isBoolean = false;
   /// Of a type that holds one value or Any: it is not split.
   bool isSingle = false;
 
