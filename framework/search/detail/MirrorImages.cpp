@@ -29,14 +29,15 @@ void MirrorImages::JoinAtZero(ZULTavBox& box) const {
   }
 }
 
-bool MirrorImages::Next(ZULTavBox& image) const {
-  for (auto index = mMirrored.rbegin(); index != mMirrored.rend(); ++index) {
-    const RealRange x = image.ranges[*index].GetReals();
+std::span<const std::uint32_t> MirrorImages::Next(ZULTavBox& image) const {
+  for (std::size_t i = mMirrored.size(); i-- > 0;) {
+    Range& range = image.ranges[mMirrored[i]];
+    const RealRange x = range.GetReals();
     if (-x.lower == x.upper) continue;  // its own image
-    image.ranges[*index] = -x;
-    if (-x.lower > x.upper) return true;
+    range = -x;
+    if (-x.lower > x.upper) return std::span(mMirrored).subspan(i);
   }
-  return false;
+  return {};
 }
 
 }  // namespace zultav::detail

@@ -2,6 +2,7 @@
 #define ZULTAV_SEARCH_DETAIL_MIRROR_IMAGES_H
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "framework/search/detail/SearchSpace.h"
@@ -24,8 +25,9 @@ class MirrorImages {
   void Restrict(Engine& engine, const SearchSpace& space) const;
   /// Makes a box that reaches 0 one with its image where the width limit allows or both overlap.
   void JoinAtZero(ZULTavBox& box) const;
-  /// Turns an image into the next one. False after the last.
-  bool Next(ZULTavBox& image) const;
+  /// Turns an image into the next one. Answers the variables in which both may differ; none after
+  /// the last image.
+  std::span<const std::uint32_t> Next(ZULTavBox& image) const;
 
  private:
   std::vector<std::uint32_t> mMirrored;

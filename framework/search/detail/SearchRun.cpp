@@ -273,16 +273,18 @@ SearchRun::Reported SearchRun::ReportFirst() {
   ZULTavBox& box = mPending.GetFirst();
   if (mSolution.GetSize() == 0) mSolution = mSpace.MakeSolution();
   mImages.JoinAtZero(box);
+  mSpace.Fill(box, mSolution);
   while (!HasEnough()) {
     ++mStatistics.solutions;
-    mSpace.Fill(box, mSolution);
     const bool goOn = mReport(mSolution);
-    if (!mImages.Next(box)) {
+    const auto changed = mImages.Next(box);
+    if (changed.empty()) {
       mPending.RemoveFirst();
       return goOn ? Reported::kGoOn : Reported::kRefused;
     }
     if (mInterrupt.load(std::memory_order_relaxed)) return Reported::kInterrupted;
     if (!goOn) return Reported::kRefused;
+    mSpace.Fill(box, changed, mSolution);
   }
   return Reported::kGoOn;
 }

@@ -259,6 +259,11 @@ void SearchSpace::Fill(const ZULTavBox& box, ZULTavSolution& solution) const {
   solution.SetProven(box.isProven);
 }
 
+void SearchSpace::Fill(const ZULTavBox& box, std::span<const std::uint32_t> variables,
+                       ZULTavSolution& solution) const {
+  for (const std::uint32_t i : variables) Put(solution.GetValue(i), mVariables[i], box.ranges[i]);
+}
+
 bool SearchSpace::Read(ZULipstream& in, ZULTavBox& box) const {
   std::uint64_t proven = 0;
   in.ReadUnsigned(proven, 1);

@@ -96,6 +96,9 @@ class SearchSpace {
   ZULTavBox Capture(const Engine& engine) const;
   /// The same as objects of the types that they are declared with.
   void Fill(const ZULTavBox& box, ZULTavSolution& solution) const;
+  /// Of some that are numbers.
+  void Fill(const ZULTavBox& box, std::span<const std::uint32_t> variables,
+            ZULTavSolution& solution) const;
   ZULTavSolution MakeSolution() const {
     return ZULTavSolution(mNetwork, mObjects, mObserved.size());
   }
