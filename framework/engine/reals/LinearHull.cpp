@@ -68,11 +68,32 @@ void LinearHull::AddInequality(std::size_t index, bool isUpper) {
 
 bool LinearHull::NarrowToHull() {
   if (mSimplex.FindVertex() == Simplex::Answer::kInfeasible) return NarrowBySum();
+  mTargets.clear();
   for (std::size_t column = 0; column < mLinear.columns.size(); ++column)
-    for (const bool isUpper : {false, true})
-      if (mSimplex.Optimize(column, isUpper) == Simplex::Answer::kNarrowed && !NarrowBySum())
-        return false;
+    for (const bool isUpper : {false, true}) mTargets.push_back({column, isUpper});
+  while (!mTargets.empty()) {
+    const auto [column, isUpper] = TakeNearest();
+    if (mSimplex.Optimize(column, isUpper) == Simplex::Answer::kNarrowed && !NarrowBySum())
+      return false;
+  }
   return true;
+}
+
+/// The bound of an unknown that the vertex is nearest to: few moves lead there, and what is met on
+/// the way need not be gone to.
+LinearHull::Target LinearHull::TakeNearest() {
+  std::size_t nearest = 0;
+  double distance = HUGE_VAL;
+  for (std::size_t i = 0; i < mTargets.size(); ++i) {
+    const double next = mSimplex.GetDistance(mTargets[i].column, mTargets[i].isUpper);
+    if (next >= distance) continue;
+    nearest = i;
+    distance = next;
+  }
+  std::swap(mTargets[nearest], mTargets.back());
+  const Target target = mTargets.back();
+  mTargets.pop_back();
+  return target;
 }
 
 /// Solves the sum of the equations by the weights of the inequalities for each unknown.

@@ -32,17 +32,25 @@ class LinearHull {
     double factor;
   };
 
+  /// A bound of the unknown of a column.
+  struct Target {
+    std::size_t column;
+    bool isUpper;
+  };
+
   bool NarrowFrom(bool isUpper);
   void MoveToCorner(bool isUpper);
   void AddInequalities();
   void AddInequality(std::size_t index, bool isUpper);
   bool NarrowToHull();
+  Target TakeNearest();
   bool NarrowBySum();
 
   Engine& mEngine;
   Linearization& mLinear;
   Simplex mSimplex;
   std::vector<Source> mSources;
+  std::vector<Target> mTargets;  // that are left
   std::vector<double> mCoefficients;
   std::vector<std::size_t> mRows;
   std::vector<double> mWeights;  // of mRows

@@ -8,6 +8,8 @@ namespace {
 
 // A loss of this share of a width is worth another part.
 constexpr double kWorthwhile = 0.05;
+// Within a part only losses of this share are passed on: what counts is whether it fails.
+constexpr double kLargeLoss = 0.2;
 constexpr int kSlices = 32;
 // Runs for each statement; ranges that lose ever less need not be followed to the end.
 constexpr std::size_t kSupposedRounds = 20;
@@ -89,7 +91,7 @@ bool Shaving::Suppose(std::uint32_t unknown, const RealRange& part) {
   const std::uint64_t limit = mEngine.GetRunLimit();
   const double fraction = mEngine.GetNarrowingFraction();
   mEngine.SetRunLimit(kSupposedRounds * mSystem.GetStatements().size());
-  mEngine.SetNarrowingFraction(std::max(fraction, kWorthwhile));
+  mEngine.SetNarrowingFraction(std::max(fraction, kLargeLoss));
   const bool holds = mEngine.NarrowAndTell(SlotOf(unknown), part) &&
                      mEngine.Propagate() != Engine::Status::kFailed;
   mEngine.SetRunLimit(limit);

@@ -12,12 +12,10 @@ constexpr double kTiny = 1e-9;
 // Moves for each row and variable: degenerate programs may go in circles.
 constexpr std::size_t kMoves = 20;
 
-constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+// Of the width of a variable: it is hardly worth a move to bring one nearer to its bound.
+constexpr double kNear = 1e-3;
 
-std::size_t IndexOf(const std::vector<std::size_t>& names, std::size_t name) {
-  const auto found = std::find(names.begin(), names.end(), name);
-  return found == names.end() ? kNone : static_cast<std::size_t>(found - names.begin());
-}
+constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
 }  // namespace
 
@@ -26,11 +24,16 @@ void Simplex::Clear(std::size_t variables) {
   mBasic.clear();
   mValues.clear();
   mNonbasic.resize(variables);
-  for (std::size_t i = 0; i < variables; ++i) mNonbasic[i] = i;
+  mPlaces.resize(variables);
+  for (std::size_t i = 0; i < variables; ++i) {
+    mNonbasic[i] = i;
+    mPlaces[i] = {false, i};
+  }
   mIsAtUpper.assign(variables, 0);
 }
 
 void Simplex::Add(std::span<const double> coefficients, double bound) {
+  mPlaces.push_back({true, mBasic.size()});
   mBasic.push_back(mNonbasic.size() + mBasic.size());
   mValues.push_back(bound);
   mTableau.insert(mTableau.end(), coefficients.begin(), coefficients.end());
@@ -92,15 +95,18 @@ Simplex::Answer Simplex::FindVertex() {
   return Answer::kNothing;
 }
 
+double Simplex::GetDistance(std::size_t variable, bool isUpper) const {
+  const auto [isBasic, index] = mPlaces[variable];
+  const double value = isBasic ? mValues[index] : mIsAtUpper[index];
+  return isUpper ? 1 - value : value;
+}
+
 Simplex::Answer Simplex::Optimize(std::size_t variable, bool isUpper) {
   const double sense = isUpper ? 1 : -1;
-  for (; mMoves > 0; --mMoves) {
-    std::size_t column = IndexOf(mNonbasic, variable);
-    if (column != kNone) {
-      if ((mIsAtUpper[column] != 0) == isUpper) break;
-    } else {
-      const std::size_t row = IndexOf(mBasic, variable);
-      if ((isUpper ? 1 - mValues[row] : mValues[row]) <= kTiny) break;
+  for (; mMoves > 0 && GetDistance(variable, isUpper) > kNear; --mMoves) {
+    std::size_t column = mPlaces[variable].index;
+    if (mPlaces[variable].isBasic) {
+      const std::size_t row = column;
       column = FindEntering(row, sense);
       if (column == kNone) {
         TakeWeights(row, sense);
@@ -121,8 +127,9 @@ bool Simplex::Move(std::size_t column, double direction) {
     const double rate = -Row(i)[column] * direction;
     if (std::fabs(rate) <= kTiny) continue;
     const double room = rate < 0 ? mValues[i] : UpperOf(mBasic[i]) - mValues[i];
+    if (room > (length + kTiny) * std::fabs(rate)) continue;
     const double reach = std::max(room, 0.0) / std::fabs(rate);
-    if (reach > length + kTiny || (reach > length - kTiny && std::fabs(rate) <= pivot)) continue;
+    if (reach > length - kTiny && std::fabs(rate) <= pivot) continue;
     length = std::min(length, reach);
     row = i;
     pivot = std::fabs(rate);
@@ -158,6 +165,7 @@ void Simplex::Pivot(std::size_t row, std::size_t column, bool leavesAtUpper) {
   }
   mValues[row] = entered;
   std::swap(mBasic[row], mNonbasic[column]);
+  std::swap(mPlaces[mBasic[row]], mPlaces[mNonbasic[column]]);
   mIsAtUpper[column] = leavesAtUpper ? 1 : 0;
 }
 

@@ -26,10 +26,18 @@ class Simplex {
   Answer FindVertex();
   /// After FindVertex: goes to a vertex where the variable is least, or greatest.
   Answer Optimize(std::size_t variable, bool isUpper);
+  /// How far the variable is from a bound at the vertex.
+  double GetDistance(std::size_t variable, bool isUpper) const;
   /// Of the inequalities, not negative.
   std::span<const double> GetWeights() const { return mWeights; }
 
  private:
+  /// Where a name is.
+  struct Place {
+    bool isBasic;
+    std::size_t index;
+  };
+
   double* Row(std::size_t row) { return mTableau.data() + row * mNonbasic.size(); }
   bool IsSlack(std::size_t name) const { return name >= mNonbasic.size(); }
   double UpperOf(std::size_t name) const;
@@ -43,6 +51,7 @@ class Simplex {
   // bounds (slacks, not negative).
   std::vector<double> mTableau;
   std::vector<std::size_t> mBasic, mNonbasic;  // names
+  std::vector<Place> mPlaces;                  // of names
   std::vector<double> mValues;                 // of basic ones
   std::vector<std::uint8_t> mIsAtUpper;        // of nonbasic ones
   std::vector<double> mWeights;
