@@ -578,5 +578,21 @@ TEST(RelationsTest, KeepTasksThatAreFarApart) {
             "");
 }
 
+/// A real that has no name of its own is no abbreviation where a relation speaks of it.
+TEST(RelationsTest, NarrowHiddenReals) {
+  TextModel read("x : int = [1, 2]; y : int = [0, 9]; y = 2 * element(x, [1.5, 2.25]);");
+  ZULTavSearch::Options options;
+  options.limits.solutions = 9;
+  ZULTavSearch search(read.model->Network(), read.declared, options);
+  Solutions found;
+  search.Run([&](const ZULTavSolution& solution) {
+    found.push_back({ValueOf(solution.GetValue(0)), ValueOf(solution.GetValue(1))});
+    return true;
+  });
+  EXPECT_EQ(found, (Solutions{
+                       {1, 3}
+  }));
+}
+
 }  // namespace
 }  // namespace zultav::relations

@@ -28,6 +28,10 @@ class RealSystemBuilder {
     for (const auto* list : {&mProgram.GetDeclared(), &mProgram.GetObserved()})
       for (const Slot slot : *list)
         if (IsReal(slot)) TermOf(slot);
+    // What others narrow is no abbreviation either.
+    for (const Group& group : mProgram.GetGroups())
+      for (const Slot slot : group.slots)
+        if (IsReal(slot)) TermOf(slot);
     const auto named = static_cast<std::uint32_t>(mSystem.mTerms.size());
     for (const Formula& formula : mProgram.GetFormulas()) Read(formula);
     for (const Comparison& comparison : mProgram.GetComparisons()) Read(comparison);
