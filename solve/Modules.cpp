@@ -38,7 +38,7 @@ bool Modules::Open(const Options& options, std::string& reason) {
       reason = "cannot open module '" + name + "': " + mManager.GetReason();
       return false;
     }
-    mNamed.push_back(module);
+    if (std::find(mNamed.begin(), mNamed.end(), module) == mNamed.end()) mNamed.push_back(module);
   }
   return true;
 }
