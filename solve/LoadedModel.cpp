@@ -34,6 +34,10 @@ int LoadedModel::Load(const Options& options, std::vector<ZULTavDiagnostic>& err
     return kUsage;
   }
   reading.dataName = options.dataFile;
+  if (options.modelFile == "-" && options.dataFile == "-") {
+    errors.push_back(Failure("the model and its data cannot both come from standard input"));
+    return kUsage;
+  }
   if (!options.dataFile.empty() &&
       !ReadTextFile(options.dataFile, reading.limits.sourceBytes, reading.data, reason)) {
     errors.push_back(Failure(reason, options.dataFile));

@@ -32,7 +32,7 @@ class Reader {
         mBytes(source.GetText().size()),
         mOptions(options),
         mErrors(errors),
-        mData(options.dataName, options.data),
+        mData(options.dataName, WithoutByteOrderMark(options.data)),
         mModel(std::make_unique<ZULTavModel>()),
         mRegistry(modules),
         mBuilder(*mModel, mRegistry, mNames, options.limits),
@@ -93,6 +93,7 @@ class Reader {
                      std::to_string(mOptions.limits.sourceBytes) + " bytes");
       mInterpreter.TakeData(mData);
     } catch (const ModelError& error) {
+      mInterpreter.MarkDataBroken();
       mErrors.Add(mData, error);
     }
   }

@@ -187,6 +187,8 @@ TEST(LiteralsTest, DataGiveConstantsTheirValues) {
       {R"({"n": -})",                                        "let n;",                                          "expected a digit"                                        },
       {R"({"n": 99999999999999999999})",                     "let n;",                                          "beyond the limit of 64 bits"                             },
       {R"({"n": -1e999})",                                   "let n;",                                          "this number is too large"                                },
+      {"\ufeff{\"n\": 3}",                                   "let n; x = n;",                                   "x = 3; "                                                 },
+      {R"([3])",                                             "let n; x = n; y = n;",                            "^\ntest:1:31: error: unknown name 'y'"                   },
       {R"({"n)",                                             "let n;",                                          "this text has no end"                                    },
       {"{\"n\": " + deep,                                    "let n;",                                          "deeper than the limit of 1000 levels"                    },
       {"",                                                   "let n;",                                          "expected '{' and names with values"                      },

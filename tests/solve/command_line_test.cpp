@@ -45,6 +45,7 @@ TEST(CommandLineTest, MisuseIsAnsweredWithAReason) {
       {"solve - --format xml",                  "one of text, json"                           },
       {"solve - --include no_such_folder",      "cannot include from 'no_such_folder': No"    },
       {"solve - --include ''",                  "the name is empty"                           },
+      {"solve - --data -",                      "cannot both come from standard input"        },
       {"solve - -D x",                          "'x' is not of the form NAME=VALUE"           },
       {"solve - -D =1",                         "NAME=VALUE"                                  },
       {"types --module no_such_module",         "no_such_module"                              },

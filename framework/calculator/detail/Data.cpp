@@ -40,6 +40,7 @@ Value Interpreter::ValueOfConstant(Dimensions dimensions, const Statement& state
   }
   if (statement.expression.present)
     return CheckItems(EvaluateKnown(statement.expression), dimensions, statement);
+  if (mIsDataBroken) Fail(statement.span, "");
   Suggestion suggestion(mNames.GetName(name));
   for (const auto& [other, datum] : mData)
     if (!datum.used) suggestion.Offer(mNames.GetName(other));

@@ -29,6 +29,8 @@ class Interpreter {
   void Define(const std::string& name, const Source& text);
   /// Makes what data say known to each `let` of their names. The text must outlive this object.
   void TakeData(const Source& data);
+  /// Data were given but could not be read: that a constant has no value is no other fault.
+  void MarkDataBroken() { mIsDataBroken = true; }
   /// Those that no `let` takes.
   std::vector<ModelError> GetUnusedData() const;
   /// Carries out all statements of one piece of source. Throws ModelError; the message is empty
@@ -204,6 +206,7 @@ class Interpreter {
   std::deque<Function> mFunctions;
   std::map<std::uint32_t, Datum> mData;  // by name
   const Source* mDataSource = nullptr;
+  bool mIsDataBroken = false;
   std::array<std::uint32_t, kOperatorSigns.size()> mSignNames = {};
   std::uint32_t mIntegerConversion = 0, mRealConversion = 0;  // names
   std::vector<Value> mStack;
