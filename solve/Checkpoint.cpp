@@ -12,7 +12,7 @@
 namespace {
 
 constexpr char kKind[] = "zultav run";
-constexpr std::uint64_t kVersion = 5;
+constexpr std::uint64_t kVersion = 6;
 /// Kinds of records.
 enum : char { kRun = 'R', kFound = 'F', kState = 'S' };
 /// Bytes of solutions that are kept before they are written.

@@ -36,7 +36,8 @@ Examples
   zultav solve - -t 10 --format json      a model from standard input, ten seconds, JSON
   zultav solve model.zul -a --checkpoint run.zck   a run that can be interrupted and resumed
 
-Each solution is printed as `name = value` lines and ends with ----------. The last line is
+Each solution is printed as `name = value` lines, or as the model says by `show "text", x;`, and
+ends with ----------. The last line is
   ==========               all solutions were printed
   =====UNSATISFIABLE=====  there is none
   =====UNKNOWN=====        a limit ended the search (exit status 4)

@@ -76,6 +76,9 @@ class TextReport final : public Report {
 
  private:
   void PrintValues(const ZULTavModel& model, const ValueAt& values) const {
+    for (const std::string& line : ShownLines(model, values, mFormat, mDigits))
+      std::cout << line << '\n';
+    if (!model.Lines().empty()) return;
     std::size_t position = 0;
     for (const ZULTavModel::Variable& variable : model.Variables()) {
       for (std::size_t i = 0; i < variable.values.size(); ++i) {
@@ -99,6 +102,8 @@ class TextReport final : public Report {
 /// One document, written as far as it is known: solutions one a line, the rest at the end.
 class JsonReport final : public Report {
  public:
+  explicit JsonReport(const Options& options) : mDigits(options.digits) {}
+
   void Errors(const std::vector<ZULTavDiagnostic>& errors) override {
     mErrors.insert(mErrors.end(), errors.begin(), errors.end());
   }
@@ -107,12 +112,13 @@ class JsonReport final : public Report {
 
   void Solution(const ZULTavModel& model, const ValueAt& values, bool proven) override {
     std::cout << (std::exchange(mBegun, true) ? ",\n" : "{\n  \"solutions\": [\n")
-              << "    {\"values\": " << ValuesOf(model, values)
+              << "    {\"values\": " << ValuesOf(model, values) << ShownFor(model, values)
               << ", \"proven\": " << (proven ? "true" : "false") << '}';
   }
 
   void Domains(const ZULTavModel* model, const ValueAt& values) override {
-    mDomains = model != nullptr ? ValuesOf(*model, values) : "{}";
+    mDomains = "{}";
+    if (model != nullptr) mDomains = ValuesOf(*model, values) + ShownFor(*model, values);
   }
 
   void End(const Ending& ending) override {
@@ -179,6 +185,16 @@ class JsonReport final : public Report {
     return text + '}';
   }
 
+  /// A member "shown", behind others, where the model shows anything.
+  std::string ShownFor(const ZULTavModel& model, const ValueAt& values) const {
+    if (model.Lines().empty()) return {};
+    std::string text;
+    for (const std::string& line : ShownLines(model, values, Format::kText, mDigits))
+      text += (text.empty() ? "" : ", ") + Quote(line);
+    return ", \"shown\": [" + text + "]";
+  }
+
+  Digits mDigits;
   bool mBegun = false;
   std::string mDomains;
   std::vector<ZULTavDiagnostic> mErrors, mWarnings;
@@ -195,7 +211,7 @@ void Report::FlushNowAndThen() {
 }
 
 std::unique_ptr<Report> MakeReport(const Options& options) {
-  if (options.format == Format::kJson) return std::make_unique<JsonReport>();
+  if (options.format == Format::kJson) return std::make_unique<JsonReport>(options);
   return std::make_unique<TextReport>(options);
 }
 

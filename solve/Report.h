@@ -2,7 +2,6 @@
 #define ZULTAV_SOLVE_REPORT_H
 
 #include <chrono>
-#include <functional>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -10,9 +9,7 @@
 
 #include "framework/calculator/ZULTavCalculator.h"
 #include "solve/Options.h"
-
-/// The value at a position among all variables' values, in the order of declaration.
-using ValueAt = std::function<const ZULTaVoAny&(std::size_t)>;
+#include "solve/ShownLines.h"
 
 /// How a run ended.
 struct Ending {

@@ -187,6 +187,29 @@ void PrintValue(std::ostream& out, const ZULTaVoAny& value, Digits digits) {
   }
 }
 
+bool PrintInteger(std::ostream& out, const ZULTaVoAny& value, bool isInteger) {
+  if (value.IsNil() || value.IsAny()) return false;
+  if (const auto* integer = ZULTaVoCast<const ZULTaVoInteger>(&value)) {
+    const auto [lower, upper] = BoundsOf(*integer);
+    if (lower == upper) out << Shortest(lower);
+    return lower == upper;
+  }
+  const auto* real = isInteger ? ZULTaVoCast<const ZULTaVoReal>(&value) : nullptr;
+  if (real == nullptr) return false;
+  constexpr double kTold = 0x1p53;
+  const Range<ZULTaVoReal> range(*real);
+  const auto [lower, upper] = BoundsOf(*real);
+  const bool fromMin = range.IsInfiniteBelow(lower), toMax = range.IsInfiniteAbove(upper);
+  if ((!fromMin && std::fabs(lower) > kTold) || (!toMax && std::fabs(upper) > kTold)) return false;
+  const auto text = [](double bound) { return Shortest(static_cast<std::int64_t>(bound)); };
+  if (lower == upper)
+    out << text(lower);
+  else
+    out << '[' << (fromMin ? " Min" : text(std::ceil(lower))) << ','
+        << (toMax ? " Max" : text(std::floor(upper))) << ']';
+  return true;
+}
+
 std::string JsonValue(const ZULTaVoAny& value) {
   if (value.IsNil()) return "\"Nil\"";
   if (const auto* boolean = ZULTaVoCast<const ZULTaVoBoolean>(&value))

@@ -12,6 +12,11 @@
 /// counts to within the precision anyway, is rounded to nearest.
 void PrintValue(std::ostream& out, const ZULTaVoAny& value, Digits digits);
 
+/// Prints an integer, or a real that stands for one: the number alone where it is fixed. False, and
+/// nothing is printed, where the value is neither, or Nil or Any, or beyond the integers that
+/// doubles tell apart.
+bool PrintInteger(std::ostream& out, const ZULTaVoAny& value, bool isInteger);
+
 /// A value as JSON: a number or a truth value when it is fixed; {"lo": …, "hi": …} for an
 /// interval, where null is an infinite side, of a point as well; "Any" for a boolean or a
 /// single-value type that is open; "Nil" when it is empty. Reals are the shortest decimals that

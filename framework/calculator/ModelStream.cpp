@@ -1,15 +1,18 @@
 #include <algorithm>
 #include <limits>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "framework/base/ZULipstream.h"
 #include "framework/base/ZULopstream.h"
 #include "framework/calculator/ZULTavModel.h"
 #include "framework/solver/ZULTaVoModule.h"
+#include "framework/solver/ZULTaVoReal.h"
 #include "framework/solver/ZULTaVoRelation.h"
 
 // A model in an object stream: the names of the types used, the objects, the names of the
-// constraints used, the constraints, the variables. Names are written once and then numbered;
+// constraints used, the constraints, the variables; then computations, each as its inputs and a
+// model without any, and the lines that are shown. Names are written once and then numbered;
 // objects are numbered in the order of the network.
 
 namespace {
@@ -202,7 +205,7 @@ bool ReadVariable(ZULipstream& in, const std::vector<ZULTaVoAny*>& objects,
 
 }  // namespace
 
-void ZULTavModel::Write(ZULopstream& out) const {
+void ZULTavModel::WriteNetwork(ZULopstream& out) const {
   std::unordered_map<const ZULTaVoObject*, std::uint64_t> numbers;
   const auto writeNumber = [&](const ZULTaVoObject* object) {
     out.WriteUnsigned(numbers.at(object));
@@ -245,8 +248,8 @@ void ZULTavModel::Write(ZULopstream& out) const {
   }
 }
 
-std::unique_ptr<ZULTavModel> ZULTavModel::Read(ZULipstream& in,
-                                               std::span<const ZULTaVoModule* const> modules) {
+std::unique_ptr<ZULTavModel> ZULTavModel::ReadNetwork(
+    ZULipstream& in, std::span<const ZULTaVoModule* const> modules) {
   auto model = std::make_unique<ZULTavModel>();
   const auto types = ReadDescriptors<ZULTaVoObjectDescriptor>(
       in, modules, "a type is not known",
@@ -266,5 +269,105 @@ std::unique_ptr<ZULTavModel> ZULTavModel::Read(ZULipstream& in,
     if (ReadVariable(in, objects, model->mNetwork, variable))
       model->mVariables.push_back(std::move(variable));
   }
+  return in.Good() ? std::move(model) : nullptr;
+}
+
+// --- What is shown ----------------------------------------------------------------------------
+
+namespace {
+
+std::vector<ZULTaVoAny*> AllValues(const std::vector<ZULTavModel::Variable>& variables) {
+  std::vector<ZULTaVoAny*> values;
+  for (const ZULTavModel::Variable& variable : variables)
+    values.insert(values.end(), variable.values.begin(), variable.values.end());
+  return values;
+}
+
+std::uint32_t ReadIndex(ZULipstream& in) {
+  std::uint64_t number = 0;
+  in.ReadUnsigned(number, kMaxCount);
+  return static_cast<std::uint32_t>(number);
+}
+
+/// Whether the first variables of the computation are copies of its inputs, and all are different.
+bool IsComputation(const ZULTavModel::Computation& computation,
+                   const std::vector<ZULTaVoAny*>& values) {
+  const auto& variables = computation.model->Variables();
+  if (computation.inputs.size() > variables.size()) return false;
+  std::unordered_set<const ZULTaVoAny*> known;
+  for (std::size_t i = 0; i < variables.size(); ++i) {
+    if (variables[i].IsArray() || !known.insert(variables[i].values[0]).second) return false;
+    if (i >= computation.inputs.size()) continue;
+    const std::uint32_t position = computation.inputs[i];
+    if (position >= values.size() ||
+        values[position]->GetDescriptor() != variables[i].values[0]->GetDescriptor())
+      return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+void ZULTavModel::WriteShown(ZULopstream& out) const {
+  out.WriteUnsigned(mComputations.size());
+  for (const Computation& computation : mComputations) {
+    out.WriteUnsigned(computation.inputs.size());
+    for (const std::uint32_t input : computation.inputs) out.WriteUnsigned(input);
+    computation.model->WriteNetwork(out);
+  }
+  out.WriteUnsigned(mLines.size());
+  for (const std::vector<Shown>& line : mLines) {
+    out.WriteUnsigned(line.size());
+    for (const Shown& part : line) {
+      out.WriteUnsigned(part.value);
+      out.WriteUnsigned(part.computation);
+      out.WriteUnsigned(part.isInteger);
+      out.WriteString(part.text);
+    }
+  }
+}
+
+bool ZULTavModel::CanShow(const Shown& part, const std::vector<ZULTaVoAny*>& values) const {
+  if (part.IsText()) return true;
+  if (part.computation == kNone) return part.value < values.size() && !part.isInteger;
+  if (part.computation >= mComputations.size()) return false;
+  const auto& variables = mComputations[part.computation].model->Variables();
+  if (part.value >= variables.size()) return false;
+  return !part.isInteger ||
+         ZULTaVoCast<const ZULTaVoReal>(variables[part.value].values[0]) != nullptr;
+}
+
+void ZULTavModel::ReadShown(ZULipstream& in, std::span<const ZULTaVoModule* const> modules) {
+  const std::vector<ZULTaVoAny*> values = AllValues(mVariables);
+  for (std::uint32_t count = ReadIndex(in); count > 0 && in.Good(); --count) {
+    Computation& computation = mComputations.emplace_back();
+    for (std::uint32_t inputs = ReadIndex(in); inputs > 0 && in.Good(); --inputs)
+      computation.inputs.push_back(ReadIndex(in));
+    computation.model = ReadNetwork(in, modules);
+    if (in.Good() && !IsComputation(computation, values))
+      in.Fail("a computation does not fit to the variables");
+  }
+  for (std::uint32_t count = ReadIndex(in); count > 0 && in.Good(); --count) {
+    std::vector<Shown>& line = mLines.emplace_back();
+    for (std::uint32_t parts = ReadIndex(in); parts > 0 && in.Good(); --parts) {
+      Shown& part = line.emplace_back();
+      part.value = ReadIndex(in);
+      part.computation = ReadIndex(in);
+      part.isInteger = ReadIndex(in) != 0;
+      in.ReadString(part.text, std::numeric_limits<std::uint32_t>::max());
+      if (in.Good() && !CanShow(part, values)) in.Fail("a value that is shown is none");
+    }
+  }
+}
+
+void ZULTavModel::Write(ZULopstream& out) const {
+  WriteNetwork(out);
+  WriteShown(out);
+}
+
+std::unique_ptr<ZULTavModel> ZULTavModel::Read(ZULipstream& in,
+                                               std::span<const ZULTaVoModule* const> modules) {
+  auto model = ReadNetwork(in, modules);
+  if (model != nullptr) model->ReadShown(in, modules);
   return in.Good() ? std::move(model) : nullptr;
 }

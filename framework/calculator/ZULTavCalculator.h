@@ -29,6 +29,7 @@ class ZULTAV_CALCULATOR_API ZULTavCalculator {
     std::size_t listItems = 4'000'000;    ///< of all lists that expressions make, at one time
     std::size_t variables = 4'000'000;    ///< all elements of all variables
     std::size_t operations = 4'000'000;   ///< operator applications, `for` written out
+    std::size_t shown = 200'000;          ///< texts and values of all lines that are shown
     std::size_t iterations = 32'000'000;  ///< steps of all `for`, `sum`, … together
     std::size_t errors = 20;              ///< reading stops after so many
   };

@@ -88,6 +88,24 @@ class ZULTAV_CALCULATOR_API ZULTavModel {
     std::uint32_t line = 0;       ///< in the source
   };
 
+  /// Values that are computed from those of variables in order to be shown. They have a network of
+  /// their own, so that they take no part in what holds.
+  struct Computation {
+    std::unique_ptr<ZULTavModel> model;  ///< its variables are the inputs, then the results
+    /// What its first variables are copies of: positions among the values of all variables.
+    std::vector<std::uint32_t> inputs;
+  };
+  /// A part of a line that is shown: a text, or a value.
+  struct Shown {
+    std::string text;
+    std::uint32_t computation = kNone;  ///< index into Computations() of one that has the value
+    /// Of a computation, index of its variable; else a position among the values of all variables.
+    std::uint32_t value = kNone;
+    bool isInteger = false;  ///< a real that stands for an integer
+
+    bool IsText() const { return value == kNone; }
+  };
+
   ZULTavModel() = default;
   ZULTavModel(const ZULTavModel&) = delete;
   ZULTavModel& operator=(const ZULTavModel&) = delete;
@@ -104,8 +122,12 @@ class ZULTAV_CALCULATOR_API ZULTavModel {
   /// In the order of the source.
   const std::vector<Statement>& Statements() const { return mStatements; }
 
-  /// Writes the network and the named variables, so that Read makes an equal model. To be called
-  /// before any propagation: initial values tell constants from what was found out.
+  /// What a solution shows, line by line.
+  const std::vector<std::vector<Shown>>& Lines() const { return mLines; }
+  const std::vector<Computation>& Computations() const { return mComputations; }
+
+  /// Writes the network, the named variables and what is shown, so that Read makes an equal model.
+  /// To be called before any propagation: initial values tell constants from what was found out.
   void Write(ZULopstream& out) const;
   /// A model as it was written, without expressions and statements; null when the bytes are no
   /// model of these modules: in.Reason() says why.
@@ -115,11 +137,20 @@ class ZULTAV_CALCULATOR_API ZULTavModel {
  private:
   friend class zultav::detail::ModelBuilder;
 
+  void WriteNetwork(ZULopstream& out) const;
+  static std::unique_ptr<ZULTavModel> ReadNetwork(ZULipstream& in,
+                                                  std::span<const ZULTaVoModule* const> modules);
+  void WriteShown(ZULopstream& out) const;
+  void ReadShown(ZULipstream& in, std::span<const ZULTaVoModule* const> modules);
+  bool CanShow(const Shown& part, const std::vector<ZULTaVoAny*>& values) const;
+
   ZULTaVoNetwork mNetwork;
   std::vector<Variable> mVariables;
   std::vector<Expression> mExpressions;
   std::vector<std::uint32_t> mLists;  // each behind its length
   std::vector<Statement> mStatements;
+  std::vector<Computation> mComputations;
+  std::vector<std::vector<Shown>> mLines;
 };
 
 #endif

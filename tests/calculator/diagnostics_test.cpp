@@ -52,6 +52,12 @@ TEST(DiagnosticsTest, EveryFaultIsNamedWhereItStands) {
       {"if p then x;",                              "1:11", {"expected a truth value"}                                            },
       {"let k = 2; assert(k > 3, \"k is small\");", "1:19", {"error: k is small"}                                                 },
       {"assert(x > 3, \"no\");",                    "1:8",  {"'x' is a variable"}                                                 },
+      {"show \"x\" y;",                             "1:10", {"expected ',' or ';' after what is shown"}                           },
+      {"show x + zz;",                              "1:10", {"unknown name 'zz'"}                                                 },
+      {"show (x + y) / 2;",                         "1:1",  {"unknown operator 'show'", "'show \"\", (x + y) / 2;'"}              },
+      {"if p then show x;",                         "1:11", {"cannot depend on a condition that solutions decide"}                },
+      {"print(x);",                                 "1:1",  {"unknown operator 'print'", "'show \"x is \", x;'"}                  },
+      {"show -9223372036854775807..0;",             "1:1",  {"unknown name 'show'"}                                               },
       {"assert(1 > 3, \"no);",                      "1:15", {"this text has no end in its line"}                                  },
 
       {"x + = y;",                                  "1:5",  {"expected an expression, found '='"}                                 },

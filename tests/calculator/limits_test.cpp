@@ -21,6 +21,7 @@ TEST(LimitsTest, WhatIsTooLargeIsRefusedByName) {
   options.limits.operations = 200;
   options.limits.listItems = 60;
   options.limits.iterations = 1000;
+  options.limits.shown = 300;
   options.limits.errors = 5;
   const struct {
     std::string before, repeated;
@@ -53,6 +54,7 @@ TEST(LimitsTest, WhatIsTooLargeIsRefusedByName) {
       {"let a = [",                                             "1, ",               60,      "1];",          "more items than the limit of 60"                         },
       {"let f(y) = size([y, y, y]); x < sum(i in 1..90) f(i);", "",                  0,       "",             ""                                                        },
       {"x = 0",                                                 " + 1",              1000,    ";",            "more operations than the limit of 200"                   },
+      {"for i in 1..61 : show x, i, x, x + 1, x;",              "",                  0,       "",             "shown than the limit of 300"                             },
       {"x = y;",                                                "x = ;",             30,      "",             "the limit on errors is 5"                                },
   };
   for (const auto& row : kRows) {

@@ -57,6 +57,58 @@ TEST(OutputTest, EachKindOfValueHasItsForm) {
   }
 }
 
+TEST(OutputTest, WhatAModelShowsStandsInThePlaceOfItsValues) {
+  const struct {
+    std::string show, line;  // of the only solution
+  } rows[] = {
+      {"show \"x is \", x, \"!\", 3, True, 2 > 3;",                                                "x is 7!3TrueFalse"    },
+      {"show m, \" \", m[.., 2], \" \", {3, 1..2}, \" \", [x, n];",                                "1 2 3 4 2 4 1 2 3 7 2"},
+      {"show x + 1, \" \", -x, \" \", x * big * big, \" \", big ^ 4;",
+       "8 -7 70000000000 [9.2233720368547747e18, Max]"                                                                    },
+      {"show x > 3, \" \", p, ~p, \" \", if p then x else m[2, 1];",                               "True TrueFalse 7"     },
+      {"show r, \" \", 2 * r, \" \", c, \" \", L;",
+       "[0.25,0.5] [0.5,1.0] [1.414213,1.414214] "
+       "[1.73205,1.732051] 2"                                                                                             },
+      {"show half(x), \" \", half(8), \" \", (real) x / 2, \" \", x / 2;",                         "3.5 4.0 3.5 Nil"      },
+      {"show min(x, big), \" \", sum(m), \" \", count(i in 1..n) (m[i, 1] = 1), \" \", x in {7};",
+       "7 10 1 True"                                                                                                      },
+      {"show 1.0 / (x - 7), \" \", x, \" \", free, \" \", free + 1;",                              "Nil 7 [1,3] [2,4]"    },
+      {"show : int = 5; show = 5; show show, \"\", show;",                                         "55"                   },
+      {"if n > 2 then show \"no\"; show \"yes\";",                                                 "yes"                  },
+      {"if n > 1 then show \"yes\"; else show \"no\";",                                            "yes"                  },
+      {"show \"\";",                                                                               ""                     },
+  };
+  const std::string base =
+      "let n = 2; let c = sqrt(2); let L = [sqrt(3), 2]; let half(a) = a / 2.0; x : int; x = 7; "
+      "m[1..n, 1..n] : int; for i in 1..n, j in 1..n : m[i, j] = 2 * i + j - 2; "
+      "big : int = 100000; p : bool; p; r : real = [0.25, 0.5]; free : int = [1, 3];\n";
+  for (const auto& [show, line] : rows) {
+    SCOPED_TRACE(show);
+    const std::string model = base + show + "\n";
+    const Result text = Zultav("solve - --propagate-only", model);
+    EXPECT_EQ(text.out.substr(0, text.out.find("-----")), line + "\n") << text.err;
+    const json shown = Zultav("solve - --propagate-only --format json", model).Json()["shown"];
+    EXPECT_EQ(shown, json::array({line}));
+  }
+  // Each solution, in one run and in one that goes on.
+  const std::string model =
+      "x : int = [1, 30]; r : real = [1, 1]; for i in 1..2 : show i, \" \", i * x; show r;";
+  const std::string run = testing::TempDir() + "zultav_shown.zck";
+  const std::string saved = " --checkpoint " + run;
+  const Result first = Zultav("solve - -a --max-nodes 20 --force" + saved, model);
+  const Result rest = Zultav("resume " + run);
+  std::string expected;
+  for (int x = 1; x <= 30; ++x)
+    expected += "1 " + std::to_string(x) + "\n2 " + std::to_string(2 * x) + "\n1.0\n----------\n";
+  EXPECT_EQ(Zultav("solve - -a", model).out, expected + "==========\n");
+  EXPECT_EQ(first.out.substr(0, first.out.find("=====")) + rest.out, expected + "==========\n");
+  EXPECT_EQ(Zultav("show " + run).out.substr(0, expected.size()), expected);
+  EXPECT_EQ(Zultav("solve - --format module", "r : real = 0.1; show r;").Lines()[0], "[0.1,0.1]");
+  EXPECT_EQ(Zultav("solve - -n 2 --format json", model).Json()["solutions"][1]["shown"],
+            json::array({"1 2", "2 4", "1.0"}));
+  std::remove(run.c_str());
+}
+
 TEST(OutputTest, PropagationSaysWhatItFoundOut) {
   struct {
     const char *model, *status, *text;

@@ -60,7 +60,7 @@ Value Interpreter::EvaluateConditional(const Conditional& conditional, Span span
   if (yes.IsConstant() && no.IsConstant()) return result;
   const Operation equality = OperationOf(Op::kEqual, span);
   for (const auto& [when, value] : {std::pair(condition, yes), std::pair(otherwise, no)})
-    mBuilder.StateTrue(
+    mBuilder->StateTrue(
         equality, Join(Op::kImplies, when, Join(Op::kIsEqual, result, value, span), span), mLine);
   return result;
 }

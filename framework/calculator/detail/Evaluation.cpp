@@ -118,7 +118,8 @@ Value Interpreter::EvaluateName(const Node& node) {
     case Symbol::Kind::kConstant: {
       const auto definition = mDefinitions.find(node.data);
       if (definition != mDefinitions.end()) definition->second.used = true;
-      value = mConstants[symbol.data];
+      value = mNames.IsLocal(node.data) ? mConstants[symbol.data]
+                                        : mBuilder->Import(mConstants[symbol.data]);
       value.span = node.span;
       return value;
     }
@@ -126,9 +127,9 @@ Value Interpreter::EvaluateName(const Node& node) {
       if (mConstantOnly > 0)
         Fail(node.span, "'" + mNames.GetName(node.data) +
                             "' is a variable; expected what is known while the model is read");
-      const bool isArray = mBuilder.GetVariable(symbol.data).IsArray();
+      const bool isArray = mBuilder->GetVariable(symbol.data).IsArray();
       value.kind = isArray ? Value::Kind::kArray : Value::Kind::kExpression;
-      value.index = isArray ? symbol.data : mBuilder.LeafOf(symbol.data, 0);
+      value.index = isArray ? symbol.data : mBuilder->LeafOf(symbol.data, 0);
       value.span = node.span;
       return value;
     }
@@ -175,13 +176,13 @@ Value Interpreter::EvaluateCall(const Node& node, const Value* operands, const V
 
 void Interpreter::CheckOperand(const Operation& operation, const Value& operand) const {
   if (operand.kind == Value::Kind::kArray) {
-    const ZULTavModel::Variable& variable = mBuilder.GetVariable(operand.index);
+    const ZULTavModel::Variable& variable = mBuilder->GetVariable(operand.index);
     Fail(operand.span, "'" + variable.name + "' is an array; expected one element" +
                            (variable.values.empty() ? "" : ", such as " + variable.NameOf(0)));
   }
   if (!operand.IsConstant() && !operand.IsExpression())
     Fail(operand.span, "this is " + Describe(operand) + "; expected one value");
-  if (operand.asserts && IsConnective(operation.op) && mBuilder.IsBoolean(operand))
+  if (operand.asserts && IsConnective(operation.op) && mBuilder->IsBoolean(operand))
     Fail(operand.span, "this comparison is stated, it has no truth value",
          {"for the truth of a comparison write '==', '<<>>', '<<', '<==', '>>', '>=='"});
 }
@@ -221,9 +222,9 @@ Value Interpreter::Operate(const Operation& operation, const Value* operands, un
   }
   if (asserts && mConstantOnly > 0)
     Fail(operation.span, "this comparison cannot be decided while the model is read");
-  if (asserts) return mBuilder.Relate(operation, operands[0], operands[1]);
-  if (mConstantOnly > 0) return mBuilder.ApplyToConstants(operation, operands, count);
-  return mBuilder.Apply(operation, operands, count, target);
+  if (asserts) return mBuilder->Relate(operation, operands[0], operands[1]);
+  if (mConstantOnly > 0) return mBuilder->ApplyToConstants(operation, operands, count);
+  return mBuilder->Apply(operation, operands, count, target);
 }
 
 // --- Aggregates -------------------------------------------------------------------------------
@@ -250,7 +251,7 @@ Value Interpreter::EvaluateComprehension(const Comprehension& comprehension, Spa
 
 bool Interpreter::AreTruths(const Value* terms, std::size_t count) const {
   return std::all_of(terms, terms + count, [this](const Value& term) {
-    return term.IsConstant() ? term.constant.IsBoolean() : mBuilder.IsBoolean(term);
+    return term.IsConstant() ? term.constant.IsBoolean() : mBuilder->IsBoolean(term);
   });
 }
 
@@ -265,7 +266,7 @@ Value Interpreter::Count(const std::vector<Value>& terms, Span span, const Value
   }
   if (constants == terms.size()) return Value::Of(Constant::Integer(known), span);
   if (mConstantOnly > 0) Fail(span, "this truth value cannot be decided while the model is read");
-  return mBuilder.Count(terms, span, target);
+  return mBuilder->Count(terms, span, target);
 }
 
 /// Folds the terms pairwise, so that what depends on all of them lies only a few operators away

@@ -114,7 +114,7 @@ std::string Interpreter::EvaluateValuePiece(Span piece, bool isLower, bool isUpp
   if (constant.IsReal() && ZULTaVoCast<const ZULTaVoInteger>(&value) != nullptr)
     Fail(piece, "'" + text + "' is a real; the type '" + type->GetName() + "' holds integers");
   number.span = piece;
-  mBuilder.CheckRange(number, type);
+  mBuilder->CheckRange(number, type);
   if (constant.IsInteger()) return std::to_string(constant.integer);
   if (isLower) return FormatReal(constant.lower);
   if (isUpper) return FormatReal(constant.upper);

@@ -17,7 +17,7 @@ constexpr std::size_t kMostIndices = 16;  // of an array
 
 Interpreter::Interpreter(ModelBuilder& builder, Registry& registry, NameTable& names,
                          const ZULTavCalculator::Limits& limits)
-    : mBuilder(builder), mRegistry(registry), mNames(names), mLimits(limits) {
+    : mBuilder(&builder), mRegistry(registry), mNames(names), mLimits(limits) {
   for (const OperatorSign& sign : kOperatorSigns)
     mSignNames[static_cast<std::size_t>(sign.op)] = names.Intern(sign.text);
   mIntegerConversion = names.Intern("(int)");
@@ -51,7 +51,7 @@ void Interpreter::Introduce(std::uint32_t name, Span span, Symbol symbol) {
 
 void Interpreter::SetSource(const Source* source) {
   mSource = source;
-  mBuilder.SetSource(source);
+  mBuilder->SetSource(source);
 }
 
 /// Where it was introduced.
@@ -95,7 +95,7 @@ void Interpreter::Define(const std::string& name, const Source& text) {
                 [this](std::string_view op) { return mRegistry.HasOperator(op); });
   const NodeRange range = parser.WholeExpression(syntax);
   mSource = &text;
-  mBuilder.SetSource(nullptr);
+  mBuilder->SetSource(nullptr);
   // cppcheck-suppress danglingLifetime; set anew before it is used again
   mSyntax = &syntax;
   Definition definition;
@@ -143,6 +143,8 @@ void Interpreter::Execute(const Statement& statement) {
       return ExecuteIf(statement);
     case Statement::Kind::kAssert:
       return ExecuteAssert(statement);
+    case Statement::Kind::kShow:
+      return ExecuteShow(statement);
     case Statement::Kind::kFor:
       ForEach(statement.generators, statement.where, [&] {
         for (const Statement& inner : statement.body) Execute(inner);
@@ -233,9 +235,9 @@ IntegerSet Interpreter::ReadDomain(const Statement& statement, const LocalValue&
 void Interpreter::StateDomain(const Declarator& declarator, const IntegerSet& domain) {
   mLine = mSource->GetLine(declarator.span.position);
   const std::uint32_t variable = SymbolOf(declarator.name).data;
-  const std::size_t size = mBuilder.GetVariable(variable).values.size();
+  const std::size_t size = mBuilder->GetVariable(variable).values.size();
   for (std::size_t i = 0; i < size; ++i)
-    StateGaps(Value::OfExpression(mBuilder.LeafOf(variable, i), declarator.span), domain);
+    StateGaps(Value::OfExpression(mBuilder->LeafOf(variable, i), declarator.span), domain);
 }
 
 void Interpreter::Declare(const Declarator& declarator, ModelBuilder::Type type,
@@ -251,7 +253,7 @@ void Interpreter::Declare(const Declarator& declarator, ModelBuilder::Type type,
   symbol.kind = Symbol::Kind::kVariable;
   Introduce(declarator.name, declarator.span, symbol);
   try {
-    const std::uint32_t index = mBuilder.AddVariable(std::move(variable), count, initial);
+    const std::uint32_t index = mBuilder->AddVariable(std::move(variable), count, initial);
     SymbolOf(declarator.name).data = index;
   } catch (ModelError& error) {
     SymbolOf(declarator.name).kind = Symbol::Kind::kBroken;
@@ -476,18 +478,18 @@ void Interpreter::AssertComparison(const Operation& operation, NodeRange leftRan
   if (left.IsConstant() && right.IsConstant()) {
     const auto truth = FoldConstants(operation.op, left.constant, &right.constant);
     if (truth && truth->IsTrue()) return;
-    if (truth) mBuilder.Warn(operation.span, "this is false, whatever the variables are", {});
+    if (truth) mBuilder->Warn(operation.span, "this is false, whatever the variables are", {});
   }
-  mBuilder.State(operation, left, right, mLine);
+  mBuilder->State(operation, left, right, mLine);
 }
 
 void Interpreter::AssertTruth(NodeRange range) {
   const Node& root = RootOf(range);
   const Value truth = Value::Of(Constant::Boolean(true), root.span);
   const Value value = Evaluate(range, &truth);
-  if (root.op == Op::kIsEqual && mBuilder.TakesNumbers(value))
-    mBuilder.Warn(root.span, "'==' is the truth value of a comparison",
-                  {"to state that two numbers are equal write '='"});
+  if (root.op == Op::kIsEqual && mBuilder->TakesNumbers(value))
+    mBuilder->Warn(root.span, "'==' is the truth value of a comparison",
+                   {"to state that two numbers are equal write '='"});
   AssertValue(value, range);
 }
 
@@ -495,18 +497,18 @@ void Interpreter::AssertValue(const Value& value, NodeRange range) {
   CheckOperand({}, value);
   if (value.IsConstant() && value.constant.IsTrue()) return;
   const bool isBoolean =
-      value.IsConstant() ? value.constant.IsBoolean() : mBuilder.IsBoolean(value);
+      value.IsConstant() ? value.constant.IsBoolean() : mBuilder->IsBoolean(value);
   if (!isBoolean)
     Fail(SpanOf(range),
          "a statement is a comparison or a boolean expression; this is " +
              (value.IsConstant()
                   ? value.constant.Describe()
-                  : "of type '" + std::string(mBuilder.TypeOf(value)->GetName()) + "'"));
-  mBuilder.StateTrue(OperationOf(Op::kEqual, value.span), value, mLine);
+                  : "of type '" + std::string(mBuilder->TypeOf(value)->GetName()) + "'"));
+  mBuilder->StateTrue(OperationOf(Op::kEqual, value.span), value, mLine);
 }
 
 void Interpreter::AssertAllDifferent(const std::vector<Value>& terms, Span span) {
-  if (terms.size() > 2 && mBuilder.StateAllDifferent(terms, span, mLine)) return;
+  if (terms.size() > 2 && mBuilder->StateAllDifferent(terms, span, mLine)) return;
   const Operation unequal = OperationOf(Op::kUnequal, span);
   for (std::size_t i = 0; i < terms.size(); ++i)
     for (std::size_t j = i + 1; j < terms.size(); ++j) {
@@ -515,7 +517,7 @@ void Interpreter::AssertAllDifferent(const std::vector<Value>& terms, Span span)
         const auto truth = FoldConstants(Op::kUnequal, terms[i].constant, &terms[j].constant);
         if (truth && truth->IsTrue()) continue;
       }
-      mBuilder.State(unequal, terms[i], terms[j], mLine);
+      mBuilder->State(unequal, terms[i], terms[j], mLine);
     }
 }
 

@@ -105,6 +105,9 @@ class Interpreter {
   std::vector<ZULTavModel::Dimension> EvaluateDimensions(const Declarator& declarator);
   void ExecuteIf(const Statement& statement);
   void ExecuteAssert(const Statement& statement);
+  void ExecuteShow(const Statement& statement);
+  std::vector<ZULTavModel::Shown> ShowValues(NodeRange range);
+  bool WidenInteger(Value& value);
   void ExecuteUnder(const Value& guard, const std::vector<Statement>& statements);
   IntegerSet ReadDomain(const Statement& statement, const LocalValue& initial);
   void StateDomain(const Declarator& declarator, const IntegerSet& domain);
@@ -192,7 +195,7 @@ class Interpreter {
   void SetSource(const Source* source);
   std::string PlaceOf(const Symbol& symbol) const;
 
-  ModelBuilder& mBuilder;
+  ModelBuilder* mBuilder;  // of the model, or of what is computed to be shown
   Registry& mRegistry;
   NameTable& mNames;
   const ZULTavCalculator::Limits& mLimits;

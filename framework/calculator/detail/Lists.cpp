@@ -13,7 +13,7 @@ Value Interpreter::MakeList(std::vector<Value> items, std::int64_t first, Span s
   const std::size_t size = items.size() + 1;
   if (mListItems + size > mLimits.listItems)
     Fail(span, "the lists have more items than the limit of " + std::to_string(mLimits.listItems));
-  Value value = Value::OfList({first, 1, std::move(items)}, span);
+  Value value = Value::OfList({first, 1, true, std::move(items)}, span);
   if (value.List().depth > mLimits.nesting)
     Fail(span, "lists within lists are deeper than the limit of " +
                    std::to_string(mLimits.nesting) + " levels");
@@ -27,12 +27,12 @@ Value Interpreter::MakeList(std::vector<Value> items, std::int64_t first, Span s
 
 std::size_t Interpreter::SizeOf(const Value& list) const {
   if (list.kind == Value::Kind::kList) return list.List().items.size();
-  return mBuilder.GetVariable(list.index).dimensions[list.depth].size;
+  return mBuilder->GetVariable(list.index).dimensions[list.depth].size;
 }
 
 std::int64_t Interpreter::FirstIndexOf(const Value& list) const {
   if (list.kind == Value::Kind::kList) return list.List().first;
-  return mBuilder.GetVariable(list.index).dimensions[list.depth].first;
+  return mBuilder->GetVariable(list.index).dimensions[list.depth].first;
 }
 
 /// The item at a position from 0; messages about it point to where the list stands.
@@ -43,12 +43,12 @@ Value Interpreter::ItemOf(const Value& list, std::size_t item) const {
     value.span = list.span;
     return value;
   }
-  const auto& dimensions = mBuilder.GetVariable(list.index).dimensions;
+  const auto& dimensions = mBuilder->GetVariable(list.index).dimensions;
   std::size_t stride = 1;
   for (std::size_t i = list.depth + 1u; i < dimensions.size(); ++i) stride *= dimensions[i].size;
   value.offset += static_cast<std::uint32_t>(item * stride);
   if (++value.depth < dimensions.size()) return value;
-  return Value::OfExpression(mBuilder.LeafOf(list.index, value.offset), list.span);
+  return Value::OfExpression(mBuilder->LeafOf(list.index, value.offset), list.span);
 }
 
 /// Appends the value or, of what has items, all of them.
@@ -105,7 +105,7 @@ void Interpreter::CheckMember(const Value& value, const Value& set, Span span) c
          {"bounds are written as a range: 'x in 2..4'"});
   const bool isInteger = value.IsConstant()
                              ? value.constant.IsInteger()
-                             : ZULTaVoInteger::sDescriptor->IsMatched(mBuilder.TypeOf(value));
+                             : ZULTaVoInteger::sDescriptor->IsMatched(mBuilder->TypeOf(value));
   if (!isInteger) Fail(span, "'in' asks of an integer; this is " + Describe(value));
 }
 
@@ -137,7 +137,8 @@ void Interpreter::AssertMember(NodeRange range) {
     return AssertValue(EvaluateMember(value, set, span), range);
   const auto& ranges = set.Set().GetRanges();
   const auto bound = [&](Op op, std::int64_t number) {
-    mBuilder.State(OperationOf(op, span), value, Value::Of(Constant::Integer(number), span), mLine);
+    mBuilder->State(OperationOf(op, span), value, Value::Of(Constant::Integer(number), span),
+                    mLine);
   };
   bound(Op::kGreaterOrEqual, ranges.front().low);
   bound(Op::kLessOrEqual, ranges.back().high);
@@ -156,13 +157,13 @@ void Interpreter::StateGaps(const Value& value, const IntegerSet& set) {
     const std::int64_t high = ranges[i].low;
     if (static_cast<std::uint64_t>(high) - static_cast<std::uint64_t>(low) <= kLeftOut) {
       for (std::int64_t gone = low + 1; gone < high; ++gone)
-        mBuilder.State(OperationOf(Op::kUnequal, value.span), value, number(gone), mLine);
+        mBuilder->State(OperationOf(Op::kUnequal, value.span), value, number(gone), mLine);
       continue;
     }
     const Value below = Join(Op::kIsLessOrEqual, value, number(low), value.span);
     const Value above = Join(Op::kIsGreaterOrEqual, value, number(high), value.span);
-    mBuilder.StateTrue(OperationOf(Op::kEqual, value.span), Join(Op::kOr, below, above, value.span),
-                       mLine);
+    mBuilder->StateTrue(OperationOf(Op::kEqual, value.span),
+                        Join(Op::kOr, below, above, value.span), mLine);
   }
 }
 
@@ -228,7 +229,7 @@ std::string Interpreter::Describe(const Value& value) const {
     case Value::Kind::kConstant:
       return value.constant.Describe();
     case Value::Kind::kExpression:
-      return "of type '" + std::string(mBuilder.TypeOf(value)->GetName()) + "'";
+      return "of type '" + std::string(mBuilder->TypeOf(value)->GetName()) + "'";
     case Value::Kind::kArray:
     case Value::Kind::kList:
       return "a list";

@@ -116,6 +116,7 @@ std::uint32_t ModelBuilder::AddVariable(ZULTavModel::Variable variable, std::siz
   if (mElements > mLimits.variables)
     Fail({}, "more variables than the limit of " + std::to_string(mLimits.variables));
   const auto index = static_cast<std::uint32_t>(mModel.mVariables.size());
+  mPositions.push_back(static_cast<std::uint32_t>(mElements - count));
   mLeaves.push_back(static_cast<std::uint32_t>(mModel.mExpressions.size()));
   variable.values.reserve(count);
   for (std::size_t i = 0; i < count; ++i) {
@@ -129,7 +130,7 @@ std::uint32_t ModelBuilder::AddVariable(ZULTavModel::Variable variable, std::siz
   // Propagation sees an empty domain through the constraints on it.
   const auto* equality = mRegistry.FindOperator(kNone, "=", std::array{type, type}.data(), 2);
   if (initial->IsNil() && count > 0 && equality != nullptr) {
-    const std::uint32_t leaf = LeafOf(index, 0);
+    const std::uint32_t leaf = mLeaves[index];
     Post(
         {
             equality, 2, {leaf, leaf}

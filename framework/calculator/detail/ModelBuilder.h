@@ -74,11 +74,16 @@ struct Value {
 struct List {
   std::int64_t first = 1;  // index of items[0]
   std::size_t depth = 1;   // of the lists in it, itself included
+  bool isPlain = true;     // no expressions are in it
   std::vector<Value> items;
 };
 inline Value Value::OfList(struct List list, Span span) {
-  for (const Value& item : list.items)
-    if (item.kind == Kind::kList) list.depth = std::max(list.depth, item.List().depth + 1);
+  for (const Value& item : list.items) {
+    if (item.IsExpression()) list.isPlain = false;
+    if (item.kind != Kind::kList) continue;
+    list.depth = std::max(list.depth, item.List().depth + 1);
+    list.isPlain = list.isPlain && item.List().isPlain;
+  }
   Value value;
   value.kind = Kind::kList;
   value.span = span;
@@ -116,24 +121,29 @@ class ModelBuilder {
   using Type = Registry::Type;
   using StatementKind = ZULTavModel::Statement::Kind;
 
+  /// @param outer  of the model for whose variables a computation is built; null: of none
   ModelBuilder(ZULTavModel& model, Registry& registry, const NameTable& names,
-               const ZULTavCalculator::Limits& limits)
+               const ZULTavCalculator::Limits& limits, const ModelBuilder* outer = nullptr)
       : mModel(model),
         mRegistry(registry),
         mNames(names),
         mLimits(limits),
+        mOuter(outer),
         mTable(64, Entry{0, kNone}) {}
 
   /// Adds `count` objects with the value of `initial`. Answers the index of the variable.
   std::uint32_t AddVariable(ZULTavModel::Variable variable, std::size_t count,
                             const LocalValue& initial);
   const ZULTavModel::Variable& GetVariable(std::uint32_t variable) const {
-    return mModel.mVariables[variable];
+    return mOuter != nullptr ? mOuter->GetVariable(variable) : mModel.mVariables[variable];
   }
-  /// Index of the expression that is the variable's element.
-  std::uint32_t LeafOf(std::uint32_t variable, std::size_t element) const {
-    return mLeaves[variable] + static_cast<std::uint32_t>(element);
+  /// Index of the expression that is the variable's element or, in a computation, a copy of it.
+  std::uint32_t LeafOf(std::uint32_t variable, std::size_t element) {
+    return mOuter != nullptr ? CopyOf(variable, element)
+                             : mLeaves[variable] + static_cast<std::uint32_t>(element);
   }
+  /// Of a computation: a constant of the outer model as one of its own; any other value stays.
+  Value Import(const Value& value);
   Type TypeOf(const Value& value) const;
   /// Whether it is an expression whose values are truth values.
   bool IsBoolean(const Value& value) const;
@@ -167,6 +177,17 @@ class ModelBuilder {
   Value Count(const std::vector<Value>& terms, Span span, const Value* target);
   /// Fails where the type cannot hold the number.
   void CheckRange(const Value& number, Type type) const;
+  /// Of a computation: whether it is the copy of a variable's value.
+  bool IsInput(const Value& value) const {
+    return value.IsExpression() && mModel.mExpressions[value.index].IsVariable();
+  }
+  /// Of a computation: what shows the values, each behind a blank but the first. The computation
+  /// has its results then.
+  std::vector<ZULTavModel::Shown> Show(const std::vector<Value>& values,
+                                       const std::vector<bool>& areIntegers);
+  /// Adds a computation that was built. Answers its index.
+  std::uint32_t AddComputation(std::unique_ptr<ZULTavModel> model, const ModelBuilder& builder);
+  void AddLine(std::vector<ZULTavModel::Shown> line, Span span);
   /// Adds the constraint of an asserting comparison. Its value, which equals one of the operands,
   /// is the object of this operand where the types allow it.
   Value Relate(const Operation& operation, const Value& left, const Value& right);
@@ -201,6 +222,7 @@ class ModelBuilder {
     std::size_t operator()(const ConstantKey& key) const;
   };
 
+  std::uint32_t CopyOf(std::uint32_t variable, std::size_t element);
   ZULTaVoAny* ObjectOf(std::uint32_t expression) const {
     return mModel.mExpressions[expression].object;
   }
@@ -238,7 +260,13 @@ class ModelBuilder {
   Registry& mRegistry;
   const NameTable& mNames;
   const ZULTavCalculator::Limits& mLimits;
-  std::vector<std::uint32_t> mLeaves;  // of each variable: its first expression
+  const ModelBuilder* mOuter;
+  std::vector<std::uint32_t> mLeaves;     // of each variable: its first expression
+  std::vector<std::uint32_t> mPositions;  // of each variable: its first value among all
+  // Of a computation: copies of outer values by their positions, those positions in the order of
+  // the variables that copy them, and copies of outer constants.
+  std::unordered_map<std::uint32_t, std::uint32_t> mCopies, mImported;
+  std::vector<std::uint32_t> mInputs;
   std::unordered_map<ConstantKey, std::uint32_t, ConstantHash> mConstants;
   std::unordered_set<const ZULTaVoAny*> mSaturated;  // constants beyond the limits of their types
   std::vector<Entry> mTable;  // open hash table of the expressions that apply operators
@@ -249,6 +277,7 @@ class ModelBuilder {
   std::size_t mApplied = 0;
   std::size_t mElements = 0;
   std::size_t mOperations = 0;
+  std::size_t mShown = 0, mShownBytes = 0;
 };
 
 }  // namespace zultav::detail

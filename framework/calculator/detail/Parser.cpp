@@ -180,6 +180,8 @@ void Parser::ParseStatement(std::vector<Statement>& statements, bool inLoop) {
   } else if (StartsInclude()) {
     if (inLoop) Fail(mToken.span, "a file is not included inside of another statement");
     ParseInclude(statement);
+  } else if (StartsShow()) {
+    ParseShow(statement);
   } else if (StartsDeclaration()) {
     if (inLoop)
       Fail(mToken.span, "a variable cannot be declared inside 'for'",
@@ -338,7 +340,8 @@ void Parser::ParseIf(Statement& statement) {
 /// A block, or a statement; before 'else' it needs no ';'.
 void Parser::ParseBranch(std::vector<Statement>& statements) {
   if (Is(TokenKind::kOpenBrace)) return ParseBlock(statements);
-  if (Is(TokenKind::kFor) || StartsConditional()) return ParseStatement(statements, true);
+  if (Is(TokenKind::kFor) || StartsConditional() || StartsShow())
+    return ParseStatement(statements, true);
   Statement statement;
   statement.span = mToken.span;
   statement.expression = ParseExpression(kImplication);
@@ -382,6 +385,31 @@ void Parser::ParseInclude(Statement& statement) {
   statement.value = mToken.span;
   Advance();
   Expect(TokenKind::kSemicolon, "';' after the name of the file");
+}
+
+/// What follows cannot follow a name; an expression in parentheses could, so that it comes behind
+/// a text.
+bool Parser::StartsShow() const {
+  if (!IsWord("show")) return false;
+  Lexer ahead = mLexer;
+  const Token next = ahead.Next();
+  return next.kind == TokenKind::kText || IsOperandAfterWord(next);
+}
+
+/// show item, …;
+void Parser::ParseShow(Statement& statement) {
+  statement.kind = Statement::Kind::kShow;
+  Advance();
+  do {
+    ShownItem& item = statement.shown.emplace_back();
+    if (Is(TokenKind::kText)) {
+      item.text = mToken.span;
+      Advance();
+    } else {
+      item.expression = ParseExpression(kImplication);
+    }
+  } while (Accept(TokenKind::kComma));
+  Expect(TokenKind::kSemicolon, "',' or ';' after what is shown");
 }
 
 void Parser::ParseGenerators(std::vector<Generator>& generators, NodeRange& where) {
@@ -703,10 +731,15 @@ bool Parser::StartsConditional() const {
       next = ahead.Next();
     return TextOf(next.span) == "then";
   }
-  return next.kind == TokenKind::kName || next.kind == TokenKind::kInteger ||
-         next.kind == TokenKind::kDecimal || next.kind == TokenKind::kOpen ||
-         next.kind >= TokenKind::kTrue ||
-         (next.kind == TokenKind::kOperator && next.op == Op::kNot);
+  return next.kind == TokenKind::kOpen || IsOperandAfterWord(next);
+}
+
+/// Whether it begins an operand that cannot follow a name.
+bool Parser::IsOperandAfterWord(const Token& token) {
+  return token.kind == TokenKind::kName || token.kind == TokenKind::kInteger ||
+         token.kind == TokenKind::kDecimal ||
+         (token.kind >= TokenKind::kTrue && token.kind < TokenKind::kBad) ||
+         (token.kind == TokenKind::kOperator && token.op == Op::kNot);
 }
 
 /// Whether `word ( name in` follows.

@@ -41,6 +41,7 @@ class Parser {
   bool IsWord(std::string_view word) const;
   void ExpectWord(std::string_view word);
   bool StartsConditional() const;
+  static bool IsOperandAfterWord(const Token& token);
   bool StartsComprehension(std::string_view word) const;
   std::string_view TextOf(Span span) const { return mSource.GetText(span); }
   bool StartsDeclaration();
@@ -59,6 +60,8 @@ class Parser {
   bool StartsAssert() const;
   bool StartsInclude() const;
   void ParseInclude(Statement& statement);
+  bool StartsShow() const;
+  void ParseShow(Statement& statement);
   void ParseAssert(Statement& statement);
   Generator ParseGenerator();
   void ParseGenerators(std::vector<Generator>& generators, NodeRange& where);

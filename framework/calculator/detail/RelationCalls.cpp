@@ -62,7 +62,7 @@ ZULTaVoRelation::Part PartOf(const Argument& argument, bool isKnown, bool isReal
 
 bool Interpreter::IsReal(const Value& value) const {
   return value.IsConstant() ? value.constant.IsReal()
-                            : value.IsExpression() && mRegistry.IsReal(mBuilder.TypeOf(value));
+                            : value.IsExpression() && mRegistry.IsReal(mBuilder->TypeOf(value));
 }
 
 /// An operator of the same name is called as such.
@@ -146,7 +146,7 @@ Value Interpreter::Adapt(const Value& value, Element element, bool isReal) {
 
 Value Interpreter::EvaluateRelation(const Node& node, const Value* operands, const Value* target) {
   const RelationCall call = ResolveRelation(node, operands);
-  return mBuilder.Call(*call.relation, call.arguments, call.isReal, node.span, target);
+  return mBuilder->Call(*call.relation, call.arguments, call.isReal, node.span, target);
 }
 
 void Interpreter::AssertRelation(NodeRange range) {
@@ -161,8 +161,8 @@ void Interpreter::AssertRelation(NodeRange range) {
         return argument.FindOpen() == argument.values.end();
       }))
     return AssertValue(  // there may be no value at all, but always the truth
-        mBuilder.Call(*call.relation, call.arguments, call.isReal, root.span, nullptr), range);
-  mBuilder.StateRelation(*call.relation, call.arguments, call.isReal, root.span, mLine);
+        mBuilder->Call(*call.relation, call.arguments, call.isReal, root.span, nullptr), range);
+  mBuilder->StateRelation(*call.relation, call.arguments, call.isReal, root.span, mLine);
 }
 
 // --- What they become -------------------------------------------------------------------------

@@ -117,6 +117,12 @@ struct Declarator {
   std::vector<NodeRange> indices;  // of an array: the range of each
 };
 
+/// A text between quotation marks or, where that is empty, an expression.
+struct ShownItem {
+  Span text;
+  NodeRange expression;
+};
+
 struct Statement {
   enum class Kind : std::uint8_t {
     kLet,
@@ -126,6 +132,7 @@ struct Statement {
     kIf,
     kAssert,
     kInclude,
+    kShow,
     kExpression
   };
   Kind kind = Kind::kExpression;
@@ -141,6 +148,7 @@ struct Statement {
   NodeRange where;
   std::vector<Statement> body;
   std::vector<Statement> otherwise;  // of kIf
+  std::vector<ShownItem> shown;      // of kShow
 };
 
 /// What one statement of the source consists of.
