@@ -153,8 +153,40 @@ void PostCostas(Peer& peer) {
   }
 }
 
-void PostGolfers(Peer& peer) {
-  constexpr int groups = 3, size = 3, weeks = 4, players = groups * size;
+void PostAllInterval(Peer& peer) {
+  constexpr int n = 10;
+  auto& x = peer.Make(2 * n - 1, 0, n - 1);
+  const IntVarArgs series = Every(x, 0, 1, n), distances = Every(x, n, 1, n - 1);
+  Gecode::dom(peer, distances, 1, n - 1);
+  for (int i = 0; i + 1 < n; ++i)
+    Gecode::rel(peer, distances[i] == abs(series[i + 1] - series[i]), IPL_BND);
+  peer.AllDifferentValues(series);
+  peer.AllDifferentValues(distances);
+}
+
+void PostMagicSequence(Peer& peer) {
+  constexpr int n = 50;
+  const auto& s = peer.Make(n, 0, n - 1);
+  for (int i = 0; i < n; ++i) Gecode::count(peer, s, i, Gecode::IRT_EQ, s[i]);
+  peer.State(Gecode::sum(s) == n);
+  peer.State(Gecode::sum(Gecode::IntArgs::create(n, 0), s) == n);
+}
+
+void PostQuasigroup(Peer& peer) {
+  constexpr int n = 20, holes = 40;
+  const auto& s = peer.Make(n * n, 1, n);
+  for (int i = 0; i < n; ++i) {
+    peer.AllDifferentValues(Every(s, n * i, 1, n));
+    peer.AllDifferentValues(Every(s, i, n, n));
+  }
+  for (int i = 0; i < n; ++i)
+    for (int j = 0; j < n; ++j)
+      if ((i * i * 37 + j * j * 71 + i * j * 53 + i + 3 * j) % 101 >= holes)
+        peer.State(s[n * i + j] == (i + j) % n + 1);
+}
+
+void PostGolfers(Peer& peer, int size, int weeks) {
+  const int groups = 3, players = groups * size;
   const auto& player = peer.Make(weeks * players, 1, players);
   const auto at = [&](int week, int i) { return player[week * players + i]; };
   IntVarArgs meetings;
@@ -255,20 +287,26 @@ struct Row {
   bool isHard = false;  // the first solution is enough, and found by failures
 };
 const std::vector<Row> kRows = {
-    {"8 queens",                                     "queens",          {},                   [](Peer& p) { PostQueens(p, 8); }                                                           },
-    {"10 queens",                                    "queens",          {{"n", "10"}},        [](Peer& p) { PostQueens(p, 10); }                                                          },
-    {"12 queens",                                    "queens",          {{"n", "12"}},        [](Peer& p) { PostQueens(p, 12); }                                                          },
-    {"SEND + MORE",                                  "send_more",       {},                   PostSendMore                                                                                },
-    {"Pythagoras to 200",                            "pythagoras",      {},                   PostPythagoras                                                                              },
-    {"sudoku of 17 clues",                           "sudoku",          {},                   PostSudoku                                                                                  },
-    {"magic square 4x4",                             "magic_square",    {},                   PostMagicSquare                                                                             },
-    {"Latin squares 5",                              "latin_squares",   {},                   PostLatinSquares                                                                            },
-    {"Langford 8",                                   "langford",        {},                   [](Peer& p) { PostLangford(p, false); }                                                     },
-    {"Langford 8 by values",                         "langford_values", {},                   [](Peer& p) { PostLangford(p, true); }                                                      },
-    {"Costas arrays 9",                              "costas",          {},                   PostCostas                                                                                  },
-    {"golfers 3-3-4",                                "golfers",         {},                   PostGolfers                                                                                 },
-    {"ft06 within 54",                               "ft06",            {},                   [](Peer& p) { PostJobs(p, kFt06, 54, false); }                                              },
-    {"ft06, machines, 54",                           "ft06_machines",   {},                   [](Peer& p) { PostJobs(p, kFt06, 54, true); }                                               },
+    {"8 queens",                                     "queens",          {},                              [](Peer& p) { PostQueens(p, 8); }                                                           },
+    {"10 queens",                                    "queens",          {{"n", "10"}},                   [](Peer& p) { PostQueens(p, 10); }                                                          },
+    {"12 queens",                                    "queens",          {{"n", "12"}},                   [](Peer& p) { PostQueens(p, 12); }                                                          },
+    {"SEND + MORE",                                  "send_more",       {},                              PostSendMore                                                                                },
+    {"Pythagoras to 200",                            "pythagoras",      {},                              PostPythagoras                                                                              },
+    {"sudoku of 17 clues",                           "sudoku",          {},                              PostSudoku                                                                                  },
+    {"magic square 4x4",                             "magic_square",    {},                              PostMagicSquare                                                                             },
+    {"Latin squares 5",                              "latin_squares",   {},                              PostLatinSquares                                                                            },
+    {"Langford 8",                                   "langford",        {},                              [](Peer& p) { PostLangford(p, false); }                                                     },
+    {"Langford 8 by values",                         "langford_values", {},                              [](Peer& p) { PostLangford(p, true); }                                                      },
+    {"Costas arrays 9",                              "costas",          {},                              PostCostas                                                                                  },
+    {"golfers 3-2-5",                                "golfers",         {},                              [](Peer& p) { PostGolfers(p, 2, 5); }                                                       },
+    {"golfers 3-3-4",
+     "golfers",                                                         {{"size", "3"}, {"weeks", "4"}},
+     [](Peer& p) { PostGolfers(p, 3, 4); }                                                                                                                                                           },
+    {"all-interval 10",                              "all_interval",    {},                              PostAllInterval                                                                             },
+    {"magic sequence 50",                            "magic_sequence",  {},                              PostMagicSequence                                                                           },
+    {"quasigroup 20",                                "quasigroup",      {},                              PostQuasigroup                                                                              },
+    {"ft06 within 54",                               "ft06",            {},                              [](Peer& p) { PostJobs(p, kFt06, 54, false); }                                              },
+    {"ft06, machines, 54",                           "ft06_machines",   {},                              [](Peer& p) { PostJobs(p, kFt06, 54, true); }                                               },
     {"ft06, machines, 55",
      "ft06_machines",                                                   {{"deadline", "55"}},
      [](Peer& p) { PostJobs(p, kFt06, 55, true); },
@@ -281,7 +319,7 @@ const std::vector<Row> kRows = {
      "ft10_machines",                                                            {},
      [](Peer& p) { PostJobs(p, kFt10, 930, true); },
      true},
-    {"Golomb 8 within 34", "golomb",                                                              {},                                                                                  PostGolomb                                                                                                                                                          },
+    {"Golomb 8 within 34", "golomb",                                                              {},                                                                                             PostGolomb                                                                                                                                                                     },
     {"10 pigeons, 9 holes",                                            "pigeons",{},PostPigeons},
 };
 
