@@ -38,13 +38,20 @@ class AllDifferentValues final : public ZULTaVoPropagator {
     set[bit / 64] &= ~(std::uint64_t{1} << bit % 64);
   }
 
-  /// Which variable is matched to a value: a hash table.
+  /// Which variable is matched to a value: an array where the values lie close together, else a
+  /// hash table.
   class Owners {
    public:
     explicit Owners(std::uint32_t count)
         : mShift(62u - static_cast<unsigned int>(std::bit_width(count))),
           mEntries(std::size_t{4} << std::bit_width(count)) {}
-    void Clear() { std::fill(mEntries.begin(), mEntries.end(), Entry{0, kNone}); }
+    /// For values of [least, greatest].
+    void Clear(std::int64_t least, std::int64_t greatest) {
+      const std::uint64_t width = Distance(least, greatest);
+      mLeast = least;
+      mIsArray = width < mEntries.size();
+      std::fill_n(mEntries.begin(), mIsArray ? width + 1 : mEntries.size(), Entry{0, kNone});
+    }
     /// Of a value, or kNone.
     std::uint32_t Find(std::int64_t value) const { return mEntries[PlaceOf(value)].owner; }
     void Set(std::int64_t value, std::uint32_t owner) { mEntries[PlaceOf(value)] = {value, owner}; }
@@ -54,7 +61,11 @@ class AllDifferentValues final : public ZULTaVoPropagator {
       std::int64_t value;
       std::uint32_t owner;
     };
+    static std::uint64_t Distance(std::int64_t from, std::int64_t to) {
+      return static_cast<std::uint64_t>(to) - static_cast<std::uint64_t>(from);
+    }
     std::size_t PlaceOf(std::int64_t value) const {
+      if (mIsArray) return Distance(mLeast, value);
       std::size_t at = static_cast<std::uint64_t>(value) * 0x9e3779b97f4a7c15u >> mShift;
       while (mEntries[at].owner != kNone && mEntries[at].value != value)
         at = (at + 1) & (mEntries.size() - 1);
@@ -63,6 +74,8 @@ class AllDifferentValues final : public ZULTaVoPropagator {
 
     unsigned int mShift;
     std::vector<Entry> mEntries;
+    std::int64_t mLeast = 0;
+    bool mIsArray = false;
   };
   /// Sets of variables, one for each: rows of a square of bits.
   class Square {
@@ -71,6 +84,13 @@ class AllDifferentValues final : public ZULTaVoPropagator {
     void Clear() { std::fill(mWords.begin(), mWords.end(), 0); }
     void Insert(std::uint32_t row, std::uint32_t bit) {
       mWords[row * mWidth + bit / 64] |= std::uint64_t{1} << bit % 64;
+    }
+    template <class Use>
+    void ForEach(std::uint32_t row, Use use) const {
+      for (std::size_t i = 0; i < mWidth; ++i)
+        for (std::uint64_t left = mWords[row * mWidth + i]; left != 0; left &= left - 1)
+          use(static_cast<std::uint32_t>(64 * i) +
+              static_cast<std::uint32_t>(std::countr_zero(left)));
     }
     /// A bit of the row that is in a set, and no more in the set; kNone if there is none.
     std::uint32_t Take(std::uint32_t row, Bits& from) const {
@@ -94,7 +114,7 @@ class AllDifferentValues final : public ZULTaVoPropagator {
   bool Augment(const ZULTaVoDomains& domains, std::uint32_t start);
   void Link(const ZULTaVoDomains& domains);
   bool FindHallSet();
-  void FindComponents();
+  void FindComponents(const ZULTaVoDomains& domains);
   bool Prune(ZULTaVoDomains& domains, bool& again);
 
   // The variables, first those that are fixed and of no concern to others any more.
@@ -104,9 +124,10 @@ class AllDifferentValues final : public ZULTaVoPropagator {
   std::vector<std::uint32_t> mNarrow, mWide;
   std::vector<std::int64_t> mValues;  // matched to
   std::vector<std::int64_t> mLast;    // of each variable, the value matched to when it last was
+  std::int64_t mLeast = 0, mGreatest = 0;  // of their values
   Owners mOwners;
   std::vector<std::uint32_t> mUnmatched, mParents, mQueue, mFinished, mComponents;
-  Square mTakes, mTakenBy;  // who could take whose value
+  Square mTakenBy;  // of each variable, which others could take its value
   Bits mUnseen, mUnordered;
 };
 
@@ -145,7 +166,6 @@ AllDifferentValues::AllDifferentValues(std::uint32_t count)
       mOwners(count),
       mParents(count),
       mComponents(count),
-      mTakes(count),
       mTakenBy(count),
       mUnseen((count + 63) / 64),
       mUnordered(mUnseen.size()) {
@@ -154,13 +174,16 @@ AllDifferentValues::AllDifferentValues(std::uint32_t count)
 }
 
 ZULTaVoPropagator::Outcome AllDifferentValues::Propagate(ZULTaVoDomains& domains) {
+  const std::int64_t done = domains.GetState(0);
   if (!RemoveFixed(domains)) return Outcome::kFailed;
   if (mOrder.size() - mDone <= 1) return Outcome::kEntailed;
+  // What fixed values remove may fix more, by other relations, too, before all of it is matched.
+  if (done != mDone) return Outcome::kAgain;
   GatherNarrow(domains);
   if (!Match(domains)) return Outcome::kFailed;
   Link(domains);
   if (!FindHallSet()) return Outcome::kFixpoint;
-  FindComponents();
+  FindComponents(domains);
   bool again = false;
   if (!Prune(domains, again)) return Outcome::kFailed;
   return again ? Outcome::kAgain : Outcome::kFixpoint;
@@ -193,6 +216,8 @@ bool AllDifferentValues::RemoveFixed(ZULTaVoDomains& domains) {
 void AllDifferentValues::GatherNarrow(const ZULTaVoDomains& domains) {
   mNarrow.clear();
   mWide.clear();
+  mLeast = ZULTaVoDomains::kNoUpper;
+  mGreatest = ZULTaVoDomains::kNoLower;
   const std::uint64_t open = mOrder.size() - mDone;
   for (std::uint32_t i = mDone; i < mOrder.size(); ++i) {
     const std::uint32_t x = mOrder[i];
@@ -201,17 +226,23 @@ void AllDifferentValues::GatherNarrow(const ZULTaVoDomains& domains) {
     // Counting takes longer than to look at the bounds.
     const bool isShort =
         static_cast<std::uint64_t>(upper) - static_cast<std::uint64_t>(lower) < open - 1;
-    (isBounded && (isShort || domains.GetSize(x) < open) ? mNarrow : mWide).push_back(x);
+    if (!isBounded || (!isShort && domains.GetSize(x) >= open)) {
+      mWide.push_back(x);
+      continue;
+    }
+    mNarrow.push_back(x);
+    mLeast = std::min(mLeast, lower);
+    mGreatest = std::max(mGreatest, upper);
   }
 }
 
 /// Matches all to different values, to those of last time where they can.
 bool AllDifferentValues::Match(const ZULTaVoDomains& domains) {
-  mOwners.Clear();
+  mOwners.Clear(mLeast, mGreatest);
   mUnmatched.clear();
   for (std::uint32_t i = 0; i < mNarrow.size(); ++i) {
     mValues[i] = mLast[mNarrow[i]];
-    if (mOwners.Find(mValues[i]) == kNone && domains.Contains(mNarrow[i], mValues[i]))
+    if (domains.Contains(mNarrow[i], mValues[i]) && mOwners.Find(mValues[i]) == kNone)
       mOwners.Set(mValues[i], i);
     else
       mUnmatched.push_back(i);
@@ -252,9 +283,8 @@ bool AllDifferentValues::Augment(const ZULTaVoDomains& domains, std::uint32_t st
   return false;
 }
 
-/// Finds out who could take whose value, or one that is left over.
+/// Finds out who could take whose value; those that could take one that is left over are queued.
 void AllDifferentValues::Link(const ZULTaVoDomains& domains) {
-  mTakes.Clear();
   mTakenBy.Clear();
   mQueue.clear();
   for (std::uint32_t i = 0; i < mNarrow.size(); ++i) {
@@ -262,7 +292,6 @@ void AllDifferentValues::Link(const ZULTaVoDomains& domains) {
     FindValue(domains, mNarrow[i], [&](std::int64_t value) {
       const std::uint32_t owner = mOwners.Find(value);
       if (owner == kNone) return hasFree = true;
-      mTakes.Insert(i, owner);
       mTakenBy.Insert(owner, i);
       return false;
     });
@@ -284,7 +313,7 @@ bool AllDifferentValues::FindHallSet() {
 
 /// Strongly connected components of the unseen, by two searches in depth: within one, values can be
 /// exchanged.
-void AllDifferentValues::FindComponents() {
+void AllDifferentValues::FindComponents(const ZULTaVoDomains& domains) {
   std::fill(mComponents.begin(), mComponents.end(), kNone);
   std::copy(mUnseen.begin(), mUnseen.end(), mUnordered.begin());
   mFinished.clear();
@@ -293,7 +322,7 @@ void AllDifferentValues::FindComponents() {
     Erase(mUnordered, start);
     mQueue.assign(1, start);
     while (!mQueue.empty()) {
-      const std::uint32_t next = mTakes.Take(mQueue.back(), mUnordered);
+      const std::uint32_t next = mTakenBy.Take(mQueue.back(), mUnordered);
       if (next != kNone) {
         mQueue.push_back(next);
       } else {
@@ -309,29 +338,38 @@ void AllDifferentValues::FindComponents() {
     mQueue.assign(1, root);
     for (std::size_t next = 0; next < mQueue.size(); ++next) {
       mComponents[mQueue[next]] = root;
-      for (std::uint32_t i = 0; (i = mTakenBy.Take(mQueue[next], mUnseen)) != kNone;)
-        mQueue.push_back(i);
+      FindValue(domains, mNarrow[mQueue[next]], [&](std::int64_t value) {
+        const std::uint32_t owner = mOwners.Find(value);
+        if (!IsIn(mUnseen, owner)) return false;
+        Erase(mUnseen, owner);
+        mQueue.push_back(owner);
+        return false;
+      });
     }
   }
 }
 
 /// Removes the values of those in components from all outside of them.
 bool AllDifferentValues::Prune(ZULTaVoDomains& domains, bool& again) {
-  const auto prune = [&](std::uint32_t x, std::uint32_t component) {
+  bool isPossible = true;
+  const auto remove = [&](std::uint32_t x, std::int64_t value) {
     const std::int64_t lower = domains.GetLower(x), upper = domains.GetUpper(x);
-    for (const std::uint32_t i : mFinished)
-      if (mComponents[i] != component && !domains.Remove(x, mValues[i])) return false;
+    isPossible = isPossible && domains.Remove(x, value);
     // Where no set of values is kept, a bound that has moved may be followed by another one.
     std::int64_t base = 0;
-    again = again || (domains.GetBits(x, base) == nullptr &&
-                      (domains.GetLower(x) != lower || domains.GetUpper(x) != upper));
-    return true;
+    again = again || ((domains.GetLower(x) != lower || domains.GetUpper(x) != upper) &&
+                      domains.GetBits(x, base) == nullptr);
   };
-  for (std::uint32_t i = 0; i < mNarrow.size(); ++i)
-    if (!prune(mNarrow[i], mComponents[i])) return false;
-  for (const std::uint32_t x : mWide)
-    if (!prune(x, kNone)) return false;
-  return true;
+  for (const std::uint32_t i : mFinished) {
+    mTakenBy.ForEach(i, [&](std::uint32_t other) {
+      if (mComponents[other] != mComponents[i]) remove(mNarrow[other], mValues[i]);
+    });
+    for (const std::uint32_t x : mWide) remove(x, mValues[i]);
+  }
+  for (std::uint32_t other = 0; other < mNarrow.size(); ++other)
+    if (mComponents[other] == kNone)
+      for (const std::uint32_t i : mFinished) remove(mNarrow[other], mValues[i]);
+  return isPossible;
 }
 
 }  // namespace
