@@ -33,6 +33,9 @@ class Among final : public ZULTaVoPropagator {
     std::int64_t lower, upper;
   };
 
+  enum class Place : std::uint8_t { kOpen, kInside, kOutside };
+
+  Place PlaceOf(const ZULTaVoDomains& domains, std::uint32_t x) const;
   bool HasInside(const ZULTaVoDomains& domains, std::uint32_t x) const;
   bool HasOutside(const ZULTaVoDomains& domains, std::uint32_t x) const;
   bool KeepInside(ZULTaVoDomains& domains, std::uint32_t x) const;
@@ -125,9 +128,9 @@ Outcome Among::Propagate(ZULTaVoDomains& domains) {
   const auto decide = [&] {
     for (std::int64_t i = decided; i < size; ++i) {
       std::uint32_t& x = mOrder[static_cast<std::size_t>(i)];
-      const bool isIn = !HasOutside(domains, x);
-      if (!isIn && HasInside(domains, x)) continue;
-      counted += isIn ? 1 : 0;
+      const Place place = PlaceOf(domains, x);
+      if (place == Place::kOpen) continue;
+      counted += place == Place::kInside ? 1 : 0;
       std::swap(x, mOrder[static_cast<std::size_t>(decided++)]);
     }
   };
@@ -148,6 +151,20 @@ Outcome Among::Propagate(ZULTaVoDomains& domains) {
   domains.SetState(kDecided, decided);
   domains.SetState(kCounted, counted);
   return decided == size && domains.IsFixed(kResult) ? Outcome::kEntailed : Outcome::kFixpoint;
+}
+
+inline Among::Place Among::PlaceOf(const ZULTaVoDomains& domains, std::uint32_t x) const {
+  const std::int64_t lower = domains.GetLower(x), upper = domains.GetUpper(x);
+  if (mRuns.empty() || upper < mRuns.front().lower || lower > mRuns.back().upper)
+    return Place::kOutside;
+  if (mRuns.size() > 1)
+    return !HasOutside(domains, x) ? Place::kInside
+           : HasInside(domains, x) ? Place::kOpen
+                                   : Place::kOutside;
+  const auto& [least, greatest] = mRuns.front();
+  if (lower >= least && upper <= greatest) return Place::kInside;
+  return lower >= least || upper <= greatest || HasInside(domains, x) ? Place::kOpen
+                                                                      : Place::kOutside;
 }
 
 bool Among::HasInside(const ZULTaVoDomains& domains, std::uint32_t x) const {
