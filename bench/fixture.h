@@ -43,9 +43,11 @@ using Definitions = std::map<std::string, std::string>;
 
 /// Ends the program where the model has errors.
 inline std::unique_ptr<ZULTavModel> Read(const std::string& text,
-                                         const Definitions& definitions = {}) {
+                                         const Definitions& definitions = {},
+                                         const std::string& data = {}) {
   ZULTavCalculator::Options options;
   options.definitions = definitions;
+  options.data = data;
   std::vector<ZULTavDiagnostic> errors;
   auto model = ZULTavCalculator(OpenModules()).Read(text, "bench", options, errors);
   for (const ZULTavDiagnostic& error : errors) error.Print(std::cerr);

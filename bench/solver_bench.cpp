@@ -4,9 +4,11 @@
 #include <malloc.h>
 
 #include <new>
+#include <random>
 
 #include "bench/fixture.h"
 #include "framework/engine/ZULTavEngine.h"
+#include "framework/search/ZULTavUtilities.h"
 
 namespace {
 
@@ -102,5 +104,53 @@ void ChainInEngine(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 BENCHMARK(ChainInEngine)->RangeMultiplier(10)->Range(1000, 1000000)->Unit(benchmark::kMillisecond);
+
+/// So many rows, of which each begins with its number from 1 on and goes on with random numbers up
+/// to 1000, or with none, in which case the number is random itself.
+std::string DrawRows(std::int64_t rows, bool isTable) {
+  std::mt19937 draw(1);
+  std::string data = "{\"rows\": [";
+  for (std::int64_t row = 1; row <= rows; ++row) {
+    const auto number = [&](std::int64_t most) {
+      return std::to_string(static_cast<std::int64_t>(draw()) % most + 1);
+    };
+    data += isTable ? "[" + std::to_string(row) + "," + number(1000) + "," + number(1000) + "]"
+                    : number(rows);
+    if (row < rows) data += ',';
+  }
+  return data + "]}";
+}
+
+/// Made of data that are in memory, searched for all solutions, destroyed.
+void SolveRows(benchmark::State& state, const char* text, bool isTable) {
+  const std::string data = DrawRows(state.range(0), isTable);
+  for (auto _ : state) {
+    const std::size_t before = gPeak = gBytes;
+    const auto read = bench::Read(text, {}, data);
+    state.counters["peak of reading/row"] = PerStep(gPeak - before, state);
+    const std::size_t model = gPeak = gBytes;
+    ZULTavSearch::Options options;
+    options.limits.solutions = ZULTavSearch::kUnlimited;
+    ZULTavSearch search(read->Network(), bench::ValuesOf(*read), options);
+    if (search.Run([](const ZULTavSolution&) { return true; }) != ZULTavSearch::Outcome::kExhausted)
+      state.SkipWithError("not searched to the end");
+    state.counters["peak of search/row"] = PerStep(gPeak - model, state);
+    state.counters["model/row"] = PerStep(model - before, state);
+    state.counters["nodes"] = static_cast<double>(search.GetStatistics().nodes);
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK_CAPTURE(SolveRows, Table,
+                  "let rows; x : int; y, z : int = [1, 1000]; table([x, y, z], rows);"
+                  "y = z; x mod 7 = 3;",
+                  true)
+    ->RangeMultiplier(10)
+    ->Range(1000, 100000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(SolveRows, Element, "let rows; i, x : int; x = element(i, rows); i = 2 * x;",
+                  false)
+    ->RangeMultiplier(10)
+    ->Range(1000, 1000000)
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace
