@@ -85,13 +85,6 @@ class AllDifferentValues final : public ZULTaVoPropagator {
     void Insert(std::uint32_t row, std::uint32_t bit) {
       mWords[row * mWidth + bit / 64] |= std::uint64_t{1} << bit % 64;
     }
-    template <class Use>
-    void ForEach(std::uint32_t row, Use use) const {
-      for (std::size_t i = 0; i < mWidth; ++i)
-        for (std::uint64_t left = mWords[row * mWidth + i]; left != 0; left &= left - 1)
-          use(static_cast<std::uint32_t>(64 * i) +
-              static_cast<std::uint32_t>(std::countr_zero(left)));
-    }
     /// A bit of the row that is in a set, and no more in the set; kNone if there is none.
     std::uint32_t Take(std::uint32_t row, Bits& from) const {
       for (std::size_t i = 0; i < mWidth; ++i)
@@ -109,17 +102,20 @@ class AllDifferentValues final : public ZULTaVoPropagator {
   };
 
   bool RemoveFixed(ZULTaVoDomains& domains);
+  void FindOpen(std::uint32_t done);
   void GatherNarrow(const ZULTaVoDomains& domains);
   bool Match(const ZULTaVoDomains& domains);
   bool Augment(const ZULTaVoDomains& domains, std::uint32_t start);
   void Link(const ZULTaVoDomains& domains);
   bool FindHallSet();
-  void FindComponents(const ZULTaVoDomains& domains);
+  bool FindComponents(const ZULTaVoDomains& domains);
   bool Prune(ZULTaVoDomains& domains, bool& again);
 
   // The variables, first those that are fixed and of no concern to others any more.
   std::vector<std::uint32_t> mOrder;
   std::uint32_t mDone = 0;
+  std::vector<char> mIsDone;
+  std::vector<std::uint32_t> mOpen;  // those that were not when a run began, as in the list
   // Those in the matching: places of the lists below.
   std::vector<std::uint32_t> mNarrow, mWide;
   std::vector<std::int64_t> mValues;  // matched to
@@ -161,6 +157,7 @@ bool FindValue(const ZULTaVoDomains& domains, std::uint32_t x, Use use) {
 
 AllDifferentValues::AllDifferentValues(std::uint32_t count)
     : mOrder(count),
+      mIsDone(count),
       mValues(count),
       mLast(count),
       mOwners(count),
@@ -170,7 +167,8 @@ AllDifferentValues::AllDifferentValues(std::uint32_t count)
       mUnseen((count + 63) / 64),
       mUnordered(mUnseen.size()) {
   std::iota(mOrder.begin(), mOrder.end(), 0u);
-  for (auto* list : {&mNarrow, &mWide, &mUnmatched, &mQueue, &mFinished}) list->reserve(count);
+  for (auto* list : {&mOpen, &mNarrow, &mWide, &mUnmatched, &mQueue, &mFinished})
+    list->reserve(count);
 }
 
 ZULTaVoPropagator::Outcome AllDifferentValues::Propagate(ZULTaVoDomains& domains) {
@@ -183,34 +181,43 @@ ZULTaVoPropagator::Outcome AllDifferentValues::Propagate(ZULTaVoDomains& domains
   if (!Match(domains)) return Outcome::kFailed;
   Link(domains);
   if (!FindHallSet()) return Outcome::kFixpoint;
-  FindComponents(domains);
+  if (!FindComponents(domains)) return Outcome::kFixpoint;
   bool again = false;
   if (!Prune(domains, again)) return Outcome::kFailed;
   return again ? Outcome::kAgain : Outcome::kFixpoint;
 }
 
-/// Removes the values that are fixed from the other variables. The order outlives what is taken
-/// back: what stood in front has stayed there ever since.
+/// Removes the values that are fixed from the other variables. What is narrowed first does not
+/// depend on what a search has seen before: it goes by the list.
 bool AllDifferentValues::RemoveFixed(ZULTaVoDomains& domains) {
-  mDone = static_cast<std::uint32_t>(domains.GetState(0));
+  FindOpen(static_cast<std::uint32_t>(domains.GetState(0)));
   for (bool found = true; found;) {
     found = false;
-    for (std::uint32_t i = mDone; i < mOrder.size(); ++i) {
-      if (!domains.IsFixed(mOrder[i])) continue;
-      const std::int64_t value = domains.GetLower(mOrder[i]);
+    for (const std::uint32_t x : mOpen) {
+      if (mIsDone[x] || !domains.IsFixed(x)) continue;
+      const std::int64_t value = domains.GetLower(x);
       bool isGone = true;
-      for (std::uint32_t other = mDone; other < mOrder.size(); ++other) {
-        if (other == i) continue;
-        if (!domains.Remove(mOrder[other], value)) return false;
-        isGone = isGone && !domains.Contains(mOrder[other], value);
+      for (const std::uint32_t other : mOpen) {
+        if (other == x) continue;
+        if (!domains.Remove(other, value)) return false;
+        isGone = isGone && !domains.Contains(other, value);
       }
-      if (!isGone) continue;
-      std::swap(mOrder[i], mOrder[mDone++]);
-      found = true;
+      mIsDone[x] = isGone;
+      found = found || isGone;
     }
   }
+  // The order outlives what is taken back: what stood in front has stayed there ever since.
+  for (std::uint32_t i = mDone; i < mOrder.size(); ++i)
+    if (mIsDone[mOrder[i]]) std::swap(mOrder[i], mOrder[mDone++]);
   domains.SetState(0, mDone);
   return true;
+}
+
+void AllDifferentValues::FindOpen(std::uint32_t done) {
+  mDone = done;
+  mOpen.assign(mOrder.begin() + mDone, mOrder.end());
+  if (!std::ranges::is_sorted(mOpen)) std::ranges::sort(mOpen);
+  for (const std::uint32_t x : mOpen) mIsDone[x] = false;
 }
 
 void AllDifferentValues::GatherNarrow(const ZULTaVoDomains& domains) {
@@ -219,8 +226,8 @@ void AllDifferentValues::GatherNarrow(const ZULTaVoDomains& domains) {
   mLeast = ZULTaVoDomains::kNoUpper;
   mGreatest = ZULTaVoDomains::kNoLower;
   const std::uint64_t open = mOrder.size() - mDone;
-  for (std::uint32_t i = mDone; i < mOrder.size(); ++i) {
-    const std::uint32_t x = mOrder[i];
+  for (const std::uint32_t x : mOpen) {
+    if (mIsDone[x]) continue;
     const std::int64_t lower = domains.GetLower(x), upper = domains.GetUpper(x);
     const bool isBounded = lower != ZULTaVoDomains::kNoLower && upper != ZULTaVoDomains::kNoUpper;
     // Counting takes longer than to look at the bounds.
@@ -312,8 +319,8 @@ bool AllDifferentValues::FindHallSet() {
 }
 
 /// Strongly connected components of the unseen, by two searches in depth: within one, values can be
-/// exchanged.
-void AllDifferentValues::FindComponents(const ZULTaVoDomains& domains) {
+/// exchanged. Answers whether there is anything outside of one of them.
+bool AllDifferentValues::FindComponents(const ZULTaVoDomains& domains) {
   std::fill(mComponents.begin(), mComponents.end(), kNone);
   std::copy(mUnseen.begin(), mUnseen.end(), mUnordered.begin());
   mFinished.clear();
@@ -346,30 +353,34 @@ void AllDifferentValues::FindComponents(const ZULTaVoDomains& domains) {
         return false;
       });
     }
+    if (mQueue.size() == mNarrow.size() && mWide.empty()) return false;
   }
+  return true;
 }
 
 /// Removes the values of those in components from all outside of them.
 bool AllDifferentValues::Prune(ZULTaVoDomains& domains, bool& again) {
-  bool isPossible = true;
   const auto remove = [&](std::uint32_t x, std::int64_t value) {
     const std::int64_t lower = domains.GetLower(x), upper = domains.GetUpper(x);
-    isPossible = isPossible && domains.Remove(x, value);
+    if (!domains.Remove(x, value)) return false;
     // Where no set of values is kept, a bound that has moved may be followed by another one.
     std::int64_t base = 0;
     again = again || ((domains.GetLower(x) != lower || domains.GetUpper(x) != upper) &&
                       domains.GetBits(x, base) == nullptr);
+    return true;
   };
-  for (const std::uint32_t i : mFinished) {
-    mTakenBy.ForEach(i, [&](std::uint32_t other) {
-      if (mComponents[other] != mComponents[i]) remove(mNarrow[other], mValues[i]);
-    });
-    for (const std::uint32_t x : mWide) remove(x, mValues[i]);
-  }
-  for (std::uint32_t other = 0; other < mNarrow.size(); ++other)
-    if (mComponents[other] == kNone)
-      for (const std::uint32_t i : mFinished) remove(mNarrow[other], mValues[i]);
-  return isPossible;
+  for (std::uint32_t i = 0; i < mNarrow.size(); ++i)
+    if (FindValue(domains, mNarrow[i], [&](std::int64_t value) {
+          const std::uint32_t owner = mOwners.Find(value);
+          return owner != kNone && mComponents[owner] != kNone &&
+                 mComponents[owner] != mComponents[i] && !remove(mNarrow[i], value);
+        }))
+      return false;
+  if (mWide.empty()) return true;
+  std::ranges::sort(mFinished, {}, [this](std::uint32_t i) { return mValues[i]; });
+  return std::ranges::all_of(mWide, [&](std::uint32_t x) {
+    return std::ranges::all_of(mFinished, [&](std::uint32_t i) { return remove(x, mValues[i]); });
+  });
 }
 
 }  // namespace
