@@ -73,7 +73,8 @@ bool HansenSengupta::NarrowByInverse() {
   mLinear.Invert(mWeights);
   const PivotedInverse& inverse = mLinear.inverse;
   for (std::size_t i = 0; i < inverse.GetRank(); ++i) {
-    mLinear.Combine(inverse.GetRows(), inverse.GetRow(i));
+    const auto [rows, weights] = inverse.GetRow(i);
+    mLinear.Combine(rows, weights);
     if (!mLinear.SolveCombined(inverse.GetColumns()[i])) return false;
   }
   return true;

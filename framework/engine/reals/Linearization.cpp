@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace zultav::engine {
 
@@ -112,18 +113,25 @@ void Linearization::TakeRows() {
 }
 
 void Linearization::Invert(std::span<const double> columnWeights) {
-  mMatrix.assign(rows.size() * columns.size(), 0.0);
-  for (std::size_t i = 0; i < rows.size(); ++i) {
-    const auto& unknowns = rows[i].equation->unknowns;
+  mMatrix.Clear();
+  for (const Row& row : rows) {
+    const auto& unknowns = row.equation->unknowns;
     for (std::size_t k = 0; k < unknowns.size(); ++k)
       if (const std::size_t column = columnOf[unknowns[k]]; column != kNoColumn)
-        mMatrix[i * columns.size() + column] = Middle(entries[rows[i].first + k]);
+        mMatrix.Add(column, Middle(entries[row.first + k]));
+    mMatrix.EndRow();
   }
-  inverse.Compute(mMatrix, columns.size(), columnWeights);
+  inverse.Compute(mMatrix, columnWeights);
 }
 
 void Linearization::Combine(std::span<const std::size_t> of, std::span<const double> rowWeights) {
-  combined.assign(columns.size(), kZero);
+  for (const std::size_t column : combinedColumns) {
+    combined[column] = kZero;
+    mIsCombined[column] = false;
+  }
+  combinedColumns.clear();
+  combined.resize(columns.size(), kZero);
+  mIsCombined.resize(columns.size(), false);
   combinedDefect = kZero;
   for (std::size_t k = 0; k < rowWeights.size(); ++k) {
     if (rowWeights[k] == 0) continue;
@@ -131,16 +139,19 @@ void Linearization::Combine(std::span<const std::size_t> of, std::span<const dou
     const RealRange weight = RealRange::Point(rowWeights[k]);
     combinedDefect = combinedDefect + weight * row.defect;
     const auto& unknowns = row.equation->unknowns;
-    for (std::size_t l = 0; l < unknowns.size(); ++l)
-      if (const std::size_t column = columnOf[unknowns[l]]; column != kNoColumn)
-        combined[column] = combined[column] + weight * entries[row.first + l];
+    for (std::size_t l = 0; l < unknowns.size(); ++l) {
+      const std::size_t column = columnOf[unknowns[l]];
+      if (column == kNoColumn) continue;
+      combined[column] = combined[column] + weight * entries[row.first + l];
+      if (!std::exchange(mIsCombined[column], 1)) combinedColumns.push_back(column);
+    }
   }
 }
 
 bool Linearization::SolveCombined(std::size_t column) {
   RealRange rest = combinedDefect;
-  for (std::size_t j = 0; j < columns.size(); ++j)
-    if (j != column && !(combined[j] == kZero))
+  for (const std::size_t j : combinedColumns)
+    if (j != column)
       rest = rest + combined[j] * (box[columns[j]] - RealRange::Point(middle[columns[j]]));
   RealRange& x = box[columns[column]];
   x = Solve(x, middle[columns[column]], combined[column], rest);

@@ -62,7 +62,8 @@ class Linearization {
   std::vector<Row> rows;
   std::vector<RealRange> entries;
   PivotedInverse inverse;
-  std::vector<RealRange> combined;  // a preconditioned row, by column
+  std::vector<RealRange> combined;           // a preconditioned row, by column
+  std::vector<std::size_t> combinedColumns;  // of which it speaks, each once
   RealRange combinedDefect;
 
  private:
@@ -70,7 +71,8 @@ class Linearization {
   bool AbsorbOthers(const RealSystem::Statement& equation, RealRange& defect);
 
   std::vector<RealRange> mSlopes;
-  std::vector<double> mMatrix;
+  SparseMatrix mMatrix;
+  std::vector<unsigned char> mIsCombined;  // by column
 };
 
 /// The middle of a bounded range, else some finite number of it.

@@ -20,7 +20,7 @@ constexpr double kLeastWeight = 1e-8;
 // A step to a point this short, relative to the magnitudes, leaves an error of its square.
 constexpr double kExact = 1e-12;
 constexpr int kInflations = 8;
-// How often, and by how much, a region of uniqueness is tried to be made larger.
+// How often at most, and by how much, a region of uniqueness grows.
 constexpr int kGrowths = 20;
 constexpr double kGrowth = 16;
 // Where in its box a solution is looked for when the equations leave a choice. Splits are in the
@@ -129,8 +129,9 @@ double Prover::StepToPoint() {
   double longest = 0;
   for (std::size_t i = 0; i < inverse.GetRank(); ++i) {
     double step = 0;
-    for (std::size_t k = 0; k < inverse.GetRank(); ++k)
-      step -= inverse.GetRow(i)[k] * Middle(mLinear.rows[inverse.GetRows()[k]].defect);
+    const auto [rows, weights] = inverse.GetRow(i);
+    for (std::size_t k = 0; k < rows.size(); ++k)
+      step -= weights[k] * Middle(mLinear.rows[rows[k]].defect);
     const std::size_t unknown = columns[inverse.GetColumns()[i]];
     middle[unknown] += step;
     if (!std::isfinite(middle[unknown])) return -1;
@@ -153,9 +154,9 @@ bool Prover::Krawczyk() {
   for (std::size_t i = 0; i < rank; ++i) {
     const double middle = mLinear.middle[mLinear.columns[inverse.GetColumns()[i]]];
     mRadii[i] = std::fabs(middle) * DBL_EPSILON + 1e-280;
-    for (std::size_t k = 0; k < rank; ++k)
-      mRadii[i] += std::fabs(inverse.GetRow(i)[k]) *
-                   mLinear.rows[inverse.GetRows()[k]].defect.GetMagnitude();
+    const auto [rows, weights] = inverse.GetRow(i);
+    for (std::size_t k = 0; k < rows.size(); ++k)
+      mRadii[i] += std::fabs(weights[k]) * mLinear.rows[rows[k]].defect.GetMagnitude();
   }
   double factor = 2;
   for (int i = 0; i < kInflations; ++i, factor *= 16)
@@ -179,15 +180,15 @@ bool Prover::Inflate(double factor) {
   if (!mLinear.SelectRows(Mode::kBox) || mLinear.rows.size() != before) return false;
   bool isInside = true;
   for (std::size_t i = 0; i < rank; ++i) {
-    mLinear.Combine(inverse.GetRows(), inverse.GetRow(i));
-    const std::size_t unknown = columns[inverse.GetColumns()[i]];
-    RealRange image = -mLinear.combinedDefect;
-    for (std::size_t j = 0; j < rank; ++j) {
-      const std::size_t column = inverse.GetColumns()[j];
-      const RealRange rest = (i == j ? kOne : kZero) - mLinear.combined[column];
-      const RealRange center = RealRange::Point(mLinear.middle[columns[column]]);
-      image = image + rest * (box[columns[column]] - center);
-    }
+    const auto [rows, weights] = inverse.GetRow(i);
+    mLinear.Combine(rows, weights);
+    const std::size_t pivot = inverse.GetColumns()[i], unknown = columns[pivot];
+    const auto distance = [&](std::size_t column) {
+      return box[columns[column]] - RealRange::Point(mLinear.middle[columns[column]]);
+    };
+    RealRange image = (kOne - mLinear.combined[pivot]) * distance(pivot) - mLinear.combinedDefect;
+    for (const std::size_t column : mLinear.combinedColumns)
+      if (column != pivot) image = image - mLinear.combined[column] * distance(column);
     mCertified[unknown] = image + RealRange::Point(mLinear.middle[unknown]);
     if (IsInside(mCertified[unknown], box[unknown])) continue;
     isInside = false;
@@ -204,18 +205,16 @@ bool Prover::HoldsOnCertified() {
   if (!evaluation.SetBox(mCertified, Mode::kBox)) return false;
   for (std::size_t i = 0; i < mCertified.size(); ++i)
     if (!IsWithin(mCertified[i], system.GetTerms()[system.GetUnknowns()[i]].initial)) return false;
-  const auto isSolved = [this](const RealSystem::Statement& statement) {
-    const auto rows = mLinear.inverse.GetRows();
-    return std::any_of(rows.begin(), rows.end(),
-                       [&](std::size_t row) { return mLinear.rows[row].equation == &statement; });
-  };
   const auto& statements = system.GetStatements();
+  std::vector<bool> isSolved(statements.size());
+  for (const std::size_t row : mLinear.inverse.GetRows())
+    isSolved[static_cast<std::size_t>(mLinear.rows[row].equation - statements.data())] = true;
   return std::all_of(statements.begin(), statements.end(), [&](const auto& statement) {
     RealSystem::Claim claim;
     return mLinear.GetClaim(statement, claim) &&
            (Holds(claim.relation, evaluation.GetValue(claim.left),
                   evaluation.GetValue(claim.right)) ||
-            isSolved(statement));
+            isSolved[static_cast<std::size_t>(&statement - statements.data())]);
   });
 }
 
@@ -223,12 +222,18 @@ bool Prover::HoldsOnCertified() {
 /// the largest box of those tried in which this holds.
 bool Prover::FindRegion() {
   if (!mIsClosed || mLinear.inverse.GetRank() < mLinear.columns.size()) return false;
-  double reach = 0;
-  for (int i = 0; i < kGrowths && IsUniqueIn(reach); ++i) {
-    mRegion = mLinear.box;
-    reach = i == 0 ? 1 : reach * kGrowth;
+  if (!IsUniqueIn(0)) return false;
+  mRegion = mLinear.box;
+  for (int known = 0, growths = kGrowths; growths - known > 1;) {
+    const int tried = (known + growths) / 2;
+    if (IsUniqueIn(std::pow(kGrowth, tried - 1))) {
+      mRegion = mLinear.box;
+      known = tried;
+    } else {
+      growths = tried;
+    }
   }
-  return reach > 0;
+  return true;
 }
 
 /// Whether the slopes between the certified box and one that holds it and the original one form
@@ -259,10 +264,11 @@ bool Prover::IsUniqueIn(double reach) {
   if (!mLinear.SelectRows(Mode::kBox, mCertified) || mLinear.rows.size() != before) return false;
   const PivotedInverse& inverse = mLinear.inverse;
   for (std::size_t i = 0; i < inverse.GetRank(); ++i) {
-    mLinear.Combine(inverse.GetRows(), inverse.GetRow(i));
+    const auto [rows, weights] = inverse.GetRow(i);
+    mLinear.Combine(rows, weights);
     const std::size_t pivot = inverse.GetColumns()[i];
     RealRange others = kZero;
-    for (std::size_t j = 0; j < mLinear.columns.size(); ++j)
+    for (const std::size_t j : mLinear.combinedColumns)
       if (j != pivot)
         others = others + RealRange::Point(mLinear.combined[j].GetMagnitude()) *
                               RealRange::Point(mWeights[j]);
