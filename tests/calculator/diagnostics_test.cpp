@@ -34,6 +34,7 @@ TEST(DiagnosticsTest, EveryFaultIsNamedWhereItStands) {
       {"let f(i) = i + zz; x = y;",                 "1:16", {"unknown name 'zz'"}                                                 },
       {"let f(i, i) = i;",                          "1:10", {"'i' is a parameter already"}                                        },
       {"let f(i) = f(i - 1);",                      "1:12", {"unknown operator 'f'"}                                              },
+      {"let f(i) = i; x = f;",                      "1:19", {"expected '(' and operands after the function 'f'"}                  },
       {"let f(i) = 1 / i; x = f(0);",               "1:14", {"division by zero", "in 'f', used in line"}                          },
       {"let f(i) = i; x = f(1, 2);",                "1:19", {"'f' takes 1 operands, not 2", "in line"}                            },
       {"let sin(i) = i;",                           "1:5",  {"'sin' is an operator"}                                              },

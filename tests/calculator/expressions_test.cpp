@@ -106,6 +106,7 @@ TEST(ExpressionsTest, ConditionsSetsAndChains) {
       {"a in {0, 100};",                                                     "a >= 0; a <= 100; ((a <== 0) || (a >== 100)); "  },
       {"for i in {1, 5..6} where i in 2..9 : a > i;",                        "a > 5; a > 6; "                                  },
       {"a = if n > 2 then 1 / (n - 3 + 1) else 1 / (n - 3);",                "a = 1; "                                         },
+      {"let k = abs(-2); a = sum(i in k..3) i;",                             "a = 5; "                                         },
       {"if -n < 0 then a = 1;",                                              "a = 1; "                                         },
       {"a = if a > b then 5 else 2;",                                        "a = ([2,2] + (count((a >> b)) * [3,3])); "       },
       {"p = if q then r else s;",                                            "p = ((q -> r) && ((~q) -> s)); "                 },

@@ -138,6 +138,9 @@ Value Interpreter::EvaluateName(const Node& node) {
   }
   if (symbol.kind == Symbol::Kind::kUnknown && mRegistry.HasOperator(mNames.GetName(node.data), 0))
     return Operate({node.data, Op::kNone, node.span}, nullptr, 0, nullptr);
+  if (symbol.kind == Symbol::Kind::kFunction)
+    Fail(node.span,
+         "expected '(' and operands after the function '" + mNames.GetName(node.data) + "'");
   FailUnknown(node, mRegistry.HasOperator(mNames.GetName(node.data))
                         ? "expected '(' and operands after the operator"
                         : "unknown name");

@@ -442,7 +442,9 @@ Value ModelBuilder::ApplyToConstants(const Operation& operation, const Value* op
   const std::size_t known = mModel.mExpressions.size();
   Value result = Apply(operation, operands, count, nullptr);
   if (result.index >= known) Compute(result);
-  return result;
+  const auto* integer = ZULTaVoCast<ZULTaVoInteger>(ObjectOf(result.index));
+  if (integer == nullptr || integer->GetLowerBound() != integer->GetUpperBound()) return result;
+  return Value::Of(Constant::Integer(integer->GetLowerBound()), operation.span);
 }
 
 void ModelBuilder::PostList(const ZULTaVoObjectDescriptor* constraint,
