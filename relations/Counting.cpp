@@ -114,7 +114,7 @@ Among::Among(std::size_t size, std::span<const std::int64_t> values) : mOrder(si
   std::vector<std::int64_t> sorted(values.begin(), values.end());
   std::sort(sorted.begin(), sorted.end());
   for (const std::int64_t value : sorted)
-    if (!mRuns.empty() && value - 1 <= mRuns.back().upper)
+    if (!mRuns.empty() && (value == mRuns.back().upper || value - 1 == mRuns.back().upper))
       mRuns.back().upper = value;
     else
       mRuns.push_back({value, value});

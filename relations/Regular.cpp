@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <bit>
+#include <limits>
 #include <span>
 #include <vector>
 
@@ -213,7 +214,7 @@ std::unique_ptr<ZULTaVoPropagator> MakeRegular(Arguments arguments) {
 }
 
 std::string CheckRegular(Arguments arguments) {
-  const auto states = static_cast<std::int64_t>(arguments[1].rows);
+  const std::int64_t states = arguments[1].rows;
   const auto isState = [states](std::int64_t state) { return state >= 1 && state <= states; };
   const std::string range = "1.." + std::to_string(states);
   for (const std::int64_t next : arguments[1].integers)
@@ -222,6 +223,11 @@ std::string CheckRegular(Arguments arguments) {
   if (!isState(arguments[2].integers[0])) return "'start' is not one of " + range;
   if (!std::ranges::all_of(arguments[3].integers, isState))
     return "'accepting' is not within " + range;
+  // A bit for each state before and after each member, in words that have numbers of 32 bits.
+  const std::uint64_t words =
+      (std::uint64_t{arguments[0].columns} + 1) * (arguments[1].rows / 64 + 1);
+  if (words > std::numeric_limits<std::uint32_t>::max() / 2)
+    return "'transitions' has too many states for so long a list";
   return RefuseEmpty(arguments[0]);
 }
 
