@@ -43,7 +43,8 @@ struct Exponentials {
   int exponent;
   FixedPoint rising, falling;
 
-  explicit Exponentials(double x) : exponent(static_cast<int>(x / 0x1.62e42fefa39efp-1 + 0.5)) {
+  explicit Exponentials(double x)
+      : exponent(static_cast<int>(std::lround(x / 0x1.62e42fefa39efp-1))) {
     const FixedPoint r = FixedPoint(x) - LogOfTwo() * static_cast<std::uint32_t>(exponent);
     rising = ExpOfFraction(r);
     falling = ExpOfFraction(-r) * FixedPoint(std::ldexp(1, -2 * exponent));

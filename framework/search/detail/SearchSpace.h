@@ -74,7 +74,7 @@ class SearchSpace {
   // --- Splitting ------------------------------------------------------------------------------
 
   /// Whether the search may still split it.
-  bool IsOpen(const Engine& engine, std::uint32_t variable, const WidthLimit& limit) const;
+  bool IsOpen(const Engine& engine, std::uint32_t index, const WidthLimit& limit) const;
   /// The half that is explored first. End points of reals are no values of their own, so that
   /// these are halved; what lies far out is left for later.
   Half Split(const Engine& engine, std::uint32_t variable,
@@ -91,7 +91,7 @@ class SearchSpace {
 
   // --- Values ---------------------------------------------------------------------------------
 
-  Range GetRange(const Engine& engine, std::uint32_t variable) const;
+  Range GetRange(const Engine& engine, std::uint32_t index) const;
   /// The present values of the declared variables and of what is observed.
   ZULTavBox Capture(const Engine& engine) const;
   /// The same as objects of the types that they are declared with.
