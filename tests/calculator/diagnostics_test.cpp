@@ -275,6 +275,53 @@ TEST(DiagnosticsTest, ReadingGoesOnBehindAnError) {
   }
 }
 
+TEST(DiagnosticsTest, TenMistakesInAHundredLinesAreReported) {
+  const std::string good =
+      "let n# = 3, t# = [[4, 7, 1], [1, 9, 2]], SIDES# = {1, 3, 5..9};\n"
+      "x#[1..n#, 0..1], y# : int = [1, 9];\n"
+      "s# : int in SIDES#;  w# : real = [0, 1.5];  p# : bool;\n"
+      "let far#(a, b) = abs(a - b) >= 2;\n"
+      "far#(x#[1, 0], y#); symmetric(x#[.., 0], x#[.., 1]);\n"
+      "for i in 1..n#, j in 0..1 where i > j : x#[i, j] <= y# + t#[1, i];\n"
+      "count(i in 1..n#) (x#[i, 0] == 3) <= 2; p# <-> (y# >> 3) xor ~p#;\n"
+      "if p# then { y# = 3; x#[1, 1] < y# <= 9; } else alldifferent(x#[.., 1]);\n"
+      "show \"y is \", y#, \" of \", x#[1, ..]; assert(n# > 2, \"n is small\");\n";
+  const struct {
+    std::string line;
+    int column, length;
+    std::string fragment;
+  } kMistakes[] = {
+      {"y# = y# +;",                           10, 1, "expected an expression"           },
+      {"x#[4, 0] = 2;",                        1,  8, "index 4 is outside the range 1..3"},
+      {"show \"the total is \" y#;",           22, 2, "after what is shown"              },
+      {"z# : int in [1, 5];",                  13, 6, "is a range or a set"              },
+      {"  x#[1, ..] <= 3;",                    3,  9, "expected one value"               },
+      {"include \"none\";",                    9,  6, "can be included"                  },
+      {"let g#(a) = a * aa;",                  17, 2, "unknown name 'aa'"                },
+      {"if p# then y# else y# = 2;",           12, 2, "expected a truth value"           },
+      {"assert(n# > 3, \"n# is too small\");", 8,  4, "n# is too small"                  },
+      {"x#[p#, 0] = w# mod 2.5;",              4,  2, "an index must be an integer"      },
+  };
+  const auto numbered = [](std::string text, int number) {
+    for (std::size_t at = 0; (at = text.find('#')) != std::string::npos;)
+      text.replace(at, 1, std::to_string(number));
+    return text;
+  };
+  std::string source;
+  for (int i = 0; i < 10; ++i) source += numbered(good + kMistakes[i].line + "\n", i);
+  const Reading reading = ReadModel(source);
+  ASSERT_EQ(reading.errors.size(), 10U) << reading.ErrorText();
+  for (int i = 0; i < 10; ++i) {
+    const ZULTavDiagnostic& error = reading.errors[static_cast<std::size_t>(i)];
+    SCOPED_TRACE(reading.ErrorText());
+    EXPECT_EQ(error.line, 10 * (i + 1));
+    EXPECT_EQ(error.column, kMistakes[i].column);
+    EXPECT_EQ(error.length, kMistakes[i].length);
+    EXPECT_EQ(error.sourceLine, numbered(kMistakes[i].line, i));
+    EXPECT_NE(error.message.find(numbered(kMistakes[i].fragment, i)), std::string::npos);
+  }
+}
+
 /// Texts without folders; "alias" is another name of "once", and "locked" cannot be read.
 struct TextsByName final : ZULTavIncludes {
   bool Find(const std::string& name, const std::string&, std::string& found,

@@ -461,6 +461,8 @@ struct CallCase {
 };
 CallCase Means(const char* text, bool (*holds)(Row x)) { return {text, holds}; }
 
+std::size_t Place(std::int64_t index) { return static_cast<std::size_t>(index); }
+
 const CallCase kCalls[] = {
     Means("alldifferent_values(x)", [](Row x) { return std::set(x.begin(), x.end()).size() == 4; }),
     Means("increasing(x)", [](Row x) { return std::ranges::is_sorted(x); }),
@@ -533,6 +535,21 @@ const CallCase kCalls[] = {
           [](Row x) {
             return x[2] == (x[0] >= std::max<std::int64_t>(1, x[1]) ? 1 : x[1] > 1 ? 3 : 2);
           }),
+    Means("a[x[1]] == x[4 - x[2]]",
+          [](Row x) {
+            return Values{2, 0, 1, 3}[Place(x[0])] == x[Place(3 - x[1])];
+          }),
+    Means("m[x[1], x[2]] == x[3]", [](Row x) { return (x[0] * x[1] + x[0]) % 4 == x[2]; }),
+    Means("sum(m[x[1], ..]) >== m[2, x[2]] + max(m[5 - x[3] - 2, {0, 3}])",
+          [](Row x) {
+            const auto m = [](std::int64_t i, std::int64_t j) { return (i * j + i) % 4; };
+            return m(x[0], 0) + m(x[0], 1) + m(x[0], 2) + m(x[0], 3) >=
+                   m(2, x[1]) + std::max(m(3 - x[2], 0), m(3 - x[2], 3));
+          }),
+    Means("t[x[1]] -> (a[x[2]] == x[3])",
+          [](Row x) {
+            return x[0] == 1 || Values{2, 0, 1, 3}[Place(x[1])] == x[2];
+          }),
     Means("diffn(x[1..2], x[3..4], [2, 1], [1, 2])",
           [](Row x) { return AreApart(x[0], 2, x[1], 1) || AreApart(x[2], 1, x[3], 2); }),
 };
@@ -548,7 +565,10 @@ TEST(RelationsTest, AreTruthsInModels) {
         expected.push_back({double(x[0]), double(x[1]), double(x[2]), double(x[3]), double(p)});
     }
     const std::string rest = "x[1] * x[2] <= x[3] + x[4]; p -> (x[4] >== 1);";
-    const std::string variables = "x[1..4] : int = [0, 3]; p : bool; ";
+    const std::string variables =
+        "x[1..4] : int = [0, 3]; p : bool; let a[0..3] = [2, 0, 1, 3];"
+        "let m[0..3, 0..3] = [[0, 0, 0, 0], [1, 2, 3, 0], [2, 0, 2, 0], [3, 2, 1, 0]];"
+        "let t[0..3] = [true, false, true, true];";
     for (std::uint64_t seed = 0; seed < 12; ++seed)
       EXPECT_EQ(WrongSolutions(variables + "p == (" + call.text + "); " + rest, seed, expected), "")
           << call.text;
@@ -560,6 +580,25 @@ TEST(RelationsTest, AreTruthsInModels) {
           p ? "p; " + std::string(call.text) : "~p; ~(" + std::string(call.text) + ")";
       EXPECT_EQ(WrongSolutions(variables + stated + "; " + rest, 1, part), "") << stated;
     }
+  }
+}
+
+/// Wherever an element stands, its index is one of the array.
+TEST(RelationsTest, IndicesOutOfRangeHaveNoValue) {
+  const std::string variables =
+      "x[1..2] : int = [0, 3]; y : int = [0, 4]; p : bool; let a[1..2, 0..1] = [[0, 4], [1, 2]];";
+  Solutions inList, inRows;
+  for (int i = 0; i < 160; ++i) {
+    const std::int64_t x[2] = {i / 40, i / 10 % 4}, y = i / 2 % 5, p = i % 2;
+    const Solutions::value_type row = {double(x[0]), double(x[1]), double(y), double(p)};
+    if (x[0] >= 1 && x[0] <= 2 && (x[x[0] - 1] == y) == (p != 0)) inList.push_back(row);
+    if (x[0] >= 1 && x[0] <= 2 && x[1] <= 1 &&
+        (Values{0, 4, 1, 2}[Place(2 * x[0] - 2 + x[1])] == y) == (p != 0))
+      inRows.push_back(row);
+  }
+  for (std::uint64_t seed = 0; seed < 12; ++seed) {
+    EXPECT_EQ(WrongSolutions(variables + "p == (x[x[1]] == y);", seed, inList), "");
+    EXPECT_EQ(WrongSolutions(variables + "p == (a[x[1], x[2]] == y);", seed, inRows), "");
   }
 }
 
@@ -580,18 +619,21 @@ TEST(RelationsTest, KeepTasksThatAreFarApart) {
 
 /// A real that has no name of its own is no abbreviation where a relation speaks of it.
 TEST(RelationsTest, NarrowHiddenReals) {
-  TextModel read("x : int = [1, 2]; y : int = [0, 9]; y = 2 * element(x, [1.5, 2.25]);");
-  ZULTavSearch::Options options;
-  options.limits.solutions = 9;
-  ZULTavSearch search(read.model->Network(), read.declared, options);
-  Solutions found;
-  search.Run([&](const ZULTavSolution& solution) {
-    found.push_back({ValueOf(solution.GetValue(0)), ValueOf(solution.GetValue(1))});
-    return true;
-  });
-  EXPECT_EQ(found, (Solutions{
-                       {1, 3}
-  }));
+  for (const std::string element : {"element(x, [1.5, 2.25])", "r[x]"}) {
+    TextModel read("x : int = [1, 2]; y : int = [0, 9]; let r = [1.5, 2.25]; y = 2 * " + element +
+                   ";");
+    ZULTavSearch::Options options;
+    options.limits.solutions = 9;
+    ZULTavSearch search(read.model->Network(), read.declared, options);
+    Solutions found;
+    search.Run([&](const ZULTavSolution& solution) {
+      found.push_back({ValueOf(solution.GetValue(0)), ValueOf(solution.GetValue(1))});
+      return true;
+    });
+    EXPECT_EQ(found, (Solutions{
+                         {1, 3}
+    }));
+  }
 }
 
 }  // namespace

@@ -81,7 +81,7 @@ Value Interpreter::EvaluateNode(const Node& node, const Value* operands, const V
     case Node::Kind::kName:
       return EvaluateName(node);
     case Node::Kind::kElement:
-      return EvaluateElement(node, operands);
+      return EvaluateElement(node, operands, target);
     case Node::Kind::kRange:
       return EvaluateRange(operands, node.span);
     case Node::Kind::kLiteral:

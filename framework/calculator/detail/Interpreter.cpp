@@ -385,6 +385,15 @@ bool Interpreter::IsApplication(NodeRange range) const {
          kind == Node::Kind::kEnd || kind == Node::Kind::kEndIf;
 }
 
+/// Whether the left side of an equation had better take over the object of the right one than the
+/// other way round.
+bool Interpreter::TakesRightSide(NodeRange left, NodeRange right) const {
+  if (IsApplication(left)) return !IsApplication(right);
+  const Node::Kind kind = RootOf(right).kind;
+  return RootOf(left).kind == Node::Kind::kElement &&
+         (kind == Node::Kind::kName || kind == Node::Kind::kConstant);
+}
+
 NodeRange Interpreter::RightOperandOf(NodeRange range) const {
   const std::uint32_t last = range.last - 1;
   return {mSyntax->nodes[last].start, last, true};
@@ -466,7 +475,7 @@ void Interpreter::AssertComparison(const Operation& operation, NodeRange leftRan
                                    NodeRange rightRange) {
   Value left;
   Value right;
-  if (operation.op == Op::kEqual && IsApplication(leftRange) && !IsApplication(rightRange)) {
+  if (operation.op == Op::kEqual && TakesRightSide(leftRange, rightRange)) {
     right = Evaluate(rightRange);
     left = Evaluate(leftRange, &right);
   } else {

@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -133,7 +134,23 @@ class Interpreter {
   void CheckDepth(NodeRange range) const;
   Value EvaluateNode(const Node& node, const Value* operands, const Value* target);
   Value EvaluateName(const Node& node);
-  Value EvaluateElement(const Node& node, const Value* indices);
+  Value EvaluateElement(const Node& node, const Value* indices, const Value* target);
+  [[noreturn]] void FailIndexed(const Value& index, std::size_t given, const Node& node) const;
+  /// An index that variables decide, and the indices that there are.
+  struct VariableIndex {
+    Value value;
+    std::int64_t first = 1;
+    std::size_t size = 0;
+  };
+  Value EvaluateVariableElement(const Value& list, std::vector<Value> indices, const Node& node,
+                                const Value* target);
+  Value CheckVariableIndex(const Value& index, const Value& list) const;
+  void CheckRows(const std::vector<Value>& rows, const Node& node) const;
+  std::vector<Value> ItemsAt(const std::vector<Value>& rows, const Value& index, const Node& node);
+  Value SelectAmong(std::vector<Value> rows, std::vector<VariableIndex> chosen,
+                    std::span<const Value> indices, const Node& node, const Value* target);
+  Value Choose(std::vector<Value> items, const std::vector<VariableIndex>& chosen, const Node& node,
+               const Value* target);
   Value Select(const Value& list, const Value* index, const Value* end, const Node& node);
   Value ItemAt(const Value& list, const Value& index, const Node& node);
   Value EvaluateRange(const Value* ends, Span span) const;
@@ -185,6 +202,7 @@ class Interpreter {
   }
   bool IsAssertingComparison(NodeRange range) const;
   bool IsApplication(NodeRange range) const;
+  bool TakesRightSide(NodeRange left, NodeRange right) const;
   NodeRange RightOperandOf(NodeRange range) const;
   NodeRange LeftOperandOf(NodeRange range) const;
   std::vector<NodeRange> OperandsOf(NodeRange range) const;

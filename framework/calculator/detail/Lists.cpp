@@ -169,25 +169,23 @@ void Interpreter::StateGaps(const Value& value, const IntegerSet& set) {
 
 // --- Elements ---------------------------------------------------------------------------------
 
-Value Interpreter::EvaluateElement(const Node& node, const Value* indices) {
+Value Interpreter::EvaluateElement(const Node& node, const Value* indices, const Value* target) {
   const Symbol::Kind kind = SymbolOf(node.data).kind;
   if (kind == Symbol::Kind::kUnknown || kind == Symbol::Kind::kBroken)
     FailUnknown(node, "unknown array");
-  return Select(EvaluateName(node), indices, indices + node.count, node);
+  const Value list = EvaluateName(node);
+  const Value* end = indices + node.count;
+  if (std::all_of(indices, end, [](const Value& index) { return !index.IsExpression(); }))
+    return Select(list, indices, end, node);
+  return EvaluateVariableElement(list, {indices, end}, node, target);
 }
 
 /// What the indices leave of a list: each is an integer, a set of them, or everything.
 Value Interpreter::Select(const Value& list, const Value* index, const Value* end,
                           const Node& node) {
   if (index == end) return list;
-  const std::string name = "'" + mNames.GetName(node.data) + "'";
-  if (!list.HasItems()) {
-    const auto given = index - &mStack[mStack.size() - node.count];
-    if (given == 0) Fail(node.span, name + " is no array");
-    Fail(index->span, name + " has " +
-                          (given == 1 ? "1 index" : std::to_string(given) + " indices") + ", not " +
-                          std::to_string(node.count));
-  }
+  if (!list.HasItems())
+    FailIndexed(*index, node.count - static_cast<std::size_t>(end - index), node);
   if (index->IsConstant()) return Select(ItemAt(list, *index, node), index + 1, end, node);
   const bool isEverything = index->kind == Value::Kind::kEverything;
   std::vector<Value> items;
@@ -203,10 +201,17 @@ Value Interpreter::Select(const Value& list, const Value* index, const Value* en
     SpreadInto(positions, *index);
     for (const Value& position : positions) add(ItemAt(list, position, node));
   } else {
-    Fail(index->span, "an index must be an integer that is known while the model is read",
-         {"it may use integers, 'let' constants and the indices of loops"});
+    Fail(index->span, "an index must be an integer; this is " + Describe(*index));
   }
   return MakeList(std::move(items), isEverything ? FirstIndexOf(list) : 1, node.span);
+}
+
+/// Of what has no more than the given number of indices.
+void Interpreter::FailIndexed(const Value& index, std::size_t given, const Node& node) const {
+  const std::string name = "'" + mNames.GetName(node.data) + "'";
+  if (given == 0) Fail(node.span, name + " is no array");
+  Fail(index.span, name + " has " + (given == 1 ? "1 index" : std::to_string(given) + " indices") +
+                       ", not " + std::to_string(node.count));
 }
 
 /// The item with this index, which is a constant.

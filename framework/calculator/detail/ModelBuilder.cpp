@@ -144,6 +144,14 @@ ModelBuilder::Type ModelBuilder::TypeOf(const Value& value) const {
   return value.IsExpression() ? ObjectOf(value.index)->GetDescriptor() : nullptr;
 }
 
+std::optional<std::int64_t> ModelBuilder::FixedInteger(const Value& value) const {
+  const auto* integer = ZULTaVoCast<const ZULTaVoInteger>(ObjectOf(value.index));
+  if (integer == nullptr || integer->IsNil() || integer->IsAny() ||
+      integer->GetLowerBound() != integer->GetUpperBound())
+    return std::nullopt;
+  return integer->GetLowerBound();
+}
+
 bool ModelBuilder::IsBoolean(const Value& value) const {
   return value.IsExpression() &&
          ZULTaVoCast<const ZULTaVoBoolean>(ObjectOf(value.index)) != nullptr;

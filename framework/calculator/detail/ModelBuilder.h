@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 #include <memory>
+#include <optional>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -145,6 +146,8 @@ class ModelBuilder {
   /// Of a computation: a constant of the outer model as one of its own; any other value stays.
   Value Import(const Value& value);
   Type TypeOf(const Value& value) const;
+  /// Of an expression over integers, its only value.
+  std::optional<std::int64_t> FixedInteger(const Value& value) const;
   /// Whether it is an expression whose values are truth values.
   bool IsBoolean(const Value& value) const;
   /// Whether it is an operator applied to two numbers.
@@ -185,6 +188,8 @@ class ModelBuilder {
   /// has its results then.
   std::vector<ZULTavModel::Shown> Show(const std::vector<Value>& values,
                                        const std::vector<bool>& areIntegers);
+  /// Elements that were built for variable indices, by the array and the indices.
+  std::map<std::vector<std::int64_t>, Value>& Elements() { return mChosen; }
   /// Adds a computation that was built. Answers its index.
   std::uint32_t AddComputation(std::unique_ptr<ZULTavModel> model, const ModelBuilder& builder);
   void AddLine(std::vector<ZULTavModel::Shown> line, Span span);
@@ -272,6 +277,7 @@ class ModelBuilder {
   std::vector<Entry> mTable;  // open hash table of the expressions that apply operators
   std::unordered_map<std::uint32_t, ModelError> mQuotients;     // integers that may not divide
   std::map<std::vector<std::uint32_t>, std::uint32_t> mCounts;  // of lists of expressions
+  std::map<std::vector<std::int64_t>, Value> mChosen;           // elements by array and indices
   const Source* mSource = nullptr;
   std::map<Place, ModelError> mWarnings;
   std::size_t mApplied = 0;

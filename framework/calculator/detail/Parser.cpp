@@ -156,7 +156,11 @@ bool Parser::StartsDeclaration() {
       token = ahead.Next();
       if (token.kind == TokenKind::kOpenBracket) ++depth;
       if (token.kind == TokenKind::kCloseBracket) --depth;
-      if (token.kind == TokenKind::kRange && depth == 1) return true;
+      if (token.kind == TokenKind::kRange && depth == 1) {
+        token = ahead.Next();  // '..' alone stands for all indices
+        if (token.kind != TokenKind::kComma && token.kind != TokenKind::kCloseBracket) return true;
+        if (token.kind == TokenKind::kCloseBracket) --depth;
+      }
       if (token.kind == TokenKind::kSemicolon || token.kind == TokenKind::kEnd) return false;
     }
     token = ahead.Next();
