@@ -46,13 +46,16 @@ class Bytes {
   std::string_view mRest;
 };
 
-/// The module, opened by name and open to the end.
-inline ZULTaVoModule& Numbers() {
+/// A module, opened by name and open to the end.
+inline ZULTaVoModule& OpenedModule(const char* name) {
   static ZULTaVoModuleManager* const manager = [] {
     auto* made = new ZULTaVoModuleManager;
     made->AddSearchDirectory(ZULTAV_TEST_MODULES);
-    REQUIRE(made->OpenModule("ZULTavNumbers") != nullptr, "open", made->GetReason());
     return made;
   }();
-  return *manager->OpenModule("ZULTavNumbers");
+  ZULTaVoModule* module = manager->OpenModule(name);
+  REQUIRE(module != nullptr, "open", manager->GetReason());
+  return *module;
 }
+inline ZULTaVoModule& Numbers() { return OpenedModule("ZULTavNumbers"); }
+inline ZULTaVoModule& Relations() { return OpenedModule("ZULTavRelations"); }
