@@ -191,7 +191,8 @@ class ModelBuilder {
   /// Elements that were built for variable indices, by the array and the indices.
   std::map<std::vector<std::int64_t>, Value>& Elements() { return mChosen; }
   /// Adds a computation that was built. Answers its index.
-  std::uint32_t AddComputation(std::unique_ptr<ZULTavModel> model, const ModelBuilder& builder);
+  std::uint32_t AddComputation(std::unique_ptr<ZULTavModel> model, const ModelBuilder& builder,
+                               Span span);
   void AddLine(std::vector<ZULTavModel::Shown> line, Span span);
   /// Adds the constraint of an asserting comparison. Its value, which equals one of the operands,
   /// is the object of this operand where the types allow it.

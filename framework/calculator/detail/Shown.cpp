@@ -84,7 +84,8 @@ std::vector<ZULTavModel::Shown> Interpreter::ShowValues(NodeRange range) {
     return part.computation != ZULTavModel::kNone;
   };
   if (std::none_of(parts.begin(), parts.end(), isComputed)) return parts;
-  const std::uint32_t computation = mBuilder->AddComputation(std::move(model), builder);
+  const std::uint32_t computation =
+      mBuilder->AddComputation(std::move(model), builder, SpanOf(range));
   for (ZULTavModel::Shown& part : parts)
     if (isComputed(part)) part.computation = computation;
   return parts;
@@ -173,7 +174,8 @@ std::vector<ZULTavModel::Shown> ModelBuilder::Show(const std::vector<Value>& val
 }
 
 std::uint32_t ModelBuilder::AddComputation(std::unique_ptr<ZULTavModel> model,
-                                           const ModelBuilder& builder) {
+                                           const ModelBuilder& builder, Span span) {
+  CountOperations(builder.mOperations + builder.mInputs.size(), span);
   mModel.mComputations.push_back({std::move(model), builder.mInputs});
   return static_cast<std::uint32_t>(mModel.mComputations.size() - 1);
 }

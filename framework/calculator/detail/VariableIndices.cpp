@@ -21,7 +21,8 @@ Value Interpreter::EvaluateVariableElement(const Value& list, std::vector<Value>
   std::vector<std::int64_t> key = {node.data};
   bool isShared = !mNames.IsLocal(node.data);
   for (const Value& index : indices) {
-    isShared = isShared && (index.IsExpression() || index.IsConstant());
+    isShared =
+        isShared && (index.IsExpression() || (index.IsConstant() && index.constant.IsInteger()));
     key.push_back(index.IsExpression());
     key.push_back(index.IsExpression() ? index.index : index.constant.integer);
   }
