@@ -73,7 +73,7 @@ class Newton::Work {
   bool HoldsForIntegers();
   std::vector<std::uint32_t> FindSignless() const;
   bool IsBeyondDoubles();
-  void CalcSmears(std::span<double> smears);
+  void CalcSmears(Smears which, std::span<double> smears);
 
  private:
   Slot SlotOf(std::uint32_t term) const { return mSystem.GetTerms()[term].slot; }
@@ -182,13 +182,12 @@ bool Newton::Work::IsBeyondDoubles() {
 
 /// An equation's smears are taken relative to their sum: what is large in all of them decides
 /// nothing.
-void Newton::Work::CalcSmears(std::span<double> smears) {
+void Newton::Work::CalcSmears(Smears which, std::span<double> smears) {
   std::fill(smears.begin(), smears.end(), 0.0);
   mLinear.ReadBox();
   mLinear.SelectColumns(Linearization::Left::kNothing);
   if (!mHasEquations || !mLinear.SelectRows(RealEvaluation::Mode::kSolutions)) return;
-  std::vector<double>& largest = mSmearOf;
-  largest.assign(mLinear.box.size(), 0.0);
+  mSmearOf.assign(mLinear.box.size(), 0.0);
   for (const Linearization::Row& row : mLinear.rows) {
     const auto& unknowns = row.equation->unknowns;
     const auto smear = [&](std::size_t k) {
@@ -198,11 +197,14 @@ void Newton::Work::CalcSmears(std::span<double> smears) {
     double sum = 0;
     for (std::size_t k = 0; k < unknowns.size(); ++k) sum += smear(k);
     if (!(sum > 0) || std::isinf(sum)) continue;
-    for (std::size_t k = 0; k < unknowns.size(); ++k)
-      largest[unknowns[k]] = std::max(largest[unknowns[k]], smear(k) / sum);
+    for (std::size_t k = 0; k < unknowns.size(); ++k) {
+      double& total = mSmearOf[unknowns[k]];
+      const double share = smear(k) / sum;
+      total = which == Smears::kSum ? total + share : std::max(total, share);
+    }
   }
   for (std::size_t i = 0; i < smears.size(); ++i)
-    if (mUnknownOf[i] != kNone) smears[i] = largest[mUnknownOf[i]];
+    if (mUnknownOf[i] != kNone) smears[i] = mSmearOf[mUnknownOf[i]];
 }
 
 // --- Proof ------------------------------------------------------------------------------------
@@ -285,11 +287,11 @@ std::vector<std::uint32_t> Newton::FindSignless() const {
 
 bool Newton::IsBeyondDoubles() { return mWork != nullptr && mWork->IsBeyondDoubles(); }
 
-void Newton::CalcSmears(std::span<double> smears) {
+void Newton::CalcSmears(Smears which, std::span<double> smears) {
   if (mWork == nullptr)
     std::fill(smears.begin(), smears.end(), 0.0);
   else
-    mWork->CalcSmears(smears);
+    mWork->CalcSmears(which, smears);
 }
 
 }  // namespace zultav::engine

@@ -71,10 +71,12 @@ class ZULTAV_ENGINE_API Newton {
   /// integers are undecided that matter to reals.
   bool IsBeyondDoubles();
 
-  /// How much splitting each declared real promises: the largest, over the equations, of the
-  /// magnitude of the slope times the width (the smear of the variable), relative to the sum of all
-  /// smears of the equation. 0 for what no equation speaks of. Valid after Contract.
-  void CalcSmears(std::span<double> smears);
+  /// Over the equations that speak of a variable.
+  enum class Smears { kLargest, kSum };
+  /// How much splitting each declared real promises: the largest, or the sum, over the equations,
+  /// of the magnitude of the slope times the width (the smear of the variable), relative to the sum
+  /// of all smears of the equation. 0 for what no equation speaks of. Valid after Contract.
+  void CalcSmears(Smears which, std::span<double> smears);
 
  private:
   class Work;

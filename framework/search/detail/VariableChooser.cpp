@@ -11,9 +11,9 @@ namespace {
 
 // Of a variable before any rule about it has failed: a single fail must not decide much.
 constexpr std::uint64_t kFirstWeight = 10;
-// Of three splits of reals on a path one is of the widest: of the systems that were tried, no other
-// mixture comes as near to the better rule on each.
-constexpr std::size_t kLargestEach = 3;
+// Splits of reals on a path take turns by so many rules: of the systems that were tried, no other
+// mixture comes as near to the best rule on each.
+constexpr std::size_t kRulesForReals = 3;
 
 }  // namespace
 
@@ -129,12 +129,15 @@ std::uint32_t VariableChooser::ChooseDiscrete() const {
   return undecided ? best : kNone;
 }
 
-/// By turns the widest one, and the one whose splitting promises most: the first rule alone forgets
-/// the equations, and the second one what the equations do not see yet.
+/// By turns the widest one, and the one whose splitting promises most to all equations together or
+/// to one of them: the first rule alone forgets the equations, and the others what the equations do
+/// not see yet.
 std::uint32_t VariableChooser::ChooseReal(const SearchTree& tree) {
-  if (tree.GetDepth() % kLargestEach == 0) return ChooseLargest();
+  const std::size_t turn = tree.GetDepth() % kRulesForReals;
+  if (turn == 0) return ChooseLargest();
+  using Smears = engine::Newton::Smears;
   mSmears.resize(mSpace.GetNumberOfDeclared());
-  mNewton.CalcSmears(mSmears);
+  mNewton.CalcSmears(turn == 1 ? Smears::kSum : Smears::kLargest, mSmears);
   std::uint32_t best = kNone;
   double bestSmear = 0;
   for (std::uint32_t i = 0; i < mSpace.GetNumberOfDeclared(); ++i) {
