@@ -107,8 +107,9 @@ bool PivotedInverse::Pick() {
     mCandidates.pop_back();
     Line& line = mLines[row];
     if (line.isPicked || magnitude != std::fabs(line.pivot)) continue;
-    const auto pivot = std::find_if(line.upper.begin(), line.upper.end(),
-                                    [column](const Entry& entry) { return entry.index == column; });
+    const auto pivot =
+        std::find_if(line.upper.begin(), line.upper.end(),
+                     [wanted = column](const Entry& entry) { return entry.index == wanted; });
     if (pivot == line.upper.end() || std::fabs(pivot->value) != magnitude) continue;
     line.isPicked = true;
     line.pivot = pivot->value;
