@@ -270,6 +270,7 @@ class Table final : public ZULTaVoPropagator {
   bool KeepListed(ZULTaVoDomains& domains, const Column& column) const;
 
   std::uint32_t mColumns;
+  bool mIsExact = true;  // whether each number is a double
   TableRows mRows;
   std::uint32_t mClosed;  // of each column, whether it has lost the values that no row names
 };
@@ -283,7 +284,13 @@ std::vector<std::uint32_t> AllBelow(std::size_t end) {
 Table::Table(const Numbers& numbers)
     : mColumns(static_cast<std::uint32_t>(numbers.columns)),
       mRows(numbers, AllBelow(numbers.rows), AllBelow(numbers.columns), 0),
-      mClosed(mRows.GetStateEnd()) {}
+      mClosed(mRows.GetStateEnd()) {
+  for (std::size_t row = 0; row < numbers.rows && !numbers.reals.empty(); ++row)
+    for (std::size_t column = 0; column < numbers.columns; ++column) {
+      const auto [lower, upper] = numbers.Real(row, column);
+      mIsExact = mIsExact && (lower == upper || numbers.IsAnything(row, column));
+    }
+}
 
 Outcome Table::Propagate(ZULTaVoDomains& domains) {
   if (!mRows.Update(domains)) return Outcome::kFailed;
@@ -299,7 +306,7 @@ Outcome Table::Propagate(ZULTaVoDomains& domains) {
     isExact = isExact && !column.IsReal() && domains.GetBits(x, base) != nullptr;
   }
   const bool isDecided = open == 0 || (open == 1 && isExact);
-  return isDecided && !HasSame(domains) ? Outcome::kEntailed : Outcome::kFixpoint;
+  return isDecided && mIsExact && !HasSame(domains) ? Outcome::kEntailed : Outcome::kFixpoint;
 }
 
 /// Whether two columns are one: what one has lost, the other has not been filtered by.

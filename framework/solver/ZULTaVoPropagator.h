@@ -134,7 +134,7 @@ class ZULTAV_TYPES_API ZULTaVoPropagator {
   }
   virtual Cost GetCost() const { return Cost::kLinear; }
   virtual std::uint32_t GetStateSize() const { return 0; }
-  /// Loses no solution. Where all arguments have one value, the answer is exact: kFailed or not.
+  /// Loses no solution. Of integers with one value each the answer is exact, of reals kEntailed is.
   virtual Outcome Propagate(ZULTaVoDomains& domains) = 0;
 };
 

@@ -490,6 +490,12 @@ const CallCase kCalls[] = {
           }),
     Means("not_table(x, [[0, *, 1, *], [3, 2, *, *]])",
           [](Row x) { return !(x[0] == 0 && x[2] == 1) && !(x[0] == 3 && x[1] == 2); }),
+    Means("table([x[1], real(x[2])], [[0, 1.5], [1, 2.0], [*, 3.0]])",
+          [](Row x) { return x[1] == 3 || (x[0] == 1 && x[1] == 2); }),
+    Means("maximum_index([real(x[1]), 1.5, x[2]]) == x[3]",
+          [](Row x) {
+            return x[2] == (x[0] > 1 && x[0] >= x[1] ? 1 : x[1] > 1 ? 3 : 2);
+          }),
     Means("element(x[1] + 1, [2, 0, 1, 3]) == x[2]",
           [](Row x) {
             return x[1] == (x[0] == 0 ? 2 : x[0] == 3 ? 3 : x[0] - 1);
@@ -634,6 +640,16 @@ TEST(RelationsTest, NarrowHiddenReals) {
                          {1, 3}
     }));
   }
+}
+
+/// The double next to 1/10 may or may not be it, as far as relations know.
+TEST(RelationsTest, ProveNothingByNumbersThatAreNoDoubles) {
+  const std::string nearTenth = "0.1000000000000000055511151231257827021181583404541015625";
+  for (const std::string& call :
+       {"table([" + nearTenth + "], [[0.1]])", "element(1, [0.1]) == " + nearTenth})
+    EXPECT_NE(WrongSolutions("p : bool = True; p == (" + call + ");", 1, {}).find("1 ?"),
+              std::string::npos)
+        << call;
 }
 
 }  // namespace

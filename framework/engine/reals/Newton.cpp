@@ -35,7 +35,8 @@ class Newton::Work {
         mSteps(engine, mLinear),
         mHull(engine, mLinear),
         mShaving(engine, system),
-        mProver(mLinear) {
+        mRelations(engine, system),
+        mProver(mLinear, mRelations) {
     const Program& program = engine.GetProgram();
     std::vector<std::uint32_t> unknownOf(program.GetNumberOfSlots(), kNone);
     for (std::uint32_t i = 0; i < system.GetUnknowns().size(); ++i)
@@ -90,6 +91,7 @@ class Newton::Work {
   HansenSengupta mSteps;
   LinearHull mHull;
   Shaving mShaving;
+  RealRelations mRelations;
   Prover mProver;
   std::vector<std::uint32_t> mUnknownOf;  // of each declared and each observed value, or kNone
   std::vector<Slot> mDiscrete;            // whose values proofs depend on
@@ -215,7 +217,7 @@ bool Newton::Work::AreIntegersFixed() const {
 }
 
 bool Newton::Work::IsDecided() const {
-  return mEngine.GetProgram().IsComplete() && AreIntegersFixed();
+  return !mEngine.GetProgram().HasFilters() && AreIntegersFixed();
 }
 
 Newton::Finding Newton::Work::Prove(std::span<RealRange> box, std::span<RealRange> region) {
@@ -231,16 +233,25 @@ Newton::Finding Newton::Work::Prove(std::span<RealRange> box, std::span<RealRang
 }
 
 bool Newton::Work::HoldsForIntegers() {
+  if (!AreIntegersFixed()) return false;
+  if (!mSystem.GetUnknowns().empty()) {  // which relations between reals have
+    if (mEngine.GetProgram().IsComplete() || !IsDecided() ||
+        mSystem.GetUnknowns().size() > kMaxProven)
+      return false;
+    const Finding finding = mProver.Prove(false);
+    return finding == Finding::kSolution || finding == Finding::kOnlySolution;
+  }
   RealEvaluation& evaluation = mLinear.evaluation;
-  if (!AreIntegersFixed() || !mSystem.GetUnknowns().empty() ||
-      !evaluation.SetBox({}, RealEvaluation::Mode::kDefined))
-    return false;
+  if (!evaluation.SetBox({}, RealEvaluation::Mode::kDefined)) return false;
   const auto& statements = mSystem.GetStatements();
-  return std::all_of(statements.begin(), statements.end(), [&](const auto& statement) {
-    RealSystem::Claim claim;
-    return mLinear.GetClaim(statement, claim) &&
-           Holds(claim.relation, evaluation.GetValue(claim.left), evaluation.GetValue(claim.right));
-  });
+  return std::all_of(statements.begin(), statements.end(),
+                     [&](const auto& statement) {
+                       RealSystem::Claim claim;
+                       return mLinear.GetClaim(statement, claim) &&
+                              Holds(claim.relation, evaluation.GetValue(claim.left),
+                                    evaluation.GetValue(claim.right));
+                     }) &&
+         mRelations.AreEntailed(evaluation);
 }
 
 std::vector<std::uint32_t> Newton::Work::FindSignless() const {

@@ -43,7 +43,8 @@ RealRange Around(double middle, double radius) { return {middle - radius, middle
 
 }  // namespace
 
-Prover::Prover(Linearization& linear) : mLinear(linear) {}
+Prover::Prover(Linearization& linear, RealRelations& relations)
+    : mLinear(linear), mRelations(relations) {}
 
 Finding Prover::Prove(bool isClosed) {
   mIsClosed = isClosed;
@@ -209,13 +210,15 @@ bool Prover::HoldsOnCertified() {
   std::vector<bool> isSolved(statements.size());
   for (const std::size_t row : mLinear.inverse.GetRows())
     isSolved[static_cast<std::size_t>(mLinear.rows[row].equation - statements.data())] = true;
-  return std::all_of(statements.begin(), statements.end(), [&](const auto& statement) {
-    RealSystem::Claim claim;
-    return mLinear.GetClaim(statement, claim) &&
-           (Holds(claim.relation, evaluation.GetValue(claim.left),
-                  evaluation.GetValue(claim.right)) ||
-            isSolved[static_cast<std::size_t>(&statement - statements.data())]);
-  });
+  return std::all_of(statements.begin(), statements.end(),
+                     [&](const auto& statement) {
+                       RealSystem::Claim claim;
+                       return mLinear.GetClaim(statement, claim) &&
+                              (Holds(claim.relation, evaluation.GetValue(claim.left),
+                                     evaluation.GetValue(claim.right)) ||
+                               isSolved[static_cast<std::size_t>(&statement - statements.data())]);
+                     }) &&
+         mRelations.AreEntailed(evaluation);
 }
 
 /// Whether the equations have no other solution near the box and the certified one; mRegion becomes

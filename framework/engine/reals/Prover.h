@@ -6,6 +6,7 @@
 
 #include "framework/engine/reals/Linearization.h"
 #include "framework/engine/reals/Newton.h"
+#include "framework/engine/reals/RealRelations.h"
 
 namespace zultav::engine {
 
@@ -14,7 +15,7 @@ namespace zultav::engine {
 /// solution.
 class Prover {
  public:
-  explicit Prover(Linearization& linear);
+  Prover(Linearization& linear, RealRelations& relations);
 
   /// @param isClosed  whether equal values of the unknowns mean the same equations for other
   ///                  states of the engine, too
@@ -38,6 +39,7 @@ class Prover {
   void LeavePoints();
 
   Linearization& mLinear;
+  RealRelations& mRelations;
   bool mIsClosed = false;
   std::vector<double> mWeights;
   std::vector<RealRange> mOriginal, mCertified;

@@ -52,8 +52,9 @@ Reification::Truth Reification::Decide(const ZULTaVoDomains& domains) {
   if (outcome == Outcome::kFailed) return Truth::kFalse;
   if (mSupposed.HasNarrowed()) return Truth::kOpen;
   if (outcome == Outcome::kEntailed) return Truth::kTrue;
+  // Where all are fixed, a propagator of integers is exact; reals may be near its numbers only.
   for (std::uint32_t x = 0; x < GetCount(); ++x)
-    if (!IsFixed(domains, x)) return Truth::kOpen;
+    if (mIsReal[x] || !IsFixed(domains, x)) return Truth::kOpen;
   return Truth::kTrue;
 }
 
