@@ -160,12 +160,13 @@ void AllDifferent::Rank() {
     }
   }
   mBounds.push_back(mBounds.back() + 2);
-  Sort(mByLower, &Member::lowerRank);
-  Sort(mByUpper, &Member::upperRank);
+  Sort<&Member::lowerRank>(mByLower);
+  Sort<&Member::upperRank>(mByUpper);
 }
 
 /// Counting sort.
-void AllDifferent::Sort(std::vector<std::uint32_t>& order, std::uint32_t Member::*rank) {
+template <std::uint32_t AllDifferent::Member::*rank>
+void AllDifferent::Sort(std::vector<std::uint32_t>& order) {
   mRanks.assign(mBounds.size(), 0);
   for (const Member& range : mMembers) ++mRanks[range.*rank];
   std::uint32_t next = 0;

@@ -31,7 +31,8 @@ class AllDifferent {
   bool NarrowBounds(Engine& engine, const Rule& rule);
   bool Gather(const Engine& engine, const Rule& rule);
   void Rank();
-  void Sort(std::vector<std::uint32_t>& order, std::uint32_t Member::*rank);
+  template <std::uint32_t Member::*rank>
+  void Sort(std::vector<std::uint32_t>& order);
   bool RaiseLowers(Engine& engine, bool& skipped);
   bool DropUppers(Engine& engine, bool& skipped);
 
