@@ -331,25 +331,24 @@ struct Run {
 };
 
 /// From the network as it was read to the last solution, and all memory given back.
-Run Solve(const std::string& text, const Row& row, bool first) {
+Run Solve(ZULTavModel& model, const Row& row, bool first) {
   using Choice = ZULTavSearch::VariableChoice;
-  const auto model = bench::Read(text, row.definitions);
   ZULTavSearch::Options options;
   options.choice = row.isHard ? Choice::kAdaptive : Choice::kFirst;
   options.limits.solutions = row.isHard ? 1 : ZULTavSearch::kUnlimited;
   options.restartAfter = row.isHard ? 250 : 0;
   if (first) options.limits.seconds = limit;
-  std::vector<ZULTaVoAny*> values = bench::ValuesOf(*model);
+  std::vector<ZULTaVoAny*> values = bench::ValuesOf(model);
   Run run;
-  const auto begin = bench::Clock::now();
+  const bench::Stopwatch watch;
   {
-    ZULTavSearch search(model->Network(), std::move(values), options);
+    ZULTavSearch search(model.Network(), std::move(values), options);
     const auto outcome = search.Run([](const ZULTavSolution&) { return true; });
     run.solutions = search.GetStatistics().solutions;
     run.nodes = search.GetStatistics().nodes;
     run.complete = outcome <= ZULTavSearch::Outcome::kSolutionLimit;
   }
-  run.seconds = bench::Since(begin);
+  run.seconds = watch.GetSeconds();
   return run;
 }
 
@@ -361,7 +360,7 @@ Run SolveByPeer(const Row& row, bool first) {
   options.clone = false;
   if (first) options.stop = &stop;
   Run run;
-  const auto begin = bench::Clock::now();
+  const bench::Stopwatch watch;
   {
     Gecode::DFS<Peer> search(new Peer(row.post, row.isHard), options);  // which takes it over
     while (const std::unique_ptr<Peer> solution{search.next()})
@@ -369,15 +368,17 @@ Run SolveByPeer(const Row& row, bool first) {
     run.nodes = search.statistics().node;
     run.complete = !search.stopped();
   }
-  run.seconds = bench::Since(begin);
+  run.seconds = watch.GetSeconds();
   return run;
 }
 
 /// False where both end with different numbers of solutions.
 bool Compare(const Row& row) {
   const std::string text = bench::TextOf(std::string(ZULTAV_MODELS) + "/" + row.file + ".zul");
-  const Run ours = bench::Fastest(limit, [&](bool first) { return Solve(text, row, first); });
-  const Run theirs = bench::Fastest(limit, [&](bool first) { return SolveByPeer(row, first); });
+  const auto model = bench::Read(text, row.definitions);
+  const auto [ours, theirs] = bench::FastestInTurn(
+      limit, [&](bool first) { return Solve(*model, row, first); },
+      [&](bool first) { return SolveByPeer(row, first); });
   const auto print = [](const Run& run) {
     std::printf(" %9llu | %c%10.7f |", static_cast<unsigned long long>(run.nodes),
                 run.complete ? ' ' : '>', run.seconds);
