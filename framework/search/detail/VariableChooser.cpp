@@ -11,9 +11,10 @@ namespace {
 
 // Of a variable before any rule about it has failed: a single fail must not decide much.
 constexpr std::uint64_t kFirstWeight = 10;
-// Splits of reals on a path take turns by so many rules: of the systems that were tried, no other
-// mixture comes as near to the best rule on each.
-constexpr std::size_t kRulesForReals = 3;
+// Of three splits of reals on a path one is of the widest, and of six one goes by all equations
+// together: of the systems that were tried, no other mixture comes as near to the best rule on
+// each.
+constexpr std::size_t kLargestEach = 3, kSumEach = 6;
 
 }  // namespace
 
@@ -133,11 +134,11 @@ std::uint32_t VariableChooser::ChooseDiscrete() const {
 /// to one of them: the first rule alone forgets the equations, and the others what the equations do
 /// not see yet.
 std::uint32_t VariableChooser::ChooseReal(const SearchTree& tree) {
-  const std::size_t turn = tree.GetDepth() % kRulesForReals;
-  if (turn == 0) return ChooseLargest();
+  const std::size_t depth = tree.GetDepth();
+  if (depth % kLargestEach == 0) return ChooseLargest();
   using Smears = engine::Newton::Smears;
   mSmears.resize(mSpace.GetNumberOfDeclared());
-  mNewton.CalcSmears(turn == 1 ? Smears::kSum : Smears::kLargest, mSmears);
+  mNewton.CalcSmears(depth % kSumEach == 2 ? Smears::kSum : Smears::kLargest, mSmears);
   std::uint32_t best = kNone;
   double bestSmear = 0;
   for (std::uint32_t i = 0; i < mSpace.GetNumberOfDeclared(); ++i) {
