@@ -290,7 +290,11 @@ class NetworkReader {
       case ZULTaVoRule::kPrimality:
         return AddGroup(Code::kPrimality, index);
       case ZULTaVoRule::kPiecewise:
-        return a.size() == 2 && AddLines(a[0], a[1], mNetwork.GetConstraint(index));
+        if (a.size() != 2 || !AddLines(a[0], a[1], mNetwork.GetConstraint(index))) return false;
+        // Formulas see each line by itself; the propagator, which sees them all, runs beside them.
+        if (KindOf(a[0]) == Kind::kReal && KindOf(a[1]) == Kind::kReal)
+          mDraft.groups.push_back({Code::kRelation, index, a});
+        return true;
       default:
         return false;
     }

@@ -143,6 +143,8 @@ void ProgramBuilder::AddRelation(std::uint32_t constraint, std::span<const Slot>
   rule.data = data;
   rule.isIdempotent = !HasDuplicates(x);
   mProgram.mHasRelations = true;
+  // Where it has a rule, formulas say the same.
+  if (mProgram.mNetwork.GetRule(constraint) != ZULTaVoRule::kNone) return;
   for (const Slot slot : x)
     if (mProgram.mSlots[slot].kind == Kind::kReal) mProgram.mHasRealRelations = true;
 }
