@@ -50,7 +50,10 @@ inline std::unique_ptr<ZULTavModel> Read(const std::string& text,
                                          const std::string& data = {}) {
   ZULTavCalculator::Options options;
   options.definitions = definitions;
-  options.data = data;
+  if (!data.empty())
+    options.data = {
+        {"data", data}
+    };
   std::vector<ZULTavDiagnostic> errors;
   auto model = ZULTavCalculator(OpenModules()).Read(text, "bench", options, errors);
   for (const ZULTavDiagnostic& error : errors) error.Print(std::cerr);

@@ -236,9 +236,12 @@ class Reader {
         ->take_all()
         ->allow_extra_args(false)
         ->check(NotEmpty());
-    app.add_option("--data", mOptions.dataFile,
-                   "Values for constants of the model, a JSON object by name")
+    app.add_option("--data", mOptions.dataFiles,
+                   "Values for constants of the model, a JSON object by name;\nmay be repeated")
         ->type_name("FILE")
+        ->expected(1)
+        ->take_all()
+        ->allow_extra_args(false)
         ->check(NotEmpty());
     AddPrecision(app);
   }

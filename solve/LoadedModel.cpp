@@ -1,6 +1,17 @@
 #include "solve/LoadedModel.h"
 
+#include <utility>
+
 #include "solve/ModelFiles.h"
+
+namespace {
+
+constexpr std::string_view kStandardInput = "-";
+
+/// As messages name it.
+std::string NameOf(const std::string& file) { return file == kStandardInput ? "<stdin>" : file; }
+
+}  // namespace
 
 ZULTavDiagnostic Failure(const std::string& message, const std::string& file) {
   ZULTavDiagnostic failure;
@@ -27,20 +38,22 @@ int LoadedModel::Load(const Options& options, std::vector<ZULTavDiagnostic>& err
   if (const int status = OpenModules(options, errors); status != kAnswered) return status;
   ZULTavCalculator::Options reading;
   reading.definitions = options.definitions;
-  const std::string name = options.modelFile == "-" ? "<stdin>" : options.modelFile;
+  const std::string name = NameOf(options.modelFile);
   std::string reason, text;
   if (!ReadTextFile(options.modelFile, reading.limits.sourceBytes, text, reason)) {
     errors.push_back(Failure(reason, name));
     return kUsage;
   }
-  reading.dataName = options.dataFile;
-  if (options.modelFile == "-" && options.dataFile == "-") {
-    errors.push_back(Failure("the model and its data cannot both come from standard input"));
-    return kUsage;
-  }
-  if (!options.dataFile.empty() &&
-      !ReadTextFile(options.dataFile, reading.limits.sourceBytes, reading.data, reason)) {
-    errors.push_back(Failure(reason, options.dataFile));
+  bool isInputTaken = options.modelFile == kStandardInput;
+  for (const std::string& file : options.dataFiles) {
+    const bool isInput = file == kStandardInput;
+    auto& data = reading.data.emplace_back();
+    data.name = NameOf(file);
+    if (isInput && std::exchange(isInputTaken, true))
+      reason = "two texts cannot both come from standard input";
+    else if (ReadTextFile(file, reading.limits.sourceBytes, data.text, reason))
+      continue;
+    errors.push_back(Failure(reason, data.name));
     return kUsage;
   }
   ModelFiles files;

@@ -30,7 +30,7 @@ struct Options {
   Command command = Command::kSolve;
   std::string modelFile;  ///< "-" is standard input
   std::map<std::string, std::string> definitions;
-  std::string dataFile;  ///< empty: none
+  std::vector<std::string> dataFiles;  ///< "-" is standard input
   std::vector<std::string> includeFolders;
   std::vector<std::string> modules = {"ZULTavNumbers", "ZULTavRelations"};
   bool moduleGiven = false;

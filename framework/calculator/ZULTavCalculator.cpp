@@ -32,7 +32,6 @@ class Reader {
         mBytes(source.GetText().size()),
         mOptions(options),
         mErrors(errors),
-        mData(options.dataName, WithoutByteOrderMark(options.data)),
         mModel(std::make_unique<ZULTavModel>()),
         mRegistry(modules),
         mBuilder(*mModel, mRegistry, mNames, options.limits),
@@ -54,7 +53,7 @@ class Reader {
     if (!mErrors.IsEmpty()) return;
     for (const ModelError& unused : mInterpreter.GetUnusedData()) {
       if (warnings.size() >= mOptions.limits.errors) return;
-      warnings.push_back(mData.Describe(unused));
+      warnings.push_back(unused.source->Describe(unused));
       warnings.back().isWarning = true;
     }
   }
@@ -86,15 +85,17 @@ class Reader {
   }
 
   void TakeData() {
-    if (mOptions.data.empty() && mOptions.dataName.empty()) return;
-    try {
-      if (mOptions.data.size() > GetByteLimit())
-        Fail({}, "the data are longer than the limit of " +
-                     std::to_string(mOptions.limits.sourceBytes) + " bytes");
-      mInterpreter.TakeData(mData);
-    } catch (const ModelError& error) {
-      mInterpreter.MarkDataBroken();
-      mErrors.Add(mData, error);
+    for (const ZULTavCalculator::Options::Data& data : mOptions.data) {
+      const Source& source = mData.emplace_back(data.name, WithoutByteOrderMark(data.text));
+      try {
+        if (source.GetText().size() > GetByteLimit())
+          Fail({}, "the data are longer than the limit of " +
+                       std::to_string(mOptions.limits.sourceBytes) + " bytes");
+        mInterpreter.TakeData(source);
+      } catch (const ModelError& error) {
+        mErrors.Add(source, error);
+        mInterpreter.MarkDataBroken();
+      }
     }
   }
 
@@ -195,7 +196,7 @@ class Reader {
   std::size_t mBytes;                     // of all texts
   const ZULTavCalculator::Options& mOptions;
   ErrorList& mErrors;
-  Source mData;
+  std::deque<Source> mData;
   std::unique_ptr<ZULTavModel> mModel;
   Registry mRegistry;
   NameTable mNames;

@@ -37,8 +37,11 @@ class ZULTAV_CALCULATOR_API ZULTavCalculator {
     /// Constants from outside, name to text: each replaces the value of the `let` constant of
     /// that name or, without such a `let`, is a constant of that name.
     std::map<std::string, std::string> definitions;
-    /// Values for `let` constants, one JSON object, from the file of that name; none if empty.
-    std::string data, dataName;
+    /// Values for `let` constants, a JSON object from the file of that name.
+    struct Data {
+      std::string name, text;
+    };
+    std::vector<Data> data;
     /// Where the texts come from that the model includes; null: it cannot include any.
     ZULTavIncludes* includes = nullptr;
     Limits limits;

@@ -8,6 +8,7 @@
 #include <random>
 #include <sstream>
 
+#include "framework/base/ZULopstream.h"
 #include "framework/solver/ZULTaVoInteger.h"
 #include "framework/solver/ZULTaVoReal.h"
 #include "tests/calculator/calculator_world.h"
@@ -92,7 +93,7 @@ TEST(LiteralsTest, EveryModuleNamesTypesAndTakesLiterals) {
       {{bits},          foreign,                                  "4  "                    },
       {{bits},          foreign + " y : bit;",                    "did you mean 'bits'?"   },
       {{bits},          foreign + " x + 1.5 = x;",                "type for the number 1.5"},
-      {{bits},          foreign + " x in {1, 4};",                "no operator '"          },
+      {{bits},          foreign + " x in {1, 4};",                "no operator '"                    },
       {{numbers, bits}, foreign + " k : int = 9; k - 3 = 6;",     "4  [9,9] "              },
  // The domain of the type that comes first is too small for the sum.
       {{bits, numbers},
@@ -180,6 +181,9 @@ TEST(LiteralsTest, DataGiveConstantsTheirValues) {
        "data:1:11: error: the model has no constant 'gren' before this one"                                                                                               },
       {R"({"n": 1})",                                        "let n : integer;",                                "test:1:25: error: a constant has no type 'integer'"      },
       {R"({"n": 1, "n": 2})",                                "let n;",                                          "data:1:10: error: 'n' has a value already"               },
+      {"\n{\"extra\":\n2}",                                  "let n;",
+       "data:2:2: error: 'extra' has a value already\n  {\"extra\":\n   ^~~~~~~\n  note: data give "
+       "it one in line 1 of 'more'"                                                                                                                                       },
       {R"({"n": 1,})",                                       "let n;",                                          "data:1:9: error: expected a name between quotation marks"},
       {R"({"n": null})",                                     "let n;",                                          "data:1:7: error: expected a number, true, false"         },
       {R"({"n": [1 2]})",                                    "let n;",                                          "data:1:10: error: expected ']' or ','"                   },
@@ -196,11 +200,73 @@ TEST(LiteralsTest, DataGiveConstantsTheirValues) {
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.data.substr(0, 50) + row.source);
     ZULTavCalculator::Options options;
-    options.data = row.data;
-    options.dataName = "data";
+    options.data = {
+        {"more", R"({"extra": 1})"},
+        {"data", row.data         }
+    };
     const Reading reading = ReadModel("x : single int; " + row.source, options);
     const std::string outcome = reading.model ? reading.StatementText() : reading.ErrorText();
     EXPECT_NE(outcome.find(row.outcome), std::string::npos) << outcome;
+  }
+}
+
+/// A random value, written the same in data and in models: a list, ragged and maybe empty, or a
+/// number or truth value, which a statement uses.
+std::string RandomDatum(std::mt19937_64& random, const std::string& place, std::string& uses,
+                        int depth) {
+  constexpr const char* kNumbers[] = {"-0",
+                                      "-0.0",
+                                      "2147483648",
+                                      "-9223372036854775808",
+                                      "9223372036854775807",
+                                      "1.7976931348623157e308",
+                                      "-4.9e-324",
+                                      "1e-400",
+                                      "0.1"};
+  const auto pick = [&](std::size_t count) { return static_cast<std::size_t>(random() % count); };
+  if (depth < 4 && pick(3) > 0) {
+    std::string text;
+    for (std::size_t i = 1, size = pick(4); i <= size; ++i)
+      text += (i > 1 ? ", " : "") +
+              RandomDatum(random, place + (depth == 0 ? "" : ", ") + std::to_string(i), uses,
+                          depth + 1);
+    return "[" + text + "]";
+  }
+  const std::string element = depth == 0 ? "k" : "k[" + place + "]";
+  if (pick(9) == 0) {
+    uses += " p == " + element + ";";
+    return "true";
+  }
+  uses += " x <> " + element + ";";
+  const std::size_t which = pick(2 * std::size(kNumbers));
+  if (which < std::size(kNumbers)) return kNumbers[which];
+  std::string number = (pick(2) == 0 ? "-" : "") + std::to_string(random() >> pick(64) >> 1);
+  if (pick(2) == 0) number += "." + std::to_string(random() >> pick(64));
+  if (pick(3) == 0) number += "e" + std::to_string(static_cast<int>(pick(500)) - 250);
+  return number;
+}
+
+TEST(LiteralsTest, DataMeanWhatModelsWouldSay) {
+  std::mt19937_64 random(20);
+  for (int i = 0; i < 300; ++i) {
+    std::string uses;
+    const std::string datum = RandomDatum(random, "", uses, 0);
+    std::string bytes[2];
+    for (const bool isData : {false, true}) {
+      ZULTavCalculator::Options options;
+      if (isData)
+        options.data = {
+            {"data", "{\"k\": " + datum + "}"}
+        };
+      const Reading reading = ReadModel(
+          "x : real; p : bool; let k" + (isData ? "" : " = " + datum) + ";" + uses, options);
+      ASSERT_EQ(reading.ErrorText(), "") << datum << uses;
+      std::ostringstream stream;
+      ZULopstream out(stream);
+      reading.model->Write(out);
+      bytes[isData] = stream.str();
+    }
+    EXPECT_EQ(bytes[0], bytes[1]) << datum << uses;
   }
 }
 

@@ -7,9 +7,15 @@ namespace zultav::detail {
 // Constants whose values come from data, and what a `let` says of its value.
 
 void Interpreter::TakeData(const Source& data) {
-  mDataSource = &data;
-  for (DataMember& member : DataReader(data, mLimits).Read())
-    mData.emplace(mNames.Intern(member.name), Datum{std::move(member.value), member.span, false});
+  for (DataMember& member : DataReader(data, mLimits).Read()) {
+    const auto [place, isNew] = mData.try_emplace(mNames.Intern(member.name));
+    Datum& datum = place->second;
+    if (!isNew)
+      Fail(member.span, "'" + member.name + "' has a value already",
+           {"data give it one in " +
+            datum.source->NameLine(datum.source->GetLine(datum.span.position), &data)});
+    datum = {std::move(member.value), member.span, &data};
+  }
 }
 
 std::vector<ModelError> Interpreter::GetUnusedData() const {
@@ -17,7 +23,7 @@ std::vector<ModelError> Interpreter::GetUnusedData() const {
   for (const auto& [name, datum] : mData)
     if (!datum.used)
       result.push_back({datum.span, "the model does not use '" + mNames.GetName(name) + "'",
-                        SuggestName(mNames.GetName(name)), mDataSource});
+                        SuggestName(mNames.GetName(name)), datum.source});
   return result;
 }
 
@@ -30,10 +36,10 @@ Value Interpreter::ValueOfConstant(Dimensions dimensions, const Statement& state
       return CheckItems(TakeDatum(datum->second.value), dimensions, statement);
     } catch (ModelError& error) {
       if (error.source == nullptr && !error.message.empty()) {
-        error.source = mDataSource;
+        error.source = datum->second.source;
         error.notes.push_back(
             "'" + mNames.GetName(name) + "' is asked for in " +
-            mSource->NameLine(mSource->GetLine(statement.span.position), mDataSource));
+            mSource->NameLine(mSource->GetLine(statement.span.position), error.source));
       }
       throw;
     }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <set>
 #include <utility>
 
 namespace zultav::detail {
@@ -33,7 +32,6 @@ void DataReader::Expect(char sign, const char* where) {
 
 std::vector<DataMember> DataReader::Read() {
   std::vector<DataMember> members;
-  std::set<std::string, std::less<>> names;
   Expect('{', "and names with values, as in {\"n\": 8}");
   if (!Accept('}')) {
     do {
@@ -41,7 +39,6 @@ std::vector<DataMember> DataReader::Read() {
       const std::uint32_t begin = mPosition;
       std::string name = ReadString();
       const Span span = From(begin);
-      if (!names.insert(name).second) Fail(span, "'" + name + "' has a value already");
       Expect(':', "after the name");
       members.push_back({std::move(name), span, ReadValue(0)});
     } while (Accept(','));

@@ -5,7 +5,9 @@
 #include <charconv>
 #include <cmath>
 #include <compare>
+#include <cstdint>
 #include <limits>
+#include <optional>
 #include <string>
 
 namespace zultav::detail {
@@ -63,6 +65,30 @@ Digits Expand(double value) {
   return Normalise({buffer.data(), static_cast<std::size_t>(end.ptr - buffer.data())});
 }
 
+/// How the digits compare with the double next to them, where both become integers of 128 bits, as
+/// those of most decimals do; nothing for others.
+std::optional<std::strong_ordering> CompareShort(const Digits& exact, double value) {
+  __extension__ using Wide = unsigned __int128;
+  constexpr long kMostDigits = 18;
+  constexpr long kMostDecimals = 22;
+  constexpr int kMantissa = std::numeric_limits<double>::digits;
+  const auto count = static_cast<long>(exact.digits.size());
+  long decimals = count - exact.exponent;
+  if (count == 0 || count > kMostDigits || exact.exponent > kMostDigits || decimals > kMostDecimals)
+    return {};
+  Wide digits = 0;
+  for (const char digit : exact.digits) digits = digits * 10 + static_cast<unsigned>(digit - '0');
+  for (; decimals < 0; ++decimals) digits *= 10;
+  int exponent = 0;
+  const double fraction = std::frexp(value, &exponent);
+  exponent -= kMantissa;
+  Wide mantissa = static_cast<std::uint64_t>(std::ldexp(fraction, kMantissa));
+  for (; decimals > 0; --decimals) mantissa *= 10;
+  // Beside each other both are below 2^53 10^22.
+  exponent < 0 ? digits <<= -exponent : mantissa <<= exponent;
+  return digits <=> mantissa;
+}
+
 }  // namespace
 
 Decimal ReadDecimal(std::string_view text) {
@@ -76,7 +102,8 @@ Decimal ReadDecimal(std::string_view text) {
                 : Decimal{0, 0, std::numeric_limits<double>::denorm_min()};
   }
   if (std::isinf(nearest)) return {nearest, std::numeric_limits<double>::max(), nearest};
-  const auto order = exact <=> Expand(nearest);
+  const auto quick = CompareShort(exact, nearest);
+  const auto order = quick ? *quick : exact <=> Expand(nearest);
   return {nearest, order < 0 ? std::nextafter(nearest, -kInfinity) : nearest,
           order > 0 ? std::nextafter(nearest, kInfinity) : nearest};
 }

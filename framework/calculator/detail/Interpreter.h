@@ -68,6 +68,7 @@ class Interpreter {
   struct Datum {
     Value value;
     Span span;  // of the name
+    const Source* source = nullptr;
     bool used = false;
   };
   /// Keeps a way of evaluating as long as it lives.
@@ -226,7 +227,6 @@ class Interpreter {
   std::map<std::uint32_t, Definition> mDefinitions;  // by name
   std::deque<Function> mFunctions;
   std::map<std::uint32_t, Datum> mData;  // by name
-  const Source* mDataSource = nullptr;
   bool mIsDataBroken = false;
   std::array<std::uint32_t, kOperatorSigns.size()> mSignNames = {};
   std::uint32_t mIntegerConversion = 0, mRealConversion = 0;  // names
