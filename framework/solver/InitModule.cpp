@@ -1,8 +1,9 @@
-// Entry of the framework's own module: the abstract value types and the constraints.
+// Entry of the framework's own module: the abstract value types, the constraints and a relation.
 
 #include "framework/solver/FrameworkConstraints.h"
 #include "framework/solver/ZULTaVoBoolean.h"
 #include "framework/solver/ZULTaVoInteger.h"
+#include "framework/solver/ZULTaVoMembership.h"
 #include "framework/solver/ZULTaVoModule.h"
 #include "framework/solver/ZULTaVoModuleManager.h"
 #include "framework/solver/ZULTaVoReal.h"
@@ -29,6 +30,17 @@ void AddType(ZULTaVoModule& module, const ZULTaVoObjectDescriptor* base) {
 }
 
 #define ZULTAV_COUNT(NAME, ARGUMENTS) +1  // NOLINT(bugprone-macro-parentheses): terms of a sum
+/// Describes the relation that sets of integers need.
+class MembershipDescriptor final : public ZULTaVoRelationDescriptor {
+ public:
+  MembershipDescriptor() : ZULTaVoRelationDescriptor(ZULTaVoMembership::Describe()) {
+    ZULTaVoMembership::sDescriptor = this;
+  }
+  ~MembershipDescriptor() override {
+    if (ZULTaVoMembership::sDescriptor == this) ZULTaVoMembership::sDescriptor = nullptr;
+  }
+};
+
 constexpr std::size_t kTypes = 6;
 constexpr std::size_t kConstraints = 0 ZULTAV_FRAMEWORK_CONSTRAINTS(ZULTAV_COUNT);
 #undef ZULTAV_COUNT
@@ -47,6 +59,7 @@ extern "C" ZULTAV_TYPES_API int InitModule(ZULTaVoModule* module, ZULTaVoModuleM
   module->AddObjectDescriptor(ZULTaVo##NAME##Constraint::MakeDescriptor());
   ZULTAV_FRAMEWORK_CONSTRAINTS(ZULTAV_CONSTRAINT)
 #undef ZULTAV_CONSTRAINT
+  module->AddObjectDescriptor(new MembershipDescriptor());
   // Null descriptors, for which there was no memory, are not counted.
-  return module->GetDescriptors().size() == kTypes + kConstraints;
+  return module->GetDescriptors().size() == kTypes + kConstraints + 1;
 }

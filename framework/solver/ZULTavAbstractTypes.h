@@ -12,6 +12,7 @@
 #include "framework/solver/ZULTaVoFrame.h"
 #include "framework/solver/ZULTaVoInteger.h"
 #include "framework/solver/ZULTaVoLocalDomains.h"
+#include "framework/solver/ZULTaVoMembership.h"
 #include "framework/solver/ZULTaVoModule.h"
 #include "framework/solver/ZULTaVoModuleManager.h"
 #include "framework/solver/ZULTaVoNetwork.h"

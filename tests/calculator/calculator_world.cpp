@@ -4,6 +4,8 @@
 #include <cctype>
 #include <sstream>
 
+#include "framework/solver/ZULTaVoRelation.h"
+
 namespace {
 
 std::string ExpressionText(const ZULTavModel& model, std::uint32_t index);
@@ -48,6 +50,16 @@ std::string Reading::StatementText() const {
   for (const auto& statement : model->Statements()) {
     if (statement.kind == ZULTavModel::Statement::Kind::kAllDifferent) {
       text += "alldifferent(" + ListText(*model, statement.left) + "); ";
+      continue;
+    }
+    if (statement.kind == ZULTavModel::Statement::Kind::kRelation) {
+      const auto& relation =
+          dynamic_cast<const ZULTaVoRelation&>(model->Network().GetConstraint(statement.right));
+      text += std::string(relation.GetType().GetRelationName()) + "(" +
+              ListText(*model, statement.left) + ";";
+      for (const std::int64_t number : relation.GetParts().back().integers)
+        text += " " + std::to_string(number);
+      text += "); ";
       continue;
     }
     text += ExpressionText(*model, statement.left);

@@ -352,4 +352,35 @@ TEST(RandomModelsTest, HaveTheSolutionsOfBruteForce) {
   EXPECT_GT(compared, count * 10);
 }
 
+/// Domains, statements and truths of them, with gaps that are narrow, wide and at the bounds.
+TEST(RandomModelsTest, SetsOfIntegersHaveTheSolutionsOfBruteForce) {
+  TrySeeds(300, [](std::uint64_t seed) {
+    std::mt19937_64 random(seed);
+    std::string names[3];
+    std::set<long> sets[3];
+    for (int i = 0; i < 3; ++i) {
+      for (std::size_t size = 1 + random() % 6; sets[i].size() < size;)
+        sets[i].insert(static_cast<long>(random() % 20) - 9 +
+                       (random() % 5 == 0 ? 1'000'000'000 : 0));
+      for (const long member : sets[i])
+        names[i] += (names[i].empty() ? "{" : ", ") + std::to_string(member);
+      names[i] += "}";
+    }
+    const std::string text = "x : int in " + names[0] + "; y[1..2] : int in " + names[1] +
+                             "; p : bool; y[1] <> y[2]; x + y[1] in union(" + names[2] +
+                             ", 20..40); p == (y[2] - x in " + names[2] + ");";
+    Solutions expected;
+    for (const long x : sets[0])
+      for (const long y : sets[1])
+        for (const long z : sets[1]) {
+          const bool holds = sets[2].contains(x + y) || (x + y >= 20 && x + y <= 40);
+          if (y == z || !holds) continue;
+          const bool p = sets[2].contains(z - x);
+          expected.push_back({static_cast<double>(x), static_cast<double>(y),
+                              static_cast<double>(z), p ? 1.0 : 0.0});
+        }
+    return WrongSolutions(text, seed, expected);
+  });
+}
+
 }  // namespace

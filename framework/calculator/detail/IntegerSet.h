@@ -4,15 +4,14 @@
 #include <cstdint>
 #include <vector>
 
+#include "framework/solver/ZULTaVoMembership.h"
+
 namespace zultav::detail {
 
 /// A set of integers, as ranges in ascending order with gaps between them.
 class IntegerSet {
  public:
-  struct Range {
-    std::int64_t low, high;
-    bool operator==(const Range&) const = default;
-  };
+  using Range = ZULTaVoMembership::Range;
 
   IntegerSet() = default;
   /// Of the integers from low to high; empty where low is above high.

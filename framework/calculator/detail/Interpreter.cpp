@@ -231,13 +231,16 @@ IntegerSet Interpreter::ReadDomain(const Statement& statement, const LocalValue&
   return set;
 }
 
-/// Leaves out what lies between the ranges of the domain, for the variable or for each element.
+/// The bounds say it where the domain has no gaps.
 void Interpreter::StateDomain(const Declarator& declarator, const IntegerSet& domain) {
+  if (domain.GetRanges().size() < 2) return;
   mLine = mSource->GetLine(declarator.span.position);
+  const ZULTaVoRelation::Part set = ZULTaVoMembership::MakeSet(domain.GetRanges());
   const std::uint32_t variable = SymbolOf(declarator.name).data;
   const std::size_t size = mBuilder->GetVariable(variable).values.size();
   for (std::size_t i = 0; i < size; ++i)
-    StateGaps(Value::OfExpression(mBuilder->LeafOf(variable, i), declarator.span), domain);
+    mBuilder->StateMember(Value::OfExpression(mBuilder->LeafOf(variable, i), declarator.span), set,
+                          declarator.span, mLine);
 }
 
 void Interpreter::Declare(const Declarator& declarator, ModelBuilder::Type type,

@@ -113,7 +113,6 @@ class Interpreter {
   void ExecuteUnder(const Value& guard, const std::vector<Statement>& statements);
   IntegerSet ReadDomain(const Statement& statement, const LocalValue& initial);
   void StateDomain(const Declarator& declarator, const IntegerSet& domain);
-  void StateGaps(const Value& value, const IntegerSet& set);
   void ForEach(const std::vector<Generator>& generators, NodeRange where,
                const std::function<void()>& body);
   IntegerSet Enter(const Generator& generator);

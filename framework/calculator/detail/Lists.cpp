@@ -136,35 +136,14 @@ void Interpreter::AssertMember(NodeRange range) {
   if (value.IsConstant() || set.Set().IsEmpty())
     return AssertValue(EvaluateMember(value, set, span), range);
   const auto& ranges = set.Set().GetRanges();
+  if (ranges.size() > 1)
+    return mBuilder->StateMember(value, ZULTaVoMembership::MakeSet(ranges), span, mLine);
   const auto bound = [&](Op op, std::int64_t number) {
     mBuilder->State(OperationOf(op, span), value, Value::Of(Constant::Integer(number), span),
                     mLine);
   };
   bound(Op::kGreaterOrEqual, ranges.front().low);
   bound(Op::kLessOrEqual, ranges.back().high);
-  StateGaps(value, set.Set());
-}
-
-/// States that the value is in none of the gaps of the set: single values are left out of a domain
-/// each, of a longer gap it is either below or above.
-void Interpreter::StateGaps(const Value& value, const IntegerSet& set) {
-  constexpr std::int64_t kLeftOut = 64;
-  const auto number = [&](std::int64_t n) { return Value::Of(Constant::Integer(n), value.span); };
-  const auto& ranges = set.GetRanges();
-  for (std::size_t i = 1; i < ranges.size(); ++i) {
-    CountIteration(value.span);
-    const std::int64_t low = ranges[i - 1].high;
-    const std::int64_t high = ranges[i].low;
-    if (static_cast<std::uint64_t>(high) - static_cast<std::uint64_t>(low) <= kLeftOut) {
-      for (std::int64_t gone = low + 1; gone < high; ++gone)
-        mBuilder->State(OperationOf(Op::kUnequal, value.span), value, number(gone), mLine);
-      continue;
-    }
-    const Value below = Join(Op::kIsLessOrEqual, value, number(low), value.span);
-    const Value above = Join(Op::kIsGreaterOrEqual, value, number(high), value.span);
-    mBuilder->StateTrue(OperationOf(Op::kEqual, value.span),
-                        Join(Op::kOr, below, above, value.span), mLine);
-  }
 }
 
 // --- Elements ---------------------------------------------------------------------------------

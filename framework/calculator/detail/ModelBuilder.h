@@ -15,7 +15,7 @@
 #include "framework/calculator/detail/LocalValue.h"
 #include "framework/calculator/detail/Registry.h"
 #include "framework/calculator/detail/Syntax.h"
-#include "framework/solver/ZULTaVoRelationDescriptor.h"
+#include "framework/solver/ZULTaVoRelation.h"
 
 namespace zultav::detail {
 
@@ -172,6 +172,9 @@ class ModelBuilder {
   /// truth; `target` as in Apply.
   Value Call(const ZULTaVoRelationDescriptor& relation, const std::vector<Argument>& arguments,
              bool isReal, Span span, const Value* target);
+  /// Records and adds that the value, which is no constant, is in the set.
+  void StateMember(const Value& value, const ZULTaVoRelation::Part& set, Span span,
+                   std::uint32_t line);
   /// Records and adds that the relation holds.
   void StateRelation(const ZULTaVoRelationDescriptor& relation,
                      const std::vector<Argument>& arguments, bool isReal, Span span,

@@ -236,4 +236,15 @@ void ModelBuilder::StateRelation(const ZULTaVoRelationDescriptor& relation,
   mModel.mStatements.push_back({StatementKind::kRelation, list, constraint, line});
 }
 
+void ModelBuilder::StateMember(const Value& value, const ZULTaVoRelation::Part& set, Span span,
+                               std::uint32_t line) {
+  CountOperations(1, span);
+  ZULTaVoObject* object = ObjectOf(value.index);
+  if (!mModel.mNetwork.AddRelation(ZULTaVoMembership::Make(set), &object, 1))
+    throw std::bad_alloc();
+  const auto constraint = static_cast<std::uint32_t>(mModel.mNetwork.GetNumberOfConstraints() - 1);
+  mModel.mStatements.push_back(
+      {StatementKind::kRelation, AppendList({value.index}), constraint, line});
+}
+
 }  // namespace zultav::detail
