@@ -279,23 +279,31 @@ bool Engine::IsWorthTelling(const RealRange& told, const RealRange& now) const {
 /// Tells of an integer's bounds, and of what was kept back before.
 void Engine::TellBounds(Slot x, unsigned int events) {
   if (mHasWide && IsWide(mProgram.GetInitialIntegers(x))) [[unlikely]]
-    events = TakeUntold(x, events);
+    events = TakeUntold(x, events, false);
   if (events != 0) Tell(x, events);
 }
 
 /// All that others have not been told of a wide integer; nothing while it is wide and has lost
-/// little.
-unsigned int Engine::TakeUntold(Slot x, unsigned int events) {
+/// little, unless it is to be told always.
+unsigned int Engine::TakeUntold(Slot x, unsigned int events, bool always) {
   const std::size_t told = mToldWords + 2 * std::size_t{x};
   const IntegerRange before = {mWords[told], mWords[told + 1]}, now = GetIntegers(x);
-  if (IsWide(now) && !IsWorthTelling({LowerAsDouble(before), UpperAsDouble(before)},
-                                     {LowerAsDouble(now), UpperAsDouble(now)}))
+  if (!always && IsWide(now) &&
+      !IsWorthTelling({LowerAsDouble(before), UpperAsDouble(before)},
+                      {LowerAsDouble(now), UpperAsDouble(now)}))
     return 0;
   if (now.lower != before.lower) events |= kLowerRaised;
   if (now.upper != before.upper) events |= kUpperLowered;
   Set(told, now.lower);
   Set(told + 1, now.upper);
   return events;
+}
+
+bool Engine::NarrowAndTell(Slot x, const IntegerRange& range) {
+  if (!Narrow(x, range)) return false;
+  if (!IsWide(mProgram.GetInitialIntegers(x))) return true;
+  if (const unsigned int events = TakeUntold(x, 0, true); events != 0) Tell(x, events);
+  return true;
 }
 
 void Engine::TellKeptBack() {

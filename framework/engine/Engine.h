@@ -101,6 +101,7 @@ class ZULTAV_ENGINE_API Engine {
   bool Narrow(Slot x, const RealRange& range);
   /// The same, and everybody who watches is told, however little it is.
   bool NarrowAndTell(Slot x, const RealRange& range);
+  bool NarrowAndTell(Slot x, const IntegerRange& range);
 
   /// The object of an opaque slot was narrowed from outside, after the network's SaveValue: whoever
   /// watches is told.
@@ -195,7 +196,7 @@ class ZULTAV_ENGINE_API Engine {
   bool NarrowReal(Slot x, const RealRange& range, bool always);
   bool IsWorthTelling(const RealRange& told, const RealRange& now) const;
   void TellBounds(Slot x, unsigned int events);
-  unsigned int TakeUntold(Slot x, unsigned int events);
+  unsigned int TakeUntold(Slot x, unsigned int events, bool always);
   void Tell(Slot x, unsigned int events);
 
   std::size_t FindHoleWord(const SlotInfo& info, std::uint64_t bit) const {

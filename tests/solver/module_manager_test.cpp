@@ -108,7 +108,8 @@ TEST(ModuleManagerTest, FindsModulesAlongTheSearchPath) {
   EXPECT_EQ(modules[0]->GetName(), "ZULTavAbstractTypes");
   EXPECT_EQ(modules[2], numbers);
   EXPECT_EQ(numbers->GetLoadedModules(), (std::vector<ZULTaVoModule*>{modules[0]}));
-  EXPECT_EQ(modules[0]->GetDescriptors().size(), 38U) << "six abstract types, 32 constraints";
+  EXPECT_EQ(modules[0]->GetDescriptors().size(), 39U)
+      << "six abstract types, 32 constraints, a relation";
 }
 
 TEST(ModuleManagerTest, OpeningAThousandTimesDoesNotGrow) {

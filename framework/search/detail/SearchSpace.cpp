@@ -189,7 +189,8 @@ Half SearchSpace::OppositeOf(const Half& half) const {
 bool SearchSpace::Enter(Engine& engine, const Half& half) const {
   const auto& [slot, kind, isBoolean, isSingle] = mVariables[half.variable];
   if (kind == Kind::kInteger)
-    return half.isUpper ? engine.SetLower(slot, half.bound) : engine.SetUpper(slot, half.bound);
+    return engine.NarrowAndTell(slot, half.isUpper ? IntegerRange(half.bound, IntegerRange::kMax)
+                                                   : IntegerRange(IntegerRange::kMin, half.bound));
   const auto bound = std::bit_cast<double>(half.bound);
   return engine.NarrowAndTell(
       slot, half.isUpper ? RealRange(bound, HUGE_VAL) : RealRange(-HUGE_VAL, bound));
