@@ -14,8 +14,6 @@ set(zultav_include ${CMAKE_INSTALL_INCLUDEDIR}/zultav)
 foreach(folder framework/base framework/intervals framework/solver framework/engine
         framework/calculator framework/search numbers)
   file(GLOB headers CONFIGURE_DEPENDS ${folder}/*.h)
-  # Of the search, what has the project's prefix is public.
-  list(FILTER headers EXCLUDE REGEX "/search/(Mirror|Node|Pending|Pivoted|Real|Search)[^/]*$")
   install(FILES ${headers} DESTINATION ${zultav_include}/${folder})
 endforeach()
 install(FILES framework/intervals/detail/Level.h framework/intervals/detail/PackedArithmetic.h

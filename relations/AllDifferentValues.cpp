@@ -65,8 +65,9 @@ class AllDifferentValues final : public ZULTaVoPropagator {
       return static_cast<std::uint64_t>(to) - static_cast<std::uint64_t>(from);
     }
     std::size_t PlaceOf(std::int64_t value) const {
-      if (mIsArray) return Distance(mLeast, value);
-      std::size_t at = static_cast<std::uint64_t>(value) * 0x9e3779b97f4a7c15u >> mShift;
+      if (mIsArray) return static_cast<std::size_t>(Distance(mLeast, value));
+      auto at = static_cast<std::size_t>(static_cast<std::uint64_t>(value) * 0x9e3779b97f4a7c15u >>
+                                         mShift);
       while (mEntries[at].owner != kNone && mEntries[at].value != value)
         at = (at + 1) & (mEntries.size() - 1);
       return at;

@@ -11,8 +11,8 @@
 /// The value at a position among all variables' values, in the order of declaration.
 using ValueAt = std::function<const ZULTaVoAny&(std::size_t)>;
 
-/// The lines that the model shows: its texts, the values of its variables, and what is computed from
-/// them, which encloses all that it may be for these values. It is Nil where it has no value.
+/// The lines that the model shows: its texts, the values of its variables, and what is computed
+/// from them, which encloses all that it may be for these values. It is Nil where it has no value.
 /// @param format, digits  how values are printed; a fixed integer is the number alone
 std::vector<std::string> ShownLines(const ZULTavModel& model, const ValueAt& values, Format format,
                                     Digits digits);

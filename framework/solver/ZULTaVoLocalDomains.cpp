@@ -69,7 +69,7 @@ void ZULTaVoLocalDomains::ForgetState() {
 }
 
 bool ZULTaVoLocalDomains::HasBit(const Set& set, std::int64_t value) const {
-  const std::uint64_t bit = WidthOf(set.base, value);
+  const auto bit = static_cast<std::size_t>(WidthOf(set.base, value));
   return (mBits[set.first + bit / kBits] >> bit % kBits & 1) != 0;
 }
 
@@ -98,9 +98,10 @@ std::uint64_t ZULTaVoLocalDomains::CountValues(std::uint32_t slot) const {
   const Set& set = mSets[slot];
   if (set.words == 0)
     return lower == kNoLower || upper == kNoUpper ? UINT64_MAX : WidthOf(lower, upper) + 1;
-  const std::uint64_t first = WidthOf(set.base, lower), last = WidthOf(set.base, upper);
+  const auto first = static_cast<std::size_t>(WidthOf(set.base, lower));
+  const auto last = static_cast<std::size_t>(WidthOf(set.base, upper));
   std::uint64_t count = 0;
-  for (std::uint64_t word = first / kBits; word <= last / kBits; ++word) {
+  for (std::size_t word = first / kBits; word <= last / kBits; ++word) {
     std::uint64_t bits = mBits[set.first + word];
     if (word == first / kBits) bits &= ~std::uint64_t{0} << first % kBits;
     if (word == last / kBits) bits &= ~std::uint64_t{0} >> (kBits - 1 - last % kBits);
@@ -140,7 +141,7 @@ bool ZULTaVoLocalDomains::RemoveWithin(std::uint32_t slot, std::int64_t value) {
   if (value == GetUpper(slot)) return DropUpper(slot, value - 1);
   const Set& set = mSets[slot];
   if (set.words == 0) return true;
-  const std::uint64_t bit = WidthOf(set.base, value);
+  const auto bit = static_cast<std::size_t>(WidthOf(set.base, value));
   std::uint64_t& word = mBits[set.first + bit / kBits];
   const std::uint64_t mask = std::uint64_t{1} << bit % kBits;
   mNarrowed = mNarrowed || (word & mask) != 0;

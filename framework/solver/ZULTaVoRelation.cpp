@@ -48,7 +48,7 @@ double AsReal(long number, double outward) {
 
 /// Whether a whole number can surely be one; beyond, bounds are left alone.
 bool IsLong(double whole) {
-  return std::fabs(whole) < static_cast<double>(std::numeric_limits<long>::max() / 2);
+  return std::fabs(whole) < static_cast<double>(std::numeric_limits<long>::max()) / 2;
 }
 
 }  // namespace

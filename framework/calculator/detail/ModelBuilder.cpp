@@ -171,10 +171,10 @@ void ModelBuilder::Warn(Span span, std::string message, std::vector<std::string>
   Warn({span, std::move(message), std::move(notes), mSource});
 }
 
-void ModelBuilder::Warn(ModelError warning) {
+void ModelBuilder::Warn(const ModelError& warning) {
   if (mWarnings.size() >= mLimits.errors || warning.source == nullptr) return;
   const Place place = {warning.source->GetOrder(), warning.span.position};
-  mWarnings.try_emplace(place, std::move(warning));
+  mWarnings.try_emplace(place, warning);
 }
 
 // --- Constants --------------------------------------------------------------------------------
@@ -207,7 +207,7 @@ void ModelBuilder::CheckRange(const Value& number, Type type) const {
 
 /// Equal for equal numbers: 3 and 3.0 are one real, but not two integers between the same doubles.
 ModelBuilder::ConstantKey ModelBuilder::KeyOf(const Constant& constant, Type type) const {
-  if (!mRegistry.IsReal(type)) return {type, constant.integer, 0, 0};
+  if (!Registry::IsReal(type)) return {type, constant.integer, 0, 0};
   const Constant number = constant.AsReal();
   return {type, number.lower == number.upper ? 0 : constant.integer,
           std::bit_cast<std::uint64_t>(number.lower), std::bit_cast<std::uint64_t>(number.upper)};
@@ -304,9 +304,9 @@ void ModelBuilder::NoteQuotient(std::uint32_t expression, Span span) {
 
 /// Warns where an operator on reals takes integers that were computed by division.
 void ModelBuilder::WarnOfQuotients(const Application& application) {
-  bool wantsReal = mRegistry.IsReal(application.op->GetResultType());
+  bool wantsReal = Registry::IsReal(application.op->GetResultType());
   for (unsigned int i = 0; i < application.count; ++i)
-    wantsReal = wantsReal || mRegistry.IsReal(ObjectOf(application.operands[i])->GetDescriptor());
+    wantsReal = wantsReal || Registry::IsReal(ObjectOf(application.operands[i])->GetDescriptor());
   if (!wantsReal) return;
   constexpr std::size_t kMostSteps = 100;
   std::vector<std::uint32_t> pending(application.operands,

@@ -235,7 +235,7 @@ class ModelBuilder {
   ZULTaVoAny* ObjectOf(std::uint32_t expression) const {
     return mModel.mExpressions[expression].object;
   }
-  void Warn(ModelError warning);
+  void Warn(const ModelError& warning);
   void NoteQuotient(std::uint32_t expression, Span span);
   void WarnOfQuotients(const Application& application);
   Application Resolve(const Operation& operation, const Value* operands, unsigned int count);
