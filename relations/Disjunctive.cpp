@@ -69,7 +69,8 @@ ZULTaVoPropagator::Outcome Disjunctive::Propagate(ZULTaVoDomains& domains) {
   for (std::uint32_t i = 0; i < mCount; ++i)
     if (!domains.SetLower(DurationOf(i), 0)) return Outcome::kFailed;
   SortByInsertion(mOrder, [&](std::uint32_t a, std::uint32_t b) {
-    return domains.GetLower(StartOf(a)) < domains.GetLower(StartOf(b));
+    const std::int64_t first = domains.GetLower(StartOf(a)), second = domains.GetLower(StartOf(b));
+    return first < second || (first == second && a < b);
   });
   if (IsInOrder(domains)) return Outcome::kEntailed;
   if (IsFixed(domains)) return Outcome::kFailed;

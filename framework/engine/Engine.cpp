@@ -47,7 +47,7 @@ bool HasMoved(double from, double to, double fraction) {
 Engine::Engine(const Program& program, ZULTaVoNetwork* network)
     : mProgram(program), mNetwork(network) {
   const std::size_t slots = program.GetNumberOfSlots(), rules = program.GetRules().size();
-  bool isTold = false, hasClauses = false, hasAllDifferent = false;
+  bool isTold = false;
   for (Slot x = 0; x < slots; ++x) {
     const Kind kind = program.GetSlot(x).kind;
     mHasWide = mHasWide || (kind == Kind::kInteger && IsWide(program.GetInitialIntegers(x)));
@@ -56,8 +56,10 @@ Engine::Engine(const Program& program, ZULTaVoNetwork* network)
   mHoleWords = 2 * slots;
   mRuleWords = mHoleWords + program.GetNumberOfHoleWords();
   mToldWords = mRuleWords + rules;
-  const std::size_t stateWords = mToldWords + (isTold ? 2 * slots : 0);
-  mWords.resize(stateWords + (program.HasRelations() ? Relations::CountStateWords(program) : 0));
+  const std::size_t clauseWords = mToldWords + (isTold ? 2 * slots : 0);
+  const std::size_t orderWords = clauseWords + Clauses::CountStateWords(program);
+  const std::size_t relationWords = orderWords + AllDifferent::CountStateWords(program);
+  mWords.resize(relationWords + Relations::CountStateWords(program));
   mStamps.resize(mWords.size());
   mTrail.reserve(std::min(mWords.size(), kFirstSaved));
   for (Slot x = 0; x < slots; ++x) {
@@ -77,12 +79,11 @@ Engine::Engine(const Program& program, ZULTaVoNetwork* network)
     const Rule& rule = program.GetRules()[i];
     mRules[i].cost = rule.cost;
     mRules[i].isSmall = rule.code == Code::kLinear && HasSmallSums(*this, rule);
-    hasClauses = hasClauses || rule.code == Code::kClause;
-    hasAllDifferent = hasAllDifferent || rule.code == Code::kAllDifferent;
   }
-  if (hasClauses) mClauses = std::make_unique<Clauses>(program);
-  if (hasAllDifferent) mAllDifferent = std::make_unique<AllDifferent>(program);
-  if (program.HasRelations()) mRelations = std::make_unique<Relations>(*this, stateWords);
+  if (orderWords != clauseWords) mClauses = std::make_unique<Clauses>(*this, clauseWords);
+  if (relationWords != orderWords)
+    mAllDifferent = std::make_unique<AllDifferent>(*this, orderWords);
+  if (program.HasRelations()) mRelations = std::make_unique<Relations>(*this, relationWords);
   if (program.HasFilters() && network != nullptr) mFilters = std::make_unique<Filters>(program);
   if (program.GetReals() != nullptr)
     mStatements = std::make_unique<StatementRunner>(*program.GetReals());
@@ -326,7 +327,7 @@ void Engine::Tell(Slot x, unsigned int events) {
   for (const Watch& watch : watches)
     if ((watch.events & events) != 0) Schedule(watch.rule);
   if (isFixed && mClauses != nullptr)
-    mClauses->ForEachAffected(x, IsTrue(x), [this](std::uint32_t rule) { Schedule(rule); });
+    mClauses->ForEachAffected(*this, x, IsTrue(x), [this](std::uint32_t rule) { Schedule(rule); });
 }
 
 void Engine::TellChanged(Slot x) { Tell(x, kAnyChange); }

@@ -158,7 +158,10 @@ class ZULTAV_ENGINE_API Engine {
   const ZULTaVoAny& GetObject(Slot x) const;
 
  private:
-  friend class Relations;  // which shows the words to propagators
+  // Which keep words of their own among the others.
+  friend class AllDifferent;
+  friend class Clauses;
+  friend class Relations;
   struct Saved {
     std::uint32_t word;
     std::uint32_t stamp;  // of the word before

@@ -108,7 +108,8 @@ class ZULTAV_TYPES_API ZULTaVoDomains {
 /// Narrows the arguments of one relation by what it means. Made once for a search, with all the
 /// memory that it will need: a run allocates nothing. It remembers what it learns about domains in
 /// its state words alone, since these are taken back with them; whatever it keeps besides must be
-/// right for any state that it had before, and for one that is all 0 at any time.
+/// right for any state that it had before, and for one that is all 0 at any time. Nor may that
+/// decide what is narrowed, or in which order: a search that goes on from a checkpoint is without.
 class ZULTAV_TYPES_API ZULTaVoPropagator {
  public:
   enum class Outcome : std::uint8_t {

@@ -11,6 +11,9 @@ namespace {
 constexpr std::int64_t kFar = std::int64_t{1} << 61;
 constexpr std::size_t kValuesPerMember = 8;  // up to which a table of values is worth its while
 
+/// Whether fixed slots are kept apart from the others.
+bool KeepsOrder(const Rule& rule) { return rule.code == Code::kAllDifferent && rule.data == 0; }
+
 /// Follows the links upward (downward) to where they end.
 std::uint32_t FindTop(const std::vector<std::uint32_t>& links, std::uint32_t at) {
   while (links[at] > at) at = links[at];
@@ -28,17 +31,24 @@ void Compress(std::vector<std::uint32_t>& links, std::uint32_t from, std::uint32
 
 }  // namespace
 
-AllDifferent::AllDifferent(const Program& program) {
+std::size_t AllDifferent::CountStateWords(const Program& program) {
+  std::size_t words = 0;
+  for (const Rule& rule : program.GetRules())
+    if (KeepsOrder(rule)) words += rule.count;
+  return words;
+}
+
+AllDifferent::AllDifferent(Engine& engine, std::size_t firstWord) {
+  const Program& program = engine.GetProgram();
   std::size_t most = 0;
-  mFirst.resize(program.GetRules().size());
+  mOrders.resize(program.GetRules().size());
   for (std::uint32_t i = 0; i < program.GetRules().size(); ++i) {
     const Rule& rule = program.GetRules()[i];
     if (rule.code != Code::kAllDifferent) continue;
     most = std::max<std::size_t>(most, rule.count);
-    if (rule.data != 0) continue;
-    mFirst[i] = static_cast<std::uint32_t>(mOrders.size());
-    const std::span<const Slot> slots = program.GetArguments(rule);
-    mOrders.insert(mOrders.end(), slots.begin(), slots.end());
+    if (!KeepsOrder(rule)) continue;
+    mOrders[i] = firstWord;
+    for (const Slot x : program.GetArguments(rule)) engine.mWords[firstWord++] = x;
   }
   mMembers.reserve(most);
   mByLower.reserve(most);
@@ -49,8 +59,9 @@ AllDifferent::AllDifferent(const Program& program) {
 }
 
 std::size_t AllDifferent::GetMemoryUsed() const {
-  return (mFirst.capacity() + mOrders.capacity() + mByLower.capacity() + mByUpper.capacity() +
-          mTrees.capacity() + mHalls.capacity() + mRanks.capacity()) *
+  return mOrders.capacity() * sizeof(std::size_t) +
+         (mByLower.capacity() + mByUpper.capacity() + mTrees.capacity() + mHalls.capacity() +
+          mRanks.capacity()) *
              sizeof(std::uint32_t) +
          mMembers.capacity() * sizeof(Member) +
          (mBounds.capacity() + mCapacities.capacity()) * sizeof(std::int64_t);
@@ -59,25 +70,31 @@ std::size_t AllDifferent::GetMemoryUsed() const {
 /// Removes the values that are fixed from the slots that are open. A value that no other slot can
 /// have any more is done with.
 bool AllDifferent::RemoveFixed(Engine& engine, const Rule& rule, std::uint32_t index) {
-  Slot* const slots = mOrders.data() + mFirst[index];
+  const std::size_t first = mOrders[index];
+  const auto slotAt = [&engine, first](std::int64_t place) {
+    return static_cast<Slot>(engine.mWords[first + static_cast<std::size_t>(place)]);
+  };
   const auto count = static_cast<std::int64_t>(rule.count);
-  // The order outlives Pop: what stood in front at a level has stayed there ever since.
   const std::int64_t doneBefore = engine.GetMemory();
   std::int64_t done = doneBefore;
   std::uint64_t narrowings = 0;
   do {
     narrowings = engine.GetStatistics().narrowings;
     for (std::int64_t i = done; i < count; ++i) {
-      if (!engine.IsFixedInteger(slots[i])) continue;
-      const std::int64_t value = engine.GetLower(slots[i]);
+      const Slot fixed = slotAt(i);
+      if (!engine.IsFixedInteger(fixed)) continue;
+      const std::int64_t value = engine.GetLower(fixed);
       bool isGone = true;
       for (std::int64_t other = done; other < count; ++other) {
         if (other == i) continue;
-        if (!engine.Remove(slots[other], value)) return false;
+        const Slot x = slotAt(other);
+        if (!engine.Remove(x, value)) return false;
         // Where no set of values is kept, it stays until it is a bound.
-        isGone = isGone && !engine.Contains(slots[other], value);
+        isGone = isGone && !engine.Contains(x, value);
       }
-      if (isGone) std::swap(slots[i], slots[done++]);
+      if (!isGone) continue;
+      engine.Set(first + static_cast<std::size_t>(i), slotAt(done));
+      engine.Set(first + static_cast<std::size_t>(done++), fixed);
     }
   } while (engine.GetStatistics().narrowings != narrowings);
   if (done != doneBefore) engine.SetMemory(done);

@@ -13,7 +13,9 @@ namespace zultav::engine {
 /// many slots lie within an interval as it has values (a Hall interval), the others leave it.
 class AllDifferent {
  public:
-  explicit AllDifferent(const Program& program);
+  /// @param firstWord  of the engine: one for each slot of each rule
+  AllDifferent(Engine& engine, std::size_t firstWord);
+  static std::size_t CountStateWords(const Program& program);
   bool Run(Engine& engine, const Rule& rule, std::uint32_t index) {
     return rule.data == 0 ? RemoveFixed(engine, rule, index) : NarrowBounds(engine, rule);
   }
@@ -36,9 +38,9 @@ class AllDifferent {
   bool RaiseLowers(Engine& engine, bool& skipped);
   bool DropUppers(Engine& engine, bool& skipped);
 
-  // Of each rule: its slots, those first that were fixed and removed from the others.
-  std::vector<std::uint32_t> mFirst;
-  std::vector<Slot> mOrders;
+  // Of each rule: where the engine's words begin that are its slots, those first that were fixed
+  // and removed from the others.
+  std::vector<std::size_t> mOrders;
   // Work space, for the rule with most slots.
   std::vector<Member> mMembers;
   std::vector<std::uint32_t> mByLower, mByUpper;

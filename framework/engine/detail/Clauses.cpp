@@ -1,5 +1,8 @@
 #include "framework/engine/detail/Clauses.h"
 
+#include <algorithm>
+#include <numeric>
+
 namespace zultav::engine {
 
 namespace {
@@ -34,62 +37,60 @@ struct View {
 
 }  // namespace
 
-Clauses::Clauses(const Program& program)
-    : mFirst(2 * program.GetNumberOfSlots(), kNone), mClauseOf(program.GetRules().size(), kNone) {
+std::size_t Clauses::CountStateWords(const Program& program) {
+  return static_cast<std::size_t>(
+      std::count_if(program.GetRules().begin(), program.GetRules().end(),
+                    [](const Rule& rule) { return rule.code == Code::kClause; }));
+}
+
+Clauses::Clauses(Engine& engine, std::size_t firstWord) : mFirstWord(firstWord) {
+  const Program& program = engine.GetProgram();
+  mFirst.resize(2 * program.GetNumberOfSlots() + 1);
+  mClauseOf.resize(program.GetRules().size(), kNone);
+  const auto literalOf = [&](const Rule& rule, std::uint32_t position) {
+    return IndexOf(program.GetArguments(rule)[position], program.GetNumbers(rule)[position] != 0);
+  };
   for (std::uint32_t i = 0; i < program.GetRules().size(); ++i) {
     const Rule& rule = program.GetRules()[i];
     if (rule.code != Code::kClause) continue;
-    mClauseOf[i] = static_cast<std::uint32_t>(mWatches.size() / 2);
-    for (std::uint32_t position = 0; position < 2; ++position) {
-      mWatches.push_back({i, position < rule.count ? position : 0, kNone, kNone});
-      if (rule.count != 0) Enter(program, static_cast<std::uint32_t>(mWatches.size() - 1));
-    }
+    mClauseOf[i] = static_cast<std::uint32_t>(mRules.size());
+    mRules.push_back(i);
+    engine.mWords[mFirstWord + mClauseOf[i]] =
+        std::bit_cast<std::int64_t>(Watched{0, rule.count > 1 ? 1u : 0u});
+    for (std::uint32_t k = 0; k < rule.count; ++k) ++mFirst[literalOf(rule, k)];
+  }
+  std::inclusive_scan(mFirst.begin(), mFirst.end(), mFirst.begin());
+  mOccurrences.resize(mFirst.back());
+  for (auto clause = static_cast<std::uint32_t>(mRules.size()); clause-- > 0;) {
+    const Rule& rule = program.GetRules()[mRules[clause]];
+    for (std::uint32_t k = rule.count; k-- > 0;)
+      mOccurrences[--mFirst[literalOf(rule, k)]] = {clause, k};
   }
 }
 
 bool Clauses::Run(Engine& engine, const Rule& rule, std::uint32_t index) {
   if (rule.count == 0) return false;
   const View clause(engine, rule);
-  const std::uint32_t first = 2 * mClauseOf[index];
-  std::uint32_t &one = mWatches[first].position, &two = mWatches[first + 1].position;
+  auto [one, two] = GetWatched(engine, mClauseOf[index]);
   if (clause.IsTrue(one) || clause.IsTrue(two)) return true;
-  for (std::uint32_t at = first; at < first + 2; ++at) {
-    Watch& watch = mWatches[at];
-    const std::uint32_t other = at == first ? two : one;
-    if (!clause.IsFalse(watch.position) && watch.position != other) continue;
-    const std::uint32_t found = clause.FindOther(watch.position, other);
-    if (found == watch.position)  // the other one is the last that may be true
+  bool moved = false;
+  for (std::uint32_t* watch : {&one, &two}) {
+    const std::uint32_t other = watch == &one ? two : one;
+    if (!clause.IsFalse(*watch) && *watch != other) continue;
+    const std::uint32_t found = clause.FindOther(*watch, other);
+    if (found == *watch)  // the other one is the last that may be true
       return engine.Fix(clause.slots[other], clause.negated[other] != 0 ? 0 : 1);
-    Leave(engine.GetProgram(), at);
-    watch.position = found;
-    Enter(engine.GetProgram(), at);
+    *watch = found;
+    moved = true;
   }
+  if (moved)
+    engine.Set(mFirstWord + mClauseOf[index], std::bit_cast<std::int64_t>(Watched{one, two}));
   return true;
 }
 
-std::uint32_t& Clauses::FirstOf(const Program& program, const Watch& watch) {
-  const Rule& rule = program.GetRules()[watch.rule];
-  return mFirst[IndexOf(program.GetArguments(rule)[watch.position],
-                        program.GetNumbers(rule)[watch.position] != 0)];
-}
-
-void Clauses::Enter(const Program& program, std::uint32_t watch) {
-  std::uint32_t& first = FirstOf(program, mWatches[watch]);
-  mWatches[watch].next = first;
-  mWatches[watch].last = kNone;
-  if (first != kNone) mWatches[first].last = watch;
-  first = watch;
-}
-
-void Clauses::Leave(const Program& program, std::uint32_t watch) {
-  const Watch& left = mWatches[watch];
-  (left.last == kNone ? FirstOf(program, left) : mWatches[left.last].next) = left.next;
-  if (left.next != kNone) mWatches[left.next].last = left.last;
-}
-
 std::size_t Clauses::GetMemoryUsed() const {
-  return (mFirst.capacity() + mClauseOf.capacity()) * sizeof(std::uint32_t) +
-         mWatches.capacity() * sizeof(Watch);
+  return (mFirst.capacity() + mRules.capacity() + mClauseOf.capacity()) * sizeof(std::uint32_t) +
+         mOccurrences.capacity() * sizeof(Occurrence);
 }
 
 }  // namespace zultav::engine

@@ -68,8 +68,9 @@ class Newton::Work {
   }
 
   bool HasEquations() const { return mHasEquations; }
-  bool Approach(bool again);
-  Answer Contract(bool again);
+  bool Approach();
+  Answer Contract();
+  void Forget() { mIsContracted = false; }
   Finding Prove(std::span<RealRange> box, std::span<RealRange> region);
   bool HoldsForIntegers();
   std::vector<std::uint32_t> FindSignless() const;
@@ -97,6 +98,7 @@ class Newton::Work {
   std::vector<Slot> mDiscrete;            // whose values proofs depend on
   bool mHasEquations = false;
   bool mIsClosed = true;        // equations depend on declared and observed values alone
+  bool mIsContracted = false;   // what comes last: mAfter and mDiscreteAfter
   bool mHasApproached = false;  // since the last contraction
   std::vector<RealRange> mApproached, mBefore, mRound, mAfter;  // of the unknowns
   std::vector<double> mSmearOf;
@@ -105,17 +107,17 @@ class Newton::Work {
 
 // --- Contraction ------------------------------------------------------------------------------
 
-bool Newton::Work::Approach(bool again) {
-  mHasApproached = mHasEquations && (!again || HasChanged());
+bool Newton::Work::Approach() {
+  mHasApproached = mHasEquations && HasChanged();
   if (!mHasApproached) return true;
   if (!mSteps.Narrow()) return false;
   for (std::size_t i = 0; i < mApproached.size(); ++i) mApproached[i] = mLinear.GetPresent(i);
   return true;
 }
 
-Newton::Answer Newton::Work::Contract(bool again) {
+Newton::Answer Newton::Work::Contract() {
   const bool hasApproached = std::exchange(mHasApproached, false);
-  if (!mHasEquations || (again && !HasChanged())) return Answer::kNothing;
+  if (!mHasEquations || !HasChanged()) return Answer::kNothing;
   mLinear.ReadBox();
   mBefore = mLinear.box;
   bool isWorthwhile = true;
@@ -138,9 +140,10 @@ bool Newton::Work::IsMuchNarrowerThan(const std::vector<RealRange>& before, doub
   return false;
 }
 
-/// Whether the state is another one than that in which the last contraction has ended, or much
-/// narrower.
+/// Whether the state is another one than that in which the node's last contraction has ended, or
+/// much narrower.
 bool Newton::Work::HasChanged() const {
+  if (!mIsContracted) return true;
   for (std::size_t i = 0; i < mDiscrete.size(); ++i)
     if (!(mEngine.GetIntegers(mDiscrete[i]) == mDiscreteAfter[i])) return true;
   for (std::size_t i = 0; i < mAfter.size(); ++i) {
@@ -159,6 +162,7 @@ void Newton::Work::Remember() {
   for (std::size_t i = 0; i < mAfter.size(); ++i) mAfter[i] = mLinear.GetPresent(i);
   for (std::size_t i = 0; i < mDiscrete.size(); ++i)
     mDiscreteAfter[i] = mEngine.GetIntegers(mDiscrete[i]);
+  mIsContracted = true;
 }
 
 bool Newton::Work::IsBeyondDoubles() {
@@ -280,10 +284,14 @@ Newton::~Newton() = default;
 
 bool Newton::HasEquations() const { return mWork != nullptr && mWork->HasEquations(); }
 
-bool Newton::Approach(bool again) { return mWork == nullptr || mWork->Approach(again); }
+bool Newton::Approach() { return mWork == nullptr || mWork->Approach(); }
 
-Newton::Answer Newton::Contract(bool again) {
-  return mWork == nullptr ? Answer::kNothing : mWork->Contract(again);
+Newton::Answer Newton::Contract() {
+  return mWork == nullptr ? Answer::kNothing : mWork->Contract();
+}
+
+void Newton::Forget() {
+  if (mWork != nullptr) mWork->Forget();
 }
 
 Newton::Finding Newton::Prove(std::span<RealRange> box, std::span<RealRange> region) {

@@ -28,8 +28,7 @@ class ZULTAV_ENGINE_API Newton {
 
   /// Makes steps before a fixpoint was reached: where propagation would converge slowly, they may
   /// converge fast. False when no solution is left.
-  /// @param again  as of Contract, which need not make them again
-  bool Approach(bool again);
+  bool Approach();
 
   enum class Answer {
     kNothing,   ///< there is nothing worth another propagation
@@ -38,11 +37,11 @@ class ZULTAV_ENGINE_API Newton {
   };
   /// Makes Hansen-Sengupta steps with slopes, preconditioned by the inverse of the midpoint matrix,
   /// narrows to the hull of the linear enclosures of the equations, and shaves. To be called at a
-  /// fixpoint of the engine.
-  /// @param again  whether there was a call for this node before: it need not be repeated where
-  ///               little has changed. What other nodes were like must not matter, so that an
-  ///               interrupted search can be continued.
-  Answer Contract(bool again);
+  /// fixpoint of the engine. Not repeated, nor are the steps of Approach, where little has changed.
+  Answer Contract();
+  /// Another node comes next. What was contracted before must not matter to it, so that an
+  /// interrupted search can be continued.
+  void Forget();
 
   enum class Finding {
     kNothing,      ///< there may be solutions within the present values

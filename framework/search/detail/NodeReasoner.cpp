@@ -64,9 +64,14 @@ NodeState NodeReasoner::Propagate() {
   return state;
 }
 
-NodeState NodeReasoner::ReachFixpoint(bool again) {
-  for (;; again = true) {
-    const NodeState state = Contract(again);
+NodeState NodeReasoner::Enter() {
+  mNewton.Forget();
+  return ReachFixpoint();
+}
+
+NodeState NodeReasoner::ReachFixpoint() {
+  for (;;) {
+    const NodeState state = Contract();
     if (!IsOpen(state)) return state;
     switch (mNogoods.Narrow(mEngine)) {
       case Nogoods::Answer::kFailed:
@@ -82,23 +87,23 @@ NodeState NodeReasoner::ReachFixpoint(bool again) {
 
 /// Propagates large losses only, and gives Newton a try then: what lies near a solution need not
 /// creep there.
-NodeState NodeReasoner::Approach(bool again) {
+NodeState NodeReasoner::Approach() {
   const double fraction = mEngine.GetNarrowingFraction();
   if (!mNewton.HasEquations() || fraction >= kLargeLoss) return NodeState::kFixpoint;
   mEngine.SetNarrowingFraction(kLargeLoss);
   NodeState state = Propagate();
-  if (state == NodeState::kFixpoint && !mNewton.Approach(again)) state = NodeState::kRefuted;
+  if (state == NodeState::kFixpoint && !mNewton.Approach()) state = NodeState::kRefuted;
   mEngine.SetNarrowingFraction(fraction);
   if (state == NodeState::kFixpoint) mEngine.TellKeptBack();
   return state;
 }
 
-NodeState NodeReasoner::Contract(bool again) {
-  if (const NodeState state = Approach(again); state != NodeState::kFixpoint) return state;
+NodeState NodeReasoner::Contract() {
+  if (const NodeState state = Approach(); state != NodeState::kFixpoint) return state;
   for (int round = 0;; ++round) {
     const NodeState state = Propagate();
     if (state != NodeState::kFixpoint || round == kContractions) return state;
-    switch (mNewton.Contract(again || round > 0)) {
+    switch (mNewton.Contract()) {
       case engine::Newton::Answer::kFailed:
         return NodeState::kRefuted;
       case engine::Newton::Answer::kNarrowed:
@@ -121,7 +126,7 @@ NodeState NodeReasoner::RunAll() {
   for (int round = 0; round < kSettlings; ++round) {
     const std::uint64_t before = mEngine.GetStatistics().narrowings;
     mEngine.ScheduleAll();
-    const NodeState state = ReachFixpoint(true);
+    const NodeState state = ReachFixpoint();
     if (state != NodeState::kFixpoint) return state;
     if (mEngine.GetStatistics().narrowings == before) return NodeState::kSettled;
   }

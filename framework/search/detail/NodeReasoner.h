@@ -38,9 +38,8 @@ class NodeReasoner {
   void LimitRuns();
   /// A value that no rule looks at may be empty from the start.
   bool HasEmptyValue() const;
-  /// Propagates, contracts and looks at the nogoods in turn until nothing is narrowed.
-  /// @param again  whether it was done for this node before
-  NodeState ReachFixpoint(bool again);
+  /// Another node: propagates, contracts and looks at the nogoods in turn until nothing is narrowed.
+  NodeState Enter();
   /// Gives every rule its say on the values that remain: those that were retired when values
   /// narrowed, and those to which small narrowings were not passed on.
   NodeState Settle();
@@ -52,8 +51,9 @@ class NodeReasoner {
 
  private:
   NodeState Propagate();
-  NodeState Approach(bool again);
-  NodeState Contract(bool again);
+  NodeState ReachFixpoint();
+  NodeState Approach();
+  NodeState Contract();
   NodeState RunAll();
 
   Engine& mEngine;

@@ -103,7 +103,7 @@ SearchRun::Outcome SearchRun::Explore() {
 /// Goes down the frontier's path. What lies beside it is either open or explored already.
 SearchRun::End SearchRun::Replay() {
   while (const SearchTree::Decision* ahead = mTree.GetAhead()) {
-    NodeState state = mIsEmpty ? NodeState::kRefuted : mReasoner.ReachFixpoint(false);
+    NodeState state = mIsEmpty ? NodeState::kRefuted : mReasoner.Enter();
     if (IsOpen(state) && mSpace.IsHidden(ahead->first.variable)) state = mReasoner.Settle();
     if (const End end = EndAfter(state)) return end;
     if (state == NodeState::kRefuted) {
@@ -144,7 +144,7 @@ SearchRun::End SearchRun::EndAfter(NodeState state) const {
 
 NodeState SearchRun::VisitNode() {
   if (mIsEmpty) return NodeState::kRefuted;
-  if (const NodeState state = mReasoner.ReachFixpoint(false); !IsOpen(state)) return state;
+  if (const NodeState state = mReasoner.Enter(); !IsOpen(state)) return state;
   if (mSolved.HoldPresentValues(mEngine)) return NodeState::kRefuted;
   if (!mTree.InHidden()) {
     const std::uint32_t variable = mChooser.ChooseDeclared(mTree);
@@ -215,7 +215,7 @@ void SearchRun::Count(NodeState state) {
   if (state != NodeState::kRefuted) return;
   ++mStatistics.fails;
   ++mFrontier.experience.fails;
-  mChooser.Learn(mReasoner.GetFailed());
+  if (!mIsEmpty) mChooser.Learn(mReasoner.GetFailed());
 }
 
 bool SearchRun::IsTimeToRestart() const {
