@@ -12,7 +12,7 @@
 namespace {
 
 constexpr char kKind[] = "zultav run";
-constexpr std::uint64_t kVersion = 6;
+constexpr std::uint64_t kVersion = 7;
 /// Kinds of records.
 enum : char { kRun = 'R', kFound = 'F', kState = 'S' };
 /// Bytes of solutions that are kept before they are written.
@@ -160,7 +160,8 @@ void Checkpoint::ForEachRunField(Self& self, Stream& stream) {
   transfer(self.mModelFile, self.mModules, self.mPrecision, self.mRatio, self.mTrigLimits);
   auto& options = self.mOptions;
   transfer(options.choice, options.selection, options.restartAfter, options.limits.solutions,
-           options.absoluteWidth, options.relativeWidth, options.hiddenNodes, self.mModel);
+           options.absoluteWidth, options.relativeWidth, options.hiddenNodes, options.allOptima,
+           self.mObjective.gap, self.mObjective.limit, self.mModel);
 }
 
 /// How far it came.
@@ -193,6 +194,7 @@ std::unique_ptr<Checkpoint> Checkpoint::Begin(const Options& options, const ZULT
   made->mRatio = options.ratio;
   made->mTrigLimits = options.trigLimits;
   made->mOptions = options.search;
+  made->mObjective = options.objective;
   made->mJournal = std::move(old->mJournal);
   std::string run, why;
   const auto fill = [&](Journal& journal, std::string&) { return journal.Append(kRun, run, why); };
@@ -281,6 +283,8 @@ void Checkpoint::Restore(Options& options) const {
   search.absoluteWidth = mOptions.absoluteWidth;
   search.relativeWidth = mOptions.relativeWidth;
   search.hiddenNodes = mOptions.hiddenNodes;
+  search.allOptima = mOptions.allOptima;
+  options.objective = mObjective;
   if (options.solutionsGiven) return;
   std::uint64_t& solutions = search.limits.solutions;
   solutions = mOptions.limits.solutions;

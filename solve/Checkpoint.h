@@ -84,6 +84,7 @@ class Checkpoint {
   std::optional<double> mPrecision, mRatio;
   std::optional<std::pair<double, double>> mTrigLimits;
   ZULTavSearch::Options mOptions;
+  ZULTavSearch::Objective mObjective;
   std::string mModel;  // a stream within the stream
   State mState;        // before this run
   std::unique_ptr<Journal> mJournal;

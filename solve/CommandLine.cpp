@@ -36,10 +36,14 @@ Examples
   zultav solve - -t 10 --format json      a model from standard input, ten seconds, JSON
   zultav solve model.zul -a --checkpoint run.zck   a run that can be interrupted and resumed
 
+A model that says `minimize cost;` or `maximize gain;` is searched for its best solution: each better
+one is printed with its objective, and then bounds that certainly hold the optimum.
+
 Each solution is printed as `name = value` lines, or as the model says by `show "text", x;`, and
 ends with ----------. The last line is
-  ==========               all solutions were printed
+  ==========               all solutions were printed, or the best one
   =====UNSATISFIABLE=====  there is none
+  =====UNBOUNDED=====      solutions are better without end
   =====UNKNOWN=====        a limit ended the search (exit status 4)
 and is missing when as many solutions as asked for were printed. A solution marked
 "// possible" is a box that may hold a solution, but was not proven to. The bounds of reals are
@@ -279,6 +283,7 @@ class Reader {
     CLI::App& app = AddCommand(Command::kSolve, "solve", "Find solutions of a model", kSolveFooter);
     AddModelArgument(app);
     AddSolutions(app);
+    AddObjective(app);
     AddStrategy(app);
     AddLimits(app);
     AddOutput(app);
@@ -356,6 +361,28 @@ class Reader {
         "-a,--all", [want] { want(ZULTavSearch::kUnlimited); }, "Find all solutions");
     count->excludes(all);
     return {count, all};
+  }
+
+  void AddObjective(CLI::App& app) {
+    app.add_option_function<std::string>(
+           "--gap",
+           [this](const std::string& text) {
+             auto& [absolute, relative] = mOptions.objective.gap.emplace(0.0, 0.0);
+             if (!ReadPair(text, absolute, relative, false) || absolute < 0 || relative < 0)
+               Refuse("--gap", text, "of the form ABS or ABS,REL with numbers from 0");
+           },
+           "An optimum is known when no solution is better than the best one\nby more than ABS, or "
+           "REL "
+           "times its magnitude (of integers 0,\nof reals 1e-6,1e-6)")
+        ->type_name("ABS[,REL]");
+    app.add_option_function<std::string>(
+           "--objective-limit",
+           [this](const std::string& text) {
+             mOptions.objective.limit = ReadNumberOption("--objective-limit", text, "a number",
+                                                         [](double) { return true; });
+           },
+           "Look for solutions only that are at least as good as this")
+        ->type_name("V");
   }
 
   void AddStrategy(CLI::App& app) {

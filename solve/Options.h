@@ -44,9 +44,10 @@ struct Options {
   ZULTavSearch::Options search;
   std::optional<bool> restarts;  ///< without it, unless all solutions are wanted
   bool solutionsGiven = false;
-  std::string checkpointFile;  ///< empty: the run is not saved
-  bool force = false;          ///< an unfinished run in that file is given up
-  double savePeriod = 60;      ///< seconds
+  ZULTavSearch::Objective objective;  ///< how, where the model has one
+  std::string checkpointFile;         ///< empty: the run is not saved
+  bool force = false;                 ///< an unfinished run in that file is given up
+  double savePeriod = 60;             ///< seconds
 };
 
 #endif

@@ -10,13 +10,13 @@ constexpr double kLong = 2;  // seconds without progress that a user takes for g
 
 Progress::Progress() : mTerminal(isatty(STDERR_FILENO) != 0) {}
 
-void Progress::Show(const ZULTavSearch::Statistics& statistics) {
+void Progress::Show(const ZULTavSearch::Statistics& statistics, const std::string& more) {
   if (!mTerminal || statistics.seconds < kLong) return;
-  std::fprintf(stderr, "\r\033[K%.0f s  %llu solutions  %llu nodes  %llu fails  depth %llu",
+  std::fprintf(stderr, "\r\033[K%.0f s  %llu solutions  %llu nodes  %llu fails  depth %llu%s",
                statistics.seconds, static_cast<unsigned long long>(statistics.solutions),
                static_cast<unsigned long long>(statistics.nodes),
                static_cast<unsigned long long>(statistics.fails),
-               static_cast<unsigned long long>(statistics.peakDepth));
+               static_cast<unsigned long long>(statistics.peakDepth), more.c_str());
   mShown = true;
 }
 

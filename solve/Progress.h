@@ -1,6 +1,8 @@
 #ifndef ZULTAV_SOLVE_PROGRESS_H
 #define ZULTAV_SOLVE_PROGRESS_H
 
+#include <string>
+
 #include "framework/search/ZULTavSearch.h"
 
 /// A line on standard error that says how a long search is getting on; nothing unless standard
@@ -12,7 +14,8 @@ class Progress {
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
-  void Show(const ZULTavSearch::Statistics& statistics);
+  /// @param more  stands at the end of the line
+  void Show(const ZULTavSearch::Statistics& statistics, const std::string& more);
   /// Takes the line away, before something else is printed.
   void Erase();
 

@@ -39,8 +39,10 @@ class TextReport final : public Report {
 
   void Warnings(const std::vector<ZULTavDiagnostic>& warnings) override { PrintWarnings(warnings); }
 
-  void Solution(const ZULTavModel& model, const ValueAt& values, bool proven) override {
+  void Solution(const ZULTavModel& model, const ValueAt& values, bool proven,
+                const ZULTavObserved* objective) override {
     PrintValues(model, values);
+    if (objective != nullptr) PrintComment("objective", *objective);
     if (!proven) std::cout << "// possible\n";
     std::cout << "----------\n";
   }
@@ -52,8 +54,14 @@ class TextReport final : public Report {
   }
 
   void End(const Ending& ending) override {
+    if (ending.bounds && ending.status != Ending::Status::kUnsatisfiable)
+      PrintComment("bounds", *ending.bounds);
     if (ending.status == Ending::Status::kUnsatisfiable) {
       std::cout << "=====UNSATISFIABLE=====\n";
+    } else if (ending.status == Ending::Status::kUnbounded) {
+      std::cout << "=====UNBOUNDED=====\n";
+    } else if (ending.status == Ending::Status::kOptimal) {
+      std::cout << "==========\n";
     } else if (ending.limited) {
       std::cout << "=====UNKNOWN=====\n";
     } else if (ending.searched && ending.status == Ending::Status::kAllSolutions) {
@@ -75,6 +83,12 @@ class TextReport final : public Report {
   }
 
  private:
+  void PrintComment(const char* name, const ZULTavObserved& value) const {
+    std::cout << "// " << name << " = ";
+    PrintObserved(std::cout, value, mDigits);
+    std::cout << '\n';
+  }
+
   void PrintValues(const ZULTavModel& model, const ValueAt& values) const {
     for (const std::string& line : ShownLines(model, values, mFormat, mDigits))
       std::cout << line << '\n';
@@ -110,10 +124,12 @@ class JsonReport final : public Report {
 
   void Warnings(const std::vector<ZULTavDiagnostic>& warnings) override { mWarnings = warnings; }
 
-  void Solution(const ZULTavModel& model, const ValueAt& values, bool proven) override {
+  void Solution(const ZULTavModel& model, const ValueAt& values, bool proven,
+                const ZULTavObserved* objective) override {
     std::cout << (std::exchange(mBegun, true) ? ",\n" : "{\n  \"solutions\": [\n")
-              << "    {\"values\": " << ValuesOf(model, values) << ShownFor(model, values)
-              << ", \"proven\": " << (proven ? "true" : "false") << '}';
+              << "    {\"values\": " << ValuesOf(model, values) << ShownFor(model, values);
+    if (objective != nullptr) std::cout << ", \"objective\": " << JsonObserved(*objective);
+    std::cout << ", \"proven\": " << (proven ? "true" : "false") << '}';
   }
 
   void Domains(const ZULTavModel* model, const ValueAt& values) override {
@@ -133,8 +149,8 @@ class JsonReport final : public Report {
     const auto listOf = [](const std::vector<ZULTavDiagnostic>& diagnostics) {
       return JsonOf(diagnostics).dump(-1, ' ', false, Json::error_handler_t::replace);
     };
-    std::cout << ",\n  \"status\": \"" << NameOf(ending.status)
-              << "\",\n  \"statistics\": " << statistics.dump()
+    std::cout << ",\n  \"status\": \"" << NameOf(ending.status) << '"' << BoundsOf(ending)
+              << ",\n  \"statistics\": " << statistics.dump()
               << ",\n  \"errors\": " << listOf(mErrors)
               << ",\n  \"warnings\": " << listOf(mWarnings);
     if (!ending.checkpoint.empty())
@@ -146,10 +162,19 @@ class JsonReport final : public Report {
   }
 
  private:
+  /// A member "bounds", behind others, where something was optimised.
+  static std::string BoundsOf(const Ending& ending) {
+    return ending.bounds ? ",\n  \"bounds\": " + JsonBounds(*ending.bounds) : std::string();
+  }
+
   static const char* NameOf(Ending::Status status) {
     switch (status) {
       case Ending::Status::kAllSolutions:
         return "ALL_SOLUTIONS";
+      case Ending::Status::kOptimal:
+        return "OPTIMAL_SOLUTION";
+      case Ending::Status::kUnbounded:
+        return "UNBOUNDED";
       case Ending::Status::kSatisfied:
         return "SATISFIED";
       case Ending::Status::kUnsatisfiable:

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,12 +14,13 @@
 
 /// How a run ended.
 struct Ending {
-  enum class Status { kAllSolutions, kSatisfied, kUnsatisfiable, kUnknown };
+  enum class Status { kAllSolutions, kOptimal, kSatisfied, kUnsatisfiable, kUnbounded, kUnknown };
   Status status = Status::kUnknown;
   bool searched = false;  ///< solutions were looked for
   bool limited = false;   ///< a limit came before the end
   ZULTavSearch::Statistics statistics;
-  std::string checkpoint;  ///< file with which the run can go on, if any
+  std::optional<ZULTavObserved> bounds;  ///< of the optimum, where one was looked for
+  std::string checkpoint;                ///< file with which the run can go on, if any
   // Of a checkpoint that is shown:
   std::string model;  ///< the file it was made from
   std::size_t openDecisions = 0;
@@ -30,7 +32,9 @@ class Report {
   virtual ~Report() = default;
   virtual void Errors(const std::vector<ZULTavDiagnostic>& errors) = 0;
   virtual void Warnings(const std::vector<ZULTavDiagnostic>& warnings) = 0;
-  virtual void Solution(const ZULTavModel& model, const ValueAt& values, bool proven) = 0;
+  /// @param objective  null where nothing is optimised
+  virtual void Solution(const ZULTavModel& model, const ValueAt& values, bool proven,
+                        const ZULTavObserved* objective) = 0;
   /// In place of solutions: what the variables may still be. Without a model: there is nothing.
   virtual void Domains(const ZULTavModel* model, const ValueAt& values) = 0;
   virtual void End(const Ending& ending) = 0;

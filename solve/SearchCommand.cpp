@@ -1,12 +1,14 @@
 #include "solve/SearchCommand.h"
 
 #include <iostream>
+#include <sstream>
 #include <utility>
 
 #include "solve/LoadedModel.h"
 #include "solve/Progress.h"
 #include "solve/Report.h"
 #include "solve/StopOnSignal.h"
+#include "solve/ValueText.h"
 
 namespace {
 
@@ -46,6 +48,38 @@ int Conclude(Outcome outcome, Report& report, Ending& ending) {
   return kInternal;
 }
 
+std::vector<ZULTaVoAny*> ObservedOf(const ZULTavModel& model) {
+  if (model.GetObjective() == nullptr) return {};
+  return {model.GetObjective()};
+}
+
+const ZULTavObserved* ObjectiveOf(const ZULTavSolution& solution) {
+  return solution.GetObserved().empty() ? nullptr : &solution.GetObserved().front();
+}
+
+/// Makes a search for the best solution of one whose model has an objective.
+void Aim(Options& options, const ZULTavModel& model) {
+  if (model.GetObjective() == nullptr || options.propagateOnly) return;
+  options.search.objective = options.objective;
+  options.search.objective->isMaximized = model.IsMaximized();
+  const bool isAllWanted = options.search.limits.solutions == ZULTavSearch::kUnlimited;
+  if (options.solutionsGiven) options.search.allOptima = isAllWanted;
+}
+
+/// @param any  whether a solution was found
+void ConcludeOptimum(const ZULTavSearch& search, bool isExhausted, bool any, Ending& ending) {
+  using Status = Ending::Status;
+  ending.bounds = search.GetObjectiveBounds();
+  if (search.IsUnbounded())
+    ending.status = Status::kUnbounded;
+  else if (isExhausted && search.IsOptimumCertain())
+    ending.status = Status::kOptimal;
+  else if (any)
+    ending.status = Status::kSatisfied;
+  else if (isExhausted)
+    ending.status = Status::kUnsatisfiable;
+}
+
 /// One run of the search, new or resumed.
 class Run {
  public:
@@ -55,7 +89,7 @@ class Run {
         mModel(model),
         mCheckpoint(checkpoint),
         mReport(report),
-        mSearch(model.Network(), ValuesOf(model), Searching()) {}
+        mSearch(model.Network(), ValuesOf(model), Searching(), ObservedOf(model)) {}
 
   int Execute() {
     std::string reason;
@@ -84,13 +118,20 @@ class Run {
     ZULTavSearch::Options searching = mOptions.search;
     searching.events.progress = [this](const ZULTavSearch::Statistics&) {
       mReport.FlushNowAndThen();
-      mProgress.Show(Total());
+      mProgress.Show(Total(), mModel.GetObjective() != nullptr ? BoundsText() : std::string());
     };
     if (mCheckpoint == nullptr) return searching;
     searching.resumable = true;
     searching.events.savePeriod = mOptions.savePeriod;
     searching.events.save = [this] { Save(false); };
     return searching;
+  }
+
+  std::string BoundsText() const {
+    std::ostringstream text;
+    text << "  objective ";
+    PrintObserved(text, mSearch.GetObjectiveBounds(), mOptions.digits);
+    return text.str();
   }
 
   ZULTavSearch::Statistics Total() const {
@@ -103,14 +144,16 @@ class Run {
       mProgress.Erase();
       mReport.Solution(
           mModel, [&](std::size_t i) -> const ZULTaVoAny& { return solution.GetValue(i); },
-          solution.IsProven());
+          solution.IsProven(), ObjectiveOf(solution));
       mReport.FlushNowAndThen();
       if (mCheckpoint != nullptr) mCheckpoint->Add(solution);
       return static_cast<bool>(std::cout);
     });
     const bool any = Total().solutions != 0;
     ending.searched = true;
-    if (outcome == Outcome::kExhausted) {
+    if (mModel.GetObjective() != nullptr) {
+      ConcludeOptimum(mSearch, outcome == Outcome::kExhausted, any, ending);
+    } else if (outcome == Outcome::kExhausted) {
       ending.status = any ? Ending::Status::kAllSolutions : Ending::Status::kUnsatisfiable;
     } else if (any) {
       ending.status = Ending::Status::kSatisfied;
@@ -147,13 +190,17 @@ int Refuse(const Options& options, Report& report, const std::vector<ZULTavDiagn
   return status;
 }
 
-int Solve(const Options& options) {
+int Solve(const Options& given) {
+  Options options = given;
   const auto report = MakeReport(options);
   LoadedModel model;
   std::vector<ZULTavDiagnostic> errors;
   const int status = model.Load(options, errors);
   report->Warnings(model.GetWarnings());
   if (status != kAnswered) return Refuse(options, *report, errors, status);
+  Aim(options, model.Get());
+  if (options.search.objective && !options.solutionsGiven)
+    options.search.limits.solutions = ZULTavSearch::kUnlimited;
   std::unique_ptr<Checkpoint> checkpoint;
   if (!options.checkpointFile.empty()) {
     std::string reason;
@@ -178,6 +225,7 @@ int WithCheckpoint(Options options, Journal::Access access, Use use) {
   LoadedModel model;
   if (const int status = model.Load(options, *checkpoint, errors); status != kAnswered)
     return Refuse(options, *report, errors, status);
+  Aim(options, model.Get());
   return use(std::as_const(options), model.Get(), *checkpoint, *report);
 }
 
@@ -193,12 +241,12 @@ int Show(const Options& given) {
   return WithCheckpoint(
       given, Journal::Access::kRead,
       [](const Options& options, ZULTavModel& model, Checkpoint& checkpoint, Report& report) {
-        ZULTavSearch search(model.Network(), ValuesOf(model), options.search);
+        ZULTavSearch search(model.Network(), ValuesOf(model), options.search, ObservedOf(model));
         std::string reason;
         const auto print = [&](const ZULTavSolution& solution) {
           report.Solution(
               model, [&](std::size_t i) -> const ZULTaVoAny& { return solution.GetValue(i); },
-              solution.IsProven());
+              solution.IsProven(), ObjectiveOf(solution));
         };
         if (!checkpoint.ForEachFound(search, reason, print) ||
             !checkpoint.RestoreSearch(search, reason)) {
@@ -210,7 +258,9 @@ int Show(const Options& given) {
         ending.searched = true;
         ending.limited = !checkpoint.IsFinished();
         ending.statistics = checkpoint.GetBefore();
-        if (ending.statistics.solutions != 0)
+        if (model.GetObjective() != nullptr)
+          ConcludeOptimum(search, !ending.limited, ending.statistics.solutions != 0, ending);
+        else if (ending.statistics.solutions != 0)
           ending.status =
               ending.limited ? Ending::Status::kSatisfied : Ending::Status::kAllSolutions;
         else if (!ending.limited)

@@ -141,6 +141,19 @@ std::string DecimalText(double number, double precision, Rounding rounding) {
 
 // --- Values -----------------------------------------------------------------------------------
 
+void PrintBounds(std::ostream& out, const std::string& low, const std::string& high) {
+  if (low == high)
+    out << low;
+  else
+    out << '[' << low << ',' << high << ']';
+}
+
+/// What a bound of a real looks like when it is rounded in a direction.
+std::string BoundText(double bound, Digits digits, Rounding rounding) {
+  return digits == Digits::kFull ? AsReal(Shortest(bound))
+                                 : DecimalText(bound, ZULTaVoReal::GetPrecision(), rounding);
+}
+
 /// Prints a real that is neither Any nor Nil; `text` is what a bound looks like when it is rounded
 /// in a direction.
 template <class Text>
@@ -152,13 +165,8 @@ void PrintReal(std::ostream& out, const ZULTaVoReal& real, Text text) {
     out << (fromMin ? " Min" : toMax ? " Max" : text(lower, Rounding::kNearest));
     return;
   }
-  const std::string low = fromMin ? " Min" : text(lower, Rounding::kDown);
-  const std::string high = toMax ? " Max" : text(upper, Rounding::kUp);
-  if (low == high) {
-    out << low;
-  } else {
-    out << '[' << low << ',' << high << ']';
-  }
+  PrintBounds(out, fromMin ? " Min" : text(lower, Rounding::kDown),
+              toMax ? " Max" : text(upper, Rounding::kUp));
 }
 
 template <class Number>
@@ -177,12 +185,9 @@ void PrintValue(std::ostream& out, const ZULTaVoAny& value, Digits digits) {
   const auto* real = ZULTaVoCast<const ZULTaVoReal>(&value);
   if (real == nullptr || value.IsNil() || value.IsAny()) {
     value.PrintOn(out);
-  } else if (digits == Digits::kFull) {
-    PrintReal(out, *real, [](double bound, Rounding) { return AsReal(Shortest(bound)); });
   } else {
-    const double precision = ZULTaVoReal::GetPrecision();
-    PrintReal(out, *real, [precision](double bound, Rounding rounding) {
-      return DecimalText(bound, precision, rounding);
+    PrintReal(out, *real, [digits](double bound, Rounding rounding) {
+      return BoundText(bound, digits, rounding);
     });
   }
 }
@@ -218,4 +223,48 @@ std::string JsonValue(const ZULTaVoAny& value) {
   if (const auto* integer = ZULTaVoCast<const ZULTaVoInteger>(&value)) return JsonNumber(*integer);
   if (const auto* real = ZULTaVoCast<const ZULTaVoReal>(&value)) return JsonNumber(*real);
   return "\"Any\"";
+}
+
+// --- Values without a type --------------------------------------------------------------------
+
+namespace {
+
+/// Calls use(lower, upper, whether there is a lower, an upper bound).
+template <class Use>
+auto WithBounds(const ZULTavObserved& value, Use use) {
+  if (value.kind == ZULTavObserved::Kind::kReal) {
+    const auto [lower, upper] = value.reals;
+    return use(lower, upper, std::isfinite(lower), std::isfinite(upper));
+  }
+  const auto [lower, upper] = value.integers;
+  return use(lower, upper, lower != zultav::IntegerRange::kMin,
+             upper != zultav::IntegerRange::kMax);
+}
+
+}  // namespace
+
+void PrintObserved(std::ostream& out, const ZULTavObserved& value, Digits digits) {
+  const auto text = [digits]<class T>(T bound, Rounding rounding) {
+    if constexpr (std::is_same_v<T, double>)
+      return BoundText(bound, digits, rounding);
+    else
+      return std::to_string(bound);
+  };
+  WithBounds(value, [&](auto lower, auto upper, bool hasLower, bool hasUpper) {
+    PrintBounds(out, hasLower ? text(lower, Rounding::kDown) : " Min",
+                hasUpper ? text(upper, Rounding::kUp) : " Max");
+  });
+}
+
+std::string JsonObserved(const ZULTavObserved& value) {
+  return WithBounds(value, [&](auto lower, auto upper, bool hasLower, bool hasUpper) {
+    return hasLower && hasUpper && lower == upper ? Shortest(lower) : JsonBounds(value);
+  });
+}
+
+std::string JsonBounds(const ZULTavObserved& value) {
+  return WithBounds(value, [](auto lower, auto upper, bool hasLower, bool hasUpper) {
+    return "{\"lo\": " + (hasLower ? Shortest(lower) : "null") +
+           ", \"hi\": " + (hasUpper ? Shortest(upper) : "null") + "}";
+  });
 }

@@ -4,6 +4,7 @@
 #include <iosfwd>
 #include <string>
 
+#include "framework/search/ZULTavSolution.h"
 #include "framework/solver/ZULTaVoAny.h"
 #include "solve/Options.h"
 
@@ -22,5 +23,11 @@ bool PrintInteger(std::ostream& out, const ZULTaVoAny& value, bool isInteger);
 /// single-value type that is open; "Nil" when it is empty. Reals are the shortest decimals that
 /// read back exactly.
 std::string JsonValue(const ZULTaVoAny& value);
+
+/// The same of a value that has no type: an objective, or what is known of it.
+void PrintObserved(std::ostream& out, const ZULTavObserved& value, Digits digits);
+std::string JsonObserved(const ZULTavObserved& value);
+/// Always {"lo": …, "hi": …}.
+std::string JsonBounds(const ZULTavObserved& value);
 
 #endif

@@ -11,9 +11,9 @@
 #include "framework/solver/ZULTaVoRelation.h"
 
 // A model in an object stream: the names of the types used, the objects, the names of the
-// constraints used, the constraints, the variables; then computations, each as its inputs and a
-// model without any, and the lines that are shown. Names are written once and then numbered;
-// objects are numbered in the order of the network.
+// constraints used, the constraints, the variables, the objective; then computations, each as its
+// inputs and a model without any, and the lines that are shown. Names are written once and then
+// numbered; objects are numbered in the order of the network.
 
 namespace {
 
@@ -95,6 +95,9 @@ ZULTaVoConstant ReadNumber(ZULipstream& in, bool isInteger) {
   }
   return number;
 }
+
+// What is done with the objective; where there is one, its number follows.
+constexpr std::uint64_t kNoObjective = 0, kMinimized = 1, kMaximized = 2;
 
 // The number of dimensions is followed by the first index, 0 where there is none, and by the first
 // index and the size of each further dimension; the values tell the size of the first one.
@@ -246,6 +249,8 @@ void ZULTavModel::WriteNetwork(ZULopstream& out) const {
     out.WriteUnsigned(variable.values.size());
     std::for_each(variable.values.begin(), variable.values.end(), writeNumber);
   }
+  out.WriteUnsigned(mObjective == nullptr ? kNoObjective : mIsMaximized ? kMaximized : kMinimized);
+  if (mObjective != nullptr) writeNumber(mObjective);
 }
 
 std::unique_ptr<ZULTavModel> ZULTavModel::ReadNetwork(
@@ -269,6 +274,13 @@ std::unique_ptr<ZULTavModel> ZULTavModel::ReadNetwork(
     if (ReadVariable(in, objects, model->mNetwork, variable))
       model->mVariables.push_back(std::move(variable));
   }
+  std::uint64_t objective = kNoObjective;
+  in.ReadUnsigned(objective, kMaximized);
+  model->mIsMaximized = objective == kMaximized;
+  if (objective != kNoObjective) model->mObjective = ReadItem(in, objects);
+  if (model->mObjective != nullptr &&
+      ZULTaVoCast<const ZULTaVoNumber>(model->mObjective) == nullptr)
+    in.Fail("the objective is no number");
   return in.Good() ? std::move(model) : nullptr;
 }
 

@@ -122,6 +122,10 @@ class ZULTAV_CALCULATOR_API ZULTavModel {
   /// In the order of the source.
   const std::vector<Statement>& Statements() const { return mStatements; }
 
+  /// The value in the network that is optimised; null where none is.
+  ZULTaVoAny* GetObjective() const { return mObjective; }
+  bool IsMaximized() const { return mIsMaximized; }
+
   /// What a solution shows, line by line.
   const std::vector<std::vector<Shown>>& Lines() const { return mLines; }
   const std::vector<Computation>& Computations() const { return mComputations; }
@@ -149,6 +153,8 @@ class ZULTAV_CALCULATOR_API ZULTavModel {
   std::vector<Expression> mExpressions;
   std::vector<std::uint32_t> mLists;  // each behind its length
   std::vector<Statement> mStatements;
+  ZULTaVoAny* mObjective = nullptr;
+  bool mIsMaximized = false;
   std::vector<Computation> mComputations;
   std::vector<std::vector<Shown>> mLines;
 };

@@ -35,6 +35,9 @@ void Write(ZULopstream& out, const ZULTavBox& box) {
 }
 
 void Write(ZULopstream& out, std::uint64_t number) { out.WriteUnsigned(number); }
+void Write(ZULopstream& out, std::int64_t number) {
+  out.WriteUnsigned(static_cast<std::uint64_t>(number));
+}
 
 template <class List>
 void WriteAll(ZULopstream& out, const List& list);
@@ -74,6 +77,43 @@ void ReadExperience(ZULipstream& in, const SearchSpace& space, Experience& exper
   });
 }
 
+void Write(ZULopstream& out, const ZULTavFrontier::Optimum& optimum) {
+  out.WriteUnsigned(optimum.isFound);
+  if (optimum.isFound) Write(out, optimum.best);
+  Write(out, optimum.unproven);
+  Write(out, optimum.root);
+  Write(out, optimum.bound);
+  out.WriteUnsigned(optimum.isCertain);
+  out.WriteUnsigned(optimum.isUnbounded);
+  out.WriteUnsigned(optimum.isCollecting);
+  WriteAll(out, optimum.thresholds);
+}
+
+bool ReadFlag(ZULipstream& in) {
+  std::uint64_t flag = 0;
+  in.ReadUnsigned(flag, 1);
+  return flag != 0;
+}
+
+std::int64_t ReadNumber(ZULipstream& in) {
+  std::uint64_t number = 0;
+  in.ReadUnsigned(number);
+  return static_cast<std::int64_t>(number);
+}
+
+void ReadOptimum(ZULipstream& in, const SearchSpace& space, ZULTavFrontier::Optimum& optimum) {
+  optimum.isFound = ReadFlag(in);
+  if (optimum.isFound) space.Read(in, optimum.best);
+  optimum.unproven = ReadNumber(in);
+  optimum.root = ReadNumber(in);
+  optimum.bound = ReadNumber(in);
+  optimum.isCertain = ReadFlag(in);
+  optimum.isUnbounded = ReadFlag(in);
+  optimum.isCollecting = ReadFlag(in);
+  ReadAll(in, optimum.thresholds, [&](std::int64_t& threshold) { threshold = ReadNumber(in); });
+  if (optimum.isCollecting && !optimum.isFound) in.Fail("there is no best solution");
+}
+
 }  // namespace
 
 ZULTavFrontier::Statistics& ZULTavFrontier::Statistics::operator+=(const Statistics& other) {
@@ -99,12 +139,11 @@ void ZULTavFrontier::Write(ZULopstream& out) const {
   out.WriteUnsigned(experience.restarts);
   out.WriteUnsigned(experience.fails);
   WriteAll(out, experience.nogoods);
+  ::Write(out, optimum);
 }
 
 bool ZULTavFrontier::Read(ZULipstream& in, const SearchSpace& space) {
-  std::uint64_t done = 0;
-  in.ReadUnsigned(done, 1);
-  explored = done != 0;
+  explored = ReadFlag(in);
   in.ReadUnsigned(hiddenNodes);
   ReadAll(in, path, [&](Decision& decision) {
     std::uint64_t second = 0;
@@ -115,5 +154,6 @@ bool ZULTavFrontier::Read(ZULipstream& in, const SearchSpace& space) {
   for (auto* list : {&boxes, &unbounded, &solved})
     ReadAll(in, *list, [&](ZULTavBox& box) { space.Read(in, box); });
   ReadExperience(in, space, experience);
+  ReadOptimum(in, space, optimum);
   return in.Good();
 }

@@ -2,6 +2,7 @@
 #define ZULTAV_SEARCH_ZULTAV_FRONTIER_H
 
 #include <cstdint>
+#include <limits>
 #include <list>
 #include <vector>
 
@@ -48,6 +49,28 @@ struct ZULTAV_UTILITIES_API ZULTavFrontier {
     std::vector<Nogood> nogoods;
   };
 
+  /// How far an optimisation came. Costs are places in the order of all integers, or of all
+  /// doubles; of what is maximised, of its opposite.
+  struct Optimum {
+    bool isFound = false;  ///< there is a best solution
+    /// The best solution that was found and certainly lies within the box.
+    ZULTavBox best;
+    /// What boxes cost at least of which it is not known whether they hold a solution.
+    std::int64_t unproven = std::numeric_limits<std::int64_t>::max();
+    /// What the root costs at least: no stop on the way may matter to what is known at the end.
+    std::int64_t root = std::numeric_limits<std::int64_t>::min();
+    /// What all solutions certainly cost at least.
+    std::int64_t bound = std::numeric_limits<std::int64_t>::min();
+    /// No solution is better than the best one by more than the gap.
+    bool isCertain = false;
+    /// The best solution is beyond what counts as a number.
+    bool isUnbounded = false;
+    /// The optimum is known, and all solutions that are as good are looked for.
+    bool isCollecting = false;
+    /// Of each decision of the path: what solutions might cost that were looked for then.
+    std::vector<std::int64_t> thresholds;
+  };
+
   struct Statistics {
     std::uint64_t solutions = 0;     ///< reported to the callback
     std::uint64_t nodes = 0;         ///< nodes entered, the root included
@@ -81,6 +104,7 @@ struct ZULTAV_UTILITIES_API ZULTavFrontier {
   /// Only boxes are left.
   bool explored = false;
   Experience experience;
+  Optimum optimum;
   /// Of the present run, or the last one.
   Statistics statistics;
 };

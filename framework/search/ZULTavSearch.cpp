@@ -1,14 +1,19 @@
 #include "framework/search/ZULTavSearch.h"
 
+#include <algorithm>
+#include <cmath>
 #include <new>
 #include <utility>
 
 #include "framework/search/detail/CompiledSearch.h"
+#include "framework/search/detail/Incumbent.h"
 #include "framework/search/detail/NodeReasoner.h"
 #include "framework/search/detail/SearchRun.h"
 #include "framework/search/detail/SearchTimer.h"
 
 using namespace zultav::detail;
+using zultav::IntegerRange;
+using zultav::RealRange;
 
 namespace {
 
@@ -77,6 +82,30 @@ ZULTavSearch::Outcome ZULTavSearch::Propagate(Verdict& verdict) {
   // When the engine has given the network back.
   for (std::size_t i = 0; i < narrowed.GetSize(); ++i) mDeclared[i]->Assign(narrowed.GetValue(i));
   return outcome;
+}
+
+ZULTavObserved ZULTavSearch::GetObjectiveBounds() const {
+  using Kind = ZULTavObserved::Kind;
+  const ZULTavFrontier::Optimum& optimum = mFrontier.optimum;
+  const std::size_t objective = mOptions.objective->observed;
+  const bool isReal = ZULTaVoCast<const ZULTaVoReal>(mObserved[objective]) != nullptr;
+  ZULTavObserved bounds;
+  bounds.kind = isReal ? Kind::kReal : Kind::kInteger;
+  const ZULTavBox::Range best =
+      optimum.isFound ? optimum.best.ranges[mDeclared.size() + objective] : ZULTavBox::Range();
+  if (isReal) {
+    const double bound = NumberAt(std::clamp(optimum.bound, OrderOf(-HUGE_VAL), OrderOf(HUGE_VAL)));
+    const RealRange found = optimum.isFound ? best.GetReals() : RealRange();
+    bounds.reals = mOptions.objective->isMaximized ? RealRange(found.lower, -bound)
+                                                   : RealRange(bound, found.upper);
+  } else {
+    const IntegerRange found = optimum.isFound ? best.GetIntegers() : IntegerRange();
+    bounds.integers =
+        mOptions.objective->isMaximized
+            ? IntegerRange(found.lower, (-IntegerRange(optimum.bound, optimum.bound)).upper)
+            : IntegerRange(optimum.bound, found.upper);
+  }
+  return bounds;
 }
 
 bool ZULTavSearch::ReadState(ZULipstream& in) {

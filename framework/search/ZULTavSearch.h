@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <functional>
 #include <limits>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "framework/search/Export.h"
@@ -76,6 +78,18 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
     double savePeriod = std::numeric_limits<double>::infinity();
   };
 
+  /// What is optimised.
+  struct Objective {
+    std::size_t observed = 0;  ///< its number among the observed values; an integer or a real
+    bool isMaximized = false;
+    /// A solution counts only if it is better than the best one by more than the first number, and
+    /// by more than the second one times the magnitude of the objective; of integers at least by
+    /// one. Without it: 0 of integers, 1e-6 both of reals.
+    std::optional<std::pair<double, double>> gap;
+    /// Solutions that are worse are none.
+    std::optional<double> limit;
+  };
+
   /// How to search. Limits and events may differ from run to run; all else decides what is
   /// reported, and in which order.
   struct Options {
@@ -97,6 +111,11 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
     /// learnt; later it is more patient. 0: never. Nothing is explored or reported twice, but the
     /// order of the solutions is another one.
     std::uint64_t restartAfter = 0;
+    /// Reports each solution that is better than all before, as soon as it is found and proven, and
+    /// ends when none is better by more than the gap.
+    std::optional<Objective> objective;
+    /// Whether, where all values are discrete, the others that are as good as the best one follow.
+    bool allOptima = false;
     Limits limits;
     Events events;
   };
@@ -124,6 +143,14 @@ class ZULTAV_UTILITIES_API ZULTavSearch {
   void Stop() noexcept { mInterrupt.store(true, std::memory_order_relaxed); }
 
   const Statistics& GetStatistics() const { return mFrontier.statistics; }
+  /// Within events, or after a Run with an objective: a range that certainly holds the objective of
+  /// the best solution of all, if there is a solution.
+  ZULTavObserved GetObjectiveBounds() const;
+  /// After a Run with an objective that was exhausted: whether no solution is better than the best
+  /// one by more than the gap.
+  bool IsOptimumCertain() const { return mFrontier.optimum.isCertain; }
+  /// Whether solutions were found with objectives as good as a real can be, beyond 1e19.
+  bool IsUnbounded() const { return mFrontier.optimum.isUnbounded; }
   /// Within Events::save, or after a Run: what is left to do, and how far the run came.
   const ZULTavFrontier& GetFrontier() const { return mFrontier; }
 

@@ -48,7 +48,8 @@ TEST_P(ExampleTest, HasItsSolutionsInBothFormats) {
   EXPECT_EQ(structured.status, 0);
   const json document = structured.Json();
   ASSERT_TRUE(document.is_object()) << structured.out;
-  EXPECT_EQ(document["status"], count == 0 ? "UNSATISFIABLE" : "ALL_SOLUTIONS");
+  const char* all = document.contains("bounds") ? "OPTIMAL_SOLUTION" : "ALL_SOLUTIONS";
+  EXPECT_EQ(document["status"], count == 0 ? "UNSATISFIABLE" : all);
   EXPECT_EQ(document["errors"], json::array());
   EXPECT_EQ(document["statistics"]["solutions"], count);
   const json& solutions = document["solutions"];
@@ -106,6 +107,7 @@ INSTANTIATE_TEST_SUITE_P(
         ExampleCase{"zebra", "", 1, {{"water", 1}, {"zebra", 5}}},
         ExampleCase{"magic_sequence", "", 1, {{"s", {6, 2, 1, 0, 0, 0, 1, 0, 0, 0}}}},
         ExampleCase{"all_interval_series", "", 40, {{"s", {0, 7, 1, 6, 2, 5, 3, 4}}}},
+        ExampleCase{"knapsack", "-a --objective-limit 15", 1, {{"taken", {0, 1, 1, 1, 1}}}},
         ExampleCase{"unsatisfiable", "", 0, {}}),
     [](const auto& row) { return row.param.name + std::to_string(row.index); });
 

@@ -109,6 +109,86 @@ TEST(OutputTest, WhatAModelShowsStandsInThePlaceOfItsValues) {
   std::remove(run.c_str());
 }
 
+TEST(OutputTest, TheBestSolutionIsReportedWithBoundsThatHoldIt) {
+  const struct {
+    const char *model, *arguments, *status, *last;
+    json bounds;
+    std::size_t solutions;
+    int exit;
+  } rows[] = {
+      {"x : int = [0, 4]; maximize x;",
+       "",                                                               "OPTIMAL_SOLUTION",
+       "==========",              {{"lo", 4}, {"hi", 4}},
+       5,                                                                                0},
+      {"x : int = [0, 4]; maximize x;",
+       "-n 2",                                                           "SATISFIED",
+       "// bounds = [1,4]",       {{"lo", 1}, {"hi", 4}},
+       2,                                                                                0},
+      {"x : int = [0, 4]; maximize x;",
+       "--gap 2",                                                        "OPTIMAL_SOLUTION",
+       "==========",              {{"lo", 3}, {"hi", 4}},
+       2,                                                                                0},
+      {"x : int = [0, 4]; maximize x;",
+       "--objective-limit 3",                                            "OPTIMAL_SOLUTION",
+       "==========",              {{"lo", 4}, {"hi", 4}},
+       2,                                                                                0},
+      {"x : int = [0, 4]; maximize x;",
+       "--objective-limit 4.5",                                          "UNSATISFIABLE",
+       "=====UNSATISFIABLE=====", {{"lo", nullptr}, {"hi", 4}},
+       0,                                                                                0},
+      {"x, y : int = [-2, 2]; minimize abs(x + y) - 9000000000000;",
+       "-a --split least",                                               "OPTIMAL_SOLUTION",
+       "==========",              {{"lo", -9000000000000}, {"hi", -9000000000000}},
+       9,                                                                                0},
+      {"x : int = [0, 4]; maximize x; show x;",
+       "--max-nodes 4",                                                  "SATISFIED",
+       "=====UNKNOWN=====",       {{"lo", 0}, {"hi", 4}},
+       1,                                                                                4},
+      {"x : real; minimize x;",
+       "",                                                               "UNBOUNDED",
+       "=====UNBOUNDED=====",     {{"lo", nullptr}, {"hi", -1.3407814633844883e158}},
+       0,                                                                                0},
+      {"x : real = [1, 2]; minimize 3;",
+       "",                                                               "OPTIMAL_SOLUTION",
+       "==========",              {{"lo", 3}, {"hi", 3}},
+       1,                                                                                0},
+      {"x : real = [1, 2]; minimize 1 / (x - 3) / 0.0;",             "", "UNSATISFIABLE",
+       "=====UNSATISFIABLE=====", nullptr,                                            0, 0},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(std::string(row.model) + row.arguments);
+    const std::string command = std::string("solve - ") + row.arguments;
+    const Result text = Zultav(command, row.model);
+    EXPECT_EQ(text.status, row.exit) << text.err;
+    EXPECT_EQ(text.Lines().back(), row.last);
+    const json document = Zultav(command + " --format json", row.model).Json();
+    EXPECT_EQ(document["status"], row.status);
+    if (!row.bounds.is_null()) {
+      EXPECT_EQ(document["bounds"], row.bounds);
+    }
+    const json& solutions = document["solutions"];
+    if (row.solutions != 0) {
+      EXPECT_EQ(solutions.size(), row.solutions);
+    }
+    for (const json& solution : solutions) EXPECT_TRUE(solution.contains("objective"));
+  }
+  // In pieces, what is printed is the same but for the bounds on the way.
+  const std::string model =
+      "x, y : int = [-9, 9]; r : real = [0, 9]; r^2 = 10 + x*y; minimize r + x;";
+  const std::string run = testing::TempDir() + "zultav_best.zck";
+  const std::string whole = Zultav("solve - --gap 1e-3", model).out;
+  std::string pieces =
+      Zultav("solve - --gap 1e-3 --max-nodes 3 --force --checkpoint " + run, model).out;
+  const auto cut = [](std::string& text) { text.resize(text.rfind("// bounds")); };
+  for (Result rest{4, {}, {}}; rest.status == 4; pieces += rest.out) {
+    cut(pieces);
+    rest = Zultav("resume --max-nodes 7 " + run);
+  }
+  EXPECT_EQ(pieces, whole);
+  EXPECT_EQ(Zultav("show " + run).out.substr(0, whole.size()), whole);
+  std::remove(run.c_str());
+}
+
 TEST(OutputTest, PropagationSaysWhatItFoundOut) {
   struct {
     const char *model, *status, *text;

@@ -143,6 +143,8 @@ void Interpreter::Execute(const Statement& statement) {
       return ExecuteIf(statement);
     case Statement::Kind::kAssert:
       return ExecuteAssert(statement);
+    case Statement::Kind::kObjective:
+      return ExecuteObjective(statement);
     case Statement::Kind::kShow:
       return ExecuteShow(statement);
     case Statement::Kind::kFor:
@@ -472,6 +474,19 @@ void Interpreter::AssertOne(NodeRange range, std::vector<NodeRange>& pending) {
   } else {
     AssertTruth(range);
   }
+}
+
+void Interpreter::ExecuteObjective(const Statement& statement) {
+  mLine = mSource->GetLine(statement.span.position);
+  if (mObjective)
+    Fail(statement.span, "a model has one objective",
+         {"the other one is in " + PlaceOf(*mObjective)});
+  mObjective.emplace();
+  mObjective->line = mLine;
+  mObjective->source = mSource;
+  const Value value = Evaluate(statement.expression, nullptr);
+  CheckOperand({}, value);
+  mBuilder->SetObjective(value, statement.isMaximized);
 }
 
 void Interpreter::AssertComparison(const Operation& operation, NodeRange leftRange,

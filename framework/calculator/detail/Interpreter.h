@@ -108,6 +108,7 @@ class Interpreter {
   void ExecuteIf(const Statement& statement);
   void ExecuteAssert(const Statement& statement);
   void ExecuteShow(const Statement& statement);
+  void ExecuteObjective(const Statement& statement);
   std::vector<ZULTavModel::Shown> ShowValues(NodeRange range);
   bool WidenInteger(Value& value);
   void ExecuteUnder(const Value& guard, const std::vector<Statement>& statements);
@@ -235,7 +236,8 @@ class Interpreter {
   unsigned int mTruthsOnly = 0;    // nothing is stated: all comparisons have truth values
   unsigned int mDepth = 0;         // of expressions that are being evaluated or stated
   std::size_t mIterations = 0;
-  std::optional<Value> mGuard;  // what is stated now holds where this is true
+  std::optional<Symbol> mObjective;  // where it is
+  std::optional<Value> mGuard;       // what is stated now holds where this is true
 };
 
 }  // namespace zultav::detail

@@ -567,6 +567,23 @@ void ModelBuilder::StateTrue(const Operation& equality, const Value& value, std:
   mModel.mStatements.push_back({StatementKind::kTrue, application.operands[0], kNone, line});
 }
 
+void ModelBuilder::SetObjective(const Value& value, bool isMaximized) {
+  const bool isBoolean = value.IsConstant() ? value.constant.IsBoolean() : IsBoolean(value);
+  if (isBoolean)
+    Fail(value.span, "an objective is a number; this is a truth value",
+         {"how many of p, q and r are true is 'sum(p, q, r)'"});
+  const Type type = RequireType(
+      value.IsConstant() ? mRegistry.ChooseType(value.constant, nullptr) : TypeOf(value),
+      "the objective", value.span);
+  if (Registry::IsReal(type) && mRegistry.IsSingle(type))
+    Fail(value.span,
+         "values of type '" + std::string(type->GetName()) +
+             "' are equal within a tolerance, and have no best one",
+         {"declare variables of a type of intervals, such as 'x : real;'"});
+  mModel.mObjective = ObjectOf(value.IsConstant() ? LeafFor(value, type) : value.index);
+  mModel.mIsMaximized = isMaximized;
+}
+
 /// The type of integers that all terms have or, being literals, can have; null if there is none.
 ModelBuilder::Type ModelBuilder::CommonIntegerType(const std::vector<Value>& terms) const {
   Type type = nullptr;

@@ -204,6 +204,8 @@ class ModelBuilder {
   void State(const Operation& operation, const Value& left, const Value& right, std::uint32_t line);
   /// Records and adds that the value, a boolean one, is true. `equality`: the operator "=".
   void StateTrue(const Operation& equality, const Value& value, std::uint32_t line);
+  /// Records what is optimised. Fails where it is no number that solutions can be compared by.
+  void SetObjective(const Value& value, bool isMaximized);
   /// Records and adds, as one constraint, that the terms are pairwise different. False where they
   /// are not of one type of integers.
   bool StateAllDifferent(const std::vector<Value>& terms, Span span, std::uint32_t line);

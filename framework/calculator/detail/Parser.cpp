@@ -186,6 +186,9 @@ void Parser::ParseStatement(std::vector<Statement>& statements, bool inLoop) {
     ParseInclude(statement);
   } else if (StartsShow()) {
     ParseShow(statement);
+  } else if (StartsObjective()) {
+    if (inLoop) Fail(mToken.span, "an objective stands by itself, and a model has one");
+    ParseObjective(statement);
   } else if (StartsDeclaration()) {
     if (inLoop)
       Fail(mToken.span, "a variable cannot be declared inside 'for'",
@@ -414,6 +417,23 @@ void Parser::ParseShow(Statement& statement) {
     }
   } while (Accept(TokenKind::kComma));
   Expect(TokenKind::kSemicolon, "',' or ';' after what is shown");
+}
+
+bool Parser::StartsObjective() const {
+  if (!IsWord("minimize") && !IsWord("maximize")) return false;
+  Lexer ahead = mLexer;
+  const Token next = ahead.Next();
+  return next.kind == TokenKind::kOpen || IsOperandAfterWord(next) ||
+         (next.kind == TokenKind::kOperator && next.op == Op::kSubtract);
+}
+
+/// minimize expression; or maximize expression;
+void Parser::ParseObjective(Statement& statement) {
+  statement.kind = Statement::Kind::kObjective;
+  statement.isMaximized = IsWord("maximize");
+  Advance();
+  statement.expression = ParseExpression(kImplication);
+  Expect(TokenKind::kSemicolon, "an operator or ';' after the objective");
 }
 
 void Parser::ParseGenerators(std::vector<Generator>& generators, NodeRange& where) {

@@ -62,6 +62,8 @@ class Parser {
   void ParseInclude(Statement& statement);
   bool StartsShow() const;
   void ParseShow(Statement& statement);
+  bool StartsObjective() const;
+  void ParseObjective(Statement& statement);
   void ParseAssert(Statement& statement);
   Generator ParseGenerator();
   void ParseGenerators(std::vector<Generator>& generators, NodeRange& where);

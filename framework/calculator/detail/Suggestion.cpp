@@ -29,7 +29,7 @@ constexpr std::string_view kChange = "a variable has one value in a solution: no
 constexpr std::string_view kInclusion = "another file is read by 'include \"file.zul\";'";
 constexpr std::string_view kShowing = "what solutions print is stated by 'show \"x is \", x;'";
 constexpr std::string_view kOptimum =
-    "there is no optimisation: state a bound, such as 'cost <= 100;', and tighten it";
+    "what is optimised is stated by 'minimize cost;' or 'maximize gain;'";
 
 /// Where a word makes itself felt: where it stands, or also further on in its statement, or so when
 /// it is the first word of one.

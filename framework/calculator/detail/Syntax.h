@@ -132,6 +132,7 @@ struct Statement {
     kIf,
     kAssert,
     kInclude,
+    kObjective,
     kShow,
     kExpression
   };
@@ -142,6 +143,7 @@ struct Statement {
   std::vector<std::uint32_t> parameters;  // of kFunction
   Span type;
   bool hasValue = false;
+  bool isMaximized = false;           // of kObjective
   Span value;                         // of kAssert the message, of kInclude the name
   NodeRange domain;                   // of kDeclaration
   std::vector<Generator> generators;  // of kFor

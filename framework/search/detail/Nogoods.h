@@ -23,6 +23,11 @@ class Nogoods {
   /// Keeps what has been explored beside the path.
   void Learn(const ZULTavFrontier::Path& path);
 
+  void Forget() {
+    mNogoods.clear();
+    mWatched.clear();
+  }
+
   enum class Answer { kNothing, kNarrowed, kFailed };
   /// Leaves those halves of which all others hold. What it does depends on the present values
   /// alone.

@@ -51,7 +51,8 @@ SearchRun::SearchRun(CompiledSearch& compiled, const ZULTavSearch::Options& opti
       mPending(frontier.boxes, mSpace, mWidthLimit),
       mUnbounded(frontier.unbounded, mSpace, mWidthLimit),
       mSolved(frontier.solved, mSpace),
-      mImages(mEngine, mSpace, compiled.GetNewton().FindSignless(), mWidthLimit) {}
+      mImages(mEngine, mSpace, compiled.GetNewton().FindSignless(), mWidthLimit),
+      mIncumbent(options, mSpace, frontier.optimum) {}
 
 SearchRun::Outcome SearchRun::Execute() {
   if (!mFrontier.explored && mReasoner.HasEmptyValue()) {
@@ -59,6 +60,7 @@ SearchRun::Outcome SearchRun::Execute() {
     Count(NodeState::kRefuted);
   }
   Outcome outcome = mFrontier.explored ? Outcome::kExhausted : Explore();
+  mIncumbent.UpdateBound(mEngine, mFrontier);
   if (mFrontier.explored || !mOptions.resumable) outcome = ReportRest(outcome);
   if (!mOptions.resumable) {
     mFrontier.boxes.clear();
@@ -73,7 +75,7 @@ SearchRun::Outcome SearchRun::Execute() {
 SearchRun::Outcome SearchRun::Explore() {
   mReasoner.LimitRuns();
   mImages.Restrict(mEngine, mSpace);
-  if (mRestarts) {  // there is something to go back to
+  if (mRestarts || mIncumbent.IsSought()) {  // there is something to go back to
     mIsEmpty = mEngine.Propagate() == Engine::Status::kFailed;
     mEngine.Push();
   }
@@ -84,12 +86,16 @@ SearchRun::Outcome SearchRun::Explore() {
     const NodeState state = VisitNode();
     if (const End end = EndAfter(state)) return *end;
     Count(state);
-    if (state == NodeState::kBranched) continue;
+    End end = ReportImprovement();
+    if (state == NodeState::kBranched) {
+      if (end) return *end;
+      continue;
+    }
     // While the halves beside this node are still open: they decide which boxes are final.
-    End end;
     if (state == NodeState::kFound) end = ReportFinal();
     if (!mTree.Backtrack()) {
       mFrontier.explored = true;
+      if (!end && Collect()) continue;
       const bool isLast = mPending.GetSize() + mUnbounded.GetSize() == 0;
       const bool all = !end || (*end == Outcome::kSolutionLimit && isLast);
       return all ? Outcome::kExhausted : *end;
@@ -103,6 +109,7 @@ SearchRun::Outcome SearchRun::Explore() {
 /// Goes down the frontier's path. What lies beside it is either open or explored already.
 SearchRun::End SearchRun::Replay() {
   while (const SearchTree::Decision* ahead = mTree.GetAhead()) {
+    if (!mIncumbent.RestrictAsBefore(mEngine, mTree.GetDepth())) mIsEmpty = true;
     NodeState state = mIsEmpty ? NodeState::kRefuted : mReasoner.Enter();
     if (IsOpen(state) && mSpace.IsHidden(ahead->first.variable)) state = mReasoner.Settle();
     if (const End end = EndAfter(state)) return end;
@@ -111,6 +118,7 @@ SearchRun::End SearchRun::Replay() {
       mTree.EndHere();
       break;
     }
+    mIncumbent.NoteReplay(mEngine, mTree.GetDepth());
     if (mSpace.IsHidden(ahead->first.variable)) KeepCandidate();
     mIsEmpty = !mTree.Replay();
   }
@@ -122,6 +130,7 @@ SearchRun::End SearchRun::CheckLimits() {
   if (mCompiled.GetSeconds() >= mOptions.limits.seconds) return Outcome::kTimeLimit;
   if (mOptions.events.progress && mProgress.IsDue(Clock::now())) {
     mCompiled.UpdateStatistics();
+    mIncumbent.UpdateBound(mEngine, mFrontier);
     mOptions.events.progress(mStatistics);
     mProgress.Restart();
   }
@@ -132,6 +141,7 @@ SearchRun::End SearchRun::CheckLimits() {
 void SearchRun::SaveIfDue() {
   if (!mOptions.events.save || !mSave.IsDue(Clock::now())) return;
   mCompiled.UpdateStatistics();
+  mIncumbent.UpdateBound(mEngine, mFrontier);
   mOptions.events.save();
   mSave.Restart();
 }
@@ -143,8 +153,10 @@ SearchRun::End SearchRun::EndAfter(NodeState state) const {
 }
 
 NodeState SearchRun::VisitNode() {
-  if (mIsEmpty) return NodeState::kRefuted;
+  if (mIsEmpty || !mIncumbent.Restrict(mEngine)) return NodeState::kRefuted;
   if (const NodeState state = mReasoner.Enter(); !IsOpen(state)) return state;
+  // What was found there counts from the next node on: a run that goes on comes here by one way.
+  if (mIncumbent.WantsPoint() && !mTree.InHidden()) TryPoint();
   if (mSolved.HoldPresentValues(mEngine)) return NodeState::kRefuted;
   if (!mTree.InHidden()) {
     const std::uint32_t variable = mChooser.ChooseDeclared(mTree);
@@ -168,7 +180,33 @@ NodeState SearchRun::VisitNode() {
 }
 
 void SearchRun::Branch(std::uint32_t variable) {
-  mIsEmpty = !mTree.Branch(mSpace.Split(mEngine, variable, mOptions.selection));
+  const Half half = mSpace.Split(mEngine, variable, mOptions.selection);
+  mIncumbent.NoteSplit(mEngine, mTree.GetDepth());
+  mIsEmpty = !mTree.Branch(mIncumbent.Prefers(half) ? half : mSpace.OppositeOf(half));
+}
+
+/// Looks for a better solution in the middle of what is left.
+void SearchRun::TryPoint() {
+  mEngine.Push();
+  ZULTavBox box, region;
+  if (const NodeState state = FixMiddle();
+      IsOpen(state) && mReasoner.Prove(state, box, region) >= NodeReasoner::Finding::kSolution)
+    mIncumbent.Improve(box);
+  mEngine.Pop();
+}
+
+/// Takes the middle of the widest value, then of the next, without a way back.
+NodeState SearchRun::FixMiddle() {
+  for (;;) {
+    const std::uint32_t variable = mChooser.ChooseLargest();
+    if (variable == VariableChooser::kNone) return mReasoner.Settle();
+    const Half half = mSpace.Split(mEngine, variable, mOptions.selection);
+    bool isLeft = mSpace.Enter(mEngine, half);
+    if (!mSpace[variable].IsDiscrete())
+      isLeft = isLeft && mSpace.Enter(mEngine, mSpace.OppositeOf(half));
+    const NodeState state = isLeft ? mReasoner.Enter() : NodeState::kRefuted;
+    if (!IsOpen(state)) return state;
+  }
 }
 
 /// The candidate, or the solution in it, becomes a box of the frontier, unless there is none, or
@@ -178,6 +216,8 @@ NodeState SearchRun::Conclude(NodeState state) {
   ZULTavBox box, region;
   const Finding finding = mReasoner.Prove(state, box, region);
   if (finding == Finding::kNoSolution) return NodeState::kRefuted;
+  if (mIncumbent.IsCollecting() && mIncumbent.IsBest(mCandidate)) return NodeState::kRefuted;
+  if (mIncumbent.IsSought() && !mIncumbent.IsCollecting()) return ConcludeOptimum(finding, box);
   // The candidate may hold other solutions for other hidden values.
   const bool isOnly = finding == Finding::kOnlySolution && !mTree.InHidden();
   if (isOnly && mSolved.Hold(box)) return NodeState::kRefuted;
@@ -190,6 +230,17 @@ NodeState SearchRun::Conclude(NodeState state) {
   if (isOnly) mSolved.Add(std::move(region));
   mTree.LeaveHidden();
   return NodeState::kFound;
+}
+
+/// What is better than the best solution is kept; what may be is noted, and waits for the end where
+/// nothing else was found.
+NodeState SearchRun::ConcludeOptimum(NodeReasoner::Finding finding, const ZULTavBox& box) {
+  ZULTavBox present = mSpace.Capture(mEngine);
+  if (finding >= NodeReasoner::Finding::kSolution)
+    mIncumbent.Improve(mSpace.HasContinuousValues() ? box : present);
+  mIncumbent.NoteRest(present);
+  if (!mIncumbent.HasBest()) mUnbounded.Add(std::move(present));
+  return NodeState::kRefuted;
 }
 
 bool SearchRun::IsUnbounded(const ZULTavBox& box) const {
@@ -228,12 +279,40 @@ bool SearchRun::IsTimeToRestart() const {
 /// nothing is left of the way here.
 void SearchRun::Restart() {
   mNogoods.Learn(mFrontier.path);
-  mTree.LeaveAll();
-  mEngine.Pop();
-  mEngine.Push();
+  BeginAnew();
   mFrontier.experience.fails = 0;
   ++mFrontier.experience.restarts;
   ++mStatistics.restarts;
+}
+
+void SearchRun::BeginAnew() {
+  mTree.LeaveAll();
+  mEngine.Pop();
+  mEngine.Push();
+  mIsEmpty = false;
+}
+
+/// Begins to look for all solutions as good as the best one, where that is wanted.
+bool SearchRun::Collect() {
+  mIncumbent.UpdateBound(mEngine, mFrontier);
+  if (!mIncumbent.Collect()) return false;
+  mFrontier.explored = false;
+  mNogoods.Forget();
+  BeginAnew();
+  return true;
+}
+
+SearchRun::End SearchRun::ReportImprovement() {
+  if (!mIncumbent.TakeNews()) return {};
+  // What may be a solution is worth nothing beside one that is.
+  mFrontier.boxes.clear();
+  mFrontier.unbounded.clear();
+  if (mSolution.GetSize() == 0) mSolution = mSpace.MakeSolution();
+  ++mStatistics.solutions;
+  mSpace.Fill(mIncumbent.GetBest(), mSolution);
+  if (!mReport(mSolution)) return Outcome::kStopped;
+  if (HasEnough()) return Outcome::kSolutionLimit;
+  return {};
 }
 
 /// Reports what no later box can touch, or everything once enough was found.

@@ -6,6 +6,7 @@
 
 #include "framework/search/ZULTavSearch.h"
 #include "framework/search/detail/CompiledSearch.h"
+#include "framework/search/detail/Incumbent.h"
 #include "framework/search/detail/MirrorImages.h"
 #include "framework/search/detail/NodeReasoner.h"
 #include "framework/search/detail/PendingBoxes.h"
@@ -39,11 +40,17 @@ class SearchRun {
   void SaveIfDue();
   NodeState VisitNode();
   NodeState Conclude(NodeState state);
+  NodeState ConcludeOptimum(NodeReasoner::Finding finding, const ZULTavBox& box);
+  void TryPoint();
+  NodeState FixMiddle();
   void KeepCandidate();
   void Branch(std::uint32_t variable);
   void Count(NodeState state);
   bool IsTimeToRestart() const;
   void Restart();
+  void BeginAnew();
+  bool Collect();
+  End ReportImprovement();
   End ReportFinal();
   Outcome ReportRest(Outcome outcome);
   Reported ReportFirst();
@@ -73,6 +80,7 @@ class SearchRun {
   PendingBoxes mPending, mUnbounded;
   SolvedRegions mSolved;
   MirrorImages mImages;
+  Incumbent mIncumbent;
   bool mIsEmpty = false;     // the half that was entered last holds nothing
   ZULTavBox mCandidate;      // the declared values before hidden ones are split
   ZULTavSolution mSolution;  // the one that is being reported, made for the first of them

@@ -24,6 +24,8 @@ class VariableChooser {
   std::uint32_t ChooseDeclared(const SearchTree& tree);
   /// The first undecided hidden variable, or kNone.
   std::uint32_t ChooseHidden(const SearchTree& tree) const;
+  /// The declared variable of the widest domain, or kNone.
+  std::uint32_t ChooseLargest() const;
 
   /// The rule has failed.
   void Learn(std::uint32_t rule);
@@ -39,7 +41,6 @@ class VariableChooser {
   std::uint32_t ChooseAdaptively(const SearchTree& tree);
   std::uint32_t ChooseDiscrete() const;
   std::uint32_t ChooseReal(const SearchTree& tree);
-  std::uint32_t ChooseLargest() const;
 
   const Engine& mEngine;
   engine::Newton& mNewton;
