@@ -172,6 +172,10 @@ TEST(OutputTest, TheBestSolutionIsReportedWithBoundsThatHoldIt) {
     }
     for (const json& solution : solutions) EXPECT_TRUE(solution.contains("objective"));
   }
+  const json can = Zultav("solve " + Example("can") + " --format json").Json()["bounds"];
+  EXPECT_LE(can["lo"], 264.3568110);
+  EXPECT_GE(can["hi"], 264.3568109);
+  EXPECT_LT(can["hi"].get<double>() - can["lo"].get<double>(), 3e-4);
   // In pieces, what is printed is the same but for the bounds on the way.
   const std::string model =
       "x, y : int = [-9, 9]; r : real = [0, 9]; r^2 = 10 + x*y; minimize r + x;";
