@@ -69,6 +69,7 @@ INSTANTIATE_TEST_SUITE_P(
                  "",
                  {{{"x", -1.5174899136}, {"y", 1.3027756377}},
                   {{"x", 1.5174899136}, {"y", 1.3027756377}}}},
+        RealCase{"divider", "", {{{"upper", 1800}, {"lower", 3300}, {"voltage", 3.2352941176471}}}},
         RealCase{"kepler", "", {{{"E", 1.4987011335178}, {"distance", 0.96398362278056}}}},
         RealCase{"sphere_cylinder_plane",
                  "",
