@@ -41,9 +41,9 @@ class TemporaryFile {
     static int made = 0;
     mName = testing::TempDir() + "zultav_run_" + std::to_string(getpid()) + '_' +
             std::to_string(made++);
-    std::filesystem::remove(mName);
+    Remove();  // what an earlier process of this number has left
   }
-  ~TemporaryFile() { std::filesystem::remove(mName); }
+  ~TemporaryFile() { Remove(); }
   const std::string& Name() const { return mName; }
   bool Exists() const { return std::filesystem::exists(mName); }
   std::string Bytes() const {
@@ -56,6 +56,11 @@ class TemporaryFile {
   }
 
  private:
+  /// The file, and the one that a writer was interrupted at.
+  void Remove() const {
+    for (const char* end : {"", ".part"}) std::filesystem::remove_all(mName + end);
+  }
+
   std::string mName;
 };
 
@@ -84,8 +89,8 @@ std::vector<std::string> ExampleModels() {
 
 // --- Interrupted and resumed --------------------------------------------------------------------
 
-/// Runs in pieces of 1, 1, 2, 3, 5, … nodes, which find the same in the same order by as many nodes.
-/// Answers how often the search began anew.
+/// Runs in pieces of 1, 1, 2, 3, 5, … nodes, which find the same in the same order by as many
+/// nodes. Answers how often the search began anew.
 int ExpectPartsToBeTheWhole(const std::string& run, const std::string& model = "") {
   const std::string output = " --format json --digits full";
   const Result whole = Zultav(run + output, model);
@@ -102,7 +107,8 @@ int ExpectPartsToBeTheWhole(const std::string& run, const std::string& model = "
   const Result shown = Zultav("show " + file.Name() + output);
   EXPECT_TRUE(Solutions(shown) == Solutions(whole));
   const auto now = shown.Json()["statistics"], before = whole.Json()["statistics"];
-  for (const char* name : {"nodes", "fails", "restarts"}) EXPECT_EQ(now[name], before[name]) << name;
+  for (const char* name : {"nodes", "fails", "restarts"})
+    EXPECT_EQ(now[name], before[name]) << name;
   return before["restarts"];
 }
 
@@ -121,9 +127,7 @@ class ResumeTest : public testing::TestWithParam<std::string> {
   }
 };
 
-TEST_P(ResumeTest, PartsAreTogetherTheWholeRun) {
-  ExpectPartsToBeTheWhole(Solve() + " -a");
-}
+TEST_P(ResumeTest, PartsAreTogetherTheWholeRun) { ExpectPartsToBeTheWhole(Solve() + " -a"); }
 
 TEST_P(ResumeTest, EveryOptionOfTheSearchIsKept) {
   for (const std::string options :
@@ -169,8 +173,8 @@ TEST_P(ResumeTest, EveryOptionOfTheSearchIsKept) {
 INSTANTIATE_TEST_SUITE_P(Examples, ResumeTest, testing::ValuesIn(ExampleModels()),
                          [](const auto& row) { return row.param; });
 
-// Which rule fails first, of several that could, decides what is learnt and chosen next: nothing that
-// a rule keeps beside the path may have a say.
+// Which rule fails first, of several that could, decides what is learnt and chosen next: nothing
+// that a rule keeps beside the path may have a say.
 TEST(CheckpointTest, PartsBlameTheSameRules) {
   std::mt19937 random(1);
   std::string clauses = "b[0..39] : bool;";
