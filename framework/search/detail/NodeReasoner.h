@@ -38,7 +38,8 @@ class NodeReasoner {
   void LimitRuns();
   /// A value that no rule looks at may be empty from the start.
   bool HasEmptyValue() const;
-  /// Another node: propagates, contracts and looks at the nogoods in turn until nothing is narrowed.
+  /// Another node: propagates, contracts and looks at the nogoods in turn until nothing is
+  /// narrowed.
   NodeState Enter();
   /// Gives every rule its say on the values that remain: those that were retired when values
   /// narrowed, and those to which small narrowings were not passed on.
